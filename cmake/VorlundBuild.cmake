@@ -1,0 +1,30 @@
+# What every target of the project shares: language level, floating-point rules, warnings, output folders.
+
+if(PROJECT_IS_TOP_LEVEL)
+    set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+    if(NOT CMAKE_BUILD_TYPE)
+        set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+    endif()
+    # One folder for programs and shared libraries: Windows programs find their DLLs beside themselves, and on
+    # ELF a run path of $ORIGIN does the same.
+    set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+    set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+    set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+    set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+    set(CMAKE_COMPILE_WARNING_AS_ERROR ON)
+endif()
+
+# Interface target with the language level and the arithmetic rules. Results of float arithmetic are part of the
+# behaviour and equal on every target, so contraction to fused operations is off everywhere.
+add_library(vorlund_build INTERFACE)
+target_compile_features(vorlund_build INTERFACE cxx_std_20)
+target_compile_options(vorlund_build INTERFACE -ffp-contract=off)
+
+# Interface target with the warnings of our own code; they are errors in top-level builds.
+add_library(vorlund_warnings INTERFACE)
+target_compile_options(vorlund_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wundef -Wextra-semi -Wcast-qual
+    -Woverloaded-virtual -Wformat=2 -Wredundant-decls -Wimplicit-fallthrough -Wvla)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(vorlund_warnings INTERFACE -Wlogical-op -Wduplicated-cond)
+endif()

@@ -1,0 +1,29 @@
+# vorlund_fuzzer(<name> [INTERNAL]): the fuzz target fuzz_<name> from fuzz_<name>.cpp, which defines
+# LLVMFuzzerTestOneInput. In the build tree of the linux-fuzz preset it is a libFuzzer binary over the instrumented
+# static library; everywhere else a small driver replays the corpus folders given, against the shared library
+# (INTERNAL: against the static one, for targets that need what is not exported), so that targets never rot.
+function(vorlund_fuzzer name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "")
+    set(target fuzz_${name})
+    add_executable(${target} ${target}.cpp)
+    target_link_libraries(${target} PRIVATE vorlund_build vorlund_warnings)
+    if("fuzzer-no-link" IN_LIST VORLUND_SANITIZE)
+        target_link_libraries(${target} PRIVATE vorlund_internal)
+        target_link_options(${target} PRIVATE -fsanitize=fuzzer)
+    else()
+        target_sources(${target} PRIVATE replay_main.cpp)
+        if(arg_INTERNAL)
+            target_link_libraries(${target} PRIVATE vorlund_internal)
+        else()
+            target_link_libraries(${target} PRIVATE Vorlund::vorlund)
+        endif()
+    endif()
+    set_property(GLOBAL APPEND PROPERTY VORLUND_FUZZERS ${name})
+endfunction()
+
+# Writes the names of the fuzz targets, one a line, where the test script reads them.
+function(vorlund_list_fuzzers)
+    get_property(names GLOBAL PROPERTY VORLUND_FUZZERS)
+    list(JOIN names "\n" lines)
+    file(WRITE ${PROJECT_BINARY_DIR}/fuzzers.txt "${lines}\n")
+endfunction()

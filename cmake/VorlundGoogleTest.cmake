@@ -1,0 +1,37 @@
+# GoogleTest from the sources that Debian's package googletest installs, and the helpers of the test folders.
+set(VORLUND_GOOGLETEST_DIR /usr/src/googletest/googletest CACHE PATH "Sources of GoogleTest")
+
+# Its one source file is compiled directly: its own CMake project would ask for a C compiler and for Python.
+find_package(Threads REQUIRED)
+add_library(gtest STATIC EXCLUDE_FROM_ALL ${VORLUND_GOOGLETEST_DIR}/src/gtest-all.cc)
+target_compile_features(gtest PUBLIC cxx_std_20)
+target_compile_options(gtest PRIVATE -O1 -w)
+target_include_directories(gtest PRIVATE ${VORLUND_GOOGLETEST_DIR})
+target_include_directories(gtest SYSTEM PUBLIC ${VORLUND_GOOGLETEST_DIR}/include)
+target_link_libraries(gtest PUBLIC Threads::Threads)
+
+# What every test program shares. -O1 comes after the flags of the build type and wins: tests are compiled far
+# more often than they run.
+add_library(vorlund_test_settings INTERFACE)
+target_link_libraries(vorlund_test_settings INTERFACE vorlund_build vorlund_warnings)
+target_compile_options(vorlund_test_settings INTERFACE -O1 -Wno-conversion)
+target_include_directories(vorlund_test_settings INTERFACE ${PROJECT_SOURCE_DIR}/tests)
+
+# vorlund_test_sources(<file>...): adds suites of the calling folder to vorlund_tests.
+function(vorlund_test_sources)
+    list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    target_sources(vorlund_tests PRIVATE ${ARGN})
+endfunction()
+
+# vorlund_internal_test_sources(<file>...): the same for vorlund_internal_tests.
+function(vorlund_internal_test_sources)
+    list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    target_sources(vorlund_internal_tests PRIVATE ${ARGN})
+endfunction()
+
+# vorlund_test_child(<name> <file>...): a program that the tests start, built beside them and before them.
+function(vorlund_test_child name)
+    add_executable(${name} ${ARGN})
+    target_link_libraries(${name} PRIVATE Vorlund::vorlund vorlund_test_settings)
+    add_dependencies(vorlund_tests ${name})
+endfunction()

@@ -1,0 +1,88 @@
+# The library twice from one list of sources:
+#   vorlund           the shared library that users link, as Vorlund::vorlund
+#   vorlund_internal  a static library for tests that look inside; never installed
+#
+# On ELF both are made from the same position-independent objects. On Windows the export mark is part of the
+# declaration, so each compiles its own. vorlund_sources() feeds whichever targets do the compiling.
+
+add_library(vorlund SHARED)
+add_library(Vorlund::vorlund ALIAS vorlund)
+add_library(vorlund_internal STATIC EXCLUDE_FROM_ALL)
+
+if(WIN32)
+    set(VORLUND_COMPILING_TARGETS vorlund vorlund_internal)
+    set(VORLUND_PLATFORM Win32)
+else()
+    add_library(vorlund_objects OBJECT)
+    target_sources(vorlund PRIVATE $<TARGET_OBJECTS:vorlund_objects>)
+    target_sources(vorlund_internal PRIVATE $<TARGET_OBJECTS:vorlund_objects>)
+    target_compile_definitions(vorlund_objects PRIVATE VORLUND_BUILDING)
+    set(VORLUND_COMPILING_TARGETS vorlund_objects)
+    set(VORLUND_PLATFORM Posix)
+endif()
+
+foreach(target IN LISTS VORLUND_COMPILING_TARGETS)
+    target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:vorlund_build> $<BUILD_INTERFACE:vorlund_warnings>)
+    target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+    set_target_properties(${target} PROPERTIES
+        CXX_EXTENSIONS OFF
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON
+        POSITION_INDEPENDENT_CODE ON)
+endforeach()
+
+target_include_directories(vorlund PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_compile_features(vorlund PUBLIC cxx_std_20)
+target_compile_definitions(vorlund PRIVATE VORLUND_BUILDING)
+set_target_properties(vorlund PROPERTIES
+    OUTPUT_NAME vorlund
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    LINKER_LANGUAGE CXX)
+
+target_include_directories(vorlund_internal PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+target_compile_features(vorlund_internal PUBLIC cxx_std_20)
+target_compile_definitions(vorlund_internal PUBLIC VORLUND_STATIC)
+set_target_properties(vorlund_internal PROPERTIES LINKER_LANGUAGE CXX)
+
+if(WIN32)
+    set_target_properties(vorlund PROPERTIES PREFIX "")
+    set(system_libraries user32 winmm)
+    include(VorlundMingwRuntime)
+else()
+    find_package(Threads REQUIRED)
+    set(system_libraries Threads::Threads ${CMAKE_DL_LIBS})
+    # Hidden visibility leaves the standard library's own instantiations visible; the version script hides them.
+    set(version_script ${PROJECT_SOURCE_DIR}/cmake/vorlund.map)
+    target_link_options(vorlund PRIVATE LINKER:--version-script=${version_script})
+    set_property(TARGET vorlund APPEND PROPERTY LINK_DEPENDS ${version_script})
+    if(NOT (VORLUND_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang"))
+        # Clang's sanitizer runtime lives in the program only, so there a shared library has open references.
+        target_link_options(vorlund PRIVATE LINKER:--no-undefined)
+    endif()
+endif()
+target_link_libraries(vorlund PRIVATE ${system_libraries})
+target_link_libraries(vorlund_internal PUBLIC ${system_libraries})
+
+# vorlund_sources(<file>...): adds files of the calling folder to the library.
+function(vorlund_sources)
+    list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    foreach(target IN LISTS VORLUND_COMPILING_TARGETS)
+        target_sources(${target} PRIVATE ${ARGN})
+    endforeach()
+endfunction()
+
+# vorlund_platform_sources(<name>...): adds <name>_win32.cpp or <name>_posix.cpp.
+function(vorlund_platform_sources)
+    string(TOLOWER ${VORLUND_PLATFORM} platform)
+    list(TRANSFORM ARGN APPEND _${platform}.cpp)
+    vorlund_sources(${ARGN})
+endfunction()
+
+# vorlund_platform_sources_camel(<name>...): adds <name>Win32.cpp or <name>Posix.cpp.
+function(vorlund_platform_sources_camel)
+    list(TRANSFORM ARGN APPEND ${VORLUND_PLATFORM}.cpp)
+    vorlund_sources(${ARGN})
+endfunction()

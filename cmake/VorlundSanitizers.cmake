@@ -1,0 +1,14 @@
+# VORLUND_SANITIZE is a list of what -fsanitize= takes ("address;undefined", "thread"). It applies to everything in
+# the build tree, GoogleTest included: ThreadSanitizer reports false races when a part is not instrumented.
+set(VORLUND_SANITIZE "" CACHE STRING "Sanitizers for the whole build tree, as a list")
+
+if(VORLUND_SANITIZE)
+    list(JOIN VORLUND_SANITIZE "," sanitizers)
+    add_compile_options(-fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${sanitizers})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # GCC's flow warnings see the checks that the sanitizers insert and report paths that do not exist.
+        add_compile_options(-Wno-maybe-uninitialized -Wno-stringop-overflow -Wno-array-bounds
+            -Wno-null-dereference)
+    endif()
+endif()
