@@ -1,0 +1,87 @@
+/// \file
+/// The registry of creatable classes.
+#pragma once
+
+#include <vorlund/Id.h>
+
+namespace vorlund {
+
+class IObject;
+class IObjectEnumerator;
+
+/// Makes a new object with one reference, or null. Must not raise: the class store would stay locked by the
+/// calling thread.
+using TObjectFactory = IObject* (*)();
+
+/// A class of the store.
+struct TClassInfo {
+    CId id;
+    /// The registered name. Not copied: it must have static storage.
+    const wchar* name;
+    TObjectFactory factory;
+
+    constexpr TClassInfo(CId classId, const wchar* className, TObjectFactory classFactory)
+        : id(classId), name(className), factory(classFactory) {}
+};
+
+/// The registry of every creatable class, the library's own and those of plug-ins. Registrations keep their
+/// order; duplicates are kept, and the first registration of an identifier or of a name wins every lookup.
+///
+/// Registration, lookup, creation, enumeration, `Clear` and `Dump` may come from any thread. `Init` and
+/// `Close` belong to the start and the end of the library.
+class VRL_API CClassStore {
+public:
+    /// Closed.
+    CClassStore() = default;
+    CClassStore(const CClassStore&) = delete;
+    CClassStore& operator=(const CClassStore&) = delete;
+
+    /// Raises `CBugException` "Not closed" while open.
+    ~CClassStore() noexcept(false);
+
+    /// Opens the store; nothing happens when it is open.
+    void Init();
+
+    /// Forgets every class and closes the store; nothing happens when it is closed. Gives back what the
+    /// calling thread still holds of the store's lock, and waits for other threads that hold it.
+    void Close();
+
+    /// Forgets every class; nothing happens when the store is closed.
+    void Clear();
+
+    /// Registers a copy of `info` behind the others. Raises `CBugException` "Not initialized" while closed.
+    void RegisterClassVrl(const TClassInfo& info);
+
+    /// The store's own copy of the first registration, valid until `Clear` or `Close`. Raises
+    /// `CClassNotFoundException` with an empty reason, and `CBugException` "Not initialized" while closed.
+    const TClassInfo* GetClassInfo(const CId& id) const;
+    const TClassInfo* GetClassInfo(const wchar* name) const;
+
+    /// Creates an object of the first class registered under `id`: the result of its factory, one reference
+    /// owned by the caller, or null when the factory yields nothing. The factory runs under the store's lock,
+    /// which the same thread may take again; when it raises, the exception passes on and the lock stays with
+    /// the calling thread.
+    ///
+    /// Raises `CClassNotFoundException` "Cannot find class", and `CBugException` "Not initialized" while
+    /// closed.
+    IObject* CreateObject(const CId& id) const;
+
+    /// The same by name (exact, case-sensitive); here `CClassNotFoundException` has an empty reason.
+    IObject* CreateObject(const wchar* name) const;
+
+    /// A new enumerator, owned by the caller, with one `IPtrObject` per registration, in order, that points
+    /// at the store's `TClassInfo` copy (valid until `Clear` or `Close`). It is made through `v`'s class
+    /// store, so `CBugException` "Not initialized" is raised while the library is closed; another store that
+    /// is closed gives an empty enumerator.
+    IObjectEnumerator* EnumerateClasses() const;
+
+    /// Lists the classes on the standard output (`DEBUG_MESSAGE_STDOUT`). A closed store lists nothing but
+    /// "Class dump - not initialized!".
+    void Dump() const;
+
+private:
+    struct TData;
+    TData* data_ = nullptr;
+};
+
+} // namespace vorlund

@@ -1,0 +1,100 @@
+/// \file
+/// The registry of decoders and encoders, and the search for a chain of decoders.
+#pragma once
+
+#include <vorlund/Id.h>
+
+namespace vorlund {
+
+class IInputStream;
+class IObject;
+class IObjectEnumerator;
+class IOutputStream;
+struct TDataFormat;
+
+/// A decoder class: reads `inputFormatId` (null: any input) and produces `outputFormatId`.
+struct TDecoderClassInfo {
+    CId classId;
+    CId inputFormatId;
+    CId outputFormatId;
+};
+
+/// An encoder class, in the same form.
+struct TEncoderClassInfo {
+    CId classId;
+    CId inputFormatId;
+    CId outputFormatId;
+};
+
+/// The fourth kind of final media data besides audio PCM, RGB images and RGB video; no record of the library
+/// uses it.
+inline constexpr CId OTHER_MEDIA_FORMAT_ID{0x21089FFF, 0x06984E6C, 0x975010E2, 0x0E01371C};
+
+/// The registry of decoders and encoders. Registrations keep their order; the first record of a format pair
+/// wins.
+///
+/// Registrations and lookups may come from any thread. `Init` and `Close` belong to the start and the end of
+/// the library. All operations but `Init`, `Close`, the enumerations and the encoding ones raise
+/// `CBugException` "Not initialized" while the store is closed.
+class VRL_API CCodecClassStore {
+public:
+    /// Closed.
+    CCodecClassStore() = default;
+    CCodecClassStore(const CCodecClassStore&) = delete;
+    CCodecClassStore& operator=(const CCodecClassStore&) = delete;
+
+    /// Raises `CBugException` "Not closed" while open.
+    ~CCodecClassStore() noexcept(false);
+
+    /// Opens the store; nothing happens when it is open.
+    void Init();
+
+    /// Forgets every record and closes the store; nothing happens when it is closed.
+    void Close();
+
+    /// Registers a copy of the record behind the others. Raises `CBugException` "Class must be registered
+    /// first" when the class store does not know the class.
+    void RegisterDecoder(const TDecoderClassInfo& info);
+    void RegisterEncoder(const TEncoderClassInfo& info);
+
+    /// The store's own copy of the first record with exactly this format pair, valid until `Close`. Raises
+    /// `CClassNotFoundException` with an empty reason.
+    const TDecoderClassInfo* GetDecoderClassInfo(const CId& input, const CId& output) const;
+    const TEncoderClassInfo* GetEncoderClassInfo(const CId& input, const CId& output) const;
+
+    /// A new object of that record's class, owned by the caller; raises the same and what the class store
+    /// raises.
+    IObject* CreateDecoder(const CId& input, const CId& output) const;
+    IObject* CreateEncoder(const CId& input, const CId& output) const;
+
+    /// A new enumerator, owned by the caller, with one `IPtrObject` per record, in order, that points at the
+    /// store's copy (valid until `Close`). Empty while the store is closed.
+    IObjectEnumerator* EnumerateDecoders() const;
+    IObjectEnumerator* EnumerateEncoders() const;
+
+    /// Finds a chain of at most nine decoders that turns `stream` into the format `wanted`, depth first in
+    /// the order of registration, and returns its end with one reference for the caller; a stream that has
+    /// the format already is returned itself. With a null `wanted`, the end of the longest chain that the
+    /// decoders accept. A null `stream` gives null.
+    ///
+    /// The stream is not rewound between candidates: decoders seek before they read. Decoders that raise
+    /// `CDataFormatException` or `CIOException` are passed over; other exceptions pass on. Raises
+    /// `CDataFormatException` "Cannot decode stream".
+    IInputStream* DecodeStream(IInputStream* stream, const CId& wanted) const;
+
+    /// The same for a file. Raises what opening the file raises, and `CDataFormatException` or `CIOException`
+    /// "Cannot decode file '...'".
+    IInputStream* DecodeFile(const wchar* path, const CId& wanted) const;
+
+    /// Null, whatever the arguments: encoding through the store is not provided.
+    IOutputStream* EncodeStream(IOutputStream* stream, const TDataFormat* from, const TDataFormat* to) const;
+    IOutputStream* EncodeFile(const wchar* path, const TDataFormat* from, const TDataFormat* to) const;
+
+private:
+    struct TData;
+    TData& GetData(const struct TFailure& notInitialized) const;
+
+    TData* data_ = nullptr;
+};
+
+} // namespace vorlund

@@ -1,0 +1,59 @@
+/// \file
+/// `CDebug`, the library's one channel for diagnostic text, and its four destinations.
+#pragma once
+
+#include <vorlund/Platform.h>
+
+namespace vorlund {
+
+/// Where `CDebug::PrintMessage` sends a text. Any other value prints nothing.
+enum TDebugMessageType {
+    /// The debugger output: `OutputDebugStringW` (the text, then "\n") on Windows, the system log elsewhere.
+    DEBUG_MESSAGE_OUTPUT = 0,
+    /// A message box captioned "Vorlund message" with an OK button and the information icon; elsewhere a
+    /// framed
+    /// notice on the controlling terminal, which waits for Enter when the process is in the foreground and
+    /// which a
+    /// process without a terminal never shows. The call returns when the box is closed.
+    DEBUG_MESSAGE_BOX = 1,
+    /// The standard output, then an end of line, flushed. What the stream cannot encode is written as UTF-8
+    /// on
+    /// POSIX and with a substitute on Windows.
+    DEBUG_MESSAGE_STDOUT = 2,
+    /// The standard error stream, in the same way.
+    DEBUG_MESSAGE_STDERR = 3
+};
+
+/// Receives what would have gone to destination `type`: `text` is the whole message without a final line end
+/// and lives only during the call. `user` is the pointer given to `CDebug::SetHandler`. May be called from
+/// any thread, and from several at once.
+using TDebugHandler = void (*)(TDebugMessageType type, const wchar* text, void* user);
+
+/// Diagnostic output. All operations are static and safe from any thread; lines of concurrent calls may
+/// interleave but each stays whole.
+class VRL_API CDebug {
+public:
+    CDebug() = delete;
+
+    /// Formats wide text printf-style and sends it to `type`. At most 1023 units are kept; the rest is cut.
+    ///
+    /// In `format`, `%s` and `%c` take wide text, `%S`, `%hs`, `%C` and `%hc` narrow text (widened unit by
+    /// unit with sign extension), `%I64d` and `%lld` 64-bit integers; everything else is as in C. A null text
+    /// prints as
+    /// "(null)". `%n` is not supported and prints nothing.
+    static void PrintMessage(TDebugMessageType type, const wchar* format, ...);
+
+    /// Replaces the default destination of `type` by `handler`, which is then called with `user`; a null
+    /// `handler` restores the default. Servers use this to avoid a modal box. Unknown types are ignored.
+    ///
+    /// A call that is already under way on another thread may still reach the former handler after this
+    /// returns. Messages printed from inside a handler, exceptions it builds included, reach no handler and
+    /// no destination; an exception that leaves a handler is dropped.
+    static void SetHandler(TDebugMessageType type, TDebugHandler handler, void* user = nullptr);
+
+    /// Stops in an attached debugger (`DebugBreak` on Windows, `SIGTRAP` elsewhere). Without a debugger this
+    /// ends the process, unless a handler for the trap is installed.
+    static void Break();
+};
+
+} // namespace vorlund

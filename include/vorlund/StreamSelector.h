@@ -1,0 +1,66 @@
+/// \file
+/// Selectors: small values that make a stream from whatever the caller has and give access to decoding. One
+/// thread at a time.
+#pragma once
+
+#include <vorlund/Platform.h>
+
+namespace vorlund {
+
+class CId;
+class IInputStream;
+class IOutputStream;
+struct TDataFormat;
+
+/// Holds one reference to an input stream; copies share it.
+class VRL_API CInputStreamSelector {
+public:
+    /// Holds `stream` and adds a reference. Raises `CNullPtrException` "Given input stream is NULL".
+    CInputStreamSelector(IInputStream* stream);
+    /// Holds a new file input stream opened on `fileName`. Raises `CNullPtrException` "Given file name is
+    /// NULL", and `CFileAccessException` "Cannot open '...' for reading".
+    CInputStreamSelector(const wchar* fileName);
+    CInputStreamSelector(const CInputStreamSelector& other);
+    CInputStreamSelector& operator=(const CInputStreamSelector& other);
+    /// Releases the stream; may raise what the stream's destruction raises.
+    ~CInputStreamSelector() noexcept(false);
+
+    /// The stream, with one reference for the caller.
+    IInputStream* GetInputStream() const;
+    /// The stream without a reference, valid while the selector lives.
+    IInputStream* GetInputStreamTmp() const { return stream_; }
+    /// `v`'s codec class store's `DecodeStream` of the held stream, with its result (one reference for the
+    /// caller) and its failures.
+    IInputStream* DecodeStream(const CId& wanted) const;
+
+private:
+    IInputStream* stream_ = nullptr;
+};
+
+/// Holds one reference to an output stream, or nothing; copies share it.
+class VRL_API COutputStreamSelector {
+public:
+    /// Holds `stream` and adds a reference. Null is accepted, unlike in the input selector, and leaves it
+    /// empty.
+    COutputStreamSelector(IOutputStream* stream);
+    /// Holds a new file output stream opened on `fileName`, which is truncated. Raises `CFileAccessException`
+    /// "Cannot open '...' for writing".
+    COutputStreamSelector(const wchar* fileName);
+    COutputStreamSelector(const COutputStreamSelector& other);
+    COutputStreamSelector& operator=(const COutputStreamSelector& other);
+    /// Releases the stream; may raise what the stream's destruction raises.
+    ~COutputStreamSelector() noexcept(false);
+
+    /// The stream, with one reference for the caller, or null.
+    IOutputStream* GetOutputStream() const;
+    /// The stream without a reference, valid while the selector lives, or null.
+    IOutputStream* GetOutputStreamTmp() const { return stream_; }
+    /// `v`'s codec class store's `EncodeStream`, which gives null. Raises `CNullPtrException` "Stream pointer
+    /// is NULL" when the selector is empty.
+    IOutputStream* EncodeStream(const TDataFormat* from, const TDataFormat* to) const;
+
+private:
+    IOutputStream* stream_ = nullptr;
+};
+
+} // namespace vorlund

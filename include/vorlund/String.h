@@ -1,0 +1,149 @@
+/// \file
+/// `CString`, the library's one text type.
+#pragma once
+
+#include <vorlund/Platform.h>
+
+#include <utility>
+
+namespace vorlund {
+
+class IObjectEnumerator;
+
+/// A null-terminated UTF-16 text in a heap buffer of its own.
+///
+/// The buffer is never null and holds exactly length + 1 units; there is no stored length, so a zero unit
+/// written into the middle shortens the text. Narrow (`char`) input is widened unit by unit with sign
+/// extension (the byte 0xE9 becomes U+FFE9), with no code page; narrow output takes the low byte of each
+/// unit.
+///
+/// A failed allocation raises `std::bad_alloc` and leaves the text as it was; arguments may alias the text
+/// itself. Null text arguments count as empty. One thread at a time; the cells behind out-of-range elements
+/// are shared by all texts.
+class VRL_API CString {
+public:
+    /// The empty text.
+    CString();
+    CString(const char* text);
+    CString(const wchar* text);
+    CString(const CString& other);
+    ~CString() { delete[] buffer_; }
+
+    CString& operator=(const char* text);
+    CString& operator=(const wchar* text);
+    CString& operator=(const CString& other);
+    CString& operator=(CString&& other) noexcept {
+        std::swap(buffer_, other.buffer_);
+        return *this;
+    }
+
+    /// The buffer itself, valid until the text is changed.
+    operator const wchar*() const { return buffer_; }
+    operator wchar*() { return buffer_; }
+    const wchar* GetBuffer() const { return buffer_; }
+    wchar* GetBuffer() { return buffer_; }
+
+    /// Units before the first zero unit, counted afresh at each call.
+    unsigned int Length() const;
+
+    /// Discards the text and makes room for `count` units, which the caller fills through `GetBuffer`; the
+    /// text is empty until then. Raises `std::bad_alloc` for a count below 0 or one that cannot exist.
+    void Allocate(int count);
+
+    /// The unit at `index`; out of range, the value of (or a reference to) one static cell per overload,
+    /// which is 0 until it is written. Never raises. A negative `int` index counts from the end.
+    wchar operator[](unsigned int index) const;
+    wchar& operator[](unsigned int index);
+    wchar operator[](int index) const;
+    wchar& operator[](int index);
+
+    /// Null for any separator: tokenising is declared but deliberately not provided.
+    IObjectEnumerator* EnumerateTokens(wchar separator) const;
+
+    /// -1, 0 or 1: units compared in order as unsigned 16-bit values; with no difference the longer text is
+    /// greater.
+    int CompareTo(const char* text) const;
+    int CompareTo(const wchar* text) const;
+
+    /// The same, each unit upper-cased first (simple case mapping, one unit to one unit).
+    int CompareToIgnoreCase(const char* text) const;
+    int CompareToIgnoreCase(const wchar* text) const;
+
+    bool operator==(const char* text) const { return CompareTo(text) == 0; }
+    bool operator==(const wchar* text) const { return CompareTo(text) == 0; }
+    bool operator==(CString other) const { return CompareTo(other.buffer_) == 0; }
+    bool operator!=(const char* text) const { return CompareTo(text) != 0; }
+    bool operator!=(const wchar* text) const { return CompareTo(text) != 0; }
+    bool operator<(const char* text) const { return CompareTo(text) < 0; }
+    bool operator<(const wchar* text) const { return CompareTo(text) < 0; }
+    bool operator<=(const char* text) const { return CompareTo(text) <= 0; }
+    bool operator<=(const wchar* text) const { return CompareTo(text) <= 0; }
+    bool operator>(const char* text) const { return CompareTo(text) > 0; }
+    bool operator>(const wchar* text) const { return CompareTo(text) > 0; }
+    bool operator>=(const char* text) const { return CompareTo(text) >= 0; }
+    bool operator>=(const wchar* text) const { return CompareTo(text) >= 0; }
+
+    CString operator+(const char* text) const;
+    CString operator+(const wchar* text) const;
+    CString& operator+=(const char* text);
+    CString& operator+=(const wchar* text);
+
+    /// `Remove` on a copy or on this text. Because `Remove` ends by raising, so do these: `-=` leaves the
+    /// text edited, and the result of `-` is lost, except where the wide `Remove` returns.
+    CString operator-(const char* text) const;
+    CString operator-(const wchar* text) const;
+    CString& operator-=(const char* text);
+    CString& operator-=(const wchar* text);
+
+    /// The lowest index at which the argument stands. The unit 0 gives `Length()`, an empty needle 0. Raises
+    /// `CObjectNotFoundException` "Didn't find content"; but a wide needle longer than the text gives
+    /// 0xFFFFFFFF.
+    unsigned int FindFirst(wchar unit) const;
+    unsigned int FindFirst(const wchar* needle) const;
+    unsigned int FindFirst(const char* needle) const;
+
+    /// The highest index at which the argument stands. The unit 0 and an empty needle give `Length()`. Raises
+    /// `CObjectNotFoundException` "Didn't find content"; but a needle longer than the text gives 0xFFFFFFFF.
+    unsigned int FindLast(wchar unit) const;
+    unsigned int FindLast(const wchar* needle) const;
+    unsigned int FindLast(const char* needle) const;
+
+    /// Every unit equal to `from` becomes `to`, in place.
+    void Replace(wchar from, wchar to);
+
+    /// Replaces the first occurrence of `from`, and again from the front of the result until there is none.
+    /// An edit keeps at most 65535 units behind the replaced place.
+    ///
+    /// Ends by raising `CObjectNotFoundException` "Didn't find content" once the text is edited, except when
+    /// `from` has become longer than the text. Raises `CInvalidParameterException`, with the text as it was,
+    /// for a call that would never end: an empty `from`, or a `to` that contains `from`.
+    void Replace(const wchar* from, const wchar* to);
+
+    /// Cuts out every occurrence: `Replace` with nothing, with the same endings. The forms that take a unit
+    /// or a narrow text always end by raising. Raises `CInvalidParameterException`, with the text as it was,
+    /// for the unit 0 and for an empty text.
+    void Remove(wchar unit);
+    void Remove(const wchar* text);
+    void Remove(const char* text);
+
+    /// Cuts out a range, given as for `SubStr`. Never raises. Keeps at most 65535 units behind a range that
+    /// is not empty.
+    void Remove(int start, int count);
+
+    /// Cuts leading and trailing line feeds, carriage returns and spaces; a tab stays.
+    void Trim();
+
+    /// The units of a range. A negative `start` counts from the end; a negative `count` leaves that many
+    /// units off the end; the range is cut to the text. Never raises.
+    CString SubStr(int start, int count) const;
+
+    /// Copies at most `size` - 1 units and a terminator; nothing is written when `size` is below 1. Narrow:
+    /// the low byte of each unit.
+    void ToWideChar(wchar* destination, int size) const;
+    void ToChar(char* destination, int size) const;
+
+private:
+    wchar* buffer_;
+};
+
+} // namespace vorlund

@@ -1,0 +1,63 @@
+/// \file
+/// The decoders of RIFF/WAVE files. The format: Microsoft and IBM, "Multimedia Programming Interface and Data
+/// Specifications 1.0" (1991).
+#pragma once
+
+#include <vorlund/StreamFilter.h>
+#include <vorlund/String.h>
+
+namespace vorlund {
+
+class IObjectList;
+
+/// A chunk of a RIFF file.
+struct TWavChunkInfo {
+    /// The four id bytes, widened; a zero byte ends the id early.
+    CString id;
+    /// Position of the first data byte in the file. Kept as the low 32 bits with their sign: a position of 2
+    /// to 4 GiB is negative, and one beyond comes out modulo 2^32.
+    std::int64_t dataOffset = 0;
+    /// The declared size in bytes.
+    std::uint64_t size = 0;
+};
+
+/// Indexes the top-level chunks of a RIFF/WAVE file and reads one of them at a time: byte 0 is the chunk's
+/// first data byte. Chunks are found as they are declared, with no padding to even sizes.
+///
+/// `Connect` raises `CDataFormatException` "Seek unsupported", "Tell unsupported" and "Invalid header".
+/// `GetFormat` is the empty format.
+class IWavChunkDecoder : public IInputStreamFilter {
+public:
+    using TBase = IInputStreamFilter;
+    static constexpr CId InterfaceId{0x3C718E0B, 0xF5A5403B, 0xBCE6CE73, 0x8A5092CC};
+
+    /// A new list, owned by the caller, of one `IStringObject` per chunk with its id, in file order.
+    virtual IObjectList* EnumerateChunks() = 0;
+    /// The selected chunk's size, or 0 when none is selected.
+    virtual std::uint64_t GetChunkSize() = 0;
+    /// The selected chunk's data offset, or -1 when none is selected.
+    virtual std::int64_t GetChunkOffset() = 0;
+    /// Selects the first chunk with that id (case is ignored) and goes to its first byte; null selects none.
+    /// Raises `CObjectNotFoundException` "Stream is not connected" and "Cannot find chunk"; none is then
+    /// selected.
+    virtual void SelectChunk(const wchar* id) = 0;
+
+protected:
+    ~IWavChunkDecoder() = default;
+};
+
+/// Decodes RIFF/WAVE files of 8-bit or 16-bit integer PCM: reads the bytes of the "data" chunk, and
+/// `GetFormat` is a `TDataFormat_AudioPcm`. `Connect` raises `CDataFormatException` with the reasons of the
+/// chunk decoder and "Cannot find fmt chunk", "Invalid fmt chunk size", "Unsupported wave format",
+/// "Usupported bits per sample" and "Cannot find data chunk ", and passes `CIOException` on; the decoder is
+/// then unconnected.
+class IWavDecoder : public IInputStreamFilter {
+public:
+    using TBase = IInputStreamFilter;
+    static constexpr CId InterfaceId{0xC4B0F257, 0xA5504AA6, 0x917BB449, 0x30680C16};
+
+protected:
+    ~IWavDecoder() = default;
+};
+
+} // namespace vorlund

@@ -1,0 +1,169 @@
+// The class store: registrations in order, and an index of the first ones.
+//
+// One recursive lock guards the registrations. It is held while a factory runs, so that a factory may create
+// further objects through the store, and it is the innermost lock of the library that runs foreign code.
+#include "vorlund/api/ClassIndex.h"
+#include "vorlund/api/DebugOutput.h"
+
+#include <vorlund/BinaryLock.h>
+#include <vorlund/ClassIds.h>
+#include <vorlund/ClassStore.h>
+#include <vorlund/Exception.h>
+#include <vorlund/ObjectList.h>
+#include <vorlund/RefPtr.h>
+
+#include <deque>
+#include <utility>
+
+namespace vorlund {
+namespace {
+
+constexpr const wchar* kFile = VRL_L("src/vorlund/api/ClassStore");
+constexpr const wchar* kCreateObject = VRL_L("vorlund::CClassStore::CreateObject");
+constexpr const wchar* kGetClassInfo = VRL_L("vorlund::CClassStore::GetClassInfo");
+// Kept on purpose: the not-found reports of GetClassInfo name GetClass, and only CreateObject by identifier
+// has a reason.
+constexpr const wchar* kGetClass = VRL_L("vorlund::CClassStore::GetClass");
+constexpr const wchar* kNotInitialized = VRL_L("Not initialized");
+
+constexpr TFailure kNotClosed{VRL_L("vorlund::CClassStore::~CClassStore"), kFile, 28, VRL_L("Not closed")};
+constexpr TFailure kRegisterNotInitialized{VRL_L("vorlund::CClassStore::RegisterClassVrl"), kFile, 148,
+                                           kNotInitialized};
+
+/// What an operation raises for one kind of key.
+struct TLookupFailures {
+    TFailure notInitialized;
+    TFailure notFound;
+};
+constexpr TLookupFailures kCreateById{{kCreateObject, kFile, 60, kNotInitialized},
+                                      {kCreateObject, kFile, 68, VRL_L("Cannot find class")}};
+constexpr TLookupFailures kCreateByName{{kCreateObject, kFile, 77, kNotInitialized},
+                                        {kCreateObject, kFile, 85, VRL_L("")}};
+constexpr TLookupFailures kGetById{{kGetClassInfo, kFile, 112, kNotInitialized},
+                                   {kGetClass, kFile, 125, VRL_L("")}};
+constexpr TLookupFailures kGetByName{{kGetClassInfo, kFile, 130, kNotInitialized},
+                                     {kGetClass, kFile, 143, VRL_L("")}};
+
+} // namespace
+
+struct CClassStore::TData {
+    /// Takes no part in the destruction of what it guards: see Close.
+    mutable CBinaryLock lock;
+    /// A deque, because lookups hand out the addresses of its members.
+    std::deque<TClassInfo> classes;
+    CClassIndex index;
+
+    void Clear() {
+        index.Clear();
+        classes.clear();
+    }
+
+    /// The first registration of `key`. Raises, with the lock given back, when there is none.
+    template <class TKey>
+    const TClassInfo& Find(const TKey& key, CBinaryLockGuard& guard, const TFailure& notFound) const {
+        const TClassInfo* const info = index.Find(key);
+        if (!info) {
+            guard.Unlock();
+            Raise<CClassNotFoundException>(notFound);
+        }
+        return *info;
+    }
+
+    template <class TKey>
+    static const TClassInfo* Get(const TData* data, const TKey& key, const TLookupFailures& failures) {
+        if (!data) Raise<CBugException>(failures.notInitialized);
+        CBinaryLockGuard guard(data->lock);
+        return &data->Find(key, guard, failures.notFound);
+    }
+
+    template <class TKey>
+    static IObject* Create(const TData* data, const TKey& key, const TLookupFailures& failures) {
+        if (!data) Raise<CBugException>(failures.notInitialized);
+        CBinaryLockGuard guard(data->lock);
+        const TObjectFactory factory = data->Find(key, guard, failures.notFound).factory;
+        guard.Leave();
+        // Kept on purpose: when the factory raises, the lock stays with this thread.
+        IObject* const object = factory();
+        data->lock.Unlock();
+        return object;
+    }
+};
+
+CClassStore::~CClassStore() noexcept(false) {
+    if (data_) Raise<CBugException>(kNotClosed);
+}
+
+void CClassStore::Init() {
+    if (!data_) data_ = new TData;
+}
+
+void CClassStore::Close() {
+    if (!data_) return;
+    TData* const data = std::exchange(data_, nullptr);
+    // A factory that raised has left the lock with its thread: give it back, then wait for other threads.
+    while (data->lock.GetHoldCount() > 0) data->lock.Unlock();
+    data->lock.Lock();
+    data->Clear();
+    data->lock.Unlock();
+    delete data;
+}
+
+void CClassStore::Clear() {
+    if (!data_) return;
+    const CBinaryLockGuard guard(data_->lock);
+    data_->Clear();
+}
+
+void CClassStore::RegisterClassVrl(const TClassInfo& info) {
+    if (!data_) Raise<CBugException>(kRegisterNotInitialized);
+    const CBinaryLockGuard guard(data_->lock);
+    // Kept on purpose: no check for duplicates; the first registration wins.
+    data_->index.Add(data_->classes.emplace_back(info));
+}
+
+const TClassInfo* CClassStore::GetClassInfo(const CId& id) const {
+    return TData::Get(data_, id, kGetById);
+}
+
+const TClassInfo* CClassStore::GetClassInfo(const wchar* name) const {
+    return TData::Get(data_, name, kGetByName);
+}
+
+IObject* CClassStore::CreateObject(const CId& id) const {
+    return TData::Create(data_, id, kCreateById);
+}
+
+IObject* CClassStore::CreateObject(const wchar* name) const {
+    return TData::Create(data_, name, kCreateByName);
+}
+
+IObjectEnumerator* CClassStore::EnumerateClasses() const {
+    // Before the own state is looked at: on the library's closed store this is what raises.
+    auto enumerator = CreateAs<IPushObjectEnumerator>(classid::CPushObjectEnumerator);
+    if (data_) {
+        const CBinaryLockGuard guard(data_->lock);
+        for (TClassInfo& info : data_->classes) {
+            const auto item = CreateAs<IPtrObject>(classid::CPtrObject);
+            item->SetPtr(&info);
+            enumerator->Push(item.Get());
+        }
+    }
+    return enumerator.Detach();
+}
+
+void CClassStore::Dump() const {
+    if (!data_) {
+        EmitDebugText(DEBUG_MESSAGE_STDOUT, VRL_L("Class dump - not initialized!"));
+        return;
+    }
+    const CBinaryLockGuard guard(data_->lock);
+    EmitDebugText(DEBUG_MESSAGE_STDOUT, VRL_L("Class dump"));
+    for (const TClassInfo& info : data_->classes) {
+        wstring line = VRL_L(" * ") + info.id.ToString() + VRL_L(" - ");
+        if (info.name) line += info.name;
+        EmitDebugText(DEBUG_MESSAGE_STDOUT, line.c_str());
+    }
+    EmitDebugText(DEBUG_MESSAGE_STDOUT, VRL_L("---"));
+}
+
+} // namespace vorlund

@@ -1,0 +1,22 @@
+#include <vorlund/ObjectServices.h>
+#include <vorlund/Vorlund.h>
+
+namespace vorlund::services {
+
+int OnCreateObject(const CId& classId) {
+    return v.GetObjectCounter().OnCreateObject(classId);
+}
+void OnDestroyObject(const CId& classId) {
+    v.GetObjectCounter().OnDestroyObject(classId);
+}
+IObject* CreateObject(const CId& classId) {
+    return v.GetClassStore().CreateObject(classId);
+}
+CClassStore& ClassStore() {
+    return v.GetClassStore();
+}
+CCodecClassStore& CodecClassStore() {
+    return v.GetCodecClassStore();
+}
+
+} // namespace vorlund::services

@@ -1,0 +1,25 @@
+#include "vorlund/util/PushObjectEnumerator.h"
+
+namespace vorlund {
+
+bool CPushObjectEnumerator::HasNext() {
+    started_ = true;
+    return position_ < objects_.GetCount();
+}
+
+IObject* CPushObjectEnumerator::GetNext() {
+    if (!HasNext()) return nullptr;
+    IObject* const object = objects_[position_++];
+    object->AddRef();
+    return object;
+}
+
+void CPushObjectEnumerator::Push(IObject* object) {
+    if (!started_) objects_.Share(object);
+}
+
+void CPushObjectEnumerator::Reserve(unsigned int count) {
+    if (!started_ && objects_.GetCount() == 0) objects_.Reserve(count);
+}
+
+} // namespace vorlund
