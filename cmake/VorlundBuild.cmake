@@ -19,6 +19,14 @@ endif()
 add_library(vorlund_build INTERFACE)
 target_compile_features(vorlund_build INTERFACE cxx_std_20)
 target_compile_options(vorlund_build INTERFACE -ffp-contract=off)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(i[3-6]86|x86_64|AMD64)$")
+    # The x87 unit would keep more digits than float and double have.
+    target_compile_options(vorlund_build INTERFACE -msse2 -mfpmath=sse)
+    if(WIN32)
+        # Threads that the system enters keep only 4-byte stack alignment, and SSE code needs 16.
+        target_compile_options(vorlund_build INTERFACE -mstackrealign)
+    endif()
+endif()
 
 # Interface target with the warnings of our own code; they are errors in top-level builds.
 add_library(vorlund_warnings INTERFACE)

@@ -5,9 +5,6 @@ set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_CXX_COMPILER i686-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER i686-w64-mingw32-windres)
 
-# Threads that the system enters keep only 4-byte stack alignment, and SSE code needs 16: realign at entry.
-set(CMAKE_CXX_FLAGS_INIT "-msse2 -mfpmath=sse -mstackrealign")
-
 # No time stamps: equal sources give equal binaries.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,--no-insert-timestamp")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-Wl,--no-insert-timestamp")

@@ -1,0 +1,60 @@
+# Installs the Debian packages that a purpose needs. Sourced by ./run and ./test.
+
+# Prints the packages of a purpose, one word each.
+vorlund_packages() {
+    local build="g++ cmake ninja-build"
+    local tests="$build googletest pkgconf"
+    case $1 in
+    run-linux) echo "$build" ;;
+    run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;
+    # wine64 as well: the tests' Wine prefix serves both word sizes.
+    win32) echo "$tests g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
+    win64) echo "$tests g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
+    linux | linux-asan | linux-tsan) echo "$tests" ;;
+    linux32-asan) echo "$tests libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
+    linux-fuzz) echo "$build clang libclang-rt-14-dev" ;;
+    *) return 1 ;;
+    esac
+}
+
+# vorlund_require LOG PURPOSE...: makes the packages of all purposes present. Installs nothing, and needs neither
+# root nor a network, when they are. Notes go to standard error, what apt says goes to the file LOG.
+vorlund_require() {
+    local log=$1 purpose package sudo=""
+    local -a missing=()
+    shift
+    for purpose in "$@"; do
+        for package in $(vorlund_packages "$purpose"); do
+            [[ " ${missing[*]} " == *" $package "* ]] && continue
+            dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q ' installed$' || missing+=("$package")
+        done
+    done
+    ((${#missing[@]})) || return 0
+
+    if ((EUID != 0)); then
+        if ! command -v sudo >/dev/null; then
+            echo "vorlund: these packages are missing, and there is neither root nor sudo: ${missing[*]}" >&2
+            return 1
+        fi
+        sudo=sudo
+    fi
+    echo "vorlund: installing ${missing[*]}" >&2
+    mkdir -p "$(dirname "$log")"
+    {
+        if [[ " ${missing[*]} " == *:i386\ * ]]; then $sudo dpkg --add-architecture i386; fi
+        # An index that cannot be fetched (often the i386 half of the security archive) is no reason to stop:
+        # what matters is whether the packages install.
+        $sudo apt-get update || true
+        # The release is named because the two halves of a multi-architecture package must have one version, and
+        # a mixture of archives may offer two.
+        vorlund_install "$sudo" -t bookworm "${missing[@]}" || vorlund_install "$sudo" "${missing[@]}"
+    } >>"$log" 2>&1 || {
+        tail -n 20 "$log" >&2
+        echo "vorlund: the packages could not be installed; see $log" >&2
+        return 1
+    }
+}
+
+vorlund_install() {
+    $1 env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${@:2}"
+}

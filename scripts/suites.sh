@@ -1,0 +1,177 @@
+# What ./test does for one target: build, run the test programs whole, and the extra steps that gtest does not
+# see. Every step ends in count(), and finish() prints the sum. Sourced by ./test, in the root of the repository.
+
+total_passed=0
+total_failed=0
+declare -a rows=()
+
+# Longest run of one test program, in seconds: a hang fails instead of blocking.
+program_limit=900
+
+# The sanitizers' runtimes: leaks count as failures, an impossible allocation returns null as operator new's
+# callers expect, the first race ends the run.
+export ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1
+export UBSAN_OPTIONS=print_stacktrace=1
+export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+
+# count PASSED FAILED: adds to the sums of the target at hand.
+count() {
+    passed=$((passed + $1))
+    failed=$((failed + $2))
+}
+
+# step NAME COMMAND...: an extra step, which counts as one test; its output goes to a log of its own.
+step() {
+    local name=$1 log=$logs/$target-${1// /-}.log
+    shift
+    if "$@" >"$log" 2>&1; then
+        count 1 0
+    else
+        count 0 1
+        complain "$name" "$log"
+    fi
+}
+
+# complain WHAT LOG: one line that says what failed and where to read on, and the end of the log.
+complain() {
+    echo "FAILED $target: $1 (log: $2)"
+    tail -n 15 "$2" | sed 's/^/    | /'
+}
+
+# on_target COMMAND...: runs a program of the target, in the way that the target needs.
+on_target() {
+    local -a launcher=(timeout -k 10 "$program_limit")
+    case $target in
+    win*) launcher+=(wine) ;;
+    # The sanitizers of GCC 12 and Clang 14 do not know the address layouts of newer kernels.
+    *asan | *tsan | *fuzz) setarch -R true 2>/dev/null && launcher+=(setarch -R) ;;
+    esac
+    "${launcher[@]}" "$@"
+}
+
+# gtest_program NAME: runs a test program and adds its cases.
+gtest_program() {
+    local name=$1 log=$logs/$target-$1.log xml=$logs/$target-$1.xml
+    local status=0 ran=0 bad=0 skipped=0
+    rm -f "$xml"
+    on_target "$folder/bin/$name$exe" "--gtest_output=xml:$xml" >"$log" 2>&1 </dev/null || status=$?
+    if grep -q '</testsuites>' "$xml" 2>/dev/null; then
+        ran=$(xml_sum tests "$xml" '<testsuites ')
+        bad=$(xml_sum failures "$xml" '<testsuites ')
+        skipped=$(($(xml_sum skipped "$xml" '<testsuite ') + $(xml_sum disabled "$xml" '<testsuites ')))
+    else
+        # It ended early: what its output tells, and the case that it did not survive.
+        ran=$(grep -cE '^\[ +(OK|FAILED|SKIPPED) +\] .*\([0-9]+ ms\)' "$log")
+        bad=$(grep -cE '^\[ +FAILED +\] .*\([0-9]+ ms\)' "$log")
+        skipped=$(grep -cE '^\[ +SKIPPED +\] .*\([0-9]+ ms\)' "$log")
+    fi
+    count $((ran - bad - skipped)) "$bad"
+    skipped_total=$((skipped_total + skipped))
+    if ((bad)); then
+        echo "FAILED $target: $name, $bad of $ran cases (log: $log)"
+        grep -oE '^\[ +FAILED +\] [^ ,]+' "$log" | sort -u | head -n 40 | sed 's/^/    /'
+    elif ((status)); then
+        count 0 1
+        [[ $status == 124 || $status == 137 ]] && echo "the limit of $program_limit s was reached" >>"$log"
+        complain "$name ended with status $status after $ran cases" "$log"
+    elif ((ran == 0)); then
+        count 0 1
+        complain "$name ran no case" "$log"
+    fi
+}
+
+# xml_sum ATTRIBUTE FILE ELEMENT: the sum of an attribute over all elements.
+xml_sum() {
+    grep -F "$3" "$2" | grep -oE " $1=\"[0-9]+\"" | grep -oE '[0-9]+' | { local sum=0 n; while read -r n; do sum=$((sum + n)); done; echo $sum; }
+}
+
+replay_corpus() { on_target "$folder/bin/fuzz_$1$exe" "fuzz/corpus/$1"; }
+
+test_target() {
+    target=$1
+    local folder=build/$target exe="" passed=0 failed=0 skipped_total=0 start=$SECONDS built name
+    local -a options=()
+    [[ $target == win* ]] && exe=.exe
+    [[ $target == win64 ]] && options=(-- --target vorlund_smoke)
+    echo "== $target"
+    if ! vorlund_build "$target" "$folder" "${options[@]}" >"$logs/$target-build.log" 2>&1; then
+        count 0 1
+        complain "it could not be built" "$logs/$target-build.log"
+        row "not built"
+        return
+    fi
+    built=$((SECONDS - start))
+
+    step smoke on_target "$folder/bin/vorlund_smoke$exe"
+    if [[ $target != win64 ]]; then
+        gtest_program vorlund_tests
+        gtest_program vorlund_internal_tests
+        while read -r name; do
+            [[ -z $name ]] || step "corpus $name" replay_corpus "$name"
+        done <"$folder/fuzzers.txt"
+    fi
+    if [[ $target == linux || $target == win32 ]]; then
+        step exports scripts/exports.sh --check "$target" "$folder"
+        step headers scripts/headers.sh "$target"
+        step install tests/install/check.sh "$target" "$folder"
+    fi
+    row "built in ${built} s, tested in $((SECONDS - start - built)) s"
+}
+
+# Runs every fuzz target for some minutes, two at a time. New inputs are kept in the build folder; inputs that
+# fail, in its folder findings.
+fuzz_target() {
+    target=linux-fuzz
+    local folder=build/linux-fuzz passed=0 failed=0 skipped_total=0 start=$SECONDS name
+    local -a names=()
+    echo "== $target"
+    if ! vorlund_build "$target" "$folder" >"$logs/$target-build.log" 2>&1; then
+        count 0 1
+        complain "it could not be built" "$logs/$target-build.log"
+        row "not built"
+        return
+    fi
+    mapfile -t names < <(grep . "$folder/fuzzers.txt")
+    for name in "${names[@]}"; do
+        while (($(jobs -rp | wc -l) >= 2)); do wait -n; done
+        fuzz_one "$name" "$1" &
+    done
+    wait
+    for name in "${names[@]}"; do
+        if [[ $(cat "$folder/status-$name") == 0 ]]; then
+            count 1 0
+            printf '   %-24s %s\n' "$name" "$(grep -E '^Done ' "$logs/$target-$name.log")"
+        else
+            count 0 1
+            complain "fuzz_$name, the input is in $folder/findings" "$logs/$target-$name.log"
+        fi
+    done
+    row "fuzzed for $1 min each, $((SECONDS - start)) s"
+}
+
+fuzz_one() {
+    local name=$1 status=0
+    # The seeds are read only; what libFuzzer finds goes to the first folder.
+    mkdir -p "$folder/corpus/$name" "$folder/findings"
+    program_limit=$(($2 * 60 + 300)) on_target "$folder/bin/fuzz_$name" -max_total_time=$(($2 * 60)) -timeout=25 \
+        -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$folder/findings/$name-" \
+        "$folder/corpus/$name" "fuzz/corpus/$name" >"$logs/linux-fuzz-$name.log" 2>&1 || status=$?
+    echo "$status" >"$folder/status-$name"
+}
+
+# row NOTE: ends a target.
+row() {
+    local skipped=""
+    ((skipped_total)) && skipped=", $skipped_total skipped"
+    rows+=("$(printf '%-14s %5d passed %5d failed   %s' "$target" "$passed" "$failed" "$1$skipped")")
+    echo "${rows[-1]}"
+    total_passed=$((total_passed + passed))
+    total_failed=$((total_failed + failed))
+}
+
+finish() {
+    echo
+    printf '%s\n' "${rows[@]}"
+    echo "$total_passed passed, $total_failed failed"
+    ((total_failed == 0 && total_passed > 0))
+}

@@ -1,0 +1,39 @@
+#!/bin/bash
+# Installs a build into a temporary prefix, moves that prefix, and builds and runs a consumer against it: by the
+# CMake package on every target, by pkg-config on Linux. usage: tests/install/check.sh linux|win32 BUILD-FOLDER
+set -euxo pipefail
+target=$1
+folder=$(realpath "$2")
+here=$(realpath "$(dirname "${BASH_SOURCE[0]}")")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+cmake --install "$folder" --prefix "$work/staged" --strip
+mv "$work/staged" "$work/prefix"
+prefix=$work/prefix
+
+case $target in
+win32)
+    for file in vorlund.dll libgcc_s_dw2-1.dll libstdc++-6.dll libwinpthread-1.dll; do
+        test -f "$prefix/bin/$file"
+    done
+    cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DVorlund_DIR="$prefix/lib/cmake/Vorlund" \
+        -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/toolchains/win32.cmake"
+    cmake --build "$work/build"
+    # The program lies elsewhere: the loader finds the library, and with it the compiler's, by the path.
+    WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/consumer.exe"
+    ;;
+linux)
+    cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix"
+    cmake --build "$work/build"
+    "$work/build/consumer"
+
+    export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+    test "$(pkg-config --modversion vorlund)" = "$(sed -n 's/^project(Vorlund VERSION \([0-9.]*\).*/\1/p' \
+        "$here/../../CMakeLists.txt")"
+    # shellcheck disable=SC2046
+    g++ -std=c++20 "$here/consumer.cpp" -o "$work/consumer" $(pkg-config --cflags --libs vorlund)
+    LD_LIBRARY_PATH=$prefix/lib "$work/consumer"
+    ;;
+*) exit 2 ;;
+esac
