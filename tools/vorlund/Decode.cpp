@@ -1,0 +1,90 @@
+#include "Decode.h"
+
+#include "Chain.h"
+#include "Diagnostics.h"
+#include "Interrupt.h"
+#include "OutputFile.h"
+#include "Progress.h"
+
+#include <vorlund/DataFormat.h>
+#include <vorlund/Exception.h>
+#include <vorlund/Path.h>
+#include <vorlund/RefPtr.h>
+#include <vorlund/Stream.h>
+#include <vorlund/StreamSelector.h>
+
+#include <cinttypes>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+using namespace vorlund;
+
+namespace {
+
+constexpr std::size_t kBlockSize = 64 * 1024;
+
+CRefPtr<IInputStream> OpenDecoded(const CInputStreamSelector& source, const wstring& path,
+                                  CDiagnostics& diagnostics) {
+    try {
+        return CRefPtr<IInputStream>::Adopt(source.DecodeStream(TDataFormat_AudioPcm::FormatId));
+    } catch (const CDataFormatException&) {
+        // What the search raises says only that it failed; the reports before it say why.
+        throw TProgramError{VRL_L("Cannot decode '") + path + VRL_L("': ") + diagnostics.GetFormerReason()};
+    } catch (const CIOException& error) {
+        throw TProgramError{VRL_L("Cannot decode '") + path + VRL_L("': ") + error.GetReason()};
+    }
+}
+
+/// Reads the stream to its end; returns the bytes read.
+std::uint64_t Copy(IInputStream& from, COutputFile& to) {
+    const std::int64_t length = from.GetLength();
+    CProgress progress(length > 0 ? static_cast<std::uint64_t>(length) : 0);
+    const CInterrupt interrupt;
+    std::vector<std::uint8_t> block(kBlockSize);
+    std::uint64_t total = 0;
+    while (const std::uint64_t count = from.Read(block.data(), block.size())) {
+        to.Write(block.data(), count);
+        total += count;
+        progress.Show(total);
+        if (interrupt.IsRaised()) throw TProgramError{VRL_L("Interrupted")};
+    }
+    return total;
+}
+
+std::string FormatDuration(const TDataFormat_AudioPcm& format, std::uint64_t bytes) {
+    const std::uint32_t bytesPerSec = format.GetBytesPerSec();
+    if (bytesPerSec == 0) return "unknown";
+    char text[32];
+    std::snprintf(text, sizeof text, "%.3f s", static_cast<double>(bytes) / bytesPerSec);
+    return text;
+}
+
+} // namespace
+
+void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
+    if (options.output == "-") diagnostics.KeepStandardOutputFree();
+    const wstring path = PathFromUtf8(options.input.c_str());
+    const CInputStreamSelector source(path.c_str());
+    const auto decoded = OpenDecoded(source, path, diagnostics);
+    const auto format = static_cast<const TDataFormat_AudioPcm&>(decoded->GetFormat());
+
+    const auto output = COutputFile::Create(options.output, options.raw, format);
+    const std::uint64_t bytes = Copy(*decoded, *output);
+    output->Finish();
+
+    diagnostics.PrintField("File", path);
+    diagnostics.PrintField("Format", VRL_L("audio PCM ") + format.id.ToString());
+    diagnostics.PrintField("Channels", std::to_string(format.channels));
+    diagnostics.PrintField("Rate", std::to_string(format.samplesPerSec) + " Hz");
+    diagnostics.PrintField("Bits", std::to_string(format.GetSampleSize() * 8));
+    diagnostics.PrintField("Duration", FormatDuration(format, bytes));
+    diagnostics.PrintField("Bytes", std::to_string(bytes));
+    if (const wstring chunks = DescribeChunks(path.c_str()); !chunks.empty()) {
+        diagnostics.PrintField("Chunks", chunks);
+    }
+    diagnostics.PrintField("Chain", DescribeChain(decoded.Get()));
+    if (!options.output.empty() && options.output != "-") {
+        diagnostics.PrintField("Output", PathFromUtf8(options.output.c_str()));
+    }
+}

@@ -1,0 +1,15 @@
+// What the program needs of the system around it.
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+/// The arguments without the program's name, in UTF-8 (on POSIX: as given).
+std::vector<std::string> GetArguments(int argc, char** argv);
+
+/// True when the standard error stream is a terminal.
+bool IsErrorTerminal();
+
+/// The standard output, ready for bytes.
+std::FILE* GetBinaryOutput();

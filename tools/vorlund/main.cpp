@@ -1,0 +1,66 @@
+// The command-line program: one subcommand per job.
+#include "Decode.h"
+#include "Diagnostics.h"
+#include "Terminal.h"
+
+#include <vorlund/Exception.h>
+#include <vorlund/Vorlund.h>
+
+#include <CLI/CLI.hpp>
+
+#include <new>
+
+namespace {
+
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+
+/// Closes the library on every way out.
+class CLibrary {
+public:
+    CLibrary() { vorlund::v.Init(); }
+    CLibrary(const CLibrary&) = delete;
+    CLibrary& operator=(const CLibrary&) = delete;
+    ~CLibrary() { vorlund::v.Close(); }
+};
+
+int RunDecodeCommand(const TDecodeOptions& options) {
+    CDiagnostics diagnostics;
+    try {
+        const CLibrary library;
+        RunDecode(options, diagnostics);
+        return 0;
+    } catch (const TProgramError& error) {
+        diagnostics.PrintError(error.text.c_str());
+    } catch (const vorlund::CException& error) {
+        diagnostics.PrintError(error.GetReason());
+    } catch (const std::bad_alloc&) {
+        diagnostics.PrintError(VRL_L("Out of memory"));
+    }
+    return kExitFailed;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"Decodes media files with the Vorlund library.", "vorlund"};
+    app.require_subcommand(1);
+
+    TDecodeOptions decode;
+    CLI::App* const decodeCommand = app.add_subcommand("decode", "Decode an audio file to PCM");
+    decodeCommand->add_option("input", decode.input, "File to decode")->required();
+    decodeCommand->add_option(
+        "-o,--output", decode.output,
+        "Write the PCM to this file: with a WAV header when its name ends in .wav, else as "
+        "raw bytes; - for raw bytes on standard output");
+    decodeCommand->add_flag("--raw", decode.raw, "Write raw bytes whatever the file is called");
+
+    try {
+        std::vector<std::string> arguments = GetArguments(argc, argv);
+        // The parser takes the arguments last first.
+        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kExitUsage;
+    }
+    return RunDecodeCommand(decode);
+}
