@@ -2,7 +2,7 @@
 
 # Prints the packages of a purpose, one word each.
 vorlund_packages() {
-    local build="g++ cmake ninja-build"
+    local build="g++ cmake ninja-build libcli11-dev"
     local tests="$build googletest pkgconf"
     case $1 in
     run-linux) echo "$build" ;;
@@ -12,7 +12,7 @@ vorlund_packages() {
     win64) echo "$tests g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     linux | linux-asan | linux-tsan) echo "$tests" ;;
     linux32-asan) echo "$tests libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
-    linux-fuzz) echo "$build clang libclang-rt-14-dev" ;;
+    linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev" ;;
     *) return 1 ;;
     esac
 }

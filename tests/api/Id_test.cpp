@@ -10,7 +10,7 @@
 namespace {
 
 using vorlund::CId;
-using vorlund_test::Narrow;
+using vorlund::test::Narrow;
 
 // A plain value that tables of constants can hold.
 static_assert(sizeof(CId) == 16);

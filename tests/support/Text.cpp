@@ -1,6 +1,6 @@
 #include "support/Text.h"
 
-namespace vorlund_test {
+namespace vorlund::test {
 namespace {
 
 bool IsHighSurrogate(unsigned int unit) {
@@ -31,7 +31,7 @@ void AppendUtf8(std::string& out, unsigned int code) {
 
 } // namespace
 
-std::string Narrow(std::basic_string_view<vorlund::wchar> text) {
+std::string Narrow(std::basic_string_view<wchar> text) {
     std::string out;
     for (std::size_t i = 0; i < text.size(); ++i) {
         unsigned int code = static_cast<unsigned short>(text[i]);
@@ -43,8 +43,8 @@ std::string Narrow(std::basic_string_view<vorlund::wchar> text) {
     return out;
 }
 
-std::string Narrow(const vorlund::wchar* text) {
-    return text ? Narrow(std::basic_string_view<vorlund::wchar>(text)) : "<null>";
+std::string Narrow(const wchar* text) {
+    return text ? Narrow(std::basic_string_view<wchar>(text)) : "<null>";
 }
 
-} // namespace vorlund_test
+} // namespace vorlund::test

@@ -7,18 +7,18 @@
 #include <string>
 #include <string_view>
 
-namespace vorlund_test {
+namespace vorlund::test {
 
 /// `text` in UTF-8. A lone surrogate becomes the three bytes that UTF-8 would give it, so different texts
 /// never become equal.
-std::string Narrow(std::basic_string_view<vorlund::wchar> text);
+std::string Narrow(std::basic_string_view<wchar> text);
 
 /// The same for zero-terminated text; a null pointer gives `<null>`.
-std::string Narrow(const vorlund::wchar* text);
+std::string Narrow(const wchar* text);
 
 /// The same for a standard-library wide string.
-inline std::string Narrow(const vorlund::wstring& text) {
-    return Narrow(std::basic_string_view<vorlund::wchar>(text));
+inline std::string Narrow(const wstring& text) {
+    return Narrow(std::basic_string_view<wchar>(text));
 }
 
-} // namespace vorlund_test
+} // namespace vorlund::test
