@@ -1,0 +1,54 @@
+// The reader of one chunk of a RIFF/WAVE file.
+#pragma once
+
+#include "vorlund/data/filters/WavChunkTable.h"
+
+#include <vorlund/ClassIds.h>
+#include <vorlund/StreamFilterImpl.h>
+#include <vorlund/WavDecoder.h>
+
+#include <cstdint>
+#include <optional>
+
+namespace vorlund {
+
+/// Indexes the file when it is connected, then shows the selected chunk as a stream of its own. The table and
+/// the selection belong to the connection: they are empty while there is none.
+class CWavChunkDecoder : public CInputFilterImpl<IWavChunkDecoder> {
+public:
+    static constexpr CId ClassId = classid::CWavChunkDecoder;
+
+    std::uint32_t GetCapabilities() override;
+    std::int64_t GetLength() override;
+    void Flush() override;
+    void Seek(std::int64_t position) override;
+    std::int64_t Tell() override;
+
+    bool Eof() override;
+    void Read(IMediaSample* sample) override;
+    std::uint64_t Read(void* buffer, std::uint64_t size) override;
+    void Skip(std::uint64_t count) override;
+
+    void Connect(IInputStream* stream) override;
+    void Disconnect() override;
+
+    IObjectList* EnumerateChunks() override;
+    std::uint64_t GetChunkSize() override;
+    std::int64_t GetChunkOffset() override;
+    void SelectChunk(const wchar* id) override;
+
+private:
+    /// True when the connected stream begins with the head of a RIFF/WAVE file.
+    bool ReadFileHeader();
+    /// Fills the table from the connected stream.
+    void IndexChunks();
+    /// As much of `count` as the selected chunk still holds.
+    std::uint64_t Clamp(std::uint64_t count) const;
+
+    CWavChunkTable chunks_;
+    std::optional<TWavChunkInfo> current_;
+    /// Inside the selected chunk.
+    std::uint64_t position_ = 0;
+};
+
+} // namespace vorlund
