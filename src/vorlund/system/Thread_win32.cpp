@@ -1,0 +1,38 @@
+#include "vorlund/system/ParkingLot.h"
+#include "vorlund/system/Thread.h"
+#include "vorlund/system/WindowsLean.h"
+
+namespace vorlund {
+namespace {
+
+// Neither has a handle or anything to give back, and both are there since Windows Vista; sleeping on a word
+// is only there since Windows 8.
+struct TMutex {
+    void Lock() { AcquireSRWLockExclusive(&mutex); }
+    void Unlock() { ReleaseSRWLockExclusive(&mutex); }
+    SRWLOCK mutex = SRWLOCK_INIT;
+};
+
+struct TCondition {
+    void Wait(TMutex& held) { SleepConditionVariableSRW(&condition, &held.mutex, INFINITE, 0); }
+    void Notify() { WakeConditionVariable(&condition); }
+    CONDITION_VARIABLE condition = CONDITION_VARIABLE_INIT;
+};
+
+constinit CParkingLot<TMutex, TCondition> parkingLot;
+
+} // namespace
+
+unsigned int CurrentThreadId() noexcept {
+    return GetCurrentThreadId();
+}
+
+void ParkWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) noexcept {
+    parkingLot.ParkWhile(word, value);
+}
+
+void UnparkOne(const void* address) noexcept {
+    parkingLot.UnparkOne(address);
+}
+
+} // namespace vorlund
