@@ -18,7 +18,7 @@ namespace vorlund {
 class CWavChunkTable {
 public:
     /// Appends a chunk: its four id bytes, the position of its data and its declared size.
-    void Append(const char* id, std::int64_t dataOffset, std::uint32_t size);
+    void Append(const std::uint8_t* id, std::int64_t dataOffset, std::uint32_t size);
 
     /// The first chunk with that id; case is ignored.
     std::optional<TWavChunkInfo> Find(const wchar* id) const;
@@ -27,7 +27,7 @@ public:
     void Clear();
 
     std::size_t GetCount() const { return records_.size(); }
-    TWavChunkInfo GetInfo(std::size_t index) const;
+    TWavChunkInfo GetInfo(std::size_t index) const { return Describe(records_[index]); }
 
 private:
     struct TRecord {
@@ -36,6 +36,8 @@ private:
         std::uint32_t size;
     };
     static_assert(sizeof(TRecord) == 12);
+
+    static TWavChunkInfo Describe(const TRecord& record);
 
     std::deque<TRecord> records_;
 };

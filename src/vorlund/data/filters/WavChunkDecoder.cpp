@@ -1,0 +1,187 @@
+#include "vorlund/data/filters/WavChunkDecoder.h"
+
+#include "vorlund/data/filters/LittleEndian.h"
+#include "vorlund/data/filters/ReadWhole.h"
+
+#include <vorlund/Exception.h>
+#include <vorlund/ObjectList.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace vorlund {
+namespace {
+
+constexpr const wchar* kFile = VRL_L("src/vorlund/data/filters/WavChunkDecoder");
+constexpr const wchar* kConnect = VRL_L("vorlund::CWavChunkDecoder::Connect");
+constexpr const wchar* kEnumerateChunks = VRL_L("vorlund::CWavChunkDecoder::EnumerateChunks");
+constexpr const wchar* kRead = VRL_L("vorlund::CWavChunkDecoder::Read");
+constexpr const wchar* kSelectChunk = VRL_L("vorlund::CWavChunkDecoder::SelectChunk");
+constexpr const wchar* kNotConnected = VRL_L("Stream is not connected");
+
+// Kept on purpose: what is raised for an unconnected stream differs by operation.
+constexpr TFailure kSeekNotConnected{VRL_L("vorlund::CWavChunkDecoder::Seek"), kFile, 161, kNotConnected};
+constexpr TFailure kTellNotConnected{VRL_L("vorlund::CWavChunkDecoder::Tell"), kFile, 178, kNotConnected};
+constexpr TFailure kFlushNotConnected{VRL_L("vorlund::CWavChunkDecoder::Flush"), kFile, 190, kNotConnected};
+constexpr TFailure kReadNoBuffer{kRead, kFile, 207, VRL_L("buffer is NULL")};
+constexpr TFailure kReadNotConnected{kRead, kFile, 209, kNotConnected};
+constexpr TFailure kReadNoSample{kRead, kFile, 225, VRL_L("sample is NULL")};
+constexpr TFailure kReadSample{kRead, kFile, 226, VRL_L("Media samples are not supported")};
+constexpr TFailure kSkipNotConnected{VRL_L("vorlund::CWavChunkDecoder::Skip"), kFile, 232, kNotConnected};
+constexpr TFailure kSeekUnsupported{kConnect, kFile, 244, VRL_L("Seek unsupported")};
+constexpr TFailure kTellUnsupported{kConnect, kFile, 247, VRL_L("Tell unsupported")};
+constexpr TFailure kInvalidHeader{kConnect, kFile, 256, VRL_L("Invalid header")};
+constexpr TFailure kNoList{kEnumerateChunks, kFile, 292, VRL_L("Cannot create object list")};
+constexpr TFailure kNoString{kEnumerateChunks, kFile, 297, VRL_L("Cannot create string object")};
+constexpr TFailure kSelectNotConnected{kSelectChunk, kFile, 321, kNotConnected};
+constexpr TFailure kCannotFindChunk{kSelectChunk, kFile, 331, VRL_L("Cannot find chunk")};
+
+constexpr std::size_t kFileHeaderSize = 12;
+constexpr std::size_t kWordSize = 4;
+
+} // namespace
+
+std::uint32_t CWavChunkDecoder::GetCapabilities() {
+    if (!stream_) return 0;
+    return stream_->GetCapabilities() | STREAM_CAPABILITY_SEEK | STREAM_CAPABILITY_TELL |
+           STREAM_CAPABILITY_READ;
+}
+
+std::int64_t CWavChunkDecoder::GetLength() {
+    return static_cast<std::int64_t>(GetChunkSize());
+}
+
+void CWavChunkDecoder::Flush() {
+    if (!stream_) Raise<COperationNotSupportedException>(kFlushNotConnected);
+    stream_->Flush();
+}
+
+void CWavChunkDecoder::Seek(std::int64_t position) {
+    if (!stream_) Raise<COperationNotSupportedException>(kSeekNotConnected);
+    std::uint64_t target = 0;
+    if (current_) {
+        // A negative position is a huge one here, so it too ends at the end of the chunk.
+        target = std::min(static_cast<std::uint64_t>(position), current_->size);
+        stream_->Seek(current_->dataOffset + static_cast<std::int64_t>(target));
+    }
+    position_ = target;
+}
+
+std::int64_t CWavChunkDecoder::Tell() {
+    if (!stream_) Raise<COperationNotSupportedException>(kTellNotConnected);
+    return static_cast<std::int64_t>(position_);
+}
+
+bool CWavChunkDecoder::Eof() {
+    return !current_ || position_ >= current_->size;
+}
+
+void CWavChunkDecoder::Read(IMediaSample* sample) {
+    if (!sample) Raise<CNullPtrException>(kReadNoSample);
+    Raise<CInvalidParameterException>(kReadSample);
+}
+
+std::uint64_t CWavChunkDecoder::Read(void* buffer, std::uint64_t size) {
+    if (!buffer) Raise<CNullPtrException>(kReadNoBuffer);
+    if (!stream_) Raise<CIOException>(kReadNotConnected);
+    const std::uint64_t wanted = Clamp(size);
+    if (wanted == 0) return 0;
+    const std::uint64_t count = stream_->Read(buffer, wanted);
+    position_ += count;
+    return count;
+}
+
+void CWavChunkDecoder::Skip(std::uint64_t count) {
+    if (!stream_) Raise<CIOException>(kSkipNotConnected);
+    // Kept on purpose: only the connected stream moves, the position in the chunk does not.
+    stream_->Skip(Clamp(count));
+}
+
+void CWavChunkDecoder::Connect(IInputStream* stream) {
+    // The new reference comes first: this decoder may hold the only other one.
+    auto next = CRefPtr<IInputStream>::Share(stream);
+    Disconnect();
+    if (!next) return;
+    const std::uint32_t capabilities = next->GetCapabilities();
+    if (!(capabilities & STREAM_CAPABILITY_SEEK)) Raise<CDataFormatException>(kSeekUnsupported);
+    if (!(capabilities & STREAM_CAPABILITY_TELL)) Raise<CDataFormatException>(kTellUnsupported);
+
+    stream_ = std::move(next);
+    stream_->Seek(0);
+    if (!ReadFileHeader()) {
+        stream_.Reset();
+        Raise<CDataFormatException>(kInvalidHeader);
+    }
+    stream_->Seek(kFileHeaderSize);
+    IndexChunks();
+    stream_->Seek(0);
+}
+
+void CWavChunkDecoder::Disconnect() {
+    if (!stream_) return;
+    chunks_.Clear();
+    current_.reset();
+    position_ = 0;
+    stream_.Reset();
+}
+
+IObjectList* CWavChunkDecoder::EnumerateChunks() {
+    auto list = CreateAs<IObjectList>(classid::CObjectList);
+    if (!list) Raise<CBugException>(kNoList);
+    for (std::size_t i = 0; i < chunks_.GetCount(); ++i) {
+        const auto text = CreateAs<IStringObject>(classid::CStringObject);
+        if (!text) Raise<CBugException>(kNoString);
+        text->SetString(chunks_.GetInfo(i).id);
+        list->AddObject(text.Get());
+    }
+    return list.Detach();
+}
+
+std::uint64_t CWavChunkDecoder::GetChunkSize() {
+    return current_ ? current_->size : 0;
+}
+
+std::int64_t CWavChunkDecoder::GetChunkOffset() {
+    return current_ ? current_->dataOffset : -1;
+}
+
+void CWavChunkDecoder::SelectChunk(const wchar* id) {
+    if (id && !stream_) Raise<CObjectNotFoundException>(kSelectNotConnected);
+    position_ = 0;
+    current_.reset();
+    if (!id) return;
+    current_ = chunks_.Find(id);
+    if (!current_) Raise<CObjectNotFoundException>(kCannotFindChunk);
+    stream_->Seek(current_->dataOffset);
+}
+
+bool CWavChunkDecoder::ReadFileHeader() {
+    std::uint8_t header[kFileHeaderSize];
+    try {
+        if (!ReadWhole(*stream_, header, sizeof header)) return false;
+    } catch (const CIOException&) {
+        return false;
+    }
+    // Between the two stands the size of the file, which many writers leave wrong: it is not looked at.
+    return std::memcmp(header, "RIFF", kWordSize) == 0 && std::memcmp(header + 8, "WAVE", kWordSize) == 0;
+}
+
+void CWavChunkDecoder::IndexChunks() {
+    // Sizes never lead backwards and a head moves the stream on by eight bytes, so this ends at the end of
+    // the stream, in a time that grows with its length. What a chunk declares beyond that end costs nothing.
+    std::uint8_t id[kWordSize];
+    std::uint8_t size[kWordSize];
+    while (ReadWhole(*stream_, id, sizeof id) && ReadWhole(*stream_, size, sizeof size)) {
+        const std::uint32_t dataSize = LoadLittleEndian32(size);
+        chunks_.Append(id, stream_->Tell(), dataSize);
+        // Kept on purpose: no pad byte follows a chunk of odd size.
+        stream_->Skip(dataSize);
+    }
+}
+
+std::uint64_t CWavChunkDecoder::Clamp(std::uint64_t count) const {
+    if (!current_ || position_ >= current_->size) return 0;
+    return std::min(count, current_->size - position_);
+}
+
+} // namespace vorlund
