@@ -36,6 +36,12 @@ public:
     using TMainInterface = TInterface;
 
     int AddRef() override { return ++references_; }
+    // These three answer only while no final class stands around: in the constructors, which may hand out the
+    // object, and while the members are destroyed, whose own listeners may still hold it. The final class
+    // overrides them.
+    int Release() override { return --references_; }
+    IObject* QueryInterface(const CId&) override { return nullptr; }
+    CId GetClassId() override { return CId::Null(); }
     void AddListener(IObjectListener* listener) override { listeners_.push_back(listener); }
     void RemoveListener(IObjectListener* listener) override {
         // While the listeners are being told, positions must not move.

@@ -12,10 +12,15 @@ namespace vorlund {
 /// gives what a scan from the front would give.
 class CClassIndex {
 public:
-    /// Enters `info`, which must outlive the index.
+    /// Enters `info`, which must outlive the index. Raises `std::bad_alloc` with the index as it was.
     void Add(const TClassInfo& info) {
-        byId_.try_emplace(info.id, &info);
-        if (info.name) byName_.try_emplace(TName(info.name), &info);
+        const auto [entry, isFirst] = byId_.try_emplace(info.id, &info);
+        try {
+            if (info.name) byName_.try_emplace(TName(info.name), &info);
+        } catch (...) {
+            if (isFirst) byId_.erase(entry);
+            throw;
+        }
     }
 
     /// The first registration, or null.

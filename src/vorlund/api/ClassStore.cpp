@@ -53,6 +53,17 @@ struct CClassStore::TData {
     std::deque<TClassInfo> classes;
     CClassIndex index;
 
+    /// Registers a copy of `info`, or nothing at all when memory runs out.
+    void Add(const TClassInfo& info) {
+        classes.push_back(info);
+        try {
+            index.Add(classes.back());
+        } catch (...) {
+            classes.pop_back();
+            throw;
+        }
+    }
+
     void Clear() {
         index.Clear();
         classes.clear();
@@ -118,7 +129,7 @@ void CClassStore::RegisterClassVrl(const TClassInfo& info) {
     if (!data_) Raise<CBugException>(kRegisterNotInitialized);
     const CBinaryLockGuard guard(data_->lock);
     // Kept on purpose: no check for duplicates; the first registration wins.
-    data_->index.Add(data_->classes.emplace_back(info));
+    data_->Add(info);
 }
 
 const TClassInfo* CClassStore::GetClassInfo(const CId& id) const {
@@ -142,9 +153,10 @@ IObjectEnumerator* CClassStore::EnumerateClasses() const {
     auto enumerator = CreateAs<IPushObjectEnumerator>(classid::CPushObjectEnumerator);
     if (data_) {
         const CBinaryLockGuard guard(data_->lock);
-        for (TClassInfo& info : data_->classes) {
+        // By index, because the factory of the items may register classes.
+        for (std::size_t i = 0; i < data_->classes.size(); ++i) {
             const auto item = CreateAs<IPtrObject>(classid::CPtrObject);
-            item->SetPtr(&info);
+            item->SetPtr(&data_->classes[i]);
             enumerator->Push(item.Get());
         }
     }

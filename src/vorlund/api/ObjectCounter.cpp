@@ -34,7 +34,10 @@ void CObjectCounter::Close() {
 // Kept on purpose: the class is ignored, there is one sequence of numbers for all of them.
 int CObjectCounter::OnCreateObject(const CId&) {
     if (!next_) Raise<CBugException>(kCreateNotInitialized);
-    return (*next_)++;
+    const int number = *next_;
+    // Beyond the greatest int the numbers go on at the least.
+    *next_ = static_cast<int>(static_cast<unsigned int>(number) + 1u);
+    return number;
 }
 
 void CObjectCounter::OnDestroyObject(const CId&) {

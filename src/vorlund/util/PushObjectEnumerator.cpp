@@ -1,6 +1,15 @@
 #include "vorlund/util/PushObjectEnumerator.h"
 
+#include <algorithm>
+
 namespace vorlund {
+namespace {
+
+/// Reserving is a hint: a wild count takes no more memory than this many pointers, and pushing never needs
+/// it.
+constexpr unsigned int kMostReserved = 65536;
+
+} // namespace
 
 bool CPushObjectEnumerator::HasNext() {
     started_ = true;
@@ -19,7 +28,7 @@ void CPushObjectEnumerator::Push(IObject* object) {
 }
 
 void CPushObjectEnumerator::Reserve(unsigned int count) {
-    if (!started_ && objects_.GetCount() == 0) objects_.Reserve(count);
+    if (!started_ && objects_.GetCount() == 0) objects_.Reserve(std::min(count, kMostReserved));
 }
 
 } // namespace vorlund
