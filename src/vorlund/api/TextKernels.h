@@ -1,0 +1,51 @@
+/// \file
+/// The inner loops over UTF-16 text: length, order and search. None of them raises or allocates, and absence
+/// is an ordinary answer, so library code that expects to find nothing searches here, not through `CString`.
+#pragma once
+
+#include <vorlund/Platform.h>
+
+#include <cstddef>
+
+namespace vorlund {
+
+/// The answer of a search that found nothing.
+constexpr std::size_t kTextNotFound = static_cast<std::size_t>(-1);
+
+/// Units before the terminator.
+std::size_t TextLength(const wchar* text);
+
+/// Units before the terminator, but at most `limit`; reads nothing behind that.
+std::size_t TextLength(const wchar* text, std::size_t limit);
+
+/// -1, 0 or 1: the order of two terminated texts by unsigned units; a text is greater than its beginnings.
+int CompareText(const wchar* left, const wchar* right);
+
+/// The first place of `unit` in a terminated text; the unit 0 is found at the terminator.
+std::size_t FindFirstUnit(const wchar* text, wchar unit);
+
+/// The last place of `unit` in a terminated text; the unit 0 is found at the terminator.
+std::size_t FindLastUnit(const wchar* text, wchar unit);
+
+/// The first place of `unit` among `length` units.
+std::size_t FindFirstUnit(const wchar* text, std::size_t length, wchar unit);
+
+/// The first and the last place where the needle stands among `length` units. An empty needle stands at 0,
+/// and last at `length`.
+std::size_t FindFirstText(const wchar* text, std::size_t length, const wchar* needle,
+                          std::size_t needleLength);
+std::size_t FindLastText(const wchar* text, std::size_t length, const wchar* needle,
+                         std::size_t needleLength);
+
+/// Every unit equal to `from` among `length` units becomes `to`.
+void ReplaceUnit(wchar* text, std::size_t length, wchar from, wchar to);
+
+/// A narrow unit as the library widens it: by its sign, with no code page.
+constexpr wchar WidenUnit(char unit) {
+    return static_cast<wchar>(static_cast<signed char>(unit));
+}
+
+/// Widens `length` narrow units.
+void WidenText(wchar* destination, const char* source, std::size_t length);
+
+} // namespace vorlund
