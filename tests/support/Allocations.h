@@ -1,0 +1,35 @@
+/// \file
+/// Sees and refuses what the calling thread allocates with `operator new`. Only in vorlund_internal_tests,
+/// whose library is linked into the program: it replaces the allocation functions of the program.
+#pragma once
+
+#include <cstddef>
+
+namespace vorlund::test {
+
+/// Counts the allocations of the calling thread from its construction on.
+class CAllocationCount {
+public:
+    CAllocationCount();
+
+    /// Allocations since the construction.
+    std::size_t Get() const;
+
+private:
+    std::size_t start_;
+};
+
+/// Makes one allocation of the calling thread raise `std::bad_alloc`: the one after `successes` successful
+/// ones. One at a time per thread; the destructor takes a refusal that did not come back.
+class CAllocationFailure {
+public:
+    explicit CAllocationFailure(std::size_t successes);
+    CAllocationFailure(const CAllocationFailure&) = delete;
+    CAllocationFailure& operator=(const CAllocationFailure&) = delete;
+    ~CAllocationFailure();
+
+    /// True once the allocation was refused.
+    bool HasFailed() const;
+};
+
+} // namespace vorlund::test
