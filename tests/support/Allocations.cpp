@@ -1,5 +1,8 @@
 #include "support/Allocations.h"
 
+#include "support/BlockSize.h"
+
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 
@@ -13,6 +16,9 @@ struct TThreadAllocations {
     bool isArmed;
     bool hasFailed;
     std::size_t successesLeft;
+    std::ptrdiff_t liveBlocks;
+    std::ptrdiff_t liveBytes;
+    std::ptrdiff_t peakBytes;
 };
 thread_local TThreadAllocations allocations;
 
@@ -24,8 +30,19 @@ void* Allocate(std::size_t size) {
         state.hasFailed = true;
         throw std::bad_alloc();
     }
-    if (void* const memory = std::malloc(size ? size : 1)) return memory;
-    throw std::bad_alloc();
+    void* const memory = std::malloc(size ? size : 1);
+    if (!memory) throw std::bad_alloc();
+    ++state.liveBlocks;
+    state.liveBytes += static_cast<std::ptrdiff_t>(BlockSize(memory));
+    state.peakBytes = std::max(state.peakBytes, state.liveBytes);
+    return memory;
+}
+
+void Free(void* memory) {
+    if (!memory) return;
+    --allocations.liveBlocks;
+    allocations.liveBytes -= static_cast<std::ptrdiff_t>(BlockSize(memory));
+    std::free(memory);
 }
 
 } // namespace
@@ -33,6 +50,16 @@ void* Allocate(std::size_t size) {
 CAllocationCount::CAllocationCount() : start_(allocations.count) {}
 std::size_t CAllocationCount::Get() const {
     return allocations.count - start_;
+}
+
+CMemoryWatch::CMemoryWatch() : startBlocks_(allocations.liveBlocks), startBytes_(allocations.liveBytes) {
+    allocations.peakBytes = allocations.liveBytes;
+}
+std::ptrdiff_t CMemoryWatch::GetLiveBlocks() const {
+    return allocations.liveBlocks - startBlocks_;
+}
+std::size_t CMemoryWatch::GetPeakBytes() const {
+    return static_cast<std::size_t>(allocations.peakBytes - startBytes_);
 }
 
 CAllocationFailure::CAllocationFailure(std::size_t successes) {
@@ -56,14 +83,14 @@ void* operator new[](std::size_t size) {
     return vorlund::test::Allocate(size);
 }
 void operator delete(void* memory) noexcept {
-    std::free(memory);
+    vorlund::test::Free(memory);
 }
 void operator delete[](void* memory) noexcept {
-    std::free(memory);
+    vorlund::test::Free(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    vorlund::test::Free(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
+    vorlund::test::Free(memory);
 }

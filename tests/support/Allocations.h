@@ -19,6 +19,22 @@ private:
     std::size_t start_;
 };
 
+/// Watches what the calling thread holds of `operator new`'s memory from its construction on. One at a time
+/// per thread.
+class CMemoryWatch {
+public:
+    CMemoryWatch();
+
+    /// Blocks allocated and not freed since the construction; below 0 when older ones were freed.
+    std::ptrdiff_t GetLiveBlocks() const;
+    /// The most bytes held at once, above those that were held at the construction.
+    std::size_t GetPeakBytes() const;
+
+private:
+    std::ptrdiff_t startBlocks_;
+    std::ptrdiff_t startBytes_;
+};
+
 /// Makes one allocation of the calling thread raise `std::bad_alloc`: the one after `successes` successful
 /// ones. One at a time per thread; the destructor takes a refusal that did not come back.
 class CAllocationFailure {

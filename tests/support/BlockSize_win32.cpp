@@ -1,0 +1,7 @@
+#include "support/BlockSize.h"
+
+#include <malloc.h>
+
+std::size_t vorlund::test::BlockSize(void* memory) {
+    return _msize(memory);
+}
