@@ -115,6 +115,7 @@ test_target() {
         step headers scripts/headers.sh "$target"
         step install tests/install/check.sh "$target" "$folder"
     fi
+    if [[ $target == linux ]]; then step includes tests/abi/check_includes.sh; fi
     row "built in ${built} s, tested in $((SECONDS - start - built)) s"
 }
 

@@ -1,0 +1,123 @@
+// The identifiers of interfaces and data formats, and that no two things share one.
+#include <vorlund/ClassIds.h>
+#include <vorlund/CodecClassStore.h>
+#include <vorlund/DataFormat.h>
+#include <vorlund/File.h>
+#include <vorlund/MediaSample.h>
+#include <vorlund/ObjectList.h>
+#include <vorlund/StreamFilter.h>
+#include <vorlund/WavDecoder.h>
+
+#include "support/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <type_traits>
+
+namespace vorlund::test {
+namespace {
+
+struct TIdRow {
+    const char* name;
+    CId actual;
+    CId expected;
+};
+
+const TIdRow kIds[] = {
+    {"IObject", IObject::InterfaceId, {0x021E95ED, 0x173F45B5, 0xA6C3EC3F, 0xB12B6A49}},
+    {"IObjectListener", IObjectListener::InterfaceId, {0x2B84F858, 0x35FB4394, 0xB429968B, 0x2708B7F9}},
+    {"IObjectList", IObjectList::InterfaceId, {0xD1768FC0, 0x42BB48E7, 0x87E11D7D, 0x6AFB9D1E}},
+    {"IObjectEnumerator", IObjectEnumerator::InterfaceId, {0x8C793E9B, 0xBC8745E2, 0x849BEBD0, 0x8EB98E6D}},
+    {"IPushObjectEnumerator",
+     IPushObjectEnumerator::InterfaceId,
+     {0x1894F586, 0x380E4502, 0xBDDD06EC, 0xDD4E382C}},
+    {"IPtrObject", IPtrObject::InterfaceId, {0x145C5C82, 0x7D5D4D37, 0x988D01D0, 0xDAA08333}},
+    {"IStringObject", IStringObject::InterfaceId, {0xE32A1605, 0xA9BD4213, 0xA3EA2131, 0x1D76690C}},
+    {"IStream", IStream::InterfaceId, {0x22C30DFF, 0xBD4042C7, 0xAAC861B7, 0xBEB00D39}},
+    {"IInputStream", IInputStream::InterfaceId, {0xE3105CB8, 0xCEBD4B10, 0x829C75B7, 0x76ACBBB3}},
+    {"IOutputStream", IOutputStream::InterfaceId, {0x52EA12BA, 0x7E5D408D, 0x8E0B8BF7, 0x6DA4B54A}},
+    {"IMediaSample", IMediaSample::InterfaceId, {0x2DA6B640, 0x211E4513, 0xA04CAAF0, 0x831601D2}},
+    {"ISwBufferMediaSample",
+     ISwBufferMediaSample::InterfaceId,
+     {0xDD26FE1D, 0x4A1C43D6, 0xB9CB618F, 0xC1057F72}},
+    {"IInputStreamFilter", IInputStreamFilter::InterfaceId, {0x60A36D1A, 0x010B4DAA, 0x840BBFB2, 0xEAE35868}},
+    {"IOutputStreamFilter",
+     IOutputStreamFilter::InterfaceId,
+     {0xF707CD17, 0x548A42AA, 0xAAE8930B, 0x9F2F32E3}},
+    {"IFileInputStream", IFileInputStream::InterfaceId, {0x1B25AD54, 0xCF004351, 0x88BE2EA8, 0x6F49482D}},
+    {"IFileOutputStream", IFileOutputStream::InterfaceId, {0xB321E4B6, 0x6CD84F8B, 0x94D6DC1A, 0x14946231}},
+    {"IFile", IFile::InterfaceId, {0xB3CD9843, 0x21DE668F, 0x6DED4892, 0xDE64E408}},
+    {"IFolder", IFolder::InterfaceId, {0x073F714C, 0xD5A53317, 0x083B96CF, 0xEDA16CC5}},
+    {"IWavChunkDecoder", IWavChunkDecoder::InterfaceId, {0x3C718E0B, 0xF5A5403B, 0xBCE6CE73, 0x8A5092CC}},
+    {"IWavDecoder", IWavDecoder::InterfaceId, {0xC4B0F257, 0xA5504AA6, 0x917BB449, 0x30680C16}},
+    {"TDataFormat_AudioPcm",
+     TDataFormat_AudioPcm::FormatId,
+     {0x47A8ECCB, 0x40364B9F, 0xA014B125, 0x721626DF}},
+    {"TDataFormat_ImageRgb",
+     TDataFormat_ImageRgb::FormatId,
+     {0xA50703CF, 0x72074A9B, 0x88FADF0C, 0xCCB1EEA5}},
+    {"TDataFormat_VideoRgb",
+     TDataFormat_VideoRgb::FormatId,
+     {0x1EF1EB17, 0xD158429A, 0x862DA3D5, 0x897BF1D1}},
+    {"OtherMediaFormat", OTHER_MEDIA_FORMAT_ID, {0x21089FFF, 0x06984E6C, 0x975010E2, 0x0E01371C}},
+    {"CFile", classid::CFile, {0x918E84D7, 0x03CA40C4, 0xA1A93E28, 0xB0827B88}},
+    {"CFileInputStream", classid::CFileInputStream, {0x998C022A, 0xA4F74171, 0xB92B4A73, 0x71BD8306}},
+    {"CFileOutputStream", classid::CFileOutputStream, {0x039A99B9, 0x85864E63, 0xA613F839, 0xF0D8B4AD}},
+    {"CFolder", classid::CFolder, {0x60E82CA0, 0x89794B06, 0x90E37D7E, 0x529AB2EB}},
+    {"CInputStream", classid::CInputStream, {0x0B43B630, 0xECE04EAE, 0x86EACA3C, 0xC4FEB484}},
+    {"CInputStreamFilter", classid::CInputStreamFilter, {0x8F2C8042, 0x1CB24F9B, 0x9E975CA4, 0xC36D6AFA}},
+    {"CMediaSample", classid::CMediaSample, {0xDFAB86E9, 0x794A4EAE, 0x9FE1B079, 0x0B782B82}},
+    {"CObject", classid::CObject, {0x90832171, 0xF23F4997, 0xBC71E87A, 0x6E3A3063}},
+    {"CObjectEnumerator", classid::CObjectEnumerator, {0x4FA2C23A, 0xCE0A41A5, 0x9AE0AA31, 0x2855BE59}},
+    {"CObjectList", classid::CObjectList, {0x60250972, 0x26DD46ED, 0x84B198C5, 0x0E29EEE3}},
+    {"CObjectListener", classid::CObjectListener, {0x8E81F646, 0xB7F84058, 0x921DC7DD, 0xB602DD7D}},
+    {"COutputStream", classid::COutputStream, {0x0FE0B4F4, 0x071C48C9, 0xA85231DC, 0x6B8A101A}},
+    {"COutputStreamFilter", classid::COutputStreamFilter, {0x9AAE6F8D, 0xB1E64389, 0xB02314BC, 0x015038DC}},
+    {"CPtrObject", classid::CPtrObject, {0x40EC1DA0, 0x5CD84282, 0x991AA699, 0x0DC62B23}},
+    {"CPushObjectEnumerator",
+     classid::CPushObjectEnumerator,
+     {0x766D7166, 0xF2084704, 0x9CCF634A, 0xDDBF1B96}},
+    {"CStringObject", classid::CStringObject, {0xAEA98BB2, 0x6A014A57, 0xB1543E5D, 0x9FFAC41A}},
+    {"CSwBufferMediaSample", classid::CSwBufferMediaSample, {0xA5D82DFB, 0x331F4063, 0x83FDCE8D, 0xFF73544F}},
+    {"CWavChunkDecoder", classid::CWavChunkDecoder, {0x9196075E, 0x9CA345E2, 0x824A41F7, 0x414D7EE9}},
+    {"CWavDecoder", classid::CWavDecoder, {0x521C3225, 0x5C8F4D10, 0xBE3A0AB0, 0x62E4711B}},
+};
+
+class Identifiers : public testing::TestWithParam<TIdRow> {};
+
+TEST_P(Identifiers, Words) {
+    EXPECT_EQ(Narrow(GetParam().actual.ToString()), Narrow(GetParam().expected.ToString()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, Identifiers, testing::ValuesIn(kIds),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(Identifiers, NoTwoAreEqualAndNoneIsNull) {
+    std::map<CId, std::string> names;
+    for (const TIdRow& row : kIds) {
+        EXPECT_NE(row.actual, CId::Null()) << row.name;
+        const auto [entry, isNew] = names.emplace(row.actual, row.name);
+        EXPECT_TRUE(isNew) << row.name << " has the identifier of " << entry->second;
+    }
+}
+
+// The chain of bases that queries walk.
+template <class TInterface, class TBase>
+constexpr bool kExtends =
+    std::is_same_v<typename TInterface::TBase, TBase>&& std::is_base_of_v<TBase, TInterface>;
+static_assert(std::is_void_v<IObject::TBase>);
+static_assert(kExtends<IObjectListener, IObject> && kExtends<IObjectEnumerator, IObject> &&
+              kExtends<IPushObjectEnumerator, IObjectEnumerator> && kExtends<IObjectList, IObject> &&
+              kExtends<IPtrObject, IObject> && kExtends<IStringObject, IObject>);
+static_assert(kExtends<IStream, IObject> && kExtends<IInputStream, IStream> &&
+              kExtends<IOutputStream, IStream> && kExtends<IMediaSample, IObject> &&
+              kExtends<ISwBufferMediaSample, IMediaSample> && kExtends<IInputStreamFilter, IInputStream> &&
+              kExtends<IOutputStreamFilter, IOutputStream>);
+static_assert(kExtends<IFileInputStream, IInputStream> && kExtends<IFileOutputStream, IOutputStream> &&
+              kExtends<IFile, IObject> && kExtends<IFolder, IObject> &&
+              kExtends<IWavChunkDecoder, IInputStreamFilter> && kExtends<IWavDecoder, IInputStreamFilter>);
+
+} // namespace
+} // namespace vorlund::test

@@ -1,0 +1,216 @@
+// The order of the virtual tables. Plug-ins and applications are compiled against it, so it never changes.
+#include <vorlund/BinaryLock.h>
+#include <vorlund/Exception.h>
+#include <vorlund/File.h>
+#include <vorlund/MediaSample.h>
+#include <vorlund/ObjectList.h>
+#include <vorlund/StreamFilter.h>
+#include <vorlund/WavDecoder.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace vorlund::test {
+namespace {
+
+/// The place of a virtual operation in its table. Itanium C++ ABI, 2.3 "Member Function Pointers": the first
+/// word is 1 plus the offset in the table in bytes, the second one the adjustment of the object's address.
+template <class TMember> int SlotOf(TMember member) {
+    struct {
+        std::intptr_t function;
+        std::intptr_t adjustment;
+    } raw;
+    static_assert(sizeof(raw) == sizeof(member));
+    std::memcpy(&raw, &member, sizeof(raw));
+    if (!(raw.function & 1) || raw.adjustment != 0) return -1;
+    return static_cast<int>((raw.function - 1) / static_cast<std::intptr_t>(sizeof(void*)));
+}
+
+/// A class with one more operation: its slot is the number of those before it.
+template <class TBase> class CNext : public TBase {
+public:
+    virtual void Next() = 0;
+};
+
+/// The number of slots of a class, those of a virtual destructor (two) included.
+template <class TClass> int SlotCount() {
+    return SlotOf(&CNext<TClass>::Next);
+}
+
+struct TSlotRow {
+    std::string operation;
+    int actual;
+    int expected;
+};
+
+/// Rows of consecutive operations.
+struct TOperation {
+    const char* name;
+    int slot;
+};
+void AddRows(std::vector<TSlotRow>& rows, const std::string& name, int first,
+             const std::vector<TOperation>& operations, int count) {
+    int expected = first;
+    for (const TOperation& operation : operations)
+        rows.push_back({name + "_" + operation.name, operation.slot, expected++});
+    rows.push_back({name + "_End", count, expected});
+}
+
+// Overloads are told apart by what they take.
+using TRemoveAt = void (IObjectList::*)(unsigned int);
+using TRemove = void (IObjectList::*)(IObject*);
+using TEnumerate = IObjectEnumerator* (IObjectList::*)();
+using TEnumerateSome = IObjectEnumerator* (IObjectList::*)(CId);
+using TReadSample = void (IInputStream::*)(IMediaSample*);
+using TRead = std::uint64_t (IInputStream::*)(void*, std::uint64_t);
+
+std::vector<TSlotRow> MakeRows() {
+    std::vector<TSlotRow> rows;
+    AddRows(rows, "IObject", 0,
+            {{"AddRef", SlotOf(&IObject::AddRef)},
+             {"Release", SlotOf(&IObject::Release)},
+             {"QueryInterface", SlotOf(&IObject::QueryInterface)},
+             {"AddListener", SlotOf(&IObject::AddListener)},
+             {"RemoveListener", SlotOf(&IObject::RemoveListener)},
+             {"GetObjectNumber", SlotOf(&IObject::GetObjectNumber)},
+             {"GetClassId", SlotOf(&IObject::GetClassId)}},
+            SlotCount<IObject>());
+    AddRows(rows, "IObjectListener", 7, {{"OnObjectDestroyed", SlotOf(&IObjectListener::OnObjectDestroyed)}},
+            SlotCount<IObjectListener>());
+    AddRows(
+        rows, "IObjectEnumerator", 7,
+        {{"HasNext", SlotOf(&IObjectEnumerator::HasNext)}, {"GetNext", SlotOf(&IObjectEnumerator::GetNext)}},
+        SlotCount<IObjectEnumerator>());
+    AddRows(rows, "IPushObjectEnumerator", 9,
+            {{"Push", SlotOf(&IPushObjectEnumerator::Push)},
+             {"Reserve", SlotOf(&IPushObjectEnumerator::Reserve)}},
+            SlotCount<IPushObjectEnumerator>());
+    AddRows(rows, "IObjectList", 7,
+            {{"AddObject", SlotOf(&IObjectList::AddObject)},
+             {"RemoveObjectAt", SlotOf(static_cast<TRemoveAt>(&IObjectList::RemoveObject))},
+             {"RemoveObject", SlotOf(static_cast<TRemove>(&IObjectList::RemoveObject))},
+             {"RemoveAllObjects", SlotOf(&IObjectList::RemoveAllObjects)},
+             {"EnumerateObjects", SlotOf(static_cast<TEnumerate>(&IObjectList::EnumerateObjects))},
+             {"EnumerateObjectsOf", SlotOf(static_cast<TEnumerateSome>(&IObjectList::EnumerateObjects))},
+             {"GetObjectCount", SlotOf(&IObjectList::GetObjectCount)},
+             {"GetObject", SlotOf(&IObjectList::GetObject)},
+             {"FindObject", SlotOf(&IObjectList::FindObject)}},
+            SlotCount<IObjectList>());
+    AddRows(rows, "IPtrObject", 7,
+            {{"GetPtr", SlotOf(&IPtrObject::GetPtr)}, {"SetPtr", SlotOf(&IPtrObject::SetPtr)}},
+            SlotCount<IPtrObject>());
+    AddRows(
+        rows, "IStringObject", 7,
+        {{"GetString", SlotOf(&IStringObject::GetString)}, {"SetString", SlotOf(&IStringObject::SetString)}},
+        SlotCount<IStringObject>());
+    AddRows(rows, "IStream", 7,
+            {{"Close", SlotOf(&IStream::Close)},
+             {"GetCapabilities", SlotOf(&IStream::GetCapabilities)},
+             {"GetLength", SlotOf(&IStream::GetLength)},
+             {"Flush", SlotOf(&IStream::Flush)},
+             {"Seek", SlotOf(&IStream::Seek)},
+             {"Tell", SlotOf(&IStream::Tell)}},
+            SlotCount<IStream>());
+    AddRows(rows, "IInputStream", 13,
+            {{"Eof", SlotOf(&IInputStream::Eof)},
+             {"GetFormat", SlotOf(&IInputStream::GetFormat)},
+             {"ReadSample", SlotOf(static_cast<TReadSample>(&IInputStream::Read))},
+             {"Read", SlotOf(static_cast<TRead>(&IInputStream::Read))},
+             {"SupportsMediaSamples", SlotOf(&IInputStream::SupportsMediaSamples)},
+             {"Skip", SlotOf(&IInputStream::Skip)}},
+            SlotCount<IInputStream>());
+    AddRows(rows, "IOutputStream", 13,
+            {{"SetFormat", SlotOf(&IOutputStream::SetFormat)}, {"Write", SlotOf(&IOutputStream::Write)}},
+            SlotCount<IOutputStream>());
+    AddRows(rows, "IMediaSample", 7,
+            {{"Clone", SlotOf(&IMediaSample::Clone)},
+             {"GetSampleFlags", SlotOf(&IMediaSample::GetSampleFlags)},
+             {"ReadFrom", SlotOf(&IMediaSample::ReadFrom)},
+             {"WriteTo", SlotOf(&IMediaSample::WriteTo)}},
+            SlotCount<IMediaSample>());
+    AddRows(rows, "ISwBufferMediaSample", 11,
+            {{"GetBuffer", SlotOf(&ISwBufferMediaSample::GetBuffer)},
+             {"GetBufferSize", SlotOf(&ISwBufferMediaSample::GetBufferSize)},
+             {"GetDataSize", SlotOf(&ISwBufferMediaSample::GetDataSize)},
+             {"SetDataSize", SlotOf(&ISwBufferMediaSample::SetDataSize)},
+             {"SetFormat", SlotOf(&ISwBufferMediaSample::SetFormat)},
+             {"SetBufferSize", SlotOf(&ISwBufferMediaSample::SetBufferSize)},
+             {"GetFormat", SlotOf(&ISwBufferMediaSample::GetFormat)}},
+            SlotCount<ISwBufferMediaSample>());
+    AddRows(rows, "IInputStreamFilter", 19,
+            {{"Connect", SlotOf(&IInputStreamFilter::Connect)},
+             {"Disconnect", SlotOf(&IInputStreamFilter::Disconnect)},
+             {"GetInputStream", SlotOf(&IInputStreamFilter::GetInputStream)}},
+            SlotCount<IInputStreamFilter>());
+    AddRows(rows, "IOutputStreamFilter", 15,
+            {{"Connect", SlotOf(&IOutputStreamFilter::Connect)},
+             {"Disconnect", SlotOf(&IOutputStreamFilter::Disconnect)},
+             {"GetOutputStream", SlotOf(&IOutputStreamFilter::GetOutputStream)}},
+            SlotCount<IOutputStreamFilter>());
+    AddRows(rows, "IFileInputStream", 19, {{"Open", SlotOf(&IFileInputStream::Open)}},
+            SlotCount<IFileInputStream>());
+    AddRows(rows, "IFileOutputStream", 15, {{"Open", SlotOf(&IFileOutputStream::Open)}},
+            SlotCount<IFileOutputStream>());
+    AddRows(rows, "IFile", 7,
+            {{"GetTitle", SlotOf(&IFile::GetTitle)},
+             {"GetFolderPath", SlotOf(&IFile::GetFolderPath)},
+             {"GetExtension", SlotOf(&IFile::GetExtension)},
+             {"GetFolder", SlotOf(&IFile::GetFolder)},
+             {"GetName", SlotOf(&IFile::GetName)},
+             {"GetPath", SlotOf(&IFile::GetPath)},
+             {"Initialize", SlotOf(&IFile::Initialize)},
+             {"OpenInputStream", SlotOf(&IFile::OpenInputStream)},
+             {"OpenOutputStream", SlotOf(&IFile::OpenOutputStream)}},
+            SlotCount<IFile>());
+    AddRows(rows, "IFolder", 7,
+            {{"EnumerateFiles", SlotOf(&IFolder::EnumerateFiles)},
+             {"EnumerateFolders", SlotOf(&IFolder::EnumerateFolders)},
+             {"GetName", SlotOf(&IFolder::GetName)},
+             {"GetPath", SlotOf(&IFolder::GetPath)},
+             {"Initialize", SlotOf(&IFolder::Initialize)}},
+            SlotCount<IFolder>());
+    AddRows(rows, "IWavChunkDecoder", 22,
+            {{"EnumerateChunks", SlotOf(&IWavChunkDecoder::EnumerateChunks)},
+             {"GetChunkSize", SlotOf(&IWavChunkDecoder::GetChunkSize)},
+             {"GetChunkOffset", SlotOf(&IWavChunkDecoder::GetChunkOffset)},
+             {"SelectChunk", SlotOf(&IWavChunkDecoder::SelectChunk)}},
+            SlotCount<IWavChunkDecoder>());
+    AddRows(rows, "IWavDecoder", 22, {}, SlotCount<IWavDecoder>());
+
+    // Classes whose one virtual operation is the destructor, which takes two slots.
+    AddRows(rows, "CClassObject", 2, {}, SlotCount<CClassObject>());
+    AddRows(rows, "CBinaryLock", 2, {}, SlotCount<CBinaryLock>());
+    AddRows(rows, "CException", 2, {}, SlotCount<CException>());
+#define VRL_SLOT_ROW(value, className, enumerator) AddRows(rows, #className, 2, {}, SlotCount<className>());
+    VRL_EXCEPTION_SUBCLASSES(VRL_SLOT_ROW)
+#undef VRL_SLOT_ROW
+    return rows;
+}
+
+class Slots : public testing::TestWithParam<TSlotRow> {};
+
+TEST_P(Slots, InOrder) {
+    EXPECT_EQ(GetParam().actual, GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, Slots, testing::ValuesIn(MakeRows()),
+                         [](const auto& row) { return row.param.operation; });
+
+// One table pointer and nothing else: an interface pointer is the object's address under every interface.
+template <class TInterface>
+constexpr bool kIsPlain = sizeof(TInterface) == sizeof(void*) && std::is_abstract_v<TInterface> &&
+                          !std::has_virtual_destructor_v<TInterface>;
+static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObjectEnumerator> &&
+              kIsPlain<IPushObjectEnumerator> && kIsPlain<IObjectList> && kIsPlain<IPtrObject> &&
+              kIsPlain<IStringObject> && kIsPlain<IStream> && kIsPlain<IInputStream> &&
+              kIsPlain<IOutputStream> && kIsPlain<IMediaSample> && kIsPlain<ISwBufferMediaSample> &&
+              kIsPlain<IInputStreamFilter> && kIsPlain<IOutputStreamFilter> && kIsPlain<IFileInputStream> &&
+              kIsPlain<IFileOutputStream> && kIsPlain<IFile> && kIsPlain<IFolder> &&
+              kIsPlain<IWavChunkDecoder> && kIsPlain<IWavDecoder>);
+
+} // namespace
+} // namespace vorlund::test
