@@ -1,0 +1,70 @@
+#include "vorlund/data/file/File.h"
+
+#include "vorlund/api/PathReason.h"
+#include "vorlund/data/file/FileSystem.h"
+#include "vorlund/data/file/PathText.h"
+
+#include <vorlund/Exception.h>
+#include <vorlund/RefPtr.h>
+
+namespace vorlund {
+namespace {
+
+constexpr const wchar* kFile = VRL_L("src/vorlund/data/file/File_win32");
+constexpr const wchar* kInitialize = VRL_L("vorlund::CFile::Initialize");
+
+constexpr TFailure kCannotFind{kInitialize, kFile, 84, VRL_L("Cannot find '%s'")};
+constexpr TFailure kIsDirectory{kInitialize, kFile, 90, VRL_L("'%s' is a directory")};
+
+} // namespace
+
+CString CFile::GetTitle() {
+    return pathtext::GetTitle(GetName());
+}
+
+CString CFile::GetFolderPath() {
+    return pathtext::GetFolder(path_);
+}
+
+CString CFile::GetExtension() {
+    return pathtext::GetExtension(GetName());
+}
+
+IFolder* CFile::GetFolder() {
+    if (!initialized_) return nullptr;
+    auto folder = CreateAs<IFolder>(classid::CFolder);
+    if (folder) folder->Initialize(GetFolderPath());
+    return folder.Detach();
+}
+
+CString CFile::GetName() {
+    return pathtext::GetName(path_);
+}
+
+IFile* CFile::Initialize(const wchar* path) {
+    if (initialized_) return this;
+    const filesystem::TEntryKind kind = filesystem::GetKind(path);
+    if (kind == filesystem::TEntryKind::Directory)
+        Raise<CFileAccessException>(kIsDirectory, PathReason(kIsDirectory.reason, path));
+    if (kind != filesystem::TEntryKind::File)
+        Raise<CFileAccessException>(kCannotFind, PathReason(kCannotFind.reason, path));
+    path_ = pathtext::WithForwardSlashes(path);
+    initialized_ = true;
+    return this;
+}
+
+IFileInputStream* CFile::OpenInputStream() {
+    if (!initialized_) return nullptr;
+    auto stream = CreateAs<IFileInputStream>(classid::CFileInputStream);
+    if (stream) stream->Open(path_);
+    return stream.Detach();
+}
+
+IFileOutputStream* CFile::OpenOutputStream() {
+    if (!initialized_) return nullptr;
+    auto stream = CreateAs<IFileOutputStream>(classid::CFileOutputStream);
+    if (stream) stream->Open(path_, false);
+    return stream.Detach();
+}
+
+} // namespace vorlund

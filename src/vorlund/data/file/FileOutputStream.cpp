@@ -1,0 +1,98 @@
+#include "vorlund/data/file/FileOutputStream.h"
+
+#include "vorlund/api/PathReason.h"
+#include "vorlund/data/file/FileSystem.h"
+
+#include <vorlund/Exception.h>
+
+#include <limits>
+#include <utility>
+
+namespace vorlund {
+namespace {
+
+constexpr const wchar* kFile = VRL_L("src/vorlund/data/file/FileOutputStream_win32");
+constexpr const wchar* kSeek = VRL_L("vorlund::CFileOutputStream::Seek");
+constexpr const wchar* kFlush = VRL_L("vorlund::CFileOutputStream::Flush");
+constexpr const wchar* kWrite = VRL_L("vorlund::CFileOutputStream::Write");
+constexpr const wchar* kNotOpen = VRL_L("File is not open");
+constexpr const wchar* kWriteFailedReason = VRL_L("fwrite failed");
+
+constexpr TFailure kCannotOpen{VRL_L("vorlund::CFileOutputStream::Open"), kFile, 58,
+                               VRL_L("Cannot open '%s' for writing")};
+constexpr TFailure kLengthNotOpen{VRL_L("vorlund::CFileOutputStream::GetLength"), kFile, 87, kNotOpen};
+constexpr TFailure kFlushNotOpen{kFlush, kFile, 98, kNotOpen};
+constexpr TFailure kFlushFailed{kFlush, kFile, 100, kWriteFailedReason};
+constexpr TFailure kSeekNotOpen{kSeek, kFile, 106, kNotOpen};
+constexpr TFailure kSeekFailed{kSeek, kFile, 109, VRL_L("_fseeki64 failed")};
+constexpr TFailure kTellNotOpen{VRL_L("vorlund::CFileOutputStream::Tell"), kFile, 115, kNotOpen};
+constexpr TFailure kWriteNotOpen{kWrite, kFile, 128, kNotOpen};
+constexpr TFailure kWriteFailed{kWrite, kFile, 131, kWriteFailedReason};
+
+} // namespace
+
+void CFileOutputStream::Close() {
+    CloseFile();
+    if (*name_.GetBuffer()) name_ = CString();
+}
+
+std::uint32_t CFileOutputStream::GetCapabilities() {
+    return file_ ? STREAM_CAPABILITY_SEEK | STREAM_CAPABILITY_TELL | STREAM_CAPABILITY_WRITE : 0;
+}
+
+std::int64_t CFileOutputStream::GetLength() {
+    if (!file_) Raise<COperationNotSupportedException>(kLengthNotOpen);
+    const std::int64_t position = Tell();
+    if (!filesystem::SeekToEnd(file_)) Raise<CIOException>(kSeekFailed);
+    const std::int64_t length = Tell();
+    Seek(position);
+    return length;
+}
+
+void CFileOutputStream::Flush() {
+    if (!file_) Raise<COperationNotSupportedException>(kFlushNotOpen);
+    if (std::fflush(file_) != 0) Raise<CIOException>(kFlushFailed);
+}
+
+void CFileOutputStream::Seek(std::int64_t position) {
+    if (!file_) Raise<COperationNotSupportedException>(kSeekNotOpen);
+    writing_ = false;
+    if (!filesystem::SeekFromStart(file_, position)) Raise<CIOException>(kSeekFailed);
+}
+
+std::int64_t CFileOutputStream::Tell() {
+    if (!file_) Raise<COperationNotSupportedException>(kTellNotOpen);
+    return filesystem::Tell(file_);
+}
+
+void CFileOutputStream::Write(const void* buffer, std::uint64_t size) {
+    if (!file_) Raise<CIOException>(kWriteNotOpen);
+    if (size == 0) return;
+    // No memory holds that much, and of nothing nothing is written: both are short writes.
+    if (!buffer || size > std::numeric_limits<std::size_t>::max()) Raise<CIOException>(kWriteFailed);
+    // Appended bytes go to the end wherever the position stands. Going there first lets the position tell the
+    // truth while they are still in the buffer; what has no positions (a pipe) is at its end anyway.
+    if (append_ && !writing_) filesystem::SeekToEnd(file_);
+    writing_ = true;
+    if (std::fwrite(buffer, 1, static_cast<std::size_t>(size), file_) != size)
+        Raise<CIOException>(kWriteFailed);
+}
+
+void CFileOutputStream::Open(const wchar* path, bool append) {
+    Close();
+    // First, so that a text that cannot be copied leaves no file open.
+    CString name(path);
+    file_ = filesystem::OpenOutput(path, append);
+    if (!file_) Raise<CFileAccessException>(kCannotOpen, PathReason(kCannotOpen.reason, path));
+    name_ = std::move(name);
+    append_ = append;
+    writing_ = false;
+}
+
+void CFileOutputStream::CloseFile() {
+    // What cannot be written out any more is lost here; `Flush` tells.
+    if (file_) std::fclose(file_);
+    file_ = nullptr;
+}
+
+} // namespace vorlund

@@ -1,0 +1,44 @@
+// Writing a file.
+#pragma once
+
+#include <vorlund/ClassIds.h>
+#include <vorlund/File.h>
+#include <vorlund/StreamImpl.h>
+
+#include <cstdio>
+
+namespace vorlund {
+
+/// Writes through the C runtime's own buffer, so that what was written also reaches the file when a program
+/// ends without releasing the stream.
+class CFileOutputStream : public COutputStreamImpl<IFileOutputStream> {
+public:
+    static constexpr CId ClassId = classid::CFileOutputStream;
+
+    void Close() override;
+    std::uint32_t GetCapabilities() override;
+    std::int64_t GetLength() override;
+    /// Raises `CIOException` "fwrite failed" when what was written before cannot be written out.
+    void Flush() override;
+    void Seek(std::int64_t position) override;
+    std::int64_t Tell() override;
+
+    void Write(const void* buffer, std::uint64_t size) override;
+
+    void Open(const wchar* path, bool append) override;
+
+protected:
+    ~CFileOutputStream() { CloseFile(); }
+
+private:
+    void CloseFile();
+
+    std::FILE* file_ = nullptr;
+    /// The path given to `Open`; empty when closed.
+    CString name_;
+    bool append_ = false;
+    /// True while the last operation was a write, so that the position is where writes go.
+    bool writing_ = false;
+};
+
+} // namespace vorlund

@@ -1,0 +1,71 @@
+// What the file classes need of the operating system. A port supplies everything declared here in a file
+// FileSystem_<system>.cpp; all rules and all failures are the callers'. Nothing here raises, except
+// std::bad_alloc.
+//
+// Paths are zero-terminated UTF-16 with "/" or, where the system has it so, "\" between folders. A null path
+// and one that the system cannot express name nothing. Files are opened so that child processes do not
+// inherit them.
+#pragma once
+
+#include <vorlund/Platform.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+
+namespace vorlund::filesystem {
+
+/// What a path names. Links count as what they lead to, and as files when they lead nowhere.
+enum class TEntryKind {
+    Missing,   ///< nothing
+    Unknown,   ///< perhaps something, but the system does not tell
+    File,      ///< anything that is not a directory
+    Directory, ///< a directory
+};
+
+TEntryKind GetKind(const wchar* path);
+
+/// Goes through the entries of a folder once, in the system's own order, "." and ".." included.
+class CFolderSearch {
+public:
+    /// \param folderPath  ends in "/"; a folder that cannot be searched has no entries
+    explicit CFolderSearch(const wchar* folderPath);
+    CFolderSearch(const CFolderSearch&) = delete;
+    CFolderSearch& operator=(const CFolderSearch&) = delete;
+    ~CFolderSearch();
+
+    /// Goes to the next entry; false when there is none.
+    bool Next();
+    /// Name and kind (`File` or `Directory`) of the entry; the name is valid until the next `Next`.
+    const wchar* GetName() const;
+    TEntryKind GetKind() const;
+
+private:
+    struct TState;
+    /// Empty when the folder cannot be searched.
+    std::unique_ptr<TState> state_;
+};
+
+/// Opens a file for reading at positions of the caller's choice; returns the C runtime's descriptor, or -1,
+/// and puts the file's length into `length`. Opens no directories, and nothing that has no positions (pipes,
+/// terminals). Does not wait for another process.
+int OpenInput(const wchar* path, std::int64_t& length);
+
+/// Reads at most `count` bytes at `position`. 0 at the end of the file, and when the system refuses.
+std::uint32_t ReadAt(int descriptor, std::int64_t position, void* buffer, std::uint32_t count);
+
+void CloseInput(int descriptor);
+
+/// Opens or creates a file for writing: emptied, or, with `append`, with every write going to its end and the
+/// position at 0 until the first one. Returns null when it cannot. Does not wait for another process.
+std::FILE* OpenOutput(const wchar* path, bool append);
+
+/// Sets the position, counted from the start or from the end of the file; writes out the buffer first. False
+/// on failure.
+bool SeekFromStart(std::FILE* file, std::int64_t position);
+bool SeekToEnd(std::FILE* file);
+
+/// The position, or -1 when the file has none.
+std::int64_t Tell(std::FILE* file);
+
+} // namespace vorlund::filesystem

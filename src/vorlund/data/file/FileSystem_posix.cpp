@@ -1,0 +1,176 @@
+// Before any header: positions, lengths and times are 64-bit, on 32-bit systems too.
+#define _FILE_OFFSET_BITS 64
+#define _TIME_BITS 64
+
+#include "vorlund/data/file/FileSystem.h"
+
+#include "vorlund/data/file/PathCodec_posix.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vorlund::filesystem {
+namespace {
+
+static_assert(sizeof(off_t) == 8);
+
+/// Everybody may read and write, as far as the user's mask allows.
+constexpr mode_t kNewFileMode = 0666;
+
+TEntryKind KindOf(const struct stat& status) {
+    return S_ISDIR(status.st_mode) ? TEntryKind::Directory : TEntryKind::File;
+}
+
+/// The kind of `name` in the open folder, or anywhere with AT_FDCWD.
+TEntryKind KindAt(int folder, const char* name) {
+    struct stat status;
+    if (fstatat(folder, name, &status, 0) == 0) return KindOf(status);
+    // A link that leads nowhere is there all the same.
+    if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0) return KindOf(status);
+    const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
+    return missing ? TEntryKind::Missing : TEntryKind::Unknown;
+}
+
+/// Opens without waiting for the other end of a pipe; reading and writing then wait as usual.
+int OpenWithoutWaiting(const std::string& path, int flags, struct stat& status) {
+    const int descriptor = open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kNewFileMode);
+    if (descriptor < 0) return -1;
+    if (fstat(descriptor, &status) != 0) {
+        close(descriptor);
+        return -1;
+    }
+    // Regular files never wait, so the flag means nothing for them.
+    if (!S_ISREG(status.st_mode)) fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+    return descriptor;
+}
+
+} // namespace
+
+TEntryKind GetKind(const wchar* path) {
+    std::string bytes;
+    if (!pathcodec::Encode(path, bytes)) return TEntryKind::Missing;
+    // Files and folders store their paths with "/" for "\", so what that names is asked first. A name that
+    // holds a "\" itself can be asked for, but not opened by what was stored.
+    std::string slashes = bytes;
+    std::replace(slashes.begin(), slashes.end(), '\\', '/');
+    const TEntryKind kind = KindAt(AT_FDCWD, slashes.c_str());
+    if (kind != TEntryKind::Missing || slashes == bytes) return kind;
+    return KindAt(AT_FDCWD, bytes.c_str());
+}
+
+struct CFolderSearch::TState {
+    explicit TState(DIR* openFolder) : folder(openFolder) {}
+    TState(const TState&) = delete;
+    TState& operator=(const TState&) = delete;
+    ~TState() { closedir(folder); }
+
+    DIR* const folder;
+    wstring name;
+    TEntryKind kind = TEntryKind::Missing;
+};
+
+CFolderSearch::CFolderSearch(const wchar* folderPath) {
+    std::string bytes;
+    if (!pathcodec::Encode(folderPath, bytes)) return;
+    DIR* const folder = opendir(bytes.c_str());
+    if (!folder) return;
+    try {
+        state_ = std::make_unique<TState>(folder);
+    } catch (...) {
+        closedir(folder);
+        throw;
+    }
+}
+
+CFolderSearch::~CFolderSearch() = default;
+
+bool CFolderSearch::Next() {
+    if (!state_) return false;
+    const dirent* const entry = readdir(state_->folder);
+    if (!entry) return false;
+    state_->name = pathcodec::Decode(entry->d_name);
+    if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) {
+        state_->kind = KindAt(dirfd(state_->folder), entry->d_name);
+        // Its name is here, so it is one or the other; what becomes of it is seen when it is used.
+        if (state_->kind != TEntryKind::Directory) state_->kind = TEntryKind::File;
+    } else {
+        state_->kind = entry->d_type == DT_DIR ? TEntryKind::Directory : TEntryKind::File;
+    }
+    return true;
+}
+
+const wchar* CFolderSearch::GetName() const {
+    return state_->name.c_str();
+}
+
+TEntryKind CFolderSearch::GetKind() const {
+    return state_->kind;
+}
+
+int OpenInput(const wchar* path, std::int64_t& length) {
+    length = 0;
+    std::string bytes;
+    if (!pathcodec::Encode(path, bytes)) return -1;
+    struct stat status;
+    const int descriptor = OpenWithoutWaiting(bytes, O_RDONLY, status);
+    if (descriptor < 0) return -1;
+    if (S_ISREG(status.st_mode)) {
+        length = status.st_size;
+        return descriptor;
+    }
+    // Devices are measured by going to their end, which pipes and terminals refuse.
+    length = S_ISDIR(status.st_mode) ? -1 : lseek(descriptor, 0, SEEK_END);
+    if (length >= 0) return descriptor;
+    close(descriptor);
+    length = 0;
+    return -1;
+}
+
+std::uint32_t ReadAt(int descriptor, std::int64_t position, void* buffer, std::uint32_t count) {
+    ssize_t result;
+    do {
+        result = pread(descriptor, buffer, count, position);
+    } while (result < 0 && errno == EINTR);
+    return result < 0 ? 0 : static_cast<std::uint32_t>(result);
+}
+
+void CloseInput(int descriptor) {
+    close(descriptor);
+}
+
+std::FILE* OpenOutput(const wchar* path, bool append) {
+    std::string bytes;
+    if (!pathcodec::Encode(path, bytes)) return nullptr;
+    struct stat status;
+    const int descriptor =
+        OpenWithoutWaiting(bytes, O_WRONLY | O_CREAT | (append ? O_APPEND : O_TRUNC), status);
+    if (descriptor < 0) return nullptr;
+    std::FILE* const file = fdopen(descriptor, append ? "ab" : "wb");
+    if (!file) {
+        close(descriptor);
+        return nullptr;
+    }
+    // The runtime has gone to the end already.
+    if (append) SeekFromStart(file, 0);
+    return file;
+}
+
+bool SeekFromStart(std::FILE* file, std::int64_t position) {
+    return fseeko(file, position, SEEK_SET) == 0;
+}
+
+bool SeekToEnd(std::FILE* file) {
+    return fseeko(file, 0, SEEK_END) == 0;
+}
+
+std::int64_t Tell(std::FILE* file) {
+    return ftello(file);
+}
+
+} // namespace vorlund::filesystem

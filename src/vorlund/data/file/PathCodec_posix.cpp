@@ -1,0 +1,126 @@
+#include "vorlund/data/file/PathCodec_posix.h"
+
+#include <cstddef>
+
+namespace vorlund::pathcodec {
+namespace {
+
+constexpr unsigned int kFirstHigh = 0xD800;
+constexpr unsigned int kFirstLow = 0xDC00;
+constexpr unsigned int kLastLow = 0xDFFF;
+/// A stray byte is added to this; the bytes 0x80 to 0xFF are those that can be stray.
+constexpr unsigned int kStrayBase = 0xDC00;
+constexpr unsigned int kFirstStray = 0xDC80;
+constexpr unsigned int kLastStray = 0xDCFF;
+
+/// A well-formed sequence of UTF-8.
+struct TSequence {
+    /// 0 when there is none.
+    std::size_t length;
+    unsigned int code;
+};
+
+/// The sequence at the start of `bytes`, which are not empty.
+TSequence TakeSequence(std::string_view bytes) {
+    const auto byteAt = [&](std::size_t index) { return static_cast<unsigned char>(bytes[index]); };
+    const unsigned int lead = byteAt(0);
+    if (lead < 0x80) return {1, lead};
+    // What may follow a lead directly is narrower than what may follow later: this is what shuts out overlong
+    // forms, surrogates and values beyond the last.
+    unsigned int low = 0x80;
+    unsigned int high = 0xBF;
+    std::size_t length = 0;
+    unsigned int code = 0;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+        code = lead & 0x1F;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3;
+        code = lead & 0x0F;
+        if (lead == 0xE0) low = 0xA0;
+        if (lead == 0xED) high = 0x9F;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4;
+        code = lead & 0x07;
+        if (lead == 0xF0) low = 0x90;
+        if (lead == 0xF4) high = 0x8F;
+    }
+    if (length == 0 || bytes.size() < length) return {0, 0};
+    for (std::size_t i = 1; i < length; ++i) {
+        const unsigned int next = byteAt(i);
+        if (next < low || next > high) return {0, 0};
+        code = code << 6 | (next & 0x3F);
+        low = 0x80;
+        high = 0xBF;
+    }
+    return {length, code};
+}
+
+void AppendUtf16(wstring& text, unsigned int code) {
+    if (code < 0x10000) {
+        text += static_cast<wchar>(code);
+        return;
+    }
+    text += static_cast<wchar>(kFirstHigh + ((code - 0x10000) >> 10));
+    text += static_cast<wchar>(kFirstLow + ((code - 0x10000) & 0x3FF));
+}
+
+void AppendUtf8(std::string& bytes, unsigned int code) {
+    const auto add = [&](unsigned int byte) { bytes += static_cast<char>(byte); };
+    const auto addTail = [&](unsigned int shift) { add(0x80 | (code >> shift & 0x3F)); };
+    if (code < 0x80) {
+        add(code);
+    } else if (code < 0x800) {
+        add(0xC0 | code >> 6);
+        addTail(0);
+    } else if (code < 0x10000) {
+        add(0xE0 | code >> 12);
+        addTail(6);
+        addTail(0);
+    } else {
+        add(0xF0 | code >> 18);
+        addTail(12);
+        addTail(6);
+        addTail(0);
+    }
+}
+
+} // namespace
+
+wstring Decode(std::string_view bytes) {
+    wstring text;
+    text.reserve(bytes.size());
+    while (!bytes.empty()) {
+        const TSequence sequence = TakeSequence(bytes);
+        if (sequence.length == 0) {
+            text += static_cast<wchar>(kStrayBase + static_cast<unsigned char>(bytes.front()));
+            bytes.remove_prefix(1);
+        } else {
+            AppendUtf16(text, sequence.code);
+            bytes.remove_prefix(sequence.length);
+        }
+    }
+    return text;
+}
+
+bool Encode(const wchar* text, std::string& bytes) {
+    bytes.clear();
+    if (!text) return false;
+    bytes.reserve(std::char_traits<wchar>::length(text));
+    for (; *text; ++text) {
+        const unsigned int unit = *text;
+        if (unit < kFirstHigh || unit > kLastLow) {
+            AppendUtf8(bytes, unit);
+        } else if (unit >= kFirstStray && unit <= kLastStray) {
+            bytes += static_cast<char>(unit - kStrayBase);
+        } else if (unit < kFirstLow && text[1] >= kFirstLow && text[1] <= kLastLow) {
+            ++text;
+            AppendUtf8(bytes, 0x10000 + ((unit - kFirstHigh) << 10) + (*text - kFirstLow));
+        } else {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace vorlund::pathcodec
