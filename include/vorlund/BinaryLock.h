@@ -10,12 +10,14 @@ namespace vorlund {
 /// any operation, except that nobody may use a lock while it is destroyed.
 class VRL_API CBinaryLock : public CClassObject {
 public:
-    /// Free.
+    /// Free. Raises `COutOfMemoryException` "malloc failed" when there is no memory for its data.
     CBinaryLock();
     CBinaryLock(const CBinaryLock&) = delete;
     CBinaryLock& operator=(const CBinaryLock&) = delete;
 
-    /// Raises `CBugException` "Still locked" while held; the lock is then not taken apart.
+    /// Raises `CBugException` "Still locked" while held. The lock's data, a separate block, is then not taken
+    /// apart: it stays as it was, held by its holder, and is lost with the object when that goes in spite of
+    /// it.
     ~CBinaryLock() noexcept(false) override;
 
     /// Takes the lock, waiting without limit for another thread that holds it; counts up when the caller

@@ -9,31 +9,43 @@ namespace vorlund {
 struct TReadWriteLockData;
 
 /// How a `CReadWriteLock` is taken. Every non-zero value acts as write.
-enum TLockMode {
+enum TLockMode : int {
     LOCK_MODE_READ = 0, ///< shared
     LOCK_MODE_WRITE = 1 ///< exclusive
 };
 
-/// A recursive many-readers, one-writer lock. Waiting writers go before new readers, but a thread that holds
-/// the lock in either mode may always take a further read lock, and a holder of the write lock further locks
-/// of both modes. A reader that asks for the write lock waits until it is the last reader; it shuts out
-/// readers, but not another reader that upgrades at the same time: two readers that upgrade wait for each
-/// other.
+/// A recursive many-readers, one-writer lock. Any number of threads read while no writer waits or holds; one
+/// writer holds at a time; waiting writers go before new readers. A thread that holds the lock in either mode
+/// may always take a further read lock without waiting, and a holder of the write lock further locks of both
+/// modes.
 ///
-/// Any thread may call any operation. Never raises; misuse only prints a `DEBUG_MESSAGE_BOX` message.
+/// A reader may ask for the write lock (an upgrade). It then no longer counts as a reader, keeps new readers
+/// out, and goes on when no reader is left; when it gives back its outermost write lock it counts as a reader
+/// again. An upgrade keeps out readers and nobody else: a second reader that upgrades, and a writer that
+/// waits or comes, get in beside it. Two readers that upgrade at the same time therefore do not block each
+/// other, they both hold the write lock; and a thread that went back to reading may read while the other
+/// still writes. Where threads must not write together, take the write lock first instead of upgrading, or
+/// guard upgrades otherwise.
+///
+/// Any thread may call any operation, except that nobody may use a lock while it is destroyed. Misuse raises
+/// nothing and only prints a `DEBUG_MESSAGE_BOX` message, with nothing held. The operations never raise:
+/// `Lock` keeps a small record for each holder, and when the memory for one is not to be had, it waits until
+/// it is.
 class VRL_API CReadWriteLock {
 public:
-    /// Free.
+    /// Free. Raises `COutOfMemoryException` "malloc failed" when there is no memory for its data.
     CReadWriteLock();
     CReadWriteLock(const CReadWriteLock&) = delete;
     CReadWriteLock& operator=(const CReadWriteLock&) = delete;
+
+    /// Nothing is checked: what threads still hold is forgotten. Threads that still wait never come back.
     ~CReadWriteLock();
 
-    /// Takes the lock, waiting without limit. `param` is the caller's own and is recorded with every lock
-    /// that a holder takes, but not with a first lock.
+    /// Takes the lock, waiting without limit. `param` is the caller's own and is recorded when the calling
+    /// thread already holds the lock, but not with a first lock.
     void Lock(TLockMode mode, unsigned int param);
 
-    /// Gives back the calling thread's innermost lock. Without one, prints
+    /// Gives back the calling thread's innermost lock; the recorded parameter stays. Without a lock, prints
     /// "[vorlund::TReadWriteLockData::Unlock] Not locked!".
     void Unlock();
 
@@ -41,7 +53,8 @@ public:
     /// "[vorlund::TReadWriteLockData::GetLockMode] Not locked!" and gives `LOCK_MODE_READ`.
     TLockMode GetLockMode();
 
-    /// The parameter that the calling thread recorded last, 0 when it recorded none. Without a lock, prints
+    /// The parameter that the calling thread recorded last since its first lock, also when that lock has been
+    /// given back; 0 when it recorded none. Without a lock, prints
     /// "[vorlund::TReadWriteLockData::GetLockMode] Not locked!" and gives 0.
     unsigned int GetParam();
 

@@ -1,0 +1,149 @@
+// Which threads hold a read/write lock, and how often: the entries of TReadWriteLockData.
+#pragma once
+
+#include <vorlund/ReadWriteLock.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+namespace vorlund {
+
+/// What one thread holds of one lock. Only that thread looks at it.
+///
+/// The modes are a stack, kept as runs of equal modes: recursion as deep as the machine allows usually needs
+/// one or two runs. Parameters are pushed too, but never popped, so the newest is the only one that can be
+/// seen.
+class CLockThreadEntry {
+public:
+    CLockThreadEntry() = default;
+    CLockThreadEntry(const CLockThreadEntry&) = delete;
+    CLockThreadEntry& operator=(const CLockThreadEntry&) = delete;
+    ~CLockThreadEntry();
+
+    int reads = 0;          ///< read locks held
+    int writes = 0;         ///< write locks held
+    unsigned int param = 0; ///< the parameter recorded last, 0 when none was
+
+    bool IsEmpty() const { return reads + writes == 0; }
+
+    /// The innermost lock's mode. Not for an empty stack.
+    TLockMode GetTop() const { return runs_[top_].mode; }
+
+    /// Makes `mode` the innermost. Waits when more memory is needed and there is none: a lock call has no way
+    /// to fail, and another thread may give some back.
+    void Push(TLockMode mode) {
+        if (top_ >= 0 && runs_[top_].mode == mode) {
+            ++runs_[top_].length;
+            return;
+        }
+        if (top_ + 1 == capacity_) Grow();
+        runs_[++top_] = {mode, 1};
+    }
+
+    /// Takes the innermost off.
+    TLockMode Pop() {
+        TRun& run = runs_[top_];
+        if (--run.length == 0) --top_;
+        return run.mode;
+    }
+
+private:
+    friend class CLockThreadTable;
+
+    struct TRun {
+        TLockMode mode;
+        unsigned int length;
+    };
+    static constexpr int kInlineRuns = 3;
+
+    /// As new, for the next thread.
+    void Clear() {
+        reads = 0;
+        writes = 0;
+        param = 0;
+        top_ = -1;
+        if (runs_ != inlineRuns_) GiveBackRuns();
+    }
+
+    void GiveBackRuns();
+
+    void Grow();
+
+    int top_ = -1;
+    int capacity_ = kInlineRuns;
+    TRun* runs_ = inlineRuns_;
+    TRun inlineRuns_[kInlineRuns];
+    std::atomic<unsigned int>* owner_ = nullptr; ///< the table's note of whose entry this is
+};
+
+/// The entries by thread number.
+///
+/// Blocks of slots, each twice as large as the one before, are chained and stay until the table goes. A
+/// thread takes a free slot with one atomic operation, at one of a few places that its number determines in
+/// each block, and gives it back with a store; so looking for one's own entry needs neither a lock nor a long
+/// search. Only a thread itself ever writes its number into a slot or takes it out, so what others do
+/// meanwhile cannot mislead the search.
+class CLockThreadTable {
+public:
+    CLockThreadTable() : first_(kFirstSlotBits, firstOwners_, firstEntries_) {}
+    CLockThreadTable(const CLockThreadTable&) = delete;
+    CLockThreadTable& operator=(const CLockThreadTable&) = delete;
+    ~CLockThreadTable();
+
+    /// The entry of `thread`, which is the calling one, or null.
+    CLockThreadEntry* Find(unsigned int thread) {
+        for (TBlock* block = &first_; block; block = block->next.load(std::memory_order_acquire)) {
+            for (std::uint32_t probe = 0; probe < kProbes; ++probe) {
+                const std::uint32_t slot = block->SlotOf(thread, probe);
+                if (block->owners[slot].load(std::memory_order_relaxed) == thread)
+                    return &block->entries[slot];
+            }
+        }
+        return nullptr;
+    }
+
+    /// Makes an empty entry for `thread`, which is the calling one and has none. Waits for memory like
+    /// `Push`.
+    CLockThreadEntry& Insert(unsigned int thread);
+
+    /// Takes out the calling thread's entry. Release: what it wrote there is over when another thread gets
+    /// the slot.
+    void Remove(CLockThreadEntry& entry) {
+        entry.Clear();
+        entry.owner_->store(kNobody, std::memory_order_release);
+    }
+
+private:
+    static constexpr unsigned int kNobody = 0;
+    static constexpr std::uint32_t kFirstSlotBits = 3;
+    static constexpr std::uint32_t kFirstSlots = 1u << kFirstSlotBits;
+    static constexpr std::uint32_t kProbes = 4;
+
+    struct TBlock {
+        TBlock(std::uint32_t bits, std::atomic<unsigned int>* ownerArray, CLockThreadEntry* entryArray)
+            : slotBits(bits), owners(ownerArray), entries(entryArray) {
+            for (std::uint32_t slot = 0; slot < GetSlotCount(); ++slot) entries[slot].owner_ = &owners[slot];
+        }
+
+        std::uint32_t GetSlotCount() const { return 1u << slotBits; }
+        /// Fibonacci hashing spreads numbers that follow each other and such that differ by four alike.
+        std::uint32_t SlotOf(unsigned int thread, std::uint32_t probe) const {
+            return (((thread * 0x9E3779B9u) >> (32 - slotBits)) + probe) & (GetSlotCount() - 1);
+        }
+
+        const std::uint32_t slotBits;
+        std::atomic<unsigned int>* const owners;
+        CLockThreadEntry* const entries;
+        std::atomic<TBlock*> next{nullptr};
+    };
+
+    static TBlock* MakeBlock(std::uint32_t slotBits);
+    static void DestroyBlock(TBlock* block);
+
+    std::atomic<unsigned int> firstOwners_[kFirstSlots]{};
+    CLockThreadEntry firstEntries_[kFirstSlots];
+    TBlock first_; // after the arrays, which it links
+};
+
+} // namespace vorlund

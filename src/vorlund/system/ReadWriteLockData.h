@@ -1,0 +1,68 @@
+// The state of a CReadWriteLock.
+#pragma once
+
+#include "vorlund/system/LockThreadTable.h"
+#include "vorlund/system/PlainLock.h"
+
+namespace vorlund {
+
+/// A recursive lock with many readers or one writer; what its operations mean stands at `CReadWriteLock`.
+struct TReadWriteLockData {
+public:
+    TReadWriteLockData() = default;
+    TReadWriteLockData(const TReadWriteLockData&) = delete;
+    TReadWriteLockData& operator=(const TReadWriteLockData&) = delete;
+
+    void Lock(TLockMode mode, unsigned int param);
+    void Unlock();
+    TLockMode GetLockMode();
+    unsigned int GetParam();
+
+    /// How many threads stand in the queue, waiting. A thread that is still looking around does not count.
+    int CountWaiting();
+
+private:
+    /// A thread in the queue, on its own stack.
+    struct TWaiter {
+        enum TKind { kReader, kWriter, kUpgrader };
+
+        explicit TWaiter(TKind waiterKind) : kind(waiterKind) {}
+        void Wait();
+
+        const TKind kind;
+        TWaiter* next = nullptr;
+        std::atomic<std::uint32_t> granted{0};
+    };
+
+    // The word: the whole state while nobody waits.
+    static constexpr std::uint32_t kFree = 0; ///< up to kMaxReaders: the number of readers
+    static constexpr std::uint32_t kMaxReaders = (1u << 29) - 1;
+    static constexpr std::uint32_t kWriter = 1u << 29;         ///< one writer
+    static constexpr std::uint32_t kUpgradedWriter = 1u << 30; ///< one writer that was the only reader
+    static constexpr std::uint32_t kManaged = 1u << 31;        ///< the counters below hold
+
+    void AcquireRead();
+    void AcquireWrite();
+    void Upgrade();
+    void ReleaseRead();
+    void ReleaseWrite();
+    void ReleaseUpgrade();
+
+    void EnterManaged();
+    void LeaveManaged();
+    void LeaveManagedAndWait(TWaiter::TKind kind);
+    TWaiter* TakeGranted();
+
+    std::atomic<std::uint32_t> word_{kFree};
+    CLockThreadTable threads_;
+
+    // Under the guard, and in force only while the word says so.
+    CPlainLock guard_;
+    int readingThreads_ = 0;  ///< threads counted as readers
+    int writers_ = 0;         ///< writers and upgraders that wait or hold
+    bool writerHeld_ = false; ///< a writer that is no upgrader holds: the writers' mutex
+    TWaiter* firstWaiter_ = nullptr;
+    TWaiter** waitersEnd_ = &firstWaiter_;
+};
+
+} // namespace vorlund
