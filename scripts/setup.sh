@@ -20,7 +20,7 @@ vorlund_packages() {
 # vorlund_require LOG PURPOSE...: makes the packages of all purposes present. Installs nothing, and needs neither
 # root nor a network, when they are. Notes go to standard error, what apt says goes to the file LOG.
 vorlund_require() {
-    local log=$1 purpose package sudo=""
+    local log=$1 purpose package attempt sudo=""
     local -a missing=()
     shift
     for purpose in "$@"; do
@@ -42,9 +42,12 @@ vorlund_require() {
     mkdir -p "$(dirname "$log")"
     {
         if [[ " ${missing[*]} " == *:i386\ * ]]; then $sudo dpkg --add-architecture i386; fi
-        # An index that cannot be fetched (often the i386 half of the security archive) is no reason to stop:
-        # what matters is whether the packages install.
-        $sudo apt-get update || true
+        # An index may be out of step for a moment. One that stays so (the i386 half of the security archive is
+        # known for it) is no reason to stop: what matters is whether the packages install.
+        for attempt in 1 2 3; do
+            $sudo apt-get update && break
+            ((attempt == 3)) || sleep 5
+        done
         # The release is named because the two halves of a multi-architecture package must have one version, and
         # a mixture of archives may offer two.
         vorlund_install "$sudo" -t bookworm "${missing[@]}" || vorlund_install "$sudo" "${missing[@]}"

@@ -7,6 +7,8 @@ vorlund_wine_env() {
     export WINEDEBUG=-all
     # No offer to download Mono or Gecko.
     export WINEDLLOVERRIDES="mscoree,mshtml="
+    # Wine names files in the character set of the locale, so only UTF-8 reaches every name.
+    [[ $(locale charmap) == UTF-8 ]] || export LC_ALL=C.UTF-8
 }
 
 # Creates the prefix unless it exists, so that the first program does not pay for it.
