@@ -1,0 +1,198 @@
+// Reading and opening WAV files, against libsndfile and plain stdio. The files lie in a temporary folder and
+// are warm.
+#include "BenchSupport.h"
+
+#include <vorlund/CodecClassStore.h>
+#include <vorlund/DataFormat.h>
+#include <vorlund/Exception.h>
+#include <vorlund/Path.h>
+#include <vorlund/RefPtr.h>
+#include <vorlund/Stream.h>
+
+#include <benchmark/benchmark.h>
+
+#ifdef VORLUND_BENCH_SNDFILE
+#include <sndfile.h>
+#endif
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+using namespace vorlund;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kBigSize = 64u << 20;
+
+void Append(std::string& bytes, const char* id, std::uint32_t size, const std::string& data) {
+    bytes.append(id, 4);
+    bytes.append(reinterpret_cast<const char*>(&size), 4);
+    bytes += data;
+}
+
+/// A 16-bit stereo file; `extraChunks` chunks stand before the data.
+std::string MakeWav(std::size_t dataSize, int extraChunks, std::uint16_t bits = 16) {
+    std::string fmt(16, '\0');
+    const std::uint16_t tag = 1, channels = 2, align = 4;
+    const std::uint32_t rate = 44100, byteRate = rate * align;
+    std::memcpy(&fmt[0], &tag, 2);
+    std::memcpy(&fmt[2], &channels, 2);
+    std::memcpy(&fmt[4], &rate, 4);
+    std::memcpy(&fmt[8], &byteRate, 4);
+    std::memcpy(&fmt[12], &align, 2);
+    std::memcpy(&fmt[14], &bits, 2);
+    std::string body = "WAVE";
+    Append(body, "fmt ", 16, fmt);
+    for (int i = 0; i < extraChunks; ++i) Append(body, "note", 64, std::string(64, 'n'));
+    std::string data(dataSize, '\0');
+    for (std::size_t i = 0; i < dataSize; ++i) data[i] = static_cast<char>(i * 2654435761u >> 13);
+    Append(body, "data", static_cast<std::uint32_t>(dataSize), data);
+    std::string file;
+    Append(file, "RIFF", static_cast<std::uint32_t>(body.size()), body);
+    return file;
+}
+
+/// The files of the benchmarks, made once and removed at the end.
+class CFiles {
+public:
+    CFiles() : folder_(fs::temp_directory_path() / ("vorlund-bench-" + std::to_string(getpid()))) {
+        fs::create_directory(folder_);
+        big = Write("big.wav", MakeWav(kBigSize, 0));
+        small = Write("small.wav", MakeWav(4096, 0));
+        chunks = Write("chunks.wav", MakeWav(4096, 12));
+        rejected = Write("rejected.wav", MakeWav(4096, 0, 24));
+    }
+    CFiles(const CFiles&) = delete;
+    CFiles& operator=(const CFiles&) = delete;
+    ~CFiles() { fs::remove_all(folder_); }
+
+    std::string big, small, chunks, rejected;
+
+private:
+    std::string Write(const char* name, const std::string& bytes) const {
+        const fs::path path = folder_ / name;
+        std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        return path.string();
+    }
+
+    fs::path folder_;
+};
+
+const CFiles& Files() {
+    static const CFiles files;
+    return files;
+}
+
+CRefPtr<IInputStream> Open(const std::string& path) {
+    return CRefPtr<IInputStream>::Adopt(v.GetCodecClassStore().DecodeFile(PathFromUtf8(path.c_str()).c_str(),
+                                                                          TDataFormat_AudioPcm::FormatId));
+}
+
+/// Calls `read(buffer, size)` once per iteration and `rewind()` at the end of the data.
+template <class TRead, class TRewind> void ReadCalls(benchmark::State& state, TRead read, TRewind rewind) {
+    std::vector<char> buffer(static_cast<std::size_t>(state.range(0)));
+    for (auto _ : state) {
+        if (read(buffer.data(), buffer.size()) != buffer.size()) rewind();
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+
+void ReadVorlund(benchmark::State& state) {
+    const bench::CLibrary library;
+    const auto stream = Open(Files().big);
+    ReadCalls(
+        state, [&](char* buffer, std::size_t size) { return stream->Read(buffer, size); },
+        [&] { stream->Seek(0); });
+}
+
+void ReadStdio(benchmark::State& state) {
+    std::FILE* const file = std::fopen(Files().big.c_str(), "rb");
+    std::vector<char> block(64 * 1024);
+    std::setvbuf(file, block.data(), _IOFBF, block.size());
+    std::fseek(file, 44, SEEK_SET);
+    ReadCalls(
+        state, [&](char* buffer, std::size_t size) { return std::fread(buffer, 1, size, file); },
+        [&] { std::fseek(file, 44, SEEK_SET); });
+    std::fclose(file);
+}
+
+void OpenVorlund(benchmark::State& state, std::string CFiles::*file) {
+    const bench::CLibrary library;
+    const wstring path = PathFromUtf8((Files().*file).c_str());
+    for (auto _ : state) {
+        v.GetCodecClassStore().DecodeFile(path.c_str(), TDataFormat_AudioPcm::FormatId)->Release();
+    }
+}
+
+void RejectVorlund(benchmark::State& state) {
+    const bench::CLibrary library;
+    const wstring path = PathFromUtf8(Files().rejected.c_str());
+    for (auto _ : state) {
+        try {
+            v.GetCodecClassStore().DecodeFile(path.c_str(), TDataFormat_AudioPcm::FormatId);
+            state.SkipWithError("not rejected");
+        } catch (const CDataFormatException&) {
+        }
+    }
+}
+
+/// What an exception costs from the raise to the handler that catches it, with an empty debugger output and
+/// with the default one.
+void RaiseException(benchmark::State& state, bool hasDefaultOutput) {
+    const bench::CLibrary library;
+    if (hasDefaultOutput) CDebug::SetHandler(DEBUG_MESSAGE_OUTPUT, nullptr);
+    constexpr TFailure kFailure{VRL_L("bench::Raise"), VRL_L("bench/Wav_bench"), 1, VRL_L("On purpose")};
+    for (auto _ : state) {
+        try {
+            Raise<CDataFormatException>(kFailure);
+        } catch (const CDataFormatException&) {
+        }
+    }
+}
+
+BENCHMARK(ReadVorlund)->RangeMultiplier(4)->Arg(1024)->Arg(4096)->Arg(65536);
+BENCHMARK(ReadStdio)->Arg(1024)->Arg(4096)->Arg(65536);
+BENCHMARK_CAPTURE(OpenVorlund, Plain, &CFiles::small);
+BENCHMARK_CAPTURE(OpenVorlund, DozenChunks, &CFiles::chunks);
+BENCHMARK(RejectVorlund);
+BENCHMARK_CAPTURE(RaiseException, EmptyOutput, false);
+BENCHMARK_CAPTURE(RaiseException, DefaultOutput, true);
+
+#ifdef VORLUND_BENCH_SNDFILE
+
+void ReadSndfile(benchmark::State& state) {
+    SF_INFO info{};
+    SNDFILE* const file = sf_open(Files().big.c_str(), SFM_READ, &info);
+    ReadCalls(
+        state,
+        [&](char* buffer, std::size_t size) {
+            return static_cast<std::size_t>(sf_read_raw(file, buffer, static_cast<sf_count_t>(size)));
+        },
+        [&] { sf_seek(file, 0, SEEK_SET); });
+    sf_close(file);
+}
+
+void OpenSndfile(benchmark::State& state, std::string CFiles::*file) {
+    for (auto _ : state) {
+        SF_INFO info{};
+        sf_close(sf_open((Files().*file).c_str(), SFM_READ, &info));
+    }
+}
+
+BENCHMARK(ReadSndfile)->Arg(1024)->Arg(4096)->Arg(65536);
+BENCHMARK_CAPTURE(OpenSndfile, Plain, &CFiles::small);
+BENCHMARK_CAPTURE(OpenSndfile, DozenChunks, &CFiles::chunks);
+
+#endif
+
+} // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,19 @@
+/// \file
+/// Paths between UTF-8, as programs get them from their arguments, and the UTF-16 of the library. Any thread.
+#pragma once
+
+#include <vorlund/Platform.h>
+
+#include <string>
+
+namespace vorlund {
+
+/// The path in UTF-16. On POSIX a byte that is not valid UTF-8 becomes one unit U+DC80 to U+DCFF, so that
+/// every file name can be opened; on Windows it becomes U+FFFD. Null gives the empty path.
+VRL_API wstring PathFromUtf8(const char* path);
+
+/// The same backwards; on POSIX exactly the bytes that name the file. A lone surrogate that stands for no
+/// byte becomes U+FFFD. Null gives the empty path.
+VRL_API std::string PathToUtf8(const wchar* path);
+
+} // namespace vorlund
