@@ -1,5 +1,6 @@
 #include "vorlund/data/filters/WavChunkDecoder.h"
 
+#include "vorlund/data/CreateOrRaise.h"
 #include "vorlund/data/filters/LittleEndian.h"
 #include "vorlund/data/filters/ReadWhole.h"
 
@@ -126,11 +127,9 @@ void CWavChunkDecoder::Disconnect() {
 }
 
 IObjectList* CWavChunkDecoder::EnumerateChunks() {
-    auto list = CreateAs<IObjectList>(classid::CObjectList);
-    if (!list) Raise<CBugException>(kNoList);
+    auto list = CreateOrRaise<IObjectList>(classid::CObjectList, kNoList);
     for (std::size_t i = 0; i < chunks_.GetCount(); ++i) {
-        const auto text = CreateAs<IStringObject>(classid::CStringObject);
-        if (!text) Raise<CBugException>(kNoString);
+        const auto text = CreateOrRaise<IStringObject>(classid::CStringObject, kNoString);
         text->SetString(chunks_.GetInfo(i).id);
         list->AddObject(text.Get());
     }

@@ -1,5 +1,6 @@
 #include "vorlund/data/filters/WavDecoder.h"
 
+#include "vorlund/data/CreateOrRaise.h"
 #include "vorlund/data/filters/LittleEndian.h"
 #include "vorlund/data/filters/ReadWhole.h"
 
@@ -60,8 +61,7 @@ void CWavDecoder::Connect(IInputStream* stream) {
 }
 
 void CWavDecoder::CreateChunks() {
-    chunks_ = CreateAs<IWavChunkDecoder>(classid::CWavChunkDecoder);
-    if (!chunks_) Raise<CBugException>(kNoChunkDecoder);
+    chunks_ = CreateOrRaise<IWavChunkDecoder>(classid::CWavChunkDecoder, kNoChunkDecoder);
 }
 
 void CWavDecoder::ReadFormat() {
