@@ -1,6 +1,9 @@
 /// \file
 /// The inner loops over UTF-16 text: length, order and search. None of them raises or allocates, and absence
 /// is an ordinary answer, so library code that expects to find nothing searches here, not through `CString`.
+///
+/// There are two sets behind these functions: one for SSE2, and the plain loops of TextKernelsScalar.h for
+/// other processors. The compiler's target chooses.
 #pragma once
 
 #include <vorlund/Platform.h>
@@ -27,8 +30,9 @@ std::size_t FindFirstUnit(const wchar* text, wchar unit);
 /// The last place of `unit` in a terminated text; the unit 0 is found at the terminator.
 std::size_t FindLastUnit(const wchar* text, wchar unit);
 
-/// The first place of `unit` among `length` units.
+/// The first and the last place of `unit` among `length` units.
 std::size_t FindFirstUnit(const wchar* text, std::size_t length, wchar unit);
+std::size_t FindLastUnit(const wchar* text, std::size_t length, wchar unit);
 
 /// The first and the last place where the needle stands among `length` units. An empty needle stands at 0,
 /// and last at `length`.
