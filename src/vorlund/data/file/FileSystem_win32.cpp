@@ -98,12 +98,10 @@ int OpenInput(const wchar* path, std::int64_t& length) {
 }
 
 std::uint32_t ReadAt(int descriptor, std::int64_t position, void* buffer, std::uint32_t count) {
-    // One call where the runtime would need two: it has no read at a position.
-    OVERLAPPED place{};
-    place.Offset = static_cast<DWORD>(position);
-    place.OffsetHigh = static_cast<DWORD>(position >> 32);
-    DWORD result = 0;
-    return ReadFile(HandleOf(descriptor), buffer, count, &result, &place) ? result : 0;
+    // A read at a position (ReadFile with OVERLAPPED) would be one call, but takes Wine five times as long.
+    if (_lseeki64(descriptor, position, SEEK_SET) < 0) return 0;
+    const int result = _read(descriptor, buffer, count);
+    return result < 0 ? 0 : static_cast<std::uint32_t>(result);
 }
 
 void CloseInput(int descriptor) {
