@@ -52,10 +52,11 @@ on_target() {
 # gtest_program NAME: runs a test program and adds its cases.
 gtest_program() {
     local name=$1 log=$logs/$target-$1.log xml=$logs/$target-$1.xml
-    local status=0 ran=0 bad=0 skipped=0
+    local status=0 ran=0 bad=0 skipped=0 whole=0
     rm -f "$xml"
     on_target "$folder/bin/$name$exe" "--gtest_output=xml:$xml" >"$log" 2>&1 </dev/null || status=$?
     if grep -q '</testsuites>' "$xml" 2>/dev/null; then
+        whole=1
         ran=$(xml_sum tests "$xml" '<testsuites ')
         bad=$(xml_sum failures "$xml" '<testsuites ')
         skipped=$(($(xml_sum skipped "$xml" '<testsuite ') + $(xml_sum disabled "$xml" '<testsuites ')))
@@ -70,7 +71,7 @@ gtest_program() {
     if ((bad)); then
         echo "FAILED $target: $name, $bad of $ran cases (log: $log)"
         grep -oE '^\[ +FAILED +\] [^ ,]+' "$log" | sort -u | head -n 40 | sed 's/^/    /'
-    elif ((status)); then
+    elif ((status || !whole)); then
         count 0 1
         [[ $status == 124 || $status == 137 ]] && echo "the limit of $program_limit s was reached" >>"$log"
         complain "$name ended with status $status after $ran cases" "$log"
