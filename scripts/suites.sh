@@ -71,7 +71,8 @@ gtest_program() {
     if ((bad)); then
         echo "FAILED $target: $name, $bad of $ran cases (log: $log)"
         grep -oE '^\[ +FAILED +\] [^ ,]+' "$log" | sort -u | head -n 40 | sed 's/^/    /'
-    elif ((status || !whole)); then
+    fi
+    if ((!whole || (status && !bad))); then
         count 0 1
         [[ $status == 124 || $status == 137 ]] && echo "the limit of $program_limit s was reached" >>"$log"
         complain "$name ended with status $status after $ran cases" "$log"
