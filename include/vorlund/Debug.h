@@ -7,7 +7,7 @@
 namespace vorlund {
 
 /// Where `CDebug::PrintMessage` sends a text. Any other value prints nothing.
-enum TDebugMessageType {
+enum TDebugMessageType : int {
     /// The debugger output: `OutputDebugStringW` (the text, then "\n") on Windows, the system log elsewhere.
     DEBUG_MESSAGE_OUTPUT = 0,
     /// A message box captioned "Vorlund message" with an OK button and the information icon; elsewhere a

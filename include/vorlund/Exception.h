@@ -30,7 +30,7 @@ namespace vorlund {
 class CString;
 
 /// The numeric type of an exception.
-enum TExceptionType {
+enum TExceptionType : int {
     EXCEPTION_TYPE_GENERIC = 0,
 #define VRL_ENUMERATOR(value, className, enumerator) enumerator = value,
     VRL_EXCEPTION_SUBCLASSES(VRL_ENUMERATOR)
