@@ -1,11 +1,11 @@
 #include "vorlund/data/file/File.h"
 
 #include "vorlund/api/PathReason.h"
+#include "vorlund/data/CreateOrRaise.h"
 #include "vorlund/data/file/FileSystem.h"
 #include "vorlund/data/file/PathText.h"
 
 #include <vorlund/Exception.h>
-#include <vorlund/RefPtr.h>
 
 namespace vorlund {
 namespace {
@@ -13,8 +13,13 @@ namespace {
 constexpr const wchar* kFile = VRL_L("src/vorlund/data/file/File_win32");
 constexpr const wchar* kInitialize = VRL_L("vorlund::CFile::Initialize");
 
+constexpr TFailure kNoFolder{VRL_L("vorlund::CFile::GetFolder"), kFile, 55, VRL_L("Cannot create folder")};
 constexpr TFailure kCannotFind{kInitialize, kFile, 84, VRL_L("Cannot find '%s'")};
 constexpr TFailure kIsDirectory{kInitialize, kFile, 90, VRL_L("'%s' is a directory")};
+constexpr TFailure kNoInputStream{VRL_L("vorlund::CFile::OpenInputStream"), kFile, 102,
+                                  VRL_L("Cannot create file input stream")};
+constexpr TFailure kNoOutputStream{VRL_L("vorlund::CFile::OpenOutputStream"), kFile, 112,
+                                   VRL_L("Cannot create file output stream")};
 
 } // namespace
 
@@ -32,8 +37,8 @@ CString CFile::GetExtension() {
 
 IFolder* CFile::GetFolder() {
     if (!initialized_) return nullptr;
-    auto folder = CreateAs<IFolder>(classid::CFolder);
-    if (folder) folder->Initialize(GetFolderPath());
+    auto folder = CreateOrRaise<IFolder>(classid::CFolder, kNoFolder);
+    folder->Initialize(GetFolderPath());
     return folder.Detach();
 }
 
@@ -55,15 +60,15 @@ IFile* CFile::Initialize(const wchar* path) {
 
 IFileInputStream* CFile::OpenInputStream() {
     if (!initialized_) return nullptr;
-    auto stream = CreateAs<IFileInputStream>(classid::CFileInputStream);
-    if (stream) stream->Open(path_);
+    auto stream = CreateOrRaise<IFileInputStream>(classid::CFileInputStream, kNoInputStream);
+    stream->Open(path_);
     return stream.Detach();
 }
 
 IFileOutputStream* CFile::OpenOutputStream() {
     if (!initialized_) return nullptr;
-    auto stream = CreateAs<IFileOutputStream>(classid::CFileOutputStream);
-    if (stream) stream->Open(path_, false);
+    auto stream = CreateOrRaise<IFileOutputStream>(classid::CFileOutputStream, kNoOutputStream);
+    stream->Open(path_, false);
     return stream.Detach();
 }
 

@@ -1,11 +1,11 @@
 #include "vorlund/data/file/Folder.h"
 
 #include "vorlund/api/PathReason.h"
+#include "vorlund/data/CreateOrRaise.h"
 #include "vorlund/data/file/FileSystem.h"
 #include "vorlund/data/file/PathText.h"
 
 #include <vorlund/Exception.h>
-#include <vorlund/RefPtr.h>
 
 namespace vorlund {
 namespace {
@@ -13,10 +13,25 @@ namespace {
 using filesystem::TEntryKind;
 
 constexpr const wchar* kFile = VRL_L("src/vorlund/data/file/Folder_win32");
+constexpr const wchar* kEnumerateFiles = VRL_L("vorlund::CFolder::EnumerateFiles");
+constexpr const wchar* kEnumerateFolders = VRL_L("vorlund::CFolder::EnumerateFolders");
 constexpr const wchar* kInitialize = VRL_L("vorlund::CFolder::Initialize");
+constexpr const wchar* kNoList = VRL_L("Cannot create object list");
 
+constexpr TFailure kNoFileList{kEnumerateFiles, kFile, 42, kNoList};
+constexpr TFailure kNoFile{kEnumerateFiles, kFile, 57, VRL_L("Cannot create file")};
+constexpr TFailure kNoFolderList{kEnumerateFolders, kFile, 79, kNoList};
+constexpr TFailure kNoFolder{kEnumerateFolders, kFile, 94, VRL_L("Cannot create folder")};
 constexpr TFailure kCannotFind{kInitialize, kFile, 128, VRL_L("Cannot find '%s'")};
 constexpr TFailure kIsNoDirectory{kInitialize, kFile, 134, VRL_L("'%s' is not a directory")};
+
+/// What an enumeration is about.
+struct TSelection {
+    TEntryKind kind;
+    const CId& classId;
+    const TFailure& noList;
+    const TFailure& noEntry;
+};
 
 /// True when nothing of kind `kind` stands at `path` any more. An entry about which the system does not tell
 /// has not gone: its initialisation may say why.
@@ -27,30 +42,29 @@ bool HasVanished(const wchar* path, TEntryKind kind) {
 
 /// A new object initialised with `path`; empty when the entry has vanished since the search saw it. The
 /// question comes first because an exception would reach the debugger output.
-template <class TEntry> CRefPtr<TEntry> MakeEntry(const CId& classId, const wchar* path, TEntryKind kind) {
-    if (HasVanished(path, kind)) return {};
-    auto entry = CreateAs<TEntry>(classId);
-    if (!entry) return {};
+template <class TEntry> CRefPtr<TEntry> MakeEntry(const TSelection& selection, const wchar* path) {
+    if (HasVanished(path, selection.kind)) return {};
+    auto entry = CreateOrRaise<TEntry>(selection.classId, selection.noEntry);
     try {
         entry->Initialize(path);
     } catch (const CFileAccessException&) {
-        if (!HasVanished(path, kind)) throw;
+        if (!HasVanished(path, selection.kind)) throw;
         return {};
     }
     return entry;
 }
 
-/// A new list of the entries of kind `kind`, in the order of the search. No name is special: "." and ".." are
+/// A new list of the selected entries in the order of the search. No name is special: "." and ".." are
 /// directories like any other.
-template <class TEntry> IObjectList* Enumerate(const wchar* folderPath, const CId& classId, TEntryKind kind) {
-    auto list = CreateAs<IObjectList>(classid::CObjectList);
-    if (!list || !*folderPath) return list.Detach();
+template <class TEntry> IObjectList* Enumerate(const TSelection& selection, const wchar* folderPath) {
+    auto list = CreateOrRaise<IObjectList>(classid::CObjectList, selection.noList);
+    if (!*folderPath) return list.Detach();
     filesystem::CFolderSearch search(folderPath);
     while (search.Next()) {
-        if (search.GetKind() != kind) continue;
+        if (search.GetKind() != selection.kind) continue;
         CString path(folderPath);
         path += search.GetName();
-        if (const auto entry = MakeEntry<TEntry>(classId, path, kind)) list->AddObject(entry.Get());
+        if (const auto entry = MakeEntry<TEntry>(selection, path)) list->AddObject(entry.Get());
     }
     return list.Detach();
 }
@@ -58,11 +72,11 @@ template <class TEntry> IObjectList* Enumerate(const wchar* folderPath, const CI
 } // namespace
 
 IObjectList* CFolder::EnumerateFiles() {
-    return Enumerate<IFile>(path_, classid::CFile, TEntryKind::File);
+    return Enumerate<IFile>({TEntryKind::File, classid::CFile, kNoFileList, kNoFile}, path_);
 }
 
 IObjectList* CFolder::EnumerateFolders() {
-    return Enumerate<IFolder>(path_, classid::CFolder, TEntryKind::Directory);
+    return Enumerate<IFolder>({TEntryKind::Directory, classid::CFolder, kNoFolderList, kNoFolder}, path_);
 }
 
 CString CFolder::GetName() {
