@@ -2,6 +2,8 @@
 /// RIFF/WAVE files byte by byte, right ones and wrong ones.
 #pragma once
 
+#include "support/Streams.h"
+
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -9,8 +11,6 @@
 #include <vector>
 
 namespace vorlund::test {
-
-using TBytes = std::vector<std::uint8_t>;
 
 inline void Append16(TBytes& bytes, std::uint32_t value) {
     bytes.push_back(static_cast<std::uint8_t>(value));
