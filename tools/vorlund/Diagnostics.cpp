@@ -1,5 +1,7 @@
 #include "Diagnostics.h"
 
+#include <utility>
+
 using namespace vorlund;
 
 namespace {

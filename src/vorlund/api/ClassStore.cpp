@@ -4,6 +4,7 @@
 // further objects through the store, and it is the innermost lock of the library that runs foreign code.
 #include "vorlund/api/ClassIndex.h"
 #include "vorlund/api/DebugOutput.h"
+#include "vorlund/util/CreateOrRaise.h"
 
 #include <vorlund/BinaryLock.h>
 #include <vorlund/ClassIds.h>
@@ -24,11 +25,14 @@ constexpr const wchar* kGetClassInfo = VRL_L("vorlund::CClassStore::GetClassInfo
 // Kept on purpose: the not-found reports of GetClassInfo name GetClass, and only CreateObject by identifier
 // has a reason.
 constexpr const wchar* kGetClass = VRL_L("vorlund::CClassStore::GetClass");
+constexpr const wchar* kEnumerateClasses = VRL_L("vorlund::CClassStore::EnumerateClasses");
 constexpr const wchar* kNotInitialized = VRL_L("Not initialized");
 
 constexpr TFailure kNotClosed{VRL_L("vorlund::CClassStore::~CClassStore"), kFile, 28, VRL_L("Not closed")};
 constexpr TFailure kRegisterNotInitialized{VRL_L("vorlund::CClassStore::RegisterClassVrl"), kFile, 148,
                                            kNotInitialized};
+constexpr TFailure kNoEnumerator{kEnumerateClasses, kFile, 160, VRL_L("Cannot create enumerator")};
+constexpr TFailure kNoItem{kEnumerateClasses, kFile, 171, VRL_L("Cannot create pointer object")};
 
 /// What an operation raises for one kind of key.
 struct TLookupFailures {
@@ -150,12 +154,12 @@ IObject* CClassStore::CreateObject(const wchar* name) const {
 
 IObjectEnumerator* CClassStore::EnumerateClasses() const {
     // Before the own state is looked at: on the library's closed store this is what raises.
-    auto enumerator = CreateAs<IPushObjectEnumerator>(classid::CPushObjectEnumerator);
+    auto enumerator = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoEnumerator);
     if (data_) {
         const CBinaryLockGuard guard(data_->lock);
         // By index, because the factory of the items may register classes.
         for (std::size_t i = 0; i < data_->classes.size(); ++i) {
-            const auto item = CreateAs<IPtrObject>(classid::CPtrObject);
+            const auto item = CreateOrRaise<IPtrObject>(classid::CPtrObject, kNoItem);
             item->SetPtr(&data_->classes[i]);
             enumerator->Push(item.Get());
         }
