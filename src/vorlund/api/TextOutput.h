@@ -1,0 +1,73 @@
+/// \file
+/// What the formatter's parts share: one directive of a format, and the buffer that is filled.
+#pragma once
+
+#include <vorlund/Platform.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vorlund {
+
+/// How wide an argument is; the letters between precision and conversion.
+enum class EFormatLength { kNone, kChar, kShort, kLong, kLongLong, kMaximum, kSize, kWide, kLongDouble };
+
+/// What stands between a percent sign and its conversion letter.
+struct TFormatDirective {
+    bool left = false;
+    bool plus = false;
+    bool space = false;
+    bool alternate = false;
+    bool zero = false;
+    /// Least number of units printed; not negative.
+    int width = 0;
+    /// Negative when there is none.
+    int precision = -1;
+    EFormatLength length = EFormatLength::kNone;
+    wchar conversion = 0;
+};
+
+/// Unit `index` of a wide text. A reason that names a path lies in a buffer that another thread's failure may
+/// overwrite meanwhile; such a text may be mixed up, but reading it stays defined.
+inline wchar ReadUnit(const wchar* text, std::int64_t index) {
+    return __atomic_load_n(text + index, __ATOMIC_RELAXED);
+}
+
+inline wchar ReadUnit(const char* text, std::int64_t index) {
+    return static_cast<wchar>(static_cast<signed char>(text[index]));
+}
+
+/// The buffer, with all bounds kept in one place.
+class CTextOutput {
+public:
+    CTextOutput(wchar* buffer, std::size_t capacity) : buffer_(buffer), room_(capacity - 1) {}
+
+    bool IsFull() const { return room_ == 0; }
+
+    void Put(wchar unit) {
+        if (IsFull()) return;
+        *buffer_++ = unit;
+        --room_;
+        ++written_;
+    }
+
+    template <class TUnit> void Put(const TUnit* text, std::int64_t count) {
+        for (std::int64_t i = 0; i < count && !IsFull(); ++i) Put(ReadUnit(text, i));
+    }
+
+    void Fill(char unit, std::int64_t count) {
+        for (; count > 0 && !IsFull(); --count) Put(static_cast<wchar>(unit));
+    }
+
+    int End() {
+        *buffer_ = 0;
+        return written_;
+    }
+
+private:
+    wchar* buffer_;
+    std::size_t room_;
+    int written_ = 0;
+};
+
+} // namespace vorlund
