@@ -5,8 +5,8 @@
 // so it cannot be left behind and `Close` finds it free as soon as other threads are through. Records never
 // move and never change, so a pointer to one stays good until `Close`.
 #include "vorlund/api/PathReason.h"
-#include "vorlund/data/CreateOrRaise.h"
 #include "vorlund/data/DecoderSearch.h"
+#include "vorlund/util/CreateOrRaise.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/ClassStore.h>

@@ -1,4 +1,4 @@
-#include "vorlund/data/CreateOrRaise.h"
+#include "vorlund/util/CreateOrRaise.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>

@@ -1,5 +1,7 @@
 #include "vorlund/util/ObjectList.h"
 
+#include "vorlund/util/CreateOrRaise.h"
+
 #include <vorlund/Exception.h>
 
 #include <algorithm>
@@ -14,6 +16,8 @@ constexpr const wchar* kIndexOutOfBounds = VRL_L("Index out of bounds");
 
 constexpr TFailure kRemoveNotFound{kRemoveObject, kFile, 67, kCannotFindObject};
 constexpr TFailure kRemoveBadIndex{kRemoveObject, kFile, 75, kIndexOutOfBounds};
+constexpr TFailure kNoEnumerator{VRL_L("vorlund::CObjectList::EnumerateObjects"), kFile, 96,
+                                 VRL_L("Cannot create enumerator")};
 constexpr TFailure kGetBadIndex{VRL_L("vorlund::CObjectList::GetObject"), kFile, 126, kIndexOutOfBounds};
 constexpr TFailure kFindNotFound{VRL_L("vorlund::CObjectList::FindObject"), kFile, 140, kCannotFindObject};
 
@@ -41,7 +45,7 @@ IObjectEnumerator* CObjectList::EnumerateObjects() {
 }
 
 IObjectEnumerator* CObjectList::EnumerateObjects(CId interfaceId) {
-    auto enumerator = CreateAs<IPushObjectEnumerator>(classid::CPushObjectEnumerator);
+    auto enumerator = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoEnumerator);
     enumerator->Reserve(GetObjectCount());
     for (IObject* const object : objects_) {
         // Every object is an IObject, so a list of all members need not ask.

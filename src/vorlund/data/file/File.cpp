@@ -1,9 +1,9 @@
 #include "vorlund/data/file/File.h"
 
 #include "vorlund/api/PathReason.h"
-#include "vorlund/data/CreateOrRaise.h"
 #include "vorlund/data/file/FileSystem.h"
 #include "vorlund/data/file/PathText.h"
+#include "vorlund/util/CreateOrRaise.h"
 
 #include <vorlund/Exception.h>
 
