@@ -22,7 +22,7 @@ system    include/vorlund/(BinaryLock|ReadWriteLock).h
 objects   include/vorlund/(ClassIds|ClassStore|Object|ObjectCounter|ObjectImpl|ObjectServices|RefPtr).h
 util      include/vorlund/ObjectList.h
 data      include/vorlund/(CodecClassStore|DataFormat|MediaSample|Stream|StreamFilter|StreamFilterImpl).h
-data      include/vorlund/(StreamImpl|StreamSelector|File|WavDecoder).h
+data      include/vorlund/(StreamImpl|StreamSelector|File|Path|WavDecoder).h
 api       include/vorlund/Vorlund.h
 api       src/vorlund/api/(BuiltinClasses|ClassIndex|ClassStore|LibraryEntry_win32|ObjectServices|Vorlund).(h|cpp)
 objects   src/vorlund/api/ObjectCounter.cpp
