@@ -13,8 +13,8 @@ target_link_libraries(gtest PUBLIC Threads::Threads)
 # What every test program shares. -O1 comes after the flags of the build type and wins: tests are compiled far
 # more often than they run.
 add_library(vorlund_test_settings INTERFACE)
-target_link_libraries(vorlund_test_settings INTERFACE vorlund_build vorlund_warnings)
-target_compile_options(vorlund_test_settings INTERFACE -O1 -Wno-conversion)
+target_link_libraries(vorlund_test_settings INTERFACE vorlund_build vorlund_basic_warnings)
+target_compile_options(vorlund_test_settings INTERFACE -O1)
 target_include_directories(vorlund_test_settings INTERFACE ${PROJECT_SOURCE_DIR}/tests)
 
 # vorlund_test_sources(<file>...): adds suites of the calling folder to vorlund_tests.
