@@ -45,6 +45,8 @@ int RunDecodeCommand(const TDecodeOptions& options) {
 int main(int argc, char** argv) {
     CLI::App app{"Decodes media files with the Vorlund library.", "vorlund"};
     app.require_subcommand(1);
+    // A word that begins with "/" is a path on every system.
+    app.allow_windows_style_options(false);
 
     TDecodeOptions decode;
     CLI::App* const decodeCommand = app.add_subcommand("decode", "Decode an audio file to PCM");
