@@ -1,0 +1,239 @@
+#include "support/ChildProcess.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+extern char** environ;
+
+namespace vorlund::test {
+namespace {
+
+using TClock = std::chrono::steady_clock;
+constexpr auto kLimit = std::chrono::minutes(2);
+
+void Check(bool isGood, const char* what) {
+    if (!isGood) throw std::runtime_error(std::string("child process: ") + what);
+}
+
+/// A file handle that is closed at the end.
+class CHandle {
+public:
+    explicit CHandle(int handle = -1) : handle_(handle) {}
+    CHandle(CHandle&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
+    CHandle& operator=(CHandle&& other) noexcept {
+        std::swap(handle_, other.handle_);
+        return *this;
+    }
+    ~CHandle() { Close(); }
+
+    int Get() const { return handle_; }
+    void Close() {
+        if (handle_ >= 0) close(handle_);
+        handle_ = -1;
+    }
+
+private:
+    int handle_;
+};
+
+/// The reading end is kept, the writing end goes to the child.
+struct TPipe {
+    CHandle reader;
+    CHandle writer;
+
+    TPipe() {
+        int ends[2];
+        Check(pipe2(ends, O_CLOEXEC) == 0, "no pipe");
+        reader = CHandle(ends[0]);
+        writer = CHandle(ends[1]);
+    }
+};
+
+/// File actions and attributes of a start, freed at the end.
+class CStart {
+public:
+    CStart() {
+        posix_spawn_file_actions_init(&actions_);
+        posix_spawnattr_init(&attributes_);
+        // A session of its own has no terminal, and gets the first one that is opened in it.
+        posix_spawnattr_setflags(&attributes_,
+                                 POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+        sigset_t signals;
+        sigemptyset(&signals);
+        posix_spawnattr_setsigmask(&attributes_, &signals);
+        sigaddset(&signals, SIGPIPE);
+        posix_spawnattr_setsigdefault(&attributes_, &signals);
+    }
+    CStart(const CStart&) = delete;
+    CStart& operator=(const CStart&) = delete;
+    ~CStart() {
+        posix_spawnattr_destroy(&attributes_);
+        posix_spawn_file_actions_destroy(&actions_);
+    }
+
+    void Open(int handle, const char* path, int flags) {
+        posix_spawn_file_actions_addopen(&actions_, handle, path, flags, 0);
+    }
+    void Close(int handle) { posix_spawn_file_actions_addclose(&actions_, handle); }
+    void Pass(const CHandle& from, int to) { posix_spawn_file_actions_adddup2(&actions_, from.Get(), to); }
+
+    pid_t Run(const std::filesystem::path& program, const std::vector<std::string>& arguments) {
+        std::vector<std::string> texts{program.string()};
+        texts.insert(texts.end(), arguments.begin(), arguments.end());
+        std::vector<char*> pointers;
+        for (std::string& text : texts) pointers.push_back(text.data());
+        pointers.push_back(nullptr);
+        pid_t process = 0;
+        Check(posix_spawn(&process, program.c_str(), &actions_, &attributes_, pointers.data(), environ) == 0,
+              "not started");
+        return process;
+    }
+
+private:
+    posix_spawn_file_actions_t actions_;
+    posix_spawnattr_t attributes_;
+};
+
+CHandle OpenPseudoTerminal() {
+    CHandle master(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+    Check(master.Get() >= 0 && grantpt(master.Get()) == 0 && unlockpt(master.Get()) == 0, "no terminal");
+    return master;
+}
+
+/// The handle by which a child holds the pipe that tells its end.
+constexpr int kLifeHandle = 3;
+constexpr int kTerminalHandle = 4;
+
+} // namespace
+
+struct CChildProcess::TState {
+    struct TSource {
+        CHandle handle;
+        std::string text;
+        bool isOpen;
+    };
+
+    pid_t process = 0;
+    bool isRunning = false;
+    bool hasTimedOut = false;
+    TClock::time_point deadline = TClock::now() + kLimit;
+    /// Standard output, standard error, the terminal, and a pipe that the child holds as long as it lives.
+    std::array<TSource, 4> sources;
+
+    TSource& Terminal() { return sources[2]; }
+    TSource& Life() { return sources[3]; }
+
+    /// Reads what has come, or waits for something to come. Returns false at the deadline.
+    bool Receive() {
+        std::array<pollfd, 4> requests{};
+        for (std::size_t i = 0; i < sources.size(); ++i)
+            requests[i] = {sources[i].isOpen ? sources[i].handle.Get() : -1, POLLIN, 0};
+        const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - TClock::now());
+        if (rest.count() <= 0) return false;
+        if (poll(requests.data(), requests.size(), static_cast<int>(rest.count())) < 0) return errno == EINTR;
+        for (std::size_t i = 0; i < sources.size(); ++i)
+            if (requests[i].revents) Read(sources[i]);
+        return true;
+    }
+
+    static void Read(TSource& source) {
+        char bytes[4096];
+        const ssize_t count = read(source.handle.Get(), bytes, sizeof(bytes));
+        if (count > 0) source.text.append(bytes, static_cast<std::size_t>(count));
+        // A terminal that nobody holds any more fails instead of ending.
+        else if (count == 0 || errno != EINTR)
+            source.isOpen = false;
+    }
+
+    bool IsAnyOpen() const { return sources[0].isOpen || sources[1].isOpen || sources[3].isOpen; }
+
+    void Kill() { kill(-process, SIGKILL); }
+};
+
+bool TChildEnd::IsAbnormal() const {
+    return signal != 0;
+}
+
+CChildProcess::CChildProcess(const std::string& program, const TChildOptions& options)
+    : state_(std::make_unique<TState>()) {
+    TPipe output;
+    TPipe errors;
+    TPipe life;
+    CStart start;
+    start.Open(0, "/dev/null", O_RDONLY);
+    start.Pass(output.writer, 1);
+    start.Pass(errors.writer, 2);
+    start.Pass(life.writer, kLifeHandle);
+    if (options.hasTerminal) {
+        state_->Terminal() = {OpenPseudoTerminal(), {}, true};
+        char name[128];
+        Check(ptsname_r(state_->Terminal().handle.Get(), name, sizeof(name)) == 0, "no terminal name");
+        start.Open(kTerminalHandle, name, O_RDWR);
+        start.Close(kTerminalHandle);
+    }
+    state_->process = start.Run(BesideProgram(program), options.arguments);
+    state_->isRunning = true;
+    state_->sources[0] = {std::move(output.reader), {}, true};
+    state_->sources[1] = {std::move(errors.reader), {}, true};
+    state_->sources[3] = {std::move(life.reader), {}, true};
+}
+
+CChildProcess::~CChildProcess() {
+    if (!state_->isRunning) return;
+    state_->Kill();
+    waitpid(state_->process, nullptr, 0);
+}
+
+unsigned int CChildProcess::GetProcessId() const {
+    return static_cast<unsigned int>(state_->process);
+}
+
+bool CChildProcess::WaitForTerminal(const std::string& text) {
+    while (state_->Terminal().text.find(text) == std::string::npos) {
+        if (!state_->Life().isOpen || !state_->Receive()) return false;
+    }
+    return true;
+}
+
+void CChildProcess::Type(const std::string& keys) {
+    Check(write(state_->Terminal().handle.Get(), keys.data(), keys.size()) ==
+              static_cast<ssize_t>(keys.size()),
+          "the terminal takes nothing");
+}
+
+std::string CChildProcess::GetTerminal() const {
+    return state_->Terminal().text;
+}
+
+TChildEnd CChildProcess::Wait() {
+    while (!state_->hasTimedOut && state_->IsAnyOpen()) state_->hasTimedOut = !state_->Receive();
+    if (state_->hasTimedOut) state_->Kill();
+    int status = 0;
+    while (waitpid(state_->process, &status, 0) < 0 && errno == EINTR) {
+    }
+    state_->isRunning = false;
+
+    TChildEnd end;
+    end.hasTimedOut = state_->hasTimedOut;
+    if (WIFEXITED(status)) end.exitCode = static_cast<unsigned int>(WEXITSTATUS(status));
+    if (WIFSIGNALED(status)) end.signal = WTERMSIG(status);
+    end.output = state_->sources[0].text;
+    end.errors = state_->sources[1].text;
+    return end;
+}
+
+std::filesystem::path BesideProgram(const std::string& name) {
+    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / name;
+}
+
+} // namespace vorlund::test
