@@ -83,8 +83,10 @@ struct TQtReadWrite {
 
 // What the locks guard. Its own lines, so that only the locks differ.
 struct alignas(128) TGuarded {
-    long first = 0;
-    long second = 0;
+    long value = 0;
+    // Always equal under the lock.
+    long left = 0;
+    long right = 0;
 };
 
 template <class TLock> TLock& Shared() {
@@ -102,7 +104,7 @@ template <class TLock> void Plain(benchmark::State& state) {
     TGuarded& guarded = Guarded<TLock>();
     for (auto _ : state) {
         lock.Lock();
-        benchmark::DoNotOptimize(++guarded.first);
+        benchmark::DoNotOptimize(++guarded.value);
         lock.Unlock();
     }
 }
@@ -113,7 +115,7 @@ template <class TLock> void Nested(benchmark::State& state) {
     lock.Lock();
     for (auto _ : state) {
         lock.Lock();
-        benchmark::DoNotOptimize(++guarded.first);
+        benchmark::DoNotOptimize(++guarded.value);
         lock.Unlock();
     }
     lock.Unlock();
@@ -124,7 +126,7 @@ template <class TLock> void Read(benchmark::State& state) {
     TGuarded& guarded = Guarded<TLock>();
     for (auto _ : state) {
         lock.LockRead();
-        benchmark::DoNotOptimize(guarded.first);
+        benchmark::DoNotOptimize(guarded.value);
         lock.Unlock();
     }
 }
@@ -134,7 +136,7 @@ template <class TLock> void Write(benchmark::State& state) {
     TGuarded& guarded = Guarded<TLock>();
     for (auto _ : state) {
         lock.LockWrite();
-        benchmark::DoNotOptimize(++guarded.first);
+        benchmark::DoNotOptimize(++guarded.value);
         lock.Unlock();
     }
 }
@@ -145,7 +147,7 @@ template <class TLock> void NestedRead(benchmark::State& state) {
     lock.LockRead();
     for (auto _ : state) {
         lock.LockRead();
-        benchmark::DoNotOptimize(guarded.first);
+        benchmark::DoNotOptimize(guarded.value);
         lock.Unlock();
     }
     lock.Unlock();
@@ -157,7 +159,7 @@ template <class TLock> void NestedWrite(benchmark::State& state) {
     lock.LockWrite();
     for (auto _ : state) {
         lock.LockWrite();
-        benchmark::DoNotOptimize(++guarded.first);
+        benchmark::DoNotOptimize(++guarded.value);
         lock.Unlock();
     }
     lock.Unlock();
@@ -171,12 +173,12 @@ template <class TLock> void Mixed(benchmark::State& state) {
     for (auto _ : state) {
         if (++turn % 10 == 0) {
             lock.LockWrite();
-            ++guarded.first;
-            ++guarded.second;
+            ++guarded.left;
+            ++guarded.right;
             lock.Unlock();
         } else {
             lock.LockRead();
-            if (guarded.first != guarded.second) state.SkipWithError("a reader saw half a write");
+            if (guarded.left != guarded.right) state.SkipWithError("a reader saw half a write");
             lock.Unlock();
         }
     }

@@ -21,57 +21,58 @@ constexpr TFailure kStillLocked{kMethod, kFile, 25, VRL_L("Still locked")};
 constexpr TFailure kNotLocked{kMethod, kFile, 44, VRL_L("Not locked")};
 constexpr TFailure kLockedElsewhere{kMethod, kFile, 46, VRL_L("Locked in another thread")};
 
-constexpr unsigned int kNobody = 0;
+// For a thread that does not hold the lock and has no number yet or did not get it at once. Apart from
+// `CBinaryLock::Lock`, so that the usual way needs no stack.
+[[gnu::noinline]] void LockPatiently(CPlainLock& lock, std::atomic<unsigned int>& owner) {
+    lock.Lock();
+    owner.store(CurrentThreadId(), std::memory_order_relaxed);
+}
 
 } // namespace
 
 struct CBinaryLock::TData {
     CPlainLock lock;
-    std::atomic<unsigned int> owner{kNobody};
-    std::atomic<int> count{0};
+    std::atomic<unsigned int> owner{kNoThread};
+    int nested = 0; ///< how often the owner holds the lock beyond the first time; under the lock
 
-    bool IsOwner(unsigned int thread) const { return owner.load(std::memory_order_relaxed) == thread; }
-    int GetCount() const { return count.load(std::memory_order_relaxed); }
-    void SetCount(int value) { count.store(value, std::memory_order_relaxed); }
+    bool IsHeld() const { return owner.load(std::memory_order_relaxed) != kNoThread; }
+    bool IsHeldBy(unsigned int thread) const { return owner.load(std::memory_order_relaxed) == thread; }
 };
 
 CBinaryLock::CBinaryLock() : data_(new (CClassObject::operator new(sizeof(TData))) TData) {}
 
 CBinaryLock::~CBinaryLock() noexcept(false) {
-    // Kept on purpose: the block of a lock that is still held stays, because its holder may yet come back to
-    // it.
-    if (data_->GetCount() > 0) Raise<CBugException>(kStillLocked);
+    // Kept on purpose: the block of a lock that is still held stays; its holder may yet come back to it.
+    if (data_->IsHeld()) Raise<CBugException>(kStillLocked);
     data_->~TData();
     CClassObject::operator delete(data_);
 }
 
 void CBinaryLock::Lock() {
     TData& data = *data_;
-    const unsigned int thread = CurrentThreadId();
-    if (data.IsOwner(thread)) {
-        data.SetCount(data.GetCount() + 1);
-        return;
+    const unsigned int thread = NotedThreadId();
+    if (data.IsHeldBy(thread)) {
+        ++data.nested;
+    } else if (thread != kUnknownThread && data.lock.TryLock()) {
+        data.owner.store(thread, std::memory_order_relaxed);
+    } else {
+        LockPatiently(data.lock, data.owner);
     }
-    data.lock.Lock();
-    data.owner.store(thread, std::memory_order_relaxed);
-    data.SetCount(1);
 }
 
 void CBinaryLock::Unlock() {
     TData& data = *data_;
-    if (!data.IsOwner(CurrentThreadId())) [[unlikely]] {
-        if (data.GetCount() == 0) Raise<CBugException>(kNotLocked);
-        Raise<CBugException>(kLockedElsewhere);
+    if (!data.IsHeldBy(NotedThreadId())) Raise<CBugException>(data.IsHeld() ? kLockedElsewhere : kNotLocked);
+    if (data.nested > 0) {
+        --data.nested;
+        return;
     }
-    const int count = data.GetCount() - 1;
-    data.SetCount(count);
-    if (count > 0) return;
-    data.owner.store(kNobody, std::memory_order_relaxed);
+    data.owner.store(kNoThread, std::memory_order_relaxed);
     data.lock.Unlock();
 }
 
 int CBinaryLock::GetHoldCount() const {
-    return data_->IsOwner(CurrentThreadId()) ? data_->GetCount() : 0;
+    return data_->IsHeldBy(NotedThreadId()) ? data_->nested + 1 : 0;
 }
 
 } // namespace vorlund

@@ -14,10 +14,17 @@ public:
     CPlainLock& operator=(const CPlainLock&) = delete;
 
     void Lock() noexcept {
-        std::uint32_t free = kFree;
-        if (!word_.compare_exchange_strong(free, kHeld, std::memory_order_acquire, std::memory_order_relaxed))
-            LockContended();
+        if (!TryLock()) LockContended();
     }
+
+    bool TryLock() noexcept {
+        std::uint32_t free = kFree;
+        return word_.compare_exchange_strong(free, kHeld, std::memory_order_acquire,
+                                             std::memory_order_relaxed);
+    }
+
+    /// What is left to do after a `TryLock` that failed.
+    void LockContended() noexcept;
 
     void Unlock() noexcept {
         const void* const address = &word_;
@@ -29,7 +36,8 @@ private:
     static constexpr std::uint32_t kHeld = 1;
     static constexpr std::uint32_t kHeldWithSleepers = 2; ///< there may be sleepers
 
-    void LockContended() noexcept;
+    /// Tries for a moment to set the word to `held`.
+    bool LookAround(std::uint32_t held) noexcept;
 
     std::atomic<std::uint32_t> word_{kFree};
 };

@@ -8,11 +8,31 @@
 
 namespace vorlund {
 
-/// The calling thread's number: never 0, the same for the whole life of the thread, and different from that
-/// of every other living thread. It may be the system's own or a serial number, but not a shortened pointer.
-/// Locks ask for it at every turn, so it must cost no more than reading a variable of the thread. Nothing is
-/// told when a thread ends, so an implementation keeps nothing that would have to be given back.
+/// The calling thread's number: neither `kUnknownThread` nor `kNoThread`, the same for the whole life of the
+/// thread, and different from that of every other living thread. It may be the system's own or a serial
+/// number, but not a shortened pointer. Locks ask for it at every turn, so it must cost no more than reading
+/// a variable of the thread. Nothing is told when a thread ends, so an implementation keeps nothing that
+/// would have to be given back.
 unsigned int CurrentThreadId() noexcept;
+
+inline constexpr unsigned int kUnknownThread = 0;
+inline constexpr unsigned int kNoThread = ~0u;
+
+#if defined(__ELF__)
+/// In this object format a variable of the thread costs one load, so a port notes the number here when it
+/// first gives it. Plain storage without a destructor; the model keeps it to that one load in a shared
+/// library too, and four bytes always fit in what the loader sets aside for libraries that come late.
+[[gnu::tls_model("initial-exec")]] extern constinit thread_local unsigned int notedThreadId;
+
+/// The calling thread's number, or `kUnknownThread` when it has not asked for it yet: then it holds nothing.
+inline unsigned int NotedThreadId() noexcept {
+    return notedThreadId;
+}
+#else
+inline unsigned int NotedThreadId() noexcept {
+    return CurrentThreadId();
+}
+#endif
 
 /// Sleeps while `word` holds `value`; returns at once when it holds something else. Whoever changes the word
 /// calls `UnparkOne` afterwards. May return early without a reason: callers check the word again and come

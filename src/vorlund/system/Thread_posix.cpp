@@ -11,20 +11,22 @@
 #endif
 
 namespace vorlund {
+
+#if defined(__ELF__)
+constinit thread_local unsigned int notedThreadId = kUnknownThread;
+#else
+static thread_local unsigned int notedThreadId = kUnknownThread;
+#endif
+
 namespace {
 
-// Plain storage without a destructor. The model saves the call that a library otherwise needs for every
-// access to a variable of the thread; four bytes always fit in what the loader keeps for libraries that come
-// late.
-[[gnu::tls_model("initial-exec")]] thread_local unsigned int currentThreadId = 0;
-
-unsigned int MakeThreadId() noexcept {
+unsigned int NewThreadId() noexcept {
 #if defined(__linux__)
     return static_cast<unsigned int>(syscall(SYS_gettid));
 #else
-    static std::atomic<unsigned int> last{0};
-    unsigned int id = 0;
-    while (!id) id = last.fetch_add(1, std::memory_order_relaxed) + 1;
+    static std::atomic<unsigned int> last{kUnknownThread};
+    unsigned int id = kUnknownThread;
+    while (id == kUnknownThread || id == kNoThread) id = last.fetch_add(1, std::memory_order_relaxed) + 1;
     return id;
 #endif
 }
@@ -51,9 +53,8 @@ constinit CParkingLot<TMutex, TCondition> parkingLot;
 unsigned int CurrentThreadId() noexcept {
     // A process made by fork keeps the number of the thread that forked, and so the locks that this thread
     // held.
-    if (!currentThreadId) [[unlikely]]
-        currentThreadId = MakeThreadId();
-    return currentThreadId;
+    if (notedThreadId == kUnknownThread) notedThreadId = NewThreadId();
+    return notedThreadId;
 }
 
 #if defined(__linux__)
