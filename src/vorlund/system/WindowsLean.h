@@ -1,6 +1,7 @@
-// The one way in for <windows.h>: without the parts that nobody here needs, with wide-character functions, and
-// without the macros that would silently rename our own operations. Code that means such a system function calls
-// it by its full name (`CreateFileW`). Only files of the Windows side of a platform pair include this.
+// The one way in for <windows.h>: without the parts that nobody here needs, with wide-character functions,
+// and without the macros that would silently rename our own operations. Code that means such a system
+// function calls it by its full name (`CreateFileW`). Only files of the Windows side of a platform pair
+// include this.
 #pragma once
 
 #ifndef WIN32_LEAN_AND_MEAN
