@@ -1,0 +1,218 @@
+// The classes and decoders that every initialised library has.
+#include <vorlund/CodecClassStore.h>
+#include <vorlund/DataFormat.h>
+#include <vorlund/Exception.h>
+#include <vorlund/File.h>
+#include <vorlund/MediaSample.h>
+#include <vorlund/ObjectList.h>
+#include <vorlund/StreamFilter.h>
+#include <vorlund/Vorlund.h>
+#include <vorlund/WavDecoder.h>
+
+#include "support/LibraryScope.h"
+#include "support/Probes.h"
+#include "support/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace vorlund::test {
+namespace {
+
+struct TClassRow {
+    const char* name;
+    CId id;
+    /// Every interface that the class answers for.
+    std::vector<CId> interfaces;
+};
+
+template <class... TInterfaces> std::vector<CId> Ids() {
+    return {TInterfaces::InterfaceId...};
+}
+
+/// In the order of registration.
+const std::vector<TClassRow> kRows = {
+    {"CFile", {0x918E84D7, 0x03CA40C4, 0xA1A93E28, 0xB0827B88}, Ids<IFile, IObject>()},
+    {"CFileInputStream",
+     {0x998C022A, 0xA4F74171, 0xB92B4A73, 0x71BD8306},
+     Ids<IFileInputStream, IInputStream, IStream, IObject>()},
+    {"CFileOutputStream",
+     {0x039A99B9, 0x85864E63, 0xA613F839, 0xF0D8B4AD},
+     Ids<IFileOutputStream, IOutputStream, IStream, IObject>()},
+    {"CFolder", {0x60E82CA0, 0x89794B06, 0x90E37D7E, 0x529AB2EB}, Ids<IFolder, IObject>()},
+    {"CInputStream", {0x0B43B630, 0xECE04EAE, 0x86EACA3C, 0xC4FEB484}, Ids<IInputStream, IStream, IObject>()},
+    {"CInputStreamFilter",
+     {0x8F2C8042, 0x1CB24F9B, 0x9E975CA4, 0xC36D6AFA},
+     Ids<IInputStreamFilter, IInputStream, IStream, IObject>()},
+    {"CMediaSample", {0xDFAB86E9, 0x794A4EAE, 0x9FE1B079, 0x0B782B82}, Ids<IMediaSample, IObject>()},
+    {"CObject", {0x90832171, 0xF23F4997, 0xBC71E87A, 0x6E3A3063}, Ids<IObject>()},
+    {"CObjectEnumerator",
+     {0x4FA2C23A, 0xCE0A41A5, 0x9AE0AA31, 0x2855BE59},
+     Ids<IObjectEnumerator, IObject>()},
+    {"CObjectList", {0x60250972, 0x26DD46ED, 0x84B198C5, 0x0E29EEE3}, Ids<IObjectList, IObject>()},
+    {"CObjectListener", {0x8E81F646, 0xB7F84058, 0x921DC7DD, 0xB602DD7D}, Ids<IObjectListener, IObject>()},
+    {"COutputStream",
+     {0x0FE0B4F4, 0x071C48C9, 0xA85231DC, 0x6B8A101A},
+     Ids<IOutputStream, IStream, IObject>()},
+    {"COutputStreamFilter",
+     {0x9AAE6F8D, 0xB1E64389, 0xB02314BC, 0x015038DC},
+     Ids<IOutputStreamFilter, IOutputStream, IStream, IObject>()},
+    {"CPtrObject", {0x40EC1DA0, 0x5CD84282, 0x991AA699, 0x0DC62B23}, Ids<IPtrObject, IObject>()},
+    {"CPushObjectEnumerator",
+     {0x766D7166, 0xF2084704, 0x9CCF634A, 0xDDBF1B96},
+     Ids<IPushObjectEnumerator, IObjectEnumerator, IObject>()},
+    {"CStringObject", {0xAEA98BB2, 0x6A014A57, 0xB1543E5D, 0x9FFAC41A}, Ids<IStringObject, IObject>()},
+    {"CSwBufferMediaSample",
+     {0xA5D82DFB, 0x331F4063, 0x83FDCE8D, 0xFF73544F},
+     Ids<ISwBufferMediaSample, IMediaSample, IObject>()},
+    {"CWavChunkDecoder",
+     {0x9196075E, 0x9CA345E2, 0x824A41F7, 0x414D7EE9},
+     Ids<IWavChunkDecoder, IInputStreamFilter, IInputStream, IStream, IObject>()},
+    {"CWavDecoder",
+     {0x521C3225, 0x5C8F4D10, 0xBE3A0AB0, 0x62E4711B},
+     Ids<IWavDecoder, IInputStreamFilter, IInputStream, IStream, IObject>()},
+};
+
+/// Every interface of the library, to ask for those that a class must not have.
+const std::vector<CId> kInterfaces =
+    Ids<IObject, IObjectListener, IObjectList, IObjectEnumerator, IPushObjectEnumerator, IPtrObject,
+        IStringObject, IStream, IInputStream, IOutputStream, IMediaSample, ISwBufferMediaSample,
+        IInputStreamFilter, IOutputStreamFilter, IFileInputStream, IFileOutputStream, IFile, IFolder,
+        IWavChunkDecoder, IWavDecoder>();
+
+wstring RegisteredName(const TClassRow& row) {
+    wstring name = VRL_L("vorlund::");
+    for (const char* at = row.name; *at; ++at) name += static_cast<wchar>(*at);
+    return name;
+}
+
+class BuiltinClasses : public testing::TestWithParam<TClassRow> {
+protected:
+    static void ExpectNew(IObject* object) {
+        ASSERT_NE(object, nullptr);
+        EXPECT_EQ(object->GetClassId(), GetParam().id);
+        EXPECT_EQ(ReferencesOf(object), 1);
+        EXPECT_EQ(object->Release(), 0);
+    }
+
+    CLibraryScope library_;
+    CClassStore& store_ = v.GetClassStore();
+};
+
+TEST_P(BuiltinClasses, IsRegistered) {
+    const TClassInfo* const info = store_.GetClassInfo(GetParam().id);
+    EXPECT_EQ(Narrow(info->id.ToString()), Narrow(GetParam().id.ToString()));
+    EXPECT_EQ(Narrow(info->name), std::string("vorlund::") + GetParam().name);
+    EXPECT_EQ(store_.GetClassInfo(RegisteredName(GetParam()).c_str()), info);
+}
+
+TEST_P(BuiltinClasses, IsCreatedByIdentifier) {
+    ExpectNew(store_.CreateObject(GetParam().id));
+}
+
+TEST_P(BuiltinClasses, IsCreatedByName) {
+    ExpectNew(store_.CreateObject(RegisteredName(GetParam()).c_str()));
+}
+
+TEST_P(BuiltinClasses, IsCreatedByItsFactory) {
+    ExpectNew(store_.GetClassInfo(GetParam().id)->factory());
+}
+
+TEST_P(BuiltinClasses, TakesOneNumber) {
+    for (int number = 1; number <= 3; ++number) {
+        const auto object = CRefPtr<IObject>::Adopt(store_.CreateObject(GetParam().id));
+        EXPECT_EQ(object->GetObjectNumber(), number);
+    }
+}
+
+TEST_P(BuiltinClasses, AnswersForItsInterfacesOnly) {
+    const auto object = CRefPtr<IObject>::Adopt(store_.CreateObject(GetParam().id));
+    const auto& own = GetParam().interfaces;
+    for (const CId& id : own) {
+        IObject* const answer = object->QueryInterface(id);
+        EXPECT_EQ(answer, object.Get()) << Narrow(id.ToString());
+        EXPECT_EQ(ReferencesOf(object.Get()), 2) << Narrow(id.ToString());
+        if (answer) answer->Release();
+    }
+    std::vector<CId> others = kInterfaces;
+    others.insert(others.end(), {CId::Null(), GetParam().id, CId(1, 2, 3, 4)});
+    for (const CId& id : others) {
+        if (std::find(own.begin(), own.end(), id) != own.end()) continue;
+        EXPECT_EQ(object->QueryInterface(id), nullptr) << Narrow(id.ToString());
+        EXPECT_EQ(ReferencesOf(object.Get()), 1) << Narrow(id.ToString());
+    }
+}
+
+TEST_P(BuiltinClasses, TellsItsListenersWhileItIsWhole) {
+    IObject* const object = store_.CreateObject(GetParam().id);
+    CTestListener listener([&](IObject* dying) {
+        EXPECT_EQ(dying, object);
+        EXPECT_EQ(dying->GetClassId(), GetParam().id);
+        for (const CId& id : GetParam().interfaces) {
+            EXPECT_EQ(dying->QueryInterface(id), dying);
+            dying->Release();
+        }
+    });
+    object->AddListener(&listener);
+    EXPECT_EQ(object->Release(), 0);
+    EXPECT_EQ(listener.GetCalls(), 1);
+}
+
+TEST_P(BuiltinClasses, DestructionAfterCloseRaises) {
+    IObject* const object = store_.CreateObject(GetParam().id);
+    v.Close();
+    EXPECT_THROW(object->Release(), CBugException);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, BuiltinClasses, testing::ValuesIn(kRows),
+                         [](const auto& row) { return row.param.name; });
+
+TEST(BuiltinClassTable, IsRegisteredInOrderAndNothingElse) {
+    const CLibraryScope library;
+    const auto classes = CRefPtr<IObjectEnumerator>::Adopt(v.GetClassStore().EnumerateClasses());
+    for (const TClassRow& row : kRows) {
+        ASSERT_TRUE(classes->HasNext()) << row.name;
+        const auto item = CRefPtr<IObject>::Adopt(classes->GetNext()).Query<IPtrObject>();
+        const auto* const info = static_cast<const TClassInfo*>(item->GetPtr());
+        EXPECT_EQ(Narrow(info->name), std::string("vorlund::") + row.name);
+        EXPECT_EQ(info->id, row.id);
+    }
+    EXPECT_FALSE(classes->HasNext());
+}
+
+// Codecs.
+
+std::vector<const void*> Pointers(IObjectEnumerator* enumerator) {
+    std::vector<const void*> pointers;
+    const auto owner = CRefPtr<IObjectEnumerator>::Adopt(enumerator);
+    while (owner->HasNext())
+        pointers.push_back(CRefPtr<IObject>::Adopt(owner->GetNext()).Query<IPtrObject>()->GetPtr());
+    return pointers;
+}
+
+TEST(BuiltinCodecs, OneDecoderAndNoEncoder) {
+    const CLibraryScope library;
+    CCodecClassStore& store = v.GetCodecClassStore();
+    const auto decoders = Pointers(store.EnumerateDecoders());
+    ASSERT_EQ(decoders.size(), 1u);
+    const auto& decoder = *static_cast<const TDecoderClassInfo*>(decoders[0]);
+    EXPECT_EQ(decoder.classId, CId(0x521C3225, 0x5C8F4D10, 0xBE3A0AB0, 0x62E4711B));
+    EXPECT_EQ(decoder.inputFormatId, CId::Null());
+    EXPECT_EQ(decoder.outputFormatId, CId(0x47A8ECCB, 0x40364B9F, 0xA014B125, 0x721626DF));
+    EXPECT_EQ(store.GetDecoderClassInfo(CId::Null(), TDataFormat_AudioPcm::FormatId), &decoder);
+    EXPECT_TRUE(Pointers(store.EnumerateEncoders()).empty());
+}
+
+TEST(BuiltinCodecs, DecoderIsTheWavDecoder) {
+    const CLibraryScope library;
+    const auto decoder = CRefPtr<IObject>::Adopt(
+        v.GetCodecClassStore().CreateDecoder(CId::Null(), TDataFormat_AudioPcm::FormatId));
+    ASSERT_TRUE(decoder);
+    EXPECT_TRUE(decoder.Query<IWavDecoder>());
+}
+
+} // namespace
+} // namespace vorlund::test
