@@ -83,7 +83,7 @@ class WavDecoderQuery : public WavDecoder, public testing::WithParamInterface<TQ
 TEST_P(WavDecoderQuery, AnswersWithAReference) {
     IObject* const answer = decoder->QueryInterface(GetParam().id);
     EXPECT_EQ(answer, GetParam().isAnswered ? static_cast<IObject*>(decoder.Get()) : nullptr);
-    EXPECT_EQ(ReferenceCount(decoder.Get()), GetParam().isAnswered ? 2 : 1);
+    EXPECT_EQ(ReferencesOf(decoder.Get()), GetParam().isAnswered ? 2 : 1);
     if (answer) answer->Release();
 }
 
