@@ -65,12 +65,20 @@ std::string FormatDuration(const TDataFormat_AudioPcm& format, std::uint64_t byt
 void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     if (options.output == "-") diagnostics.KeepStandardOutputFree();
     const wstring path = PathFromUtf8(options.input.c_str());
-    const CInputStreamSelector source(path.c_str());
-    const auto decoded = OpenDecoded(source, path, diagnostics);
-    const auto format = static_cast<const TDataFormat_AudioPcm&>(decoded->GetFormat());
-
-    const auto output = COutputFile::Create(options.output, options.raw, format);
-    const std::uint64_t bytes = Copy(*decoded, *output);
+    std::unique_ptr<COutputFile> output;
+    TDataFormat_AudioPcm format;
+    std::uint64_t bytes = 0;
+    wstring chain;
+    {
+        const CInputStreamSelector source(path.c_str());
+        const auto decoded = OpenDecoded(source, path, diagnostics);
+        format = static_cast<const TDataFormat_AudioPcm&>(decoded->GetFormat());
+        output = COutputFile::Create(options.output, options.raw, format);
+        bytes = Copy(*decoded, *output);
+        chain = DescribeChain(decoded.Get());
+    }
+    const wstring chunks = DescribeChunks(path.c_str());
+    // The input is closed by now, so the output may take its place.
     output->Finish();
 
     diagnostics.PrintField("File", path);
@@ -80,10 +88,8 @@ void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     diagnostics.PrintField("Bits", std::to_string(format.GetSampleSize() * 8));
     diagnostics.PrintField("Duration", FormatDuration(format, bytes));
     diagnostics.PrintField("Bytes", std::to_string(bytes));
-    if (const wstring chunks = DescribeChunks(path.c_str()); !chunks.empty()) {
-        diagnostics.PrintField("Chunks", chunks);
-    }
-    diagnostics.PrintField("Chain", DescribeChain(decoded.Get()));
+    if (!chunks.empty()) diagnostics.PrintField("Chunks", chunks);
+    diagnostics.PrintField("Chain", chain);
     if (!options.output.empty() && options.output != "-") {
         diagnostics.PrintField("Output", PathFromUtf8(options.output.c_str()));
     }
