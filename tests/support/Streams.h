@@ -27,12 +27,6 @@ template <class TClass> CRefPtr<TClass> Make() {
     return CRefPtr<TClass>::Adopt(static_cast<TClass*>(NewObject<TClass>()));
 }
 
-/// The reference count of `object`, which must not be null.
-inline int ReferenceCount(IObject* object) {
-    object->AddRef();
-    return object->Release();
-}
-
 /// A member of every class of the tests that counts its living objects.
 class CLiveObject {
 public:

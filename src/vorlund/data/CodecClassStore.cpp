@@ -181,14 +181,14 @@ const TEncoderClassInfo* CCodecClassStore::GetEncoderClassInfo(const CId& input,
 
 IObject* CCodecClassStore::CreateDecoder(const CId& input, const CId& output) const {
     TData& data = GetData(kCreateDecoderFailures.notInitialized);
-    return services::CreateObject(
-        data.Find(data.decoders, input, output, kCreateDecoderFailures.notFound).classId);
+    const CId classId = data.Find(data.decoders, input, output, kCreateDecoderFailures.notFound).classId;
+    return services::CreateObject(classId);
 }
 
 IObject* CCodecClassStore::CreateEncoder(const CId& input, const CId& output) const {
     TData& data = GetData(kCreateEncoderFailures.notInitialized);
-    return services::CreateObject(
-        data.Find(data.encoders, input, output, kCreateEncoderFailures.notFound).classId);
+    const CId classId = data.Find(data.encoders, input, output, kCreateEncoderFailures.notFound).classId;
+    return services::CreateObject(classId);
 }
 
 IObjectEnumerator* CCodecClassStore::EnumerateDecoders() const {
