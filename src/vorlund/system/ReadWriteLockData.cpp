@@ -10,16 +10,18 @@
 // read lock. An upgraded lock therefore keeps out readers only. That is how this lock has always been; see
 // the header.
 //
-// Those who wait stand in one queue, in the order of their coming. Whoever changes the counters lets in,
-// before it gives back the guard, everyone in the queue whose condition has become true, and does the
-// counting for them. So nobody overtakes a thread that could have gone, and two upgraders always both get
-// through: the second one's request lets the first one in, whatever the second does next.
+// Those who must wait stand in one queue and sleep. Whoever changes the counters looks through the queue
+// before it gives back the guard. An upgrader whose condition has come true goes on from there for certain:
+// so two upgraders both get through, whatever the second one does next. Readers and writers are only woken,
+// and look again when they run. What was free may then be taken, and they sleep on; but a lock that is handed
+// to sleepers would stand still until they run, each time, and once a few threads wait that never ends. Of
+// the writers one is woken at a time.
 //
-// Nearly always nobody waits, and the state is then one of few: n readers, or one writer, or one upgraded
-// writer. Those states are numbers in one atomic word, which operations change by compare-and-swap without
-// the guard. The word kManaged means that the counters hold instead. It is set by whoever finds that the word
-// does not do and takes the guard, and replaced by a number again when the guard is given back with an empty
-// queue and a state that has a number. While it is set nothing changes without the guard.
+// Nearly always nobody waits, and the state is then one of few: n readers, or one writer, or one writer
+// without the mutex. Those states are numbers in one atomic word, which operations change by compare-and-swap
+// without the guard. The bit kManaged means that the counters hold instead. It is set by whoever finds that
+// the word does not do and takes the guard, and replaced by a number again when the guard is given back with
+// an empty queue and a state that has a number. While it is set nothing changes without the guard.
 //
 // Before a thread joins the queue it looks around for a moment; its request counts from when it joins.
 //
@@ -36,16 +38,18 @@ constexpr const wchar* kNotLockedInUnlock = VRL_L("[vorlund::TReadWriteLockData:
 // Kept on purpose: GetParam prints GetLockMode's text too.
 constexpr const wchar* kNotLocked = VRL_L("[vorlund::TReadWriteLockData::GetLockMode] Not locked!");
 
-constexpr int kLookAroundTurns = 100;
+// The looks around become rarer, because each one takes the word away from the thread that works with it; all
+// together last one or two microseconds.
+constexpr int kLongestPause = 32;
+
+void Pause(int turns) {
+    for (int turn = 0; turn < turns; ++turn) RelaxProcessor();
+}
 
 } // namespace
 
-void TReadWriteLockData::TWaiter::Wait() {
-    for (int turn = 0; turn < kLookAroundTurns; ++turn) {
-        if (granted.load(std::memory_order_acquire)) return;
-        RelaxProcessor();
-    }
-    while (!granted.load(std::memory_order_acquire)) ParkWhile(granted, 0);
+void TReadWriteLockData::TWaiter::Sleep() {
+    while (!released.load(std::memory_order_acquire)) ParkWhile(released, 0);
 }
 
 void TReadWriteLockData::Lock(TLockMode mode, unsigned int param) {
@@ -111,46 +115,75 @@ unsigned int TReadWriteLockData::GetParam() {
 }
 
 void TReadWriteLockData::AcquireRead() {
-    for (int turn = 0; turn < kLookAroundTurns; ++turn) {
-        std::uint32_t seen = word_.load(std::memory_order_relaxed);
-        while (seen < kMaxReaders) {
-            if (word_.compare_exchange_weak(seen, seen + 1, std::memory_order_acquire,
-                                            std::memory_order_relaxed))
-                return;
+    for (;;) {
+        for (int pause = 1; pause <= kLongestPause; pause *= 2) {
+            std::uint32_t seen = word_.load(std::memory_order_relaxed);
+            while (seen < kMaxReaders) {
+                if (word_.compare_exchange_weak(seen, seen + 1, std::memory_order_acquire,
+                                                std::memory_order_relaxed))
+                    return;
+            }
+            Pause(pause);
         }
-        RelaxProcessor();
+        EnterManaged();
+        if (writers_ == 0) {
+            ++readingThreads_;
+            LeaveManaged();
+            return;
+        }
+        TWaiter waiter(TWaiter::kReader);
+        Append(waiter);
+        LeaveManaged();
+        waiter.Sleep();
     }
-    EnterManaged();
-    if (writers_ > 0) return LeaveManagedAndWait(TWaiter::kReader);
-    ++readingThreads_;
-    LeaveManaged();
 }
 
 void TReadWriteLockData::AcquireWrite() {
-    for (int turn = 0; turn < kLookAroundTurns; ++turn) {
-        std::uint32_t seen = word_.load(std::memory_order_relaxed);
-        if (seen == kFree &&
-            word_.compare_exchange_weak(seen, kWriter, std::memory_order_acquire, std::memory_order_relaxed))
-            return;
-        RelaxProcessor();
-    }
+    std::uint32_t seen = kFree;
+    if (word_.compare_exchange_strong(seen, kWriter, std::memory_order_acquire, std::memory_order_relaxed))
+        return;
+    LookAroundForWrite();
     EnterManaged();
     ++writers_;
-    if (readingThreads_ > 0 || writerHeld_) return LeaveManagedAndWait(TWaiter::kWriter);
+    if (!IsWritable()) {
+        do {
+            TWaiter waiter(TWaiter::kWriter);
+            Append(waiter);
+            LeaveManaged();
+            waiter.Sleep();
+            LookAroundForWrite();
+            EnterManaged();
+            writerWoken_ = false;
+        } while (!IsWritable());
+    }
     writerHeld_ = true;
     LeaveManaged();
 }
 
+void TReadWriteLockData::LookAroundForWrite() const {
+    for (int pause = 1; pause <= kLongestPause; pause *= 2) {
+        const std::uint32_t seen = word_.load(std::memory_order_relaxed);
+        if (seen == kFree || seen == kMutexlessWriter || seen == (kManaged | kManagedWritable)) return;
+        Pause(pause);
+    }
+}
+
 void TReadWriteLockData::Upgrade() {
-    std::uint32_t oneReader = 1;
-    if (word_.compare_exchange_strong(oneReader, kUpgradedWriter, std::memory_order_acquire,
+    std::uint32_t seen = 1;
+    if (word_.compare_exchange_strong(seen, kMutexlessWriter, std::memory_order_acquire,
                                       std::memory_order_relaxed))
         return;
     EnterManaged();
     --readingThreads_;
     ++writers_;
-    if (readingThreads_ > 0) return LeaveManagedAndWait(TWaiter::kUpgrader);
+    if (readingThreads_ == 0) {
+        LeaveManaged();
+        return;
+    }
+    TWaiter waiter(TWaiter::kUpgrader);
+    Append(waiter);
     LeaveManaged();
+    waiter.Sleep();
 }
 
 void TReadWriteLockData::ReleaseRead() {
@@ -175,7 +208,7 @@ void TReadWriteLockData::ReleaseWrite() {
 }
 
 void TReadWriteLockData::ReleaseUpgrade() {
-    std::uint32_t seen = kUpgradedWriter;
+    std::uint32_t seen = kMutexlessWriter;
     if (word_.compare_exchange_strong(seen, 1, std::memory_order_release, std::memory_order_relaxed)) return;
     EnterManaged();
     --writers_;
@@ -183,74 +216,76 @@ void TReadWriteLockData::ReleaseUpgrade() {
     LeaveManaged();
 }
 
+/// Takes the guard and puts the counters in force.
 void TReadWriteLockData::EnterManaged() {
     guard_.Lock();
-    if (word_.load(std::memory_order_relaxed) == kManaged) return;
+    if (word_.load(std::memory_order_relaxed) & kManaged) {
+        word_.store(kManaged, std::memory_order_relaxed);
+        return;
+    }
     const std::uint32_t state = word_.exchange(kManaged, std::memory_order_acquire);
     readingThreads_ = state <= kMaxReaders ? static_cast<int>(state) : 0;
-    writers_ = state == kWriter || state == kUpgradedWriter ? 1 : 0;
+    writers_ = state == kWriter || state == kMutexlessWriter ? 1 : 0;
     writerHeld_ = state == kWriter;
 }
 
+/// Gives back the guard, with the state in the word if it has a number, and wakes those whose turn has come.
 void TReadWriteLockData::LeaveManaged() {
-    TWaiter* granted = TakeGranted();
+    TWaiter* released = TakeReleased();
+    std::uint32_t state = kManaged | (IsWritable() ? kManagedWritable : 0);
     if (!firstWaiter_) {
         if (writers_ == 0)
-            word_.store(static_cast<std::uint32_t>(readingThreads_), std::memory_order_release);
+            state = static_cast<std::uint32_t>(readingThreads_);
         else if (writers_ == 1 && readingThreads_ == 0)
-            word_.store(writerHeld_ ? kWriter : kUpgradedWriter, std::memory_order_release);
+            state = writerHeld_ ? kWriter : kMutexlessWriter;
     }
+    word_.store(state, std::memory_order_release);
     guard_.Unlock();
-    while (granted) {
-        TWaiter& waiter = *granted;
-        granted = waiter.next;
+    while (released) {
+        TWaiter& waiter = *released;
+        released = waiter.next;
         // From the store on the waiter may be gone.
-        const void* const address = &waiter.granted;
-        waiter.granted.store(1, std::memory_order_release);
+        const void* const address = &waiter.released;
+        waiter.released.store(1, std::memory_order_release);
         UnparkOne(address);
     }
 }
 
-void TReadWriteLockData::LeaveManagedAndWait(TWaiter::TKind kind) {
-    TWaiter waiter(kind);
+void TReadWriteLockData::Append(TWaiter& waiter) {
     *waitersEnd_ = &waiter;
     waitersEnd_ = &waiter.next;
-    LeaveManaged();
-    waiter.Wait();
 }
 
-/// Lets in those who can go, and gives them back as a list. One pass does: letting one in never makes room
-/// for another.
-TReadWriteLockData::TWaiter* TReadWriteLockData::TakeGranted() {
-    TWaiter* granted = nullptr;
-    TWaiter** grantedEnd = &granted;
+bool TReadWriteLockData::CanGo(TWaiter::TKind kind) const {
+    switch (kind) {
+    case TWaiter::kReader:
+        return writers_ == 0;
+    case TWaiter::kWriter:
+        return IsWritable() && !writerWoken_;
+    case TWaiter::kUpgrader:
+        return readingThreads_ == 0;
+    }
+    return false;
+}
+
+/// Takes those out of the queue whose turn has come.
+TReadWriteLockData::TWaiter* TReadWriteLockData::TakeReleased() {
+    TWaiter* released = nullptr;
+    TWaiter** releasedEnd = &released;
     TWaiter** link = &firstWaiter_;
     while (TWaiter* const waiter = *link) {
-        bool canGo = false;
-        switch (waiter->kind) {
-        case TWaiter::kReader:
-            canGo = writers_ == 0;
-            if (canGo) ++readingThreads_;
-            break;
-        case TWaiter::kWriter:
-            canGo = readingThreads_ == 0 && !writerHeld_;
-            if (canGo) writerHeld_ = true;
-            break;
-        case TWaiter::kUpgrader:
-            canGo = readingThreads_ == 0;
-            break;
-        }
-        if (!canGo) {
+        if (!CanGo(waiter->kind)) {
             link = &waiter->next;
             continue;
         }
+        if (waiter->kind == TWaiter::kWriter) writerWoken_ = true;
         *link = waiter->next;
         waiter->next = nullptr;
-        *grantedEnd = waiter;
-        grantedEnd = &waiter->next;
+        *releasedEnd = waiter;
+        releasedEnd = &waiter->next;
     }
     waitersEnd_ = link;
-    return granted;
+    return released;
 }
 
 int TReadWriteLockData::CountWaiting() {

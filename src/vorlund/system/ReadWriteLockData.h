@@ -27,22 +27,25 @@ private:
         enum TKind { kReader, kWriter, kUpgrader };
 
         explicit TWaiter(TKind waiterKind) : kind(waiterKind) {}
-        void Wait();
+        void Sleep();
 
         const TKind kind;
         TWaiter* next = nullptr;
-        std::atomic<std::uint32_t> granted{0};
+        std::atomic<std::uint32_t> released{0};
     };
 
-    // The word: the whole state while nobody waits.
+    // The word: the whole state while nobody waits in the queue.
     static constexpr std::uint32_t kFree = 0; ///< up to kMaxReaders: the number of readers
-    static constexpr std::uint32_t kMaxReaders = (1u << 29) - 1;
-    static constexpr std::uint32_t kWriter = 1u << 29;         ///< one writer
-    static constexpr std::uint32_t kUpgradedWriter = 1u << 30; ///< one writer that was the only reader
-    static constexpr std::uint32_t kManaged = 1u << 31;        ///< the counters below hold
+    static constexpr std::uint32_t kMaxReaders = (1u << 28) - 1;
+    static constexpr std::uint32_t kWriter = 1u << 28; ///< one writer, who holds the writers' mutex
+    /// One writer without it: a reader that upgraded, or a woken writer that does not hold yet.
+    static constexpr std::uint32_t kMutexlessWriter = 1u << 29;
+    static constexpr std::uint32_t kManaged = 1u << 31;         ///< the counters below hold,
+    static constexpr std::uint32_t kManagedWritable = 1u << 30; ///< and a writer could get in
 
     void AcquireRead();
     void AcquireWrite();
+    void LookAroundForWrite() const;
     void Upgrade();
     void ReleaseRead();
     void ReleaseWrite();
@@ -50,8 +53,10 @@ private:
 
     void EnterManaged();
     void LeaveManaged();
-    void LeaveManagedAndWait(TWaiter::TKind kind);
-    TWaiter* TakeGranted();
+    void Append(TWaiter& waiter);
+    bool IsWritable() const { return readingThreads_ == 0 && !writerHeld_; }
+    bool CanGo(TWaiter::TKind kind) const;
+    TWaiter* TakeReleased();
 
     std::atomic<std::uint32_t> word_{kFree};
     CLockThreadTable threads_;
@@ -61,6 +66,8 @@ private:
     int readingThreads_ = 0;  ///< threads counted as readers
     int writers_ = 0;         ///< writers and upgraders that wait or hold
     bool writerHeld_ = false; ///< a writer that is no upgrader holds: the writers' mutex
+    /// A writer was taken out of the queue and has not looked again yet.
+    bool writerWoken_ = false;
     TWaiter* firstWaiter_ = nullptr;
     TWaiter** waitersEnd_ = &firstWaiter_;
 };
