@@ -87,6 +87,12 @@ xml_sum() {
     grep -F "$3" "$2" | grep -oE " $1=\"[0-9]+\"" | grep -oE '[0-9]+' | { local sum=0 n; while read -r n; do sum=$((sum + n)); done; echo $sum; }
 }
 
+# Files that other programs wrote, against what other programs read in them.
+real_files() {
+    mkdir -p "$folder/realfiles" && tests/realfiles/prepare.sh "$folder/realfiles" &&
+        on_target "$folder/bin/vorlund_real_files$exe" "$folder/realfiles"
+}
+
 replay_corpus() { on_target "$folder/bin/fuzz_$1$exe" "fuzz/corpus/$1"; }
 
 test_target() {
@@ -113,6 +119,7 @@ test_target() {
         done <"$folder/fuzzers.txt"
     fi
     if [[ $target == linux || $target == win32 ]]; then
+        step "real files" real_files
         step exports scripts/exports.sh --check "$target" "$folder"
         step headers scripts/headers.sh "$target"
         step install tests/install/check.sh "$target" "$folder"
