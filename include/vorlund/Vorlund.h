@@ -19,8 +19,8 @@ public:
     CVorlund& operator=(const CVorlund&) = delete;
 
     /// Raises `CBugException` "Vorlund not closed before exiting!" while initialised, before anything is
-    /// destroyed. For `v` that is when the library is unloaded or the process ends, where nobody can catch
-    /// it.
+    /// destroyed. Nobody can catch it: the open counter and stores raise while it passes. For `v` that is
+    /// when the library is unloaded or the process ends.
     ~CVorlund() noexcept(false);
 
     /// Opens the stores, registers the built-in classes and decoders and opens the object counter; does

@@ -1,0 +1,106 @@
+// What happens when the library ends while it is open, and what a factory that raises leaves behind: seen
+// from outside, because it ends the process.
+#include "support/ChildProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace vorlund::test {
+namespace {
+
+constexpr const char* kVorlund =
+    "Exception: type=CBugException | method=vorlund::CVorlund::~CVorlund | file=src/vorlund/api/Vorlund | "
+    "line=14 | reason=Vorlund not closed before exiting!";
+constexpr const char* kCounter =
+    "Exception: type=CBugException | method=vorlund::CObjectCounter::~CObjectCounter | "
+    "file=src/vorlund/api/ObjectCounter | line=96 | reason=Not closed";
+constexpr const char* kCodecStore =
+    "Exception: type=CBugException | method=vorlund::CCodecClassStore::~CCodecClassStore | "
+    "file=src/vorlund/data/CodecClassStore | line=58 | reason=Not closed";
+constexpr const char* kClassStore =
+    "Exception: type=CBugException | method=vorlund::CClassStore::~CClassStore | "
+    "file=src/vorlund/api/ClassStore | line=28 | reason=Not closed";
+
+/// The child's lines; the standard output of Windows ends them its own way.
+std::string Lines(const TChildEnd& end) {
+    std::string text = end.output;
+    std::erase(text, '\r');
+    return text;
+}
+
+/// The two reports of a bug.
+std::string Bug(const std::string& text) {
+    return "output " + text + "\nbox " + text + "\n";
+}
+
+struct TEndRow {
+    const char* program;
+    const char* mode;
+    /// The reports that the process ends with; none when it ends well.
+    std::vector<const char*> reports;
+};
+
+class Unload : public testing::TestWithParam<TEndRow> {};
+
+TEST_P(Unload, Reports) {
+    const TChildEnd end = RunChild(GetParam().program, {.arguments = {GetParam().mode}});
+    EXPECT_FALSE(end.hasTimedOut);
+    std::string expected;
+    for (const char* const report : GetParam().reports) expected += Bug(report);
+    EXPECT_EQ(Lines(end), expected);
+    EXPECT_EQ(end.IsAbnormal(), !expected.empty());
+    EXPECT_EQ(end.IsSuccess(), expected.empty())
+        << "exit code " << end.exitCode << ", signal " << end.signal << "\n"
+        << end.errors;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, Unload,
+    testing::Values(TEndRow{"lifecycle_child", "never-opened", {}}, TEndRow{"lifecycle_child", "closed", {}},
+                    TEndRow{"lifecycle_child", "closed-again", {}},
+                    TEndRow{"lifecycle_child", "open-at-return", {kVorlund}},
+                    TEndRow{"lifecycle_child", "open-at-exit", {kVorlund}},
+                    TEndRow{"lifecycle_child", "open-again", {kVorlund}},
+                    TEndRow{"lifecycle_child", "open-with-objects", {kVorlund}},
+                    TEndRow{"lifecycle_child", "another-open", {kVorlund, kCounter}},
+                    // An initialisation that did not come to its end: the members report, the last one first.
+                    TEndRow{"lifecycle_child", "counter-open", {kCounter}},
+                    TEndRow{"lifecycle_child", "codec-store-open", {kCodecStore}},
+                    TEndRow{"lifecycle_child", "class-store-open", {kClassStore}},
+                    TEndRow{"unload_child", "never-opened", {}}, TEndRow{"unload_child", "closed", {}},
+                    TEndRow{"unload_child", "open", {kVorlund}},
+                    TEndRow{"unload_child", "open-in-a-second-life", {kVorlund}}),
+    [](const auto& row) {
+        std::string name = std::string(row.param.program) + "_" + row.param.mode;
+        std::replace(name.begin(), name.end(), '-', '_');
+        return name;
+    });
+
+struct TLinesRow {
+    const char* mode;
+    const char* lines;
+};
+
+class UnfinishedFactory : public testing::TestWithParam<TLinesRow> {};
+
+TEST_P(UnfinishedFactory, LeavesTheLockWithItsThread) {
+    const TChildEnd end = RunChild("lifecycle_child", {.arguments = {GetParam().mode}});
+    EXPECT_EQ(Lines(end), GetParam().lines);
+    EXPECT_TRUE(end.IsSuccess()) << end.errors;
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, UnfinishedFactory,
+                         testing::Values(TLinesRow{"lock-left-to-others",
+                                                   "before went on\nthis went on\nother is blocked\n"},
+                                         TLinesRow{"lock-of-an-ended-thread", "close is blocked\n"}),
+                         [](const auto& row) {
+                             std::string name = row.param.mode;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
+
+} // namespace
+} // namespace vorlund::test

@@ -1,0 +1,116 @@
+// The child program of the life cycle's tests: ends as an application ends, in the state that its argument
+// names.
+#include "api/ChildReports.h"
+
+#include <vorlund/ClassIds.h>
+#include <vorlund/RefPtr.h>
+#include <vorlund/Vorlund.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <future>
+#include <stdexcept>
+#include <string_view>
+#include <thread>
+
+namespace vorlund::test {
+namespace {
+
+constexpr CId kRefusingId{0xC41D, 0, 0, 1};
+
+[[noreturn]] IObject* Refuse() {
+    throw std::runtime_error("factory");
+}
+
+/// Lets a factory raise on the calling thread, which then holds the class store's lock.
+void LeaveTheLock() {
+    try {
+        v.GetClassStore().CreateObject(kRefusingId);
+    } catch (const std::runtime_error&) {
+    }
+}
+
+/// Tells whether `act` comes to its end on another thread. What is blocked stays blocked, so the process must
+/// be left by `_Exit`.
+template <class TAct> void ReportEnd(const char* name, TAct act) {
+    std::promise<void> started, ended;
+    auto end = ended.get_future();
+    std::thread([&] {
+        started.set_value();
+        act();
+        ended.set_value();
+    }).detach();
+    started.get_future().wait();
+    // An act that is not blocked has ended long before; one that is blocked never ends.
+    const bool hasEnded = end.wait_for(std::chrono::milliseconds(500)) == std::future_status::ready;
+    WriteLine(name, hasEnded ? "went on" : "is blocked");
+    if (!hasEnded) std::_Exit(0);
+}
+
+int Run(std::string_view mode) {
+    SendReportsToParent();
+    if (mode == "never-opened") return 0;
+    if (mode == "counter-open") {
+        v.GetClassStore().Init();
+        v.GetCodecClassStore().Init();
+        v.GetObjectCounter().Init();
+        return 0;
+    }
+    if (mode == "codec-store-open") {
+        v.GetClassStore().Init();
+        v.GetCodecClassStore().Init();
+        return 0;
+    }
+    if (mode == "class-store-open") {
+        v.GetClassStore().Init();
+        return 0;
+    }
+
+    v.Init();
+    if (mode == "open-at-return") return 0;
+    if (mode == "open-at-exit") std::exit(0);
+    if (mode == "open-with-objects") {
+        auto object = CreateAs<IObject>(classid::CObject);
+        (void)object.Detach();
+        return 0;
+    }
+    if (mode == "another-open") {
+        // Even here nobody catches what it raises: while that passes, its counter and its stores raise, too.
+        try {
+            CVorlund another;
+            another.Init();
+        } catch (...) {
+            WriteLine("caught", "");
+        }
+        return 0;
+    }
+    if (mode == "lock-left-to-others") {
+        v.GetClassStore().RegisterClassVrl({kRefusingId, VRL_L("test::CRefusing"), &Refuse});
+        ReportEnd("before", [] { v.GetClassStore().GetClassInfo(kRefusingId); });
+        LeaveTheLock();
+        v.GetClassStore().GetClassInfo(kRefusingId);
+        WriteLine("this", "went on");
+        ReportEnd("other", [] { v.GetClassStore().GetClassInfo(kRefusingId); });
+        return 1;
+    }
+    if (mode == "lock-of-an-ended-thread") {
+        v.GetClassStore().RegisterClassVrl({kRefusingId, VRL_L("test::CRefusing"), &Refuse});
+        std::thread(&LeaveTheLock).join();
+        ReportEnd("close", [] { v.Close(); });
+        return 1;
+    }
+    v.Close();
+    if (mode == "closed") return 0;
+    v.Init();
+    if (mode == "open-again") return 0;
+    v.Close();
+    return mode == "closed-again" ? 0 : 64;
+}
+
+} // namespace
+} // namespace vorlund::test
+
+int main(int argc, char** argv) {
+    return argc == 2 ? vorlund::test::Run(argv[1]) : 64;
+}
