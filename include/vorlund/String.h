@@ -12,10 +12,10 @@ class IObjectEnumerator;
 
 /// A null-terminated UTF-16 text in a heap buffer of its own.
 ///
-/// The buffer is never null and holds exactly length + 1 units; there is no stored length, so a zero unit
-/// written into the middle shortens the text. Narrow (`char`) input is widened unit by unit with sign
-/// extension (the byte 0xE9 becomes U+FFE9), with no code page; narrow output takes the low byte of each
-/// unit.
+/// The buffer is never null, and each change of the length makes a new one of exactly length + 1 units; there
+/// is no stored length, so a zero unit written into the middle shortens the text. Narrow (`char`) input is
+/// widened unit by unit with sign extension (the byte 0xE9 becomes U+FFE9), with no code page; narrow output
+/// takes the low byte of each unit.
 ///
 /// A failed allocation raises `std::bad_alloc` and leaves the text as it was; arguments may alias the text
 /// itself. Null text arguments count as empty. One thread at a time; the cells behind out-of-range elements
@@ -111,17 +111,24 @@ public:
     /// Every unit equal to `from` becomes `to`, in place.
     void Replace(wchar from, wchar to);
 
-    /// Replaces the first occurrence of `from`, and again from the front of the result until there is none.
+    /// Replaces the first occurrence of `from`, and again from the front of the result until there is none:
+    /// an edit can complete an occurrence that begins before it ("aab" with "ab" replaced by "b" gives "b").
     /// An edit keeps at most 65535 units behind the replaced place.
     ///
     /// Ends by raising `CObjectNotFoundException` "Didn't find content" once the text is edited, except when
-    /// `from` has become longer than the text. Raises `CInvalidParameterException`, with the text as it was,
-    /// for a call that would never end: an empty `from`, or a `to` that contains `from`.
+    /// `from` has become longer than the text, or was so from the start: then it returns.
+    ///
+    /// A call that would never end raises `CInvalidParameterException` and leaves the text as it was: for an
+    /// empty `from` always, with "Empty search text"; when the text holds `from` and `to` holds it too, with
+    /// "Replacement has no end in sight". So does a call whose edits keep completing new occurrences (as "ab"
+    /// replaced by "bbaa" in "aab" does) until they would have copied more than 2^34 units of a growing text,
+    /// or read more than 2^32 units otherwise. A failed allocation raises `std::bad_alloc` and leaves the
+    /// text as it was.
     void Replace(const wchar* from, const wchar* to);
 
     /// Cuts out every occurrence: `Replace` with nothing, with the same endings. The forms that take a unit
     /// or a narrow text always end by raising. Raises `CInvalidParameterException`, with the text as it was,
-    /// for the unit 0 and for an empty text.
+    /// for the unit 0 ("Cannot remove the terminator") and for an empty text ("Empty search text").
     void Remove(wchar unit);
     void Remove(const wchar* text);
     void Remove(const char* text);
@@ -143,6 +150,12 @@ public:
     void ToChar(char* destination, int size) const;
 
 private:
+    /// A complete buffer that becomes a text's own.
+    struct TBuffer {
+        wchar* units;
+    };
+    explicit CString(TBuffer buffer) noexcept : buffer_(buffer.units) {}
+
     wchar* buffer_;
 };
 

@@ -4,6 +4,7 @@
 #include "vorlund/api/TextCase.h"
 #include "vorlund/api/TextKernels.h"
 
+#include <type_traits>
 #include <utility>
 
 namespace vorlund {
@@ -49,13 +50,44 @@ std::int64_t ElementPlace(const wchar* text, std::int64_t index) {
     return TextLength(text, needed) == needed ? index : -1;
 }
 
-int CompareIgnoreCase(const wchar* left, const wchar* right) {
+wchar Widened(wchar unit) {
+    return unit;
+}
+
+wchar Widened(char unit) {
+    return WidenUnit(unit);
+}
+
+template <class TUnit> int CompareIgnoreCase(const wchar* left, const TUnit* right) {
     for (;; ++left, ++right) {
-        // The terminator is no letter and the least unit, so it decides between a text and its beginnings.
-        const wchar leftUnit = *left == *right ? *left : UpperCaseUnit(*left);
-        const wchar rightUnit = *left == *right ? *right : UpperCaseUnit(*right);
-        if (leftUnit != rightUnit) return leftUnit > rightUnit ? 1 : -1;
-        if (!leftUnit) return 0;
+        const wchar leftUnit = *left;
+        const wchar rightUnit = Widened(*right);
+        if (leftUnit == rightUnit) {
+            if (!leftUnit) return 0;
+            continue;
+        }
+        // No unit becomes 0 in upper case, so the terminator decides between a text and its beginnings.
+        const wchar leftUpper = UpperCaseUnit(leftUnit);
+        const wchar rightUpper = UpperCaseUnit(rightUnit);
+        if (leftUpper != rightUpper) return leftUpper > rightUpper ? 1 : -1;
+    }
+}
+
+/// The units of `left` followed by those of `right`, which is narrow or wide.
+template <class TUnit> TTextBuffer Join(const wchar* left, const TUnit* right) {
+    const std::size_t length = TextLength(left);
+    if constexpr (std::is_same_v<TUnit, char>) {
+        const std::size_t added = right ? std::strlen(right) : 0;
+        TTextBuffer buffer = NewTextBuffer(std::uint64_t{length} + added);
+        CopyText(buffer.get(), left, length);
+        WidenText(buffer.get() + length, right, added);
+        return buffer;
+    } else {
+        const std::size_t added = TextLength(OrEmpty(right));
+        TTextBuffer buffer = NewTextBuffer(std::uint64_t{length} + added);
+        CopyText(buffer.get(), left, length);
+        CopyText(buffer.get() + length, OrEmpty(right), added);
+        return buffer;
     }
 }
 
@@ -130,7 +162,7 @@ int CString::CompareTo(const wchar* text) const {
 }
 
 int CString::CompareToIgnoreCase(const char* text) const {
-    return CompareIgnoreCase(buffer_, CWidenedText(text).GetBuffer());
+    return CompareIgnoreCase(buffer_, text ? text : "");
 }
 
 int CString::CompareToIgnoreCase(const wchar* text) const {
@@ -138,34 +170,20 @@ int CString::CompareToIgnoreCase(const wchar* text) const {
 }
 
 CString CString::operator+(const char* text) const {
-    CString result(*this);
-    result += text;
-    return result;
+    return CString(TBuffer{Join(buffer_, text).release()});
 }
 
 CString CString::operator+(const wchar* text) const {
-    CString result(*this);
-    result += text;
-    return result;
+    return CString(TBuffer{Join(buffer_, text).release()});
 }
 
 CString& CString::operator+=(const char* text) {
-    const std::size_t length = TextLength(buffer_);
-    const std::size_t added = text ? std::strlen(text) : 0;
-    TTextBuffer buffer = NewTextBuffer(std::uint64_t{length} + added);
-    CopyText(buffer.get(), buffer_, length);
-    WidenText(buffer.get() + length, text, added);
-    AdoptBuffer(buffer_, std::move(buffer));
+    AdoptBuffer(buffer_, Join(buffer_, text));
     return *this;
 }
 
 CString& CString::operator+=(const wchar* text) {
-    const std::size_t length = TextLength(buffer_);
-    const std::size_t added = TextLength(OrEmpty(text));
-    TTextBuffer buffer = NewTextBuffer(std::uint64_t{length} + added);
-    CopyText(buffer.get(), buffer_, length);
-    CopyText(buffer.get() + length, OrEmpty(text), added);
-    AdoptBuffer(buffer_, std::move(buffer));
+    AdoptBuffer(buffer_, Join(buffer_, text));
     return *this;
 }
 

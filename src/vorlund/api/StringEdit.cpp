@@ -30,7 +30,7 @@ constexpr TFailure kNarrowGone{kFind, kFile, 169, kNotFound};
 
 // Calls whose loop would not end.
 constexpr TFailure kReplaceEmpty{kReplace, kFile, 216, VRL_L("Empty search text")};
-constexpr TFailure kReplaceEndless{kReplace, kFile, 220, VRL_L("Replacement never ends")};
+constexpr TFailure kReplaceEndless{kReplace, kFile, 220, VRL_L("Replacement has no end in sight")};
 constexpr TFailure kRemoveTerminator{kRemove, kFile, 228, VRL_L("Cannot remove the terminator")};
 constexpr TFailure kRemoveEmptyWide{kRemove, kFile, 236, VRL_L("Empty search text")};
 constexpr TFailure kRemoveEmptyNarrow{kRemove, kFile, 244, VRL_L("Empty search text")};
@@ -141,11 +141,9 @@ void CString::Trim() {
 
 CString CString::SubStr(int start, int count) const {
     const TRange range = Normalize(TextLength(buffer_), start, count);
-    CString result;
     TTextBuffer buffer = NewTextBuffer(range.end - range.first);
     CopyText(buffer.get(), buffer_ + range.first, range.end - range.first);
-    AdoptBuffer(result.buffer_, std::move(buffer));
-    return result;
+    return CString(TBuffer{buffer.release()});
 }
 
 } // namespace vorlund
