@@ -5,6 +5,7 @@ set -euxo pipefail
 target=$1
 folder=$(realpath "$2")
 here=$(realpath "$(dirname "${BASH_SOURCE[0]}")")
+recording=$here/../../examples/data/strings.wav
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
@@ -21,19 +22,19 @@ win32)
         -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/toolchains/win32.cmake"
     cmake --build "$work/build"
     # The program lies elsewhere: the loader finds the library, and with it the compiler's, by the path.
-    WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/consumer.exe"
+    WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/consumer.exe" "$recording"
     ;;
 linux)
     cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix"
     cmake --build "$work/build"
-    "$work/build/consumer"
+    "$work/build/consumer" "$recording"
 
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
     test "$(pkg-config --modversion vorlund)" = "$(sed -n 's/^project(Vorlund VERSION \([0-9.]*\).*/\1/p' \
         "$here/../../CMakeLists.txt")"
     # shellcheck disable=SC2046
     g++ -std=c++20 "$here/consumer.cpp" -o "$work/consumer" $(pkg-config --cflags --libs vorlund)
-    LD_LIBRARY_PATH=$prefix/lib "$work/consumer"
+    LD_LIBRARY_PATH=$prefix/lib "$work/consumer" "$recording"
     ;;
 *) exit 2 ;;
 esac
