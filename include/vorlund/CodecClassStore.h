@@ -68,7 +68,9 @@ public:
     IObject* CreateEncoder(const CId& input, const CId& output) const;
 
     /// A new enumerator, owned by the caller, with one `IPtrObject` per record, in order, that points at the
-    /// store's copy (valid until `Close`). Empty while the store is closed.
+    /// store's copy (valid until `Close`). Empty while the store is closed. Raises what creating an object
+    /// raises, and `CBugException` "Cannot create enumerator" when the classes of enumerators or pointer
+    /// objects were replaced by others of another kind.
     IObjectEnumerator* EnumerateDecoders() const;
     IObjectEnumerator* EnumerateEncoders() const;
 

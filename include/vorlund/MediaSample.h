@@ -23,9 +23,12 @@ public:
     virtual IMediaSample* Clone() = 0;
     /// 0 in every class of the library.
     virtual std::uint32_t GetSampleFlags() = 0;
-    /// Fills the sample from the stream that `source` holds; true when at least one byte was read.
+    /// Fills the sample from the stream that `source` holds; true when at least one byte was read. Raises
+    /// what the stream raises; the data size is then as it was.
     virtual bool ReadFrom(const CInputStreamSelector& source) = 0;
-    /// Writes the sample to the stream that `target` holds.
+    /// Writes the sample to the stream that `target` holds: as many bytes as are valid, but no more than the
+    /// sample's buffer has. Raises what the stream raises. A buffered sample raises `CNullPtrException`
+    /// "Stream pointer is NULL" when `target` is empty.
     virtual void WriteTo(const COutputStreamSelector& target) = 0;
 
 protected:
@@ -46,9 +49,10 @@ public:
     virtual std::uint32_t GetDataSize() = 0;
     /// States the number of valid bytes; returns the sample, without a reference. A block smaller than the
     /// *former* data size is first replaced by one of that size; the new size is not compared, so it may
-    /// exceed the block.
+    /// exceed the block. A block that grows keeps its bytes.
     virtual ISwBufferMediaSample* SetDataSize(std::uint32_t size) = 0;
-    /// Copies the format record.
+    /// Copies the format record, as many bytes as its size field says, and at least the head. Raises
+    /// `CNullPtrException` "format is NULL".
     virtual void SetFormat(const TDataFormat* format) = 0;
     /// Replaces the block by an uninitialised one of `size` bytes and sets the data size to 0; nothing
     /// happens when the size is the same. Raises `std::bad_alloc`, with the sample as it was.

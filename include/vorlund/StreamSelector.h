@@ -18,7 +18,8 @@ public:
     /// Holds `stream` and adds a reference. Raises `CNullPtrException` "Given input stream is NULL".
     CInputStreamSelector(IInputStream* stream);
     /// Holds a new file input stream opened on `fileName`. Raises `CNullPtrException` "Given file name is
-    /// NULL", and `CFileAccessException` "Cannot open '...' for reading".
+    /// NULL", `CFileAccessException` "Cannot open '...' for reading", and `CBugException` "Cannot create file
+    /// input stream" when that class was replaced by one of another kind.
     CInputStreamSelector(const wchar* fileName);
     CInputStreamSelector(const CInputStreamSelector& other);
     CInputStreamSelector& operator=(const CInputStreamSelector& other);
@@ -44,7 +45,8 @@ public:
     /// empty.
     COutputStreamSelector(IOutputStream* stream);
     /// Holds a new file output stream opened on `fileName`, which is truncated. Raises `CFileAccessException`
-    /// "Cannot open '...' for writing".
+    /// "Cannot open '...' for writing", and `CBugException` "Cannot create file output stream" when that
+    /// class was replaced by one of another kind.
     COutputStreamSelector(const wchar* fileName);
     COutputStreamSelector(const COutputStreamSelector& other);
     COutputStreamSelector& operator=(const COutputStreamSelector& other);
