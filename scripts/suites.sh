@@ -110,7 +110,7 @@ test_target() {
     fi
     built=$((SECONDS - start))
 
-    step smoke on_target "$folder/bin/vorlund_smoke$exe"
+    step smoke on_target "$folder/bin/vorlund_smoke$exe" examples/data/strings.wav
     if [[ $target != win64 ]]; then
         gtest_program vorlund_tests
         gtest_program vorlund_internal_tests
