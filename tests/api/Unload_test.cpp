@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <string>
-#include <vector>
 
 namespace vorlund::test {
 namespace {
@@ -39,8 +38,8 @@ std::string Bug(const std::string& text) {
 struct TEndRow {
     const char* program;
     const char* mode;
-    /// The reports that the process ends with; none when it ends well.
-    std::vector<const char*> reports;
+    /// The report that the process ends with, or null when it ends well.
+    const char* report;
 };
 
 class Unload : public testing::TestWithParam<TEndRow> {};
@@ -48,8 +47,7 @@ class Unload : public testing::TestWithParam<TEndRow> {};
 TEST_P(Unload, Reports) {
     const TChildEnd end = RunChild(GetParam().program, {.arguments = {GetParam().mode}});
     EXPECT_FALSE(end.hasTimedOut);
-    std::string expected;
-    for (const char* const report : GetParam().reports) expected += Bug(report);
+    const std::string expected = GetParam().report ? Bug(GetParam().report) : "";
     EXPECT_EQ(Lines(end), expected);
     EXPECT_EQ(end.IsAbnormal(), !expected.empty());
     EXPECT_EQ(end.IsSuccess(), expected.empty())
@@ -59,20 +57,20 @@ TEST_P(Unload, Reports) {
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, Unload,
-    testing::Values(TEndRow{"lifecycle_child", "never-opened", {}}, TEndRow{"lifecycle_child", "closed", {}},
-                    TEndRow{"lifecycle_child", "closed-again", {}},
-                    TEndRow{"lifecycle_child", "open-at-return", {kVorlund}},
-                    TEndRow{"lifecycle_child", "open-at-exit", {kVorlund}},
-                    TEndRow{"lifecycle_child", "open-again", {kVorlund}},
-                    TEndRow{"lifecycle_child", "open-with-objects", {kVorlund}},
-                    TEndRow{"lifecycle_child", "another-open", {kVorlund, kCounter}},
+    testing::Values(TEndRow{"lifecycle_child", "never-opened", nullptr},
+                    TEndRow{"lifecycle_child", "closed", nullptr},
+                    TEndRow{"lifecycle_child", "closed-again", nullptr},
+                    TEndRow{"lifecycle_child", "open-at-return", kVorlund},
+                    TEndRow{"lifecycle_child", "open-at-exit", kVorlund},
+                    TEndRow{"lifecycle_child", "open-again", kVorlund},
+                    TEndRow{"lifecycle_child", "open-with-objects", kVorlund},
                     // An initialisation that did not come to its end: the members report, the last one first.
-                    TEndRow{"lifecycle_child", "counter-open", {kCounter}},
-                    TEndRow{"lifecycle_child", "codec-store-open", {kCodecStore}},
-                    TEndRow{"lifecycle_child", "class-store-open", {kClassStore}},
-                    TEndRow{"unload_child", "never-opened", {}}, TEndRow{"unload_child", "closed", {}},
-                    TEndRow{"unload_child", "open", {kVorlund}},
-                    TEndRow{"unload_child", "open-in-a-second-life", {kVorlund}}),
+                    TEndRow{"lifecycle_child", "counter-open", kCounter},
+                    TEndRow{"lifecycle_child", "codec-store-open", kCodecStore},
+                    TEndRow{"lifecycle_child", "class-store-open", kClassStore},
+                    TEndRow{"unload_child", "never-opened", nullptr},
+                    TEndRow{"unload_child", "closed", nullptr}, TEndRow{"unload_child", "open", kVorlund},
+                    TEndRow{"unload_child", "open-in-a-second-life", kVorlund}),
     [](const auto& row) {
         std::string name = std::string(row.param.program) + "_" + row.param.mode;
         std::replace(name.begin(), name.end(), '-', '_');

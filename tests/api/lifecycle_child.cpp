@@ -23,12 +23,20 @@ constexpr CId kRefusingId{0xC41D, 0, 0, 1};
     throw std::runtime_error("factory");
 }
 
-/// Lets a factory raise on the calling thread, which then holds the class store's lock.
-void LeaveTheLock() {
+/// Lets a factory raise on the calling thread, which then holds the store's lock.
+void LeaveTheLock(CClassStore& store) {
     try {
-        v.GetClassStore().CreateObject(kRefusingId);
+        store.CreateObject(kRefusingId);
     } catch (const std::runtime_error&) {
     }
+}
+
+/// An open store that is never destroyed: it is left locked, and not `v`'s, whose end would be reported.
+CClassStore& MakeStore() {
+    auto& store = *new CClassStore;
+    store.Init();
+    store.RegisterClassVrl({kRefusingId, VRL_L("test::CRefusing"), &Refuse});
+    return store;
 }
 
 /// Tells whether `act` comes to its end on another thread. What is blocked stays blocked, so the process must
@@ -67,6 +75,22 @@ int Run(std::string_view mode) {
         return 0;
     }
 
+    if (mode == "lock-left-to-others") {
+        CClassStore& store = MakeStore();
+        ReportEnd("before", [&] { store.GetClassInfo(kRefusingId); });
+        LeaveTheLock(store);
+        store.GetClassInfo(kRefusingId);
+        WriteLine("this", "went on");
+        ReportEnd("other", [&] { store.GetClassInfo(kRefusingId); });
+        return 1;
+    }
+    if (mode == "lock-of-an-ended-thread") {
+        CClassStore& store = MakeStore();
+        std::thread([&] { LeaveTheLock(store); }).join();
+        ReportEnd("close", [&] { store.Close(); });
+        return 1;
+    }
+
     v.Init();
     if (mode == "open-at-return") return 0;
     if (mode == "open-at-exit") std::exit(0);
@@ -74,31 +98,6 @@ int Run(std::string_view mode) {
         auto object = CreateAs<IObject>(classid::CObject);
         (void)object.Detach();
         return 0;
-    }
-    if (mode == "another-open") {
-        // Even here nobody catches what it raises: while that passes, its counter and its stores raise, too.
-        try {
-            CVorlund another;
-            another.Init();
-        } catch (...) {
-            WriteLine("caught", "");
-        }
-        return 0;
-    }
-    if (mode == "lock-left-to-others") {
-        v.GetClassStore().RegisterClassVrl({kRefusingId, VRL_L("test::CRefusing"), &Refuse});
-        ReportEnd("before", [] { v.GetClassStore().GetClassInfo(kRefusingId); });
-        LeaveTheLock();
-        v.GetClassStore().GetClassInfo(kRefusingId);
-        WriteLine("this", "went on");
-        ReportEnd("other", [] { v.GetClassStore().GetClassInfo(kRefusingId); });
-        return 1;
-    }
-    if (mode == "lock-of-an-ended-thread") {
-        v.GetClassStore().RegisterClassVrl({kRefusingId, VRL_L("test::CRefusing"), &Refuse});
-        std::thread(&LeaveTheLock).join();
-        ReportEnd("close", [] { v.Close(); });
-        return 1;
     }
     v.Close();
     if (mode == "closed") return 0;
