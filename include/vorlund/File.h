@@ -12,13 +12,23 @@
 namespace vorlund {
 
 /// A file input stream: 64-bit positions, capabilities 7 when open and 0 when closed.
+///
+/// Bytes come through a buffer, and the position is known without asking the system: small reads, `Tell`, and
+/// steps to where the file stands or nearby are cheap. Only the low 32 bits of a read's size count. When the
+/// system refuses to read, the data end there.
+///
+/// A closed stream raises "File is not open": `CIOException` in `Read` and `Skip`,
+/// `COperationNotSupportedException` in `GetLength`, `Seek` and `Tell`. `Seek`, and `Skip` by it, raise
+/// `CIOException` "_fseeki64 failed" for a negative target and keep the position; `Skip` computes its target
+/// in 64 bits, which wrap. `Flush` always raises `COperationNotSupportedException` "Flush is not supported".
 class IFileInputStream : public IInputStream {
 public:
     using TBase = IInputStream;
     static constexpr CId InterfaceId{0x1B25AD54, 0xCF004351, 0x88BE2EA8, 0x6F49482D};
 
     /// Closes, then opens `path` for reading and measures its length, which is kept even if the file grows.
-    /// Raises `CFileAccessException` "Cannot open '...' for reading"; the stream is then closed.
+    /// Directories, and what has no positions (pipes, terminals), cannot be opened. Raises
+    /// `CFileAccessException` "Cannot open '...' for reading"; the stream is then closed.
     virtual void Open(const wchar* path) = 0;
 
 protected:
@@ -26,12 +36,21 @@ protected:
 };
 
 /// A file output stream: 64-bit positions, capabilities 11 when open and 0 when closed.
+///
+/// Bytes go through the C runtime's buffer. `Write` raises `CIOException` "fwrite failed" when the system
+/// takes less than it is given, and so does `Flush` for what still waited; what cannot be written at `Close`
+/// or at the last release is lost without a word.
+///
+/// A closed stream raises "File is not open": `CIOException` in `Write`, `COperationNotSupportedException` in
+/// `GetLength`, `Flush`, `Seek` and `Tell`. `Seek` raises `CIOException` "_fseeki64 failed", also where
+/// `GetLength` uses it.
 class IFileOutputStream : public IOutputStream {
 public:
     using TBase = IOutputStream;
     static constexpr CId InterfaceId{0xB321E4B6, 0x6CD84F8B, 0x94D6DC1A, 0x14946231};
 
-    /// Closes, then opens `path` for writing: at its end when `append`, else emptied. Raises
+    /// Closes, then opens `path` for writing. With `append` the bytes stay and every write goes to the end,
+    /// wherever the position stands (0 at first); otherwise the file is emptied. Raises
     /// `CFileAccessException` "Cannot open '...' for writing"; the stream is then closed.
     virtual void Open(const wchar* path, bool append) = 0;
 
@@ -88,8 +107,7 @@ public:
     /// The path with forward slashes, ending in "/"; empty when not initialised.
     virtual CString GetPath() = 0;
     /// Names the folder. Ignored when already initialised. Raises `CFileAccessException` "Cannot find '...'"
-    /// and
-    /// "'...' is not a directory".
+    /// and "'...' is not a directory".
     virtual void Initialize(const wchar* path) = 0;
 
 protected:

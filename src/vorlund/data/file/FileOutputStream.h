@@ -18,7 +18,6 @@ public:
     void Close() override;
     std::uint32_t GetCapabilities() override;
     std::int64_t GetLength() override;
-    /// Raises `CIOException` "fwrite failed" when what was written before cannot be written out.
     void Flush() override;
     void Seek(std::int64_t position) override;
     std::int64_t Tell() override;
