@@ -1,5 +1,6 @@
 #include "support/ChildProcess.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -84,7 +85,6 @@ public:
     void Open(int handle, const char* path, int flags) {
         posix_spawn_file_actions_addopen(&actions_, handle, path, flags, 0);
     }
-    void Close(int handle) { posix_spawn_file_actions_addclose(&actions_, handle); }
     void Pass(const CHandle& from, int to) { posix_spawn_file_actions_adddup2(&actions_, from.Get(), to); }
 
     pid_t Run(const std::filesystem::path& program, const std::vector<std::string>& arguments) {
@@ -110,7 +110,8 @@ CHandle OpenPseudoTerminal() {
     return master;
 }
 
-/// The handle by which a child holds the pipe that tells its end.
+/// Handles that a child holds as long as it lives: of the pipe that tells its end, and of its terminal, which
+/// would be gone for us whenever nobody had it open.
 constexpr int kLifeHandle = 3;
 constexpr int kTerminalHandle = 4;
 
@@ -120,7 +121,7 @@ struct CChildProcess::TState {
     struct TSource {
         CHandle handle;
         std::string text;
-        bool isOpen;
+        bool isOpen = false;
     };
 
     pid_t process = 0;
@@ -155,7 +156,10 @@ struct CChildProcess::TState {
             source.isOpen = false;
     }
 
-    bool IsAnyOpen() const { return sources[0].isOpen || sources[1].isOpen || sources[3].isOpen; }
+    bool IsAnyOpen() const {
+        return std::any_of(sources.begin(), sources.end(),
+                           [](const TSource& source) { return source.isOpen; });
+    }
 
     void Kill() { kill(-process, SIGKILL); }
 };
@@ -179,7 +183,6 @@ CChildProcess::CChildProcess(const std::string& program, const TChildOptions& op
         char name[128];
         Check(ptsname_r(state_->Terminal().handle.Get(), name, sizeof(name)) == 0, "no terminal name");
         start.Open(kTerminalHandle, name, O_RDWR);
-        start.Close(kTerminalHandle);
     }
     state_->process = start.Run(BesideProgram(program), options.arguments);
     state_->isRunning = true;

@@ -1,0 +1,22 @@
+#include "api/debug_child.h"
+
+#include <windows.h>
+
+namespace vorlund::test {
+namespace {
+
+/// Without a debugger: the process ends with the breakpoint's code, and nobody is asked.
+int BreakAlone() {
+    SetUnhandledExceptionFilter([](EXCEPTION_POINTERS*) -> LONG { return EXCEPTION_EXECUTE_HANDLER; });
+    CDebug::Break();
+    return 0;
+}
+
+} // namespace
+
+int RunSystemMode(const std::string& mode) {
+    if (mode == "break-alone") return BreakAlone();
+    return kUnknownMode;
+}
+
+} // namespace vorlund::test
