@@ -1,0 +1,315 @@
+#include <vorlund/BinaryLock.h>
+#include <vorlund/Exception.h>
+
+#include "support/Actor.h"
+#include "support/DebugRecorder.h"
+#include "support/Failures.h"
+#include "support/Leaks.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <new>
+#include <optional>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+namespace vorlund::test {
+namespace {
+
+constexpr const wchar* kMethod = VRL_L("vorlund::CBinaryLock::~CBinaryLock");
+constexpr const wchar* kFile = VRL_L("src/vorlund/system/BinaryLock_win32");
+constexpr TFailure kStillLocked{kMethod, kFile, 25, VRL_L("Still locked")};
+constexpr TFailure kNotLocked{kMethod, kFile, 44, VRL_L("Not locked")};
+constexpr TFailure kLockedElsewhere{kMethod, kFile, 46, VRL_L("Locked in another thread")};
+
+static_assert(std::has_virtual_destructor_v<CBinaryLock>);
+static_assert(std::is_base_of_v<CClassObject, CBinaryLock>);
+static_assert(!std::is_copy_constructible_v<CBinaryLock>);
+
+/// Whether another thread can take the lock, and gives it back.
+bool IsFree(CBinaryLock& lock, CActor& other) {
+    other.Start([&] {
+        lock.Lock();
+        lock.Unlock();
+    });
+    return other.Finishes();
+}
+
+TEST(BinaryLock, TakenTwiceGivenBackTwiceAndNotThreeTimes) {
+    CBinaryLock lock;
+    lock.Lock();
+    lock.Lock();
+    lock.Unlock();
+    lock.Unlock();
+    ExpectRaises<CBugException>(kNotLocked, [&] { lock.Unlock(); });
+}
+
+TEST(BinaryLock, UnlockOfANewLockIsRefused) {
+    CBinaryLock lock;
+    ExpectRaises<CBugException>(kNotLocked, [&] { lock.Unlock(); });
+    EXPECT_EQ(lock.GetHoldCount(), 0);
+    lock.Lock();
+    EXPECT_EQ(lock.GetHoldCount(), 1);
+    lock.Unlock();
+}
+
+TEST(BinaryLock, UnlockByAThreadThatNeverLockedIsRefused) {
+    CBinaryLock lock;
+    CActor other;
+    other.Do([&] { ExpectRaises<CBugException>(kNotLocked, [&] { lock.Unlock(); }); });
+}
+
+TEST(BinaryLock, UnlockByAnotherThreadIsRefusedAndChangesNothing) {
+    CBinaryLock lock;
+    CActor other;
+    lock.Lock();
+    lock.Lock();
+    other.Do([&] {
+        ExpectRaises<CBugException>(kLockedElsewhere, [&] { lock.Unlock(); });
+        EXPECT_EQ(lock.GetHoldCount(), 0);
+    });
+    EXPECT_EQ(lock.GetHoldCount(), 2);
+    lock.Unlock();
+    EXPECT_EQ(lock.GetHoldCount(), 1);
+    lock.Unlock();
+    EXPECT_TRUE(IsFree(lock, other));
+}
+
+TEST(BinaryLock, UnlockByAFormerOwnerIsRefused) {
+    CBinaryLock lock;
+    CActor other;
+    lock.Lock();
+    lock.Unlock();
+    other.Do([&] { lock.Lock(); });
+    ExpectRaises<CBugException>(kLockedElsewhere, [&] { lock.Unlock(); });
+    other.Do([&] { lock.Unlock(); });
+    ExpectRaises<CBugException>(kNotLocked, [&] { lock.Unlock(); });
+}
+
+TEST(BinaryLock, DestroyedWhileHeldIsRefusedAndTheLockStaysHeld) {
+    // In raw storage, because the object cannot be used by its name after its destructor ran.
+    alignas(CBinaryLock) unsigned char storage[sizeof(CBinaryLock)];
+    for (const int holds : {1, 2, 5}) {
+        CBinaryLock* const lock = ::new (static_cast<void*>(storage)) CBinaryLock;
+        for (int hold = 0; hold < holds; ++hold) lock->Lock();
+        ExpectRaises<CBugException>(kStillLocked, [&] { lock->CBinaryLock::~CBinaryLock(); });
+        EXPECT_EQ(lock->GetHoldCount(), holds);
+        for (int hold = 0; hold < holds; ++hold) lock->Unlock();
+        EXPECT_EQ(lock->GetHoldCount(), 0);
+        lock->CBinaryLock::~CBinaryLock();
+    }
+}
+
+TEST(BinaryLock, DestroyedWhileAnotherThreadHoldsItIsRefused) {
+    alignas(CBinaryLock) unsigned char storage[sizeof(CBinaryLock)];
+    CBinaryLock* const lock = ::new (static_cast<void*>(storage)) CBinaryLock;
+    CActor other;
+    other.Do([&] { lock->Lock(); });
+    ExpectRaises<CBugException>(kStillLocked, [&] { lock->CBinaryLock::~CBinaryLock(); });
+    other.Do([&] { lock->Unlock(); });
+    lock->CBinaryLock::~CBinaryLock();
+}
+
+TEST(BinaryLock, DeletedWhileHeldRaisesAndLosesOnlyTheBlock) {
+    // The object's own memory goes all the same; the block that its holder works with is given up.
+    CBinaryLock* lock = nullptr;
+    {
+        const CExpectedLeak leak;
+        lock = new CBinaryLock;
+    }
+    lock->Lock();
+    ExpectRaises<CBugException>(kStillLocked, [&] { delete lock; });
+}
+
+struct TReportRow {
+    const char* name;
+    void (*act)(CBinaryLock& lock, CActor& other);
+    const char* line;
+};
+
+constexpr TReportRow kReportRows[] = {
+    {"NotLocked", [](CBinaryLock& lock, CActor&) { lock.Unlock(); },
+     "Exception: type=CBugException | method=vorlund::CBinaryLock::~CBinaryLock | "
+     "file=src/vorlund/system/BinaryLock_win32 | line=44 | reason=Not locked"},
+    {"LockedElsewhere",
+     [](CBinaryLock& lock, CActor& other) {
+         other.Do([&] { lock.Lock(); });
+         try {
+             lock.Unlock();
+         } catch (...) {
+             other.Do([&] { lock.Unlock(); });
+             throw;
+         }
+     },
+     "Exception: type=CBugException | method=vorlund::CBinaryLock::~CBinaryLock | "
+     "file=src/vorlund/system/BinaryLock_win32 | line=46 | reason=Locked in another thread"},
+};
+
+TEST(BinaryLock, RefusalsAreReportedOnceEach) {
+    for (const TReportRow& row : kReportRows) {
+        SCOPED_TRACE(row.name);
+        CBinaryLock lock;
+        CActor other;
+        const CDebugRecorder recorder;
+        EXPECT_THROW(row.act(lock, other), CBugException);
+        EXPECT_EQ(recorder.GetTexts(DEBUG_MESSAGE_OUTPUT), std::vector<std::string>{row.line});
+        EXPECT_EQ(recorder.GetTexts(DEBUG_MESSAGE_BOX), std::vector<std::string>{row.line});
+    }
+}
+
+TEST(BinaryLock, TheLockCanBeUsedWhileTheBoxOfARefusalIsShown) {
+    struct TBox {
+        CBinaryLock lock;
+        CActor other;
+        int shown = 0;
+        bool usable = false;
+    } box;
+    CDebug::SetHandler(
+        DEBUG_MESSAGE_BOX,
+        [](TDebugMessageType, const wchar*, void* user) {
+            TBox& shownBox = *static_cast<TBox*>(user);
+            ++shownBox.shown;
+            shownBox.usable = IsFree(shownBox.lock, shownBox.other);
+        },
+        &box);
+    EXPECT_THROW(box.lock.Unlock(), CBugException);
+    SetDebugTarget(debugTarget);
+    EXPECT_EQ(box.shown, 1);
+    EXPECT_TRUE(box.usable);
+}
+
+TEST(BinaryLock, HoldCountIsTheCallersOwn) {
+    CBinaryLock lock;
+    CActor other;
+    for (int hold = 1; hold <= 1000; ++hold) {
+        lock.Lock();
+        ASSERT_EQ(lock.GetHoldCount(), hold);
+    }
+    other.Do([&] { EXPECT_EQ(lock.GetHoldCount(), 0); });
+    for (int hold = 999; hold >= 0; --hold) {
+        lock.Unlock();
+        ASSERT_EQ(lock.GetHoldCount(), hold);
+    }
+}
+
+TEST(BinaryLock, BlocksOtherThreadsUntilTheLastUnlock) {
+    CBinaryLock lock;
+    CActor first;
+    CActor second;
+    lock.Lock();
+    lock.Lock();
+    const auto take = [&] {
+        lock.Lock();
+        EXPECT_EQ(lock.GetHoldCount(), 1);
+        lock.Unlock();
+    };
+    first.Start(take);
+    second.Start(take);
+    EXPECT_TRUE(first.StaysBusy());
+    EXPECT_TRUE(second.StaysBusy());
+    lock.Unlock();
+    EXPECT_TRUE(first.StaysBusy());
+    EXPECT_TRUE(second.StaysBusy());
+    lock.Unlock();
+    EXPECT_TRUE(first.Finishes());
+    EXPECT_TRUE(second.Finishes());
+}
+
+TEST(BinaryLock, LocksAreIndependent) {
+    CBinaryLock left;
+    CBinaryLock right;
+    CActor other;
+    left.Lock();
+    EXPECT_TRUE(IsFree(right, other));
+    ExpectRaises<CBugException>(kNotLocked, [&] { right.Unlock(); });
+    left.Unlock();
+}
+
+TEST(BinaryLock, OneThreadAtATimeIsInside) {
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 20000;
+    CBinaryLock lock;
+    long value = 0; // plain: the lock is what keeps it whole
+    std::latch start(kThreads);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        threads.emplace_back([&] {
+            start.arrive_and_wait();
+            for (int round = 0; round < kRounds; ++round) {
+                lock.Lock();
+                const long before = value;
+                lock.Lock();
+                ++value;
+                lock.Unlock();
+                if (value != before + 1) ADD_FAILURE() << "two threads were inside";
+                lock.Unlock();
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(value, long{kThreads} * kRounds);
+}
+
+TEST(BinaryLock, TheLastUserMayDestroyItAtOnce) {
+    // Two threads use a lock once each, and whoever is second destroys it, perhaps while the first is still
+    // on its way out of Unlock.
+    struct TShared {
+        CBinaryLock lock;
+        int users = 2;
+    };
+    constexpr int kRounds = 3000;
+    std::vector<TShared*> all;
+    for (int round = 0; round < kRounds; ++round) all.push_back(new TShared);
+    std::latch start(2);
+    const auto use = [&] {
+        start.arrive_and_wait();
+        for (TShared* const shared : all) {
+            shared->lock.Lock();
+            const bool isLast = --shared->users == 0;
+            shared->lock.Unlock();
+            if (isLast) delete shared;
+        }
+    };
+    std::thread other(use);
+    use();
+    other.join();
+}
+
+TEST(BinaryLockGuard, HoldsUntilItsEnd) {
+    CBinaryLock lock;
+    {
+        const CBinaryLockGuard guard(lock);
+        EXPECT_EQ(lock.GetHoldCount(), 1);
+        const CBinaryLockGuard nested(lock);
+        EXPECT_EQ(lock.GetHoldCount(), 2);
+    }
+    EXPECT_EQ(lock.GetHoldCount(), 0);
+}
+
+TEST(BinaryLockGuard, UnlocksEarlyOnce) {
+    CBinaryLock lock;
+    {
+        CBinaryLockGuard guard(lock);
+        guard.Unlock();
+        EXPECT_EQ(lock.GetHoldCount(), 0);
+        guard.Unlock();
+    }
+    EXPECT_EQ(lock.GetHoldCount(), 0);
+}
+
+TEST(BinaryLockGuard, LeavesTheLockHeld) {
+    CBinaryLock lock;
+    {
+        CBinaryLockGuard guard(lock);
+        guard.Leave();
+    }
+    EXPECT_EQ(lock.GetHoldCount(), 1);
+    lock.Unlock();
+}
+
+} // namespace
+} // namespace vorlund::test

@@ -1,0 +1,65 @@
+#include "vorlund/system/Thread.h"
+
+#include "support/Actor.h"
+
+#include <gtest/gtest.h>
+
+#include <latch>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace vorlund::test {
+namespace {
+
+TEST(Thread, IdsDifferAmongLivingThreadsAndStayTheSame) {
+    constexpr std::size_t kThreads = 40;
+    std::vector<unsigned int> ids(kThreads);
+    std::latch allAlive(kThreads);
+    std::vector<std::thread> threads;
+    for (unsigned int& id : ids) {
+        threads.emplace_back([&] {
+            id = CurrentThreadId();
+            allAlive.arrive_and_wait();
+            EXPECT_EQ(CurrentThreadId(), id);
+            EXPECT_EQ(NotedThreadId(), id);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    ids.push_back(CurrentThreadId());
+    const std::set<unsigned int> distinct(ids.begin(), ids.end());
+    EXPECT_EQ(distinct.size(), kThreads + 1);
+    EXPECT_FALSE(distinct.contains(kUnknownThread));
+    EXPECT_FALSE(distinct.contains(kNoThread));
+}
+
+TEST(Thread, ParkWhileReturnsWhenTheWordIsDifferent) {
+    const std::atomic<std::uint32_t> word{5};
+    ParkWhile(word, 4);
+    ParkWhile(word, 0);
+}
+
+TEST(Thread, UnparkOneOfNobodyDoesNothing) {
+    const std::atomic<std::uint32_t> word{0};
+    UnparkOne(&word);
+}
+
+TEST(Thread, ASleeperWakes) {
+    std::atomic<std::uint32_t> word{0};
+    CActor sleeper;
+    for (int turn = 0; turn < 200; ++turn) {
+        word = 0;
+        sleeper.Start([&] {
+            while (word == 0) ParkWhile(word, 0);
+        });
+        if (turn == 0) {
+            EXPECT_TRUE(sleeper.StaysBusy());
+        }
+        word = 1;
+        UnparkOne(&word);
+        ASSERT_TRUE(sleeper.Finishes()) << turn;
+    }
+}
+
+} // namespace
+} // namespace vorlund::test
