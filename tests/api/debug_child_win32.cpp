@@ -5,9 +5,13 @@
 namespace vorlund::test {
 namespace {
 
+LONG WINAPI EndQuietly(EXCEPTION_POINTERS*) {
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
 /// Without a debugger: the process ends with the breakpoint's code, and nobody is asked.
 int BreakAlone() {
-    SetUnhandledExceptionFilter([](EXCEPTION_POINTERS*) -> LONG { return EXCEPTION_EXECUTE_HANDLER; });
+    SetUnhandledExceptionFilter(&EndQuietly);
     CDebug::Break();
     return 0;
 }
