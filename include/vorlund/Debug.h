@@ -12,13 +12,13 @@ enum TDebugMessageType : int {
     DEBUG_MESSAGE_OUTPUT = 0,
     /// A message box captioned "Vorlund message" with an OK button and the information icon; elsewhere a
     /// framed
-    /// notice on the controlling terminal, which waits for Enter when the process is in the foreground and
-    /// which a
-    /// process without a terminal never shows. The call returns when the box is closed.
+    /// notice on the controlling terminal, which waits for Enter while the process is in the foreground and
+    /// which a process without a terminal never shows. The call returns when the box is closed.
     DEBUG_MESSAGE_BOX = 1,
-    /// The standard output, then an end of line, flushed. What the stream cannot encode is written as UTF-8
-    /// on
-    /// POSIX and with a substitute on Windows.
+    /// The standard output, then an end of line, flushed, in the encoding of the C locale's code page. A text
+    /// that it cannot encode is written as UTF-8 on POSIX and with substitutes on Windows; the stream goes on
+    /// working, whether it prints bytes or wide characters, and one that has printed nothing stays free to do
+    /// either.
     DEBUG_MESSAGE_STDOUT = 2,
     /// The standard error stream, in the same way.
     DEBUG_MESSAGE_STDERR = 3
@@ -39,8 +39,8 @@ public:
     ///
     /// In `format`, `%s` and `%c` take wide text, `%S`, `%hs`, `%C` and `%hc` narrow text (widened unit by
     /// unit with sign extension), `%I64d` and `%lld` 64-bit integers; everything else is as in C. A null text
-    /// prints as
-    /// "(null)". `%n` is not supported and prints nothing.
+    /// prints as "(null)", a fraction has a "." in every locale, and from an unknown conversion on the rest
+    /// of the format is printed as it stands. `%n` is not supported and prints nothing. Never raises.
     static void PrintMessage(TDebugMessageType type, const wchar* format, ...);
 
     /// Replaces the default destination of `type` by `handler`, which is then called with `user`; a null
