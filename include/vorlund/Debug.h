@@ -15,7 +15,8 @@ enum TDebugMessageType : int {
     /// notice on the controlling terminal, which waits for Enter while the process is in the foreground and
     /// which a process without a terminal never shows. The call returns when the box is closed.
     DEBUG_MESSAGE_BOX = 1,
-    /// The standard output, then an end of line, flushed, in the encoding of the C locale's code page. A text
+    /// The standard output, then an end of line, flushed, in the encoding of the C runtime's locale, or of
+    /// the console. A text
     /// that it cannot encode is written as UTF-8 on POSIX and with substitutes on Windows; the stream goes on
     /// working, whether it prints bytes or wide characters, and one that has printed nothing stays free to do
     /// either.
