@@ -1,0 +1,75 @@
+/// \file
+/// What the class store's tests share: its failures, some classes, and an open store.
+#pragma once
+
+#include <vorlund/ClassStore.h>
+#include <vorlund/Exception.h>
+#include <vorlund/ObjectList.h>
+#include <vorlund/RefPtr.h>
+
+#include "support/LibraryScope.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace vorlund::test {
+
+inline constexpr const wchar* kClassStoreFile = VRL_L("src/vorlund/api/ClassStore");
+inline constexpr const wchar* kCreateObject = VRL_L("vorlund::CClassStore::CreateObject");
+inline constexpr const wchar* kGetClassInfo = VRL_L("vorlund::CClassStore::GetClassInfo");
+inline constexpr const wchar* kGetClass = VRL_L("vorlund::CClassStore::GetClass");
+inline constexpr TFailure kCreateByIdClosed{kCreateObject, kClassStoreFile, 60, VRL_L("Not initialized")};
+inline constexpr TFailure kCreateByIdNotFound{kCreateObject, kClassStoreFile, 68, VRL_L("Cannot find class")};
+inline constexpr TFailure kCreateByNameClosed{kCreateObject, kClassStoreFile, 77, VRL_L("Not initialized")};
+inline constexpr TFailure kCreateByNameNotFound{kCreateObject, kClassStoreFile, 85, VRL_L("")};
+inline constexpr TFailure kGetByIdClosed{kGetClassInfo, kClassStoreFile, 112, VRL_L("Not initialized")};
+inline constexpr TFailure kGetByIdNotFound{kGetClass, kClassStoreFile, 125, VRL_L("")};
+inline constexpr TFailure kGetByNameClosed{kGetClassInfo, kClassStoreFile, 130, VRL_L("Not initialized")};
+inline constexpr TFailure kGetByNameNotFound{kGetClass, kClassStoreFile, 143, VRL_L("")};
+inline constexpr TFailure kRegisterClosed{VRL_L("vorlund::CClassStore::RegisterClassVrl"), kClassStoreFile,
+                                          148, VRL_L("Not initialized")};
+inline constexpr TFailure kNotClosed{VRL_L("vorlund::CClassStore::~CClassStore"), kClassStoreFile, 28,
+                                     VRL_L("Not closed")};
+
+inline constexpr CId kFirstId{0xC1A55, 0, 0, 1};
+inline constexpr CId kSecondId{0xC1A55, 0, 0, 2};
+inline constexpr CId kThirdId{0xC1A55, 0, 0, 3};
+inline constexpr const wchar* kFirstName = VRL_L("test::CFirst");
+inline constexpr const wchar* kSecondName = VRL_L("test::CSecond");
+
+inline IObject* MakeNothing() {
+    return nullptr;
+}
+inline const TClassInfo kFirst(kFirstId, kFirstName, &MakeNothing);
+
+/// What an enumeration of the store points at, in order.
+inline std::vector<const TClassInfo*> Classes(const CClassStore& store) {
+    std::vector<const TClassInfo*> classes;
+    const auto enumerator = CRefPtr<IObjectEnumerator>::Adopt(store.EnumerateClasses());
+    while (enumerator->HasNext()) {
+        const auto item = CRefPtr<IObject>::Adopt(enumerator->GetNext()).Query<IPtrObject>();
+        if (!item) {
+            ADD_FAILURE() << "an item is no IPtrObject";
+            break;
+        }
+        classes.push_back(static_cast<const TClassInfo*>(item->GetPtr()));
+    }
+    return classes;
+}
+
+/// An open store of its own, and the library, which its enumerations and objects need.
+class CClassStoreTest : public testing::Test {
+protected:
+    CClassStoreTest() { store_.Init(); }
+    ~CClassStoreTest() noexcept override { store_.Close(); }
+
+    void Register(const CId& id, const wchar* name, TObjectFactory factory = &MakeNothing) {
+        store_.RegisterClassVrl({id, name, factory});
+    }
+
+    CLibraryScope library_;
+    CClassStore store_;
+};
+
+} // namespace vorlund::test

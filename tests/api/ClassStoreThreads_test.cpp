@@ -1,0 +1,155 @@
+// The lock of the store: held while a factory runs, left with the thread of a factory that raises.
+#include "api/ClassStoreTest.h"
+
+#include <vorlund/ClassIds.h>
+#include <vorlund/Vorlund.h>
+
+#include "support/DebugRecorder.h"
+#include "support/Failures.h"
+#include "support/Probes.h"
+
+#include <gtest/gtest.h>
+
+#include <latch>
+#include <set>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace vorlund::test {
+namespace {
+
+class ClassStoreThreads : public CClassStoreTest {};
+
+// A factory that raises. That other threads then block is shown by a child process: Unload_test.
+
+[[noreturn]] IObject* Refuse() {
+    throw std::runtime_error("factory");
+}
+
+TEST_F(ClassStoreThreads, ThreadOfARaisingFactoryGoesOn) {
+    Register(kFirstId, kFirstName, &Refuse);
+    Register(kSecondId, kSecondName, &NewObject<CProbe>);
+    EXPECT_THROW(store_.CreateObject(kFirstId), std::runtime_error);
+    EXPECT_THROW(store_.CreateObject(kFirstName), std::runtime_error);
+    EXPECT_EQ(store_.GetClassInfo(kFirstId)->name, kFirstName);
+    EXPECT_TRUE(CRefPtr<IObject>::Adopt(store_.CreateObject(kSecondName)));
+    EXPECT_TRUE(CRefPtr<IObjectEnumerator>::Adopt(store_.EnumerateClasses())->HasNext());
+    store_.Clear();
+    Register(kThirdId, nullptr);
+}
+
+TEST_F(ClassStoreThreads, CloseAfterARaisingFactorySucceeds) {
+    Register(kFirstId, kFirstName, &Refuse);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_THROW(store_.CreateObject(kFirstId), std::runtime_error);
+    }
+    const CDebugRecorder recorder;
+    store_.Close();
+    EXPECT_TRUE(recorder.GetEntries().empty());
+    store_.Init();
+    // The new lock is free.
+    std::thread([&] { store_.RegisterClassVrl(kFirst); }).join();
+    EXPECT_EQ(store_.GetClassInfo(kFirstName)->factory, &MakeNothing);
+}
+
+TEST(ClassStoreThreadsOfTheLibrary, CloseAfterARaisingFactorySucceeds) {
+    v.Init();
+    v.GetClassStore().RegisterClassVrl({kFirstId, kFirstName, &Refuse});
+    EXPECT_THROW(CreateAs<IObject>(kFirstId), std::runtime_error);
+    EXPECT_THROW(CreateAs<IObject>(kFirstId), std::runtime_error);
+    v.Close();
+    v.Init();
+    std::thread([] { EXPECT_TRUE(CreateAs<IObject>(classid::CObject)); }).join();
+    v.Close();
+}
+
+std::latch* isInFactory = nullptr;
+std::latch* mayLeaveFactory = nullptr;
+
+TEST_F(ClassStoreThreads, CloseWaitsForTheFactoryOfAnotherThread) {
+    std::latch inFactory(1), mayLeave(1), closing(1);
+    isInFactory = &inFactory;
+    mayLeaveFactory = &mayLeave;
+    static bool isFactoryDone;
+    isFactoryDone = false;
+    Register(kFirstId, kFirstName, []() -> IObject* {
+        isInFactory->count_down();
+        mayLeaveFactory->wait();
+        isFactoryDone = true;
+        return nullptr;
+    });
+    std::thread creator([&] { EXPECT_EQ(store_.CreateObject(kFirstId), nullptr); });
+    inFactory.wait();
+    std::thread closer([&] {
+        closing.count_down();
+        store_.Close();
+        // Written by the factory, under the lock that Close has waited for.
+        EXPECT_TRUE(isFactoryDone);
+    });
+    closing.wait();
+    mayLeave.count_down();
+    closer.join();
+    creator.join();
+}
+
+// Threads.
+
+TEST(ClassStoreThreadsOfTheLibrary, ThreadsCreateRegisterAndLookUpTogether) {
+    const CLibraryScope library;
+    CClassStore& store = v.GetClassStore();
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 500;
+    std::latch start(kThreads);
+    std::vector<std::vector<IObject*>> created(kThreads);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        threads.emplace_back([&, thread] {
+            start.arrive_and_wait();
+            for (int round = 0; round < kRounds; ++round) {
+                const CId own(0x7EAD, static_cast<unsigned int>(thread), static_cast<unsigned int>(round), 0);
+                store.RegisterClassVrl({own, VRL_L("test::CShared"), &NewObject<CProbe>});
+                // Objects are numbered inside their factory, which runs under the store's lock.
+                created[thread].push_back(store.CreateObject(own));
+                created[thread].push_back(store.CreateObject(VRL_L("vorlund::CPtrObject")));
+                EXPECT_EQ(store.GetClassInfo(own)->id, own);
+                EXPECT_EQ(store.GetClassInfo(VRL_L("vorlund::CObject"))->id, classid::CObject);
+                EXPECT_THROW(store.GetClassInfo({0x7EAD, 99, 99, 99}), CClassNotFoundException);
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    std::set<int> numbers;
+    for (const auto& objects : created) {
+        for (IObject* const object : objects) {
+            EXPECT_TRUE(numbers.insert(object->GetObjectNumber()).second);
+            object->Release();
+        }
+    }
+    EXPECT_EQ(numbers.size(), 2u * kThreads * kRounds);
+    EXPECT_EQ(*numbers.rbegin(), 2 * kThreads * kRounds);
+    EXPECT_EQ(CProbe::alive, 0);
+}
+
+TEST(ClassStoreThreadsOfTheLibrary, ThreadsEnumerateWhileOthersRegister) {
+    const CLibraryScope library;
+    CClassStore& store = v.GetClassStore();
+    const std::size_t builtins = Classes(store).size();
+    constexpr unsigned int kAdded = 300;
+    std::latch start(2);
+    std::thread adder([&] {
+        start.arrive_and_wait();
+        for (unsigned int i = 0; i < kAdded; ++i)
+            store.RegisterClassVrl({{0x7EAD, 0, 1, i}, nullptr, &MakeNothing});
+    });
+    start.arrive_and_wait();
+    for (std::size_t last = 0; last < builtins + kAdded;) {
+        const std::size_t count = Classes(store).size();
+        EXPECT_GE(count, last);
+        last = count;
+    }
+    adder.join();
+}
+
+} // namespace
+} // namespace vorlund::test
