@@ -360,21 +360,22 @@ TEST_P(DataFormatAudioSeconds, Seconds) {
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, DataFormatAudioSeconds,
-    testing::Values(TAudioSecondsRow{"Zero", kStereo, 0, 0.0F, 0.0F},
-                    TAudioSecondsRow{"InsideAFrame", kStereo, 2, static_cast<float>(2 / 44100.0),
-                                     static_cast<float>(2 / 176400.0)},
-                    TAudioSecondsRow{"OneSecond", kStereo, 176400, 4.0F, 1.0F},
-                    TAudioSecondsRow{"Negative", kStereo, -88200, -2.0F, -0.5F},
-                    TAudioSecondsRow{
-                        "Third", {0, 1, 3}, 1, static_cast<float>(1 / 3.0), static_cast<float>(1 / 3.0)},
-                    TAudioSecondsRow{"Greatest", kUnit, kMax, 0x1p63F, 0x1p63F},
-                    TAudioSecondsRow{"Least", kUnit, kMin, -0x1p63F, -0x1p63F},
-                    // 16777217 has no single-precision form, its half has one.
-                    TAudioSecondsRow{"DoublePrecision", {0, 1, 2}, 16777217, 8388608.5F, 8388608.5F},
-                    TAudioSecondsRow{"NoRate", {1, 2, 0}, 1, kInfinity, kInfinity},
-                    TAudioSecondsRow{"NoRateNegative", {1, 2, 0}, -1, -kInfinity, -kInfinity},
-                    TAudioSecondsRow{"NothingByNothing", {1, 2, 0}, 0, kNaN, kNaN},
-                    TAudioSecondsRow{"NoBlock", {7, 2, 44100}, 44100, 1.0F, kInfinity}),
+    testing::Values(
+        TAudioSecondsRow{"Zero", kStereo, 0, 0.0F, 0.0F},
+        TAudioSecondsRow{"InsideAFrame", kStereo, 2, static_cast<float>(2 / 44100.0),
+                         static_cast<float>(2 / 176400.0)},
+        TAudioSecondsRow{"OneSecond", kStereo, 176400, 4.0F, 1.0F},
+        TAudioSecondsRow{"Negative", kStereo, -88200, -2.0F, -0.5F},
+        TAudioSecondsRow{"Third", {0, 1, 3}, 1, static_cast<float>(1 / 3.0), static_cast<float>(1 / 3.0)},
+        TAudioSecondsRow{"Greatest", kUnit, kMax, 0x1p63F, 0x1p63F},
+        TAudioSecondsRow{"Least", kUnit, kMin, -0x1p63F, -0x1p63F},
+        // 16777217 has no single-precision form.
+        TAudioSecondsRow{"DoublePrecision", kStereo, 16777217, static_cast<float>(16777217 / 44100.0),
+                         static_cast<float>(16777217 / 176400.0)},
+        TAudioSecondsRow{"NoRate", {1, 2, 0}, 1, kInfinity, kInfinity},
+        TAudioSecondsRow{"NoRateNegative", {1, 2, 0}, -1, -kInfinity, -kInfinity},
+        TAudioSecondsRow{"NothingByNothing", {1, 2, 0}, 0, kNaN, kNaN},
+        TAudioSecondsRow{"NoBlock", {7, 2, 44100}, 44100, 1.0F, kInfinity}),
     [](const auto& row) { return row.param.name; });
 
 /// A video of frames of `frameSize` bytes.
