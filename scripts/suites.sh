@@ -12,7 +12,7 @@ program_limit=900
 # callers expect, the first race ends the run.
 export ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1
 export UBSAN_OPTIONS=print_stacktrace=1
-export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+export TSAN_OPTIONS=allocator_may_return_null=1:halt_on_error=1:second_deadlock_stack=1
 
 # count PASSED FAILED: adds to the sums of the target at hand.
 count() {
