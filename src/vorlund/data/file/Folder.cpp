@@ -54,13 +54,13 @@ template <class TEntry> CRefPtr<TEntry> MakeEntry(const TSelection& selection, c
     return entry;
 }
 
-/// A new list of the selected entries in the order of the search. No name is special: "." and ".." are
-/// directories like any other.
+/// A new list of the selected entries in the order of the search.
 template <class TEntry> IObjectList* Enumerate(const TSelection& selection, const wchar* folderPath) {
     auto list = CreateOrRaise<IObjectList>(classid::CObjectList, selection.noList);
     if (!*folderPath) return list.Detach();
     filesystem::CFolderSearch search(folderPath);
     while (search.Next()) {
+        // Kept on purpose: no name is special, so "." and ".." are directories like any other.
         if (search.GetKind() != selection.kind) continue;
         CString path(folderPath);
         path += search.GetName();
