@@ -5,16 +5,16 @@ set(VORLUND_GOOGLETEST_DIR /usr/src/googletest/googletest CACHE PATH "Sources of
 find_package(Threads REQUIRED)
 add_library(gtest STATIC EXCLUDE_FROM_ALL ${VORLUND_GOOGLETEST_DIR}/src/gtest-all.cc)
 target_compile_features(gtest PUBLIC cxx_std_20)
-target_compile_options(gtest PRIVATE -O1 -w)
+target_compile_options(gtest PRIVATE -O0 -w)
 target_include_directories(gtest PRIVATE ${VORLUND_GOOGLETEST_DIR})
 target_include_directories(gtest SYSTEM PUBLIC ${VORLUND_GOOGLETEST_DIR}/include)
 target_link_libraries(gtest PUBLIC Threads::Threads)
 
-# What every test program shares. -O1 comes after the flags of the build type and wins: tests are compiled far
+# What every test program shares. -O0 comes after the flags of the build type and wins: tests are compiled far
 # more often than they run.
 add_library(vorlund_test_settings INTERFACE)
 target_link_libraries(vorlund_test_settings INTERFACE vorlund_build vorlund_basic_warnings)
-target_compile_options(vorlund_test_settings INTERFACE -O1)
+target_compile_options(vorlund_test_settings INTERFACE -O0)
 target_include_directories(vorlund_test_settings INTERFACE ${PROJECT_SOURCE_DIR}/tests)
 
 # vorlund_test_sources(<file>...): adds suites of the calling folder to vorlund_tests.

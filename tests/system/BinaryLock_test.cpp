@@ -90,6 +90,18 @@ TEST(BinaryLock, UnlockByAFormerOwnerIsRefused) {
     ExpectRaises<CBugException>(kNotLocked, [&] { lock.Unlock(); });
 }
 
+// A lock whose destructor raised is no object of its class any more, although its holder may still come back
+// to it; these use it as what is left of it.
+[[gnu::no_sanitize("vptr")]] void UnlockRemains(CBinaryLock* lock) {
+    lock->Unlock();
+}
+[[gnu::no_sanitize("vptr")]] int CountHoldsOfRemains(CBinaryLock* lock) {
+    return lock->GetHoldCount();
+}
+[[gnu::no_sanitize("vptr")]] void DestroyRemains(CBinaryLock* lock) {
+    lock->CBinaryLock::~CBinaryLock();
+}
+
 TEST(BinaryLock, DestroyedWhileHeldIsRefusedAndTheLockStaysHeld) {
     // In raw storage, because the object cannot be used by its name after its destructor ran.
     alignas(CBinaryLock) unsigned char storage[sizeof(CBinaryLock)];
@@ -97,10 +109,10 @@ TEST(BinaryLock, DestroyedWhileHeldIsRefusedAndTheLockStaysHeld) {
         CBinaryLock* const lock = ::new (static_cast<void*>(storage)) CBinaryLock;
         for (int hold = 0; hold < holds; ++hold) lock->Lock();
         ExpectRaises<CBugException>(kStillLocked, [&] { lock->CBinaryLock::~CBinaryLock(); });
-        EXPECT_EQ(lock->GetHoldCount(), holds);
-        for (int hold = 0; hold < holds; ++hold) lock->Unlock();
-        EXPECT_EQ(lock->GetHoldCount(), 0);
-        lock->CBinaryLock::~CBinaryLock();
+        EXPECT_EQ(CountHoldsOfRemains(lock), holds);
+        for (int hold = 0; hold < holds; ++hold) UnlockRemains(lock);
+        EXPECT_EQ(CountHoldsOfRemains(lock), 0);
+        DestroyRemains(lock);
     }
 }
 
@@ -110,8 +122,8 @@ TEST(BinaryLock, DestroyedWhileAnotherThreadHoldsItIsRefused) {
     CActor other;
     other.Do([&] { lock->Lock(); });
     ExpectRaises<CBugException>(kStillLocked, [&] { lock->CBinaryLock::~CBinaryLock(); });
-    other.Do([&] { lock->Unlock(); });
-    lock->CBinaryLock::~CBinaryLock();
+    other.Do([&] { UnlockRemains(lock); });
+    DestroyRemains(lock);
 }
 
 TEST(BinaryLock, DeletedWhileHeldRaisesAndLosesOnlyTheBlock) {
