@@ -129,7 +129,8 @@ inline void CheckReading(IInputStream& decoder, const CFuzzStream& stream, const
             const std::uint64_t expected = std::min({size, left(), stored, stream.mostPerRead});
             std::fill(buffer.begin(), buffer.end(), std::uint8_t{0xA5});
             Check(decoder.Read(buffer.data(), size) == expected);
-            if (expected > 0) Check(std::memcmp(buffer.data(), file + below, expected) == 0);
+            if (expected > 0)
+                Check(std::memcmp(buffer.data(), file + below, static_cast<std::size_t>(expected)) == 0);
             // Nothing behind what was delivered is touched.
             Check(std::all_of(buffer.begin() + static_cast<std::ptrdiff_t>(expected), buffer.end(),
                               [](std::uint8_t byte) { return byte == 0xA5; }));
