@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Configures and builds a preset. Sourced by ./run and ./test; runs in the root of the repository.
 
 # vorlund_build PRESET FOLDER [CMAKE-OPTION...] [-- BUILD-OPTION...]: quiet on success but for what it writes to

@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Installs the Debian packages that a purpose needs. Sourced by ./run and ./test.
 
 # Prints the packages of a purpose, one word each.

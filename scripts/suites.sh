@@ -1,5 +1,9 @@
+# shellcheck shell=bash
 # What ./test does for one target: build, run the test programs whole, and the extra steps that gtest does not
 # see. Every step ends in count(), and finish() prints the sum. Sourced by ./test, in the root of the repository.
+
+# The caller sets $logs, the folder of the logs.
+: "${logs:=build/logs}"
 
 total_passed=0
 total_failed=0

@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Wine without a desktop and without questions. Sourced by ./run and ./test.
 
 # vorlund_wine_env PREFIX: the environment of every Wine process, with the prefix (made absolute) as given.
