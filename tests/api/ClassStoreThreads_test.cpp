@@ -6,11 +6,11 @@
 
 #include "support/DebugRecorder.h"
 #include "support/Failures.h"
+#include "support/Latch.h"
 #include "support/Probes.h"
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -64,31 +64,31 @@ TEST(ClassStoreThreadsOfTheLibrary, CloseAfterARaisingFactorySucceeds) {
     v.Close();
 }
 
-std::latch* isInFactory = nullptr;
-std::latch* mayLeaveFactory = nullptr;
+CLatch* isInFactory = nullptr;
+CLatch* mayLeaveFactory = nullptr;
 
 TEST_F(ClassStoreThreads, CloseWaitsForTheFactoryOfAnotherThread) {
-    std::latch inFactory(1), mayLeave(1), closing(1);
+    CLatch inFactory(1), mayLeave(1), closing(1);
     isInFactory = &inFactory;
     mayLeaveFactory = &mayLeave;
     static bool isFactoryDone;
     isFactoryDone = false;
     Register(kFirstId, kFirstName, []() -> IObject* {
-        isInFactory->count_down();
-        mayLeaveFactory->wait();
+        isInFactory->CountDown();
+        mayLeaveFactory->Wait();
         isFactoryDone = true;
         return nullptr;
     });
     std::thread creator([&] { EXPECT_EQ(store_.CreateObject(kFirstId), nullptr); });
-    inFactory.wait();
+    inFactory.Wait();
     std::thread closer([&] {
-        closing.count_down();
+        closing.CountDown();
         store_.Close();
         // Written by the factory, under the lock that Close has waited for.
         EXPECT_TRUE(isFactoryDone);
     });
-    closing.wait();
-    mayLeave.count_down();
+    closing.Wait();
+    mayLeave.CountDown();
     closer.join();
     creator.join();
 }
@@ -100,12 +100,12 @@ TEST(ClassStoreThreadsOfTheLibrary, ThreadsCreateRegisterAndLookUpTogether) {
     CClassStore& store = v.GetClassStore();
     constexpr int kThreads = 4;
     constexpr int kRounds = 500;
-    std::latch start(kThreads);
+    CLatch start(kThreads);
     std::vector<std::vector<IObject*>> created(kThreads);
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([&, thread] {
-            start.arrive_and_wait();
+            start.ArriveAndWait();
             for (int round = 0; round < kRounds; ++round) {
                 const CId own(0x7EAD, static_cast<unsigned int>(thread), static_cast<unsigned int>(round), 0);
                 store.RegisterClassVrl({own, VRL_L("test::CShared"), &NewObject<CProbe>});
@@ -136,13 +136,13 @@ TEST(ClassStoreThreadsOfTheLibrary, ThreadsEnumerateWhileOthersRegister) {
     CClassStore& store = v.GetClassStore();
     const std::size_t builtins = Classes(store).size();
     constexpr unsigned int kAdded = 300;
-    std::latch start(2);
+    CLatch start(2);
     std::thread adder([&] {
-        start.arrive_and_wait();
+        start.ArriveAndWait();
         for (unsigned int i = 0; i < kAdded; ++i)
             store.RegisterClassVrl({{0x7EAD, 0, 1, i}, nullptr, &MakeNothing});
     });
-    start.arrive_and_wait();
+    start.ArriveAndWait();
     for (std::size_t last = 0; last < builtins + kAdded;) {
         const std::size_t count = Classes(store).size();
         EXPECT_GE(count, last);

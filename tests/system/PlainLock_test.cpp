@@ -1,10 +1,10 @@
 #include "vorlund/system/PlainLock.h"
 
 #include "support/Actor.h"
+#include "support/Latch.h"
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <thread>
 #include <vector>
 
@@ -53,11 +53,11 @@ TEST(PlainLock, OneThreadAtATimeIsInside) {
     constexpr int kTurns = 20000;
     CPlainLock lock;
     long value = 0;
-    std::latch start(kThreads);
+    CLatch start(kThreads);
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([&] {
-            start.arrive_and_wait();
+            start.ArriveAndWait();
             for (int turn = 0; turn < kTurns; ++turn) {
                 const CPlainLockGuard guard(lock);
                 ++value;

@@ -1,3 +1,5 @@
+#include "support/Latch.h"
+
 #include <vorlund/ReadWriteLock.h>
 
 #include "system/LockViews.h"
@@ -5,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <latch>
 #include <random>
 #include <string>
 #include <thread>
@@ -22,7 +23,7 @@ void DawdleSometimes(std::minstd_rand& random) {
 TEST(ReadWriteLockStress, ManyThreadsHoldItAtOnce) {
     constexpr int kThreads = 60;
     CReadWriteLock lock;
-    std::latch allHold(kThreads);
+    CLatch allHold(kThreads);
     std::vector<std::thread> threads;
     std::atomic<int> wrong{0};
     for (int number = 0; number < kThreads; ++number) {
@@ -31,7 +32,7 @@ TEST(ReadWriteLockStress, ManyThreadsHoldItAtOnce) {
             for (int turn = 0; turn < 3; ++turn) {
                 lock.Lock(LOCK_MODE_READ, 0);
                 lock.Lock(LOCK_MODE_READ, param);
-                if (turn == 0) allHold.arrive_and_wait();
+                if (turn == 0) allHold.ArriveAndWait();
                 if (lock.GetLockMode() != LOCK_MODE_READ || lock.GetParam() != param) ++wrong;
                 lock.Unlock();
                 if (lock.GetParam() != param) ++wrong;
@@ -70,7 +71,7 @@ TEST_P(ReadWriteLockMix, KeepsWhatItGuardsWhole) {
     long right = 0;
     std::atomic<int> wrong{0};
     std::vector<long> written(static_cast<std::size_t>(row.threads));
-    std::latch start(row.threads);
+    CLatch start(row.threads);
 
     const auto run = [&](int number) {
         std::minstd_rand random(static_cast<unsigned int>(number) + 1);
@@ -87,7 +88,7 @@ TEST_P(ReadWriteLockMix, KeepsWhatItGuardsWhole) {
             lock.Unlock();
             lock.Unlock();
         };
-        start.arrive_and_wait();
+        start.ArriveAndWait();
         for (int turn = 0; turn < kTurns; ++turn) {
             if (random() % 100 < row.writes) {
                 lock.Lock(LOCK_MODE_WRITE, 0);
@@ -133,12 +134,12 @@ TEST(ReadWriteLockStress, AllUpgradersAndWritersGetThroughInTheEnd) {
     constexpr int kThreads = 6;
     constexpr int kTurns = 10000;
     CReadWriteLock lock;
-    std::latch start(kThreads);
+    CLatch start(kThreads);
     std::vector<std::thread> threads;
     for (int number = 0; number < kThreads; ++number) {
         threads.emplace_back([&, number] {
             std::minstd_rand random(static_cast<unsigned int>(number) + 100);
-            start.arrive_and_wait();
+            start.ArriveAndWait();
             for (int turn = 0; turn < kTurns; ++turn) {
                 lock.Lock(random() % 3 ? LOCK_MODE_READ : LOCK_MODE_WRITE, 0);
                 lock.Lock(random() % 3 ? LOCK_MODE_WRITE : LOCK_MODE_READ, 0);

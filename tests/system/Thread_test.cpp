@@ -1,10 +1,10 @@
 #include "vorlund/system/Thread.h"
 
 #include "support/Actor.h"
+#include "support/Latch.h"
 
 #include <gtest/gtest.h>
 
-#include <latch>
 #include <set>
 #include <thread>
 #include <vector>
@@ -15,12 +15,12 @@ namespace {
 TEST(Thread, IdsDifferAmongLivingThreadsAndStayTheSame) {
     constexpr std::size_t kThreads = 40;
     std::vector<unsigned int> ids(kThreads);
-    std::latch allAlive(kThreads);
+    CLatch allAlive(kThreads);
     std::vector<std::thread> threads;
     for (unsigned int& id : ids) {
         threads.emplace_back([&] {
             id = CurrentThreadId();
-            allAlive.arrive_and_wait();
+            allAlive.ArriveAndWait();
             EXPECT_EQ(CurrentThreadId(), id);
             EXPECT_EQ(NotedThreadId(), id);
         });
