@@ -35,8 +35,9 @@ inline constexpr TFailure kNotClosed{VRL_L("vorlund::CClassStore::~CClassStore")
 inline constexpr CId kFirstId{0xC1A55, 0, 0, 1};
 inline constexpr CId kSecondId{0xC1A55, 0, 0, 2};
 inline constexpr CId kThirdId{0xC1A55, 0, 0, 3};
-inline constexpr const wchar* kFirstName = VRL_L("test::CFirst");
-inline constexpr const wchar* kSecondName = VRL_L("test::CSecond");
+// Arrays, because tests compare their addresses: a literal has one in every file.
+inline constexpr wchar kFirstName[] = VRL_L("test::CFirst");
+inline constexpr wchar kSecondName[] = VRL_L("test::CSecond");
 
 inline IObject* MakeNothing() {
     return nullptr;
