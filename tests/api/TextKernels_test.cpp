@@ -9,6 +9,7 @@
 
 #include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -173,6 +174,35 @@ TEST(TextKernels, NeedlesCutFromTheirTexts) {
                   scalar::FindFirstText(text, content.size(), part.data(), part.size()));
         ASSERT_EQ(vorlund::FindLastText(text, content.size(), part.data(), part.size()),
                   scalar::FindLastText(text, content.size(), part.data(), part.size()));
+    }
+}
+
+TEST(TextKernels, AllPlacesUpToACapacity) {
+    const CGuardedUnits memory;
+    std::mt19937 random(11);
+    for (int round = 0; round < 10000; ++round) {
+        const unsigned int alphabet = 1 + random() % 3;
+        const wstring content = RandomText(random, random() % 120, alphabet);
+        const wstring needle = RandomText(random, 1 + random() % 5, alphabet);
+        const std::size_t capacity = random() % 4 ? 200 : random() % 8;
+        const wchar* text = memory.PutAtEnd(content);
+        std::vector<std::uint32_t> places(capacity + 1, 0xABCD);
+        std::vector<std::uint32_t> expected = places;
+        const std::size_t count =
+            vorlund::FindAllText(text, content.size(), needle.data(), needle.size(), places.data(), capacity);
+        ASSERT_EQ(count, scalar::FindAllText(text, content.size(), needle.data(), needle.size(),
+                                             expected.data(), capacity));
+        ASSERT_EQ(places, expected);
+        // The reference against the search for one.
+        std::size_t behind = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::size_t place = content.find(needle, behind);
+            ASSERT_EQ(places[i], place);
+            behind = place + needle.size();
+        }
+        if (count < capacity) {
+            ASSERT_EQ(content.find(needle, behind), wstring::npos);
+        }
     }
 }
 

@@ -4,6 +4,8 @@
 #include "vorlund/api/TextCase.h"
 #include "vorlund/api/TextKernels.h"
 
+#include <cstddef>
+#include <limits>
 #include <type_traits>
 #include <utility>
 
@@ -46,6 +48,8 @@ std::int64_t ElementPlace(const wchar* text, std::int64_t index) {
         index += static_cast<std::int64_t>(TextLength(text));
         return index < 0 ? -1 : index;
     }
+    // Beyond what an address space holds there is no text, and no sum either.
+    if (index >= std::numeric_limits<std::ptrdiff_t>::max()) return -1;
     const auto needed = static_cast<std::size_t>(index) + 1;
     return TextLength(text, needed) == needed ? index : -1;
 }
@@ -158,7 +162,10 @@ int CString::CompareTo(const char* text) const {
 }
 
 int CString::CompareTo(const wchar* text) const {
-    return CompareText(buffer_, OrEmpty(text));
+    const wchar* const other = OrEmpty(text);
+    // Most pairs differ at once.
+    if (*buffer_ != *other) return *buffer_ > *other ? 1 : -1;
+    return CompareText(buffer_, other);
 }
 
 int CString::CompareToIgnoreCase(const char* text) const {

@@ -48,6 +48,11 @@ std::size_t FindLastText(const wchar* text, std::size_t length, const wchar* nee
     return VRL_TEXT_SET::FindLastText(text, length, needle, needleLength);
 }
 
+std::size_t FindAllText(const wchar* text, std::size_t length, const wchar* needle, std::size_t needleLength,
+                        std::uint32_t* places, std::size_t capacity) {
+    return VRL_TEXT_SET::FindAllText(text, length, needle, needleLength, places, capacity);
+}
+
 void ReplaceUnit(wchar* text, std::size_t length, wchar from, wchar to) {
     VRL_TEXT_SET::ReplaceUnit(text, length, from, to);
 }

@@ -9,6 +9,7 @@
 #include <vorlund/Platform.h>
 
 #include <cstddef>
+#include <cstdint>
 
 namespace vorlund {
 
@@ -40,6 +41,11 @@ std::size_t FindFirstText(const wchar* text, std::size_t length, const wchar* ne
                           std::size_t needleLength);
 std::size_t FindLastText(const wchar* text, std::size_t length, const wchar* needle,
                          std::size_t needleLength);
+
+/// The first `capacity` places, from the front, where the needle stands among `length` units without
+/// overlapping the one before; gives their number. The needle must not be empty.
+std::size_t FindAllText(const wchar* text, std::size_t length, const wchar* needle, std::size_t needleLength,
+                        std::uint32_t* places, std::size_t capacity);
 
 /// Every unit equal to `from` among `length` units becomes `to`.
 void ReplaceUnit(wchar* text, std::size_t length, wchar from, wchar to);

@@ -6,6 +6,7 @@
 #include "vorlund/api/TextKernels.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace vorlund::scalar {
 
@@ -55,6 +56,17 @@ inline std::size_t FindFirstText(const wchar* text, std::size_t length, const wc
     for (std::size_t i = 0; i <= length - needleLength; ++i)
         if (std::equal(needle, needle + needleLength, text + i)) return i;
     return kTextNotFound;
+}
+
+inline std::size_t FindAllText(const wchar* text, std::size_t length, const wchar* needle,
+                               std::size_t needleLength, std::uint32_t* places, std::size_t capacity) {
+    std::size_t count = 0;
+    for (std::size_t i = 0; count < capacity && i + needleLength <= length;) {
+        const bool stands = std::equal(needle, needle + needleLength, text + i);
+        if (stands) places[count++] = static_cast<std::uint32_t>(i);
+        i += stands ? needleLength : 1;
+    }
+    return count;
 }
 
 inline std::size_t FindLastText(const wchar* text, std::size_t length, const wchar* needle,

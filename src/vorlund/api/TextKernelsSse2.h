@@ -198,14 +198,14 @@ inline bool SameUnits(const wchar* left, const wchar* right, std::size_t length)
     return Mask(Equal(Load(left + length - kBlock), Load(right + length - kBlock))) == 0xFFFF;
 }
 
-/// A needle of 2 units or more, with the two places that choose candidates: the first, and the last that
-/// holds another unit than the first, because runs of one unit are what texts hold most of.
+/// A needle that is not empty, with the two places that choose candidates: the first, and the last that holds
+/// another unit than the first, because runs of one unit are what texts hold most of.
 class CNeedle {
 public:
     CNeedle(const wchar* units, std::size_t length)
         : units_(units), length_(length), probe_(length - 1), first_(Spread(units[0])) {
-        while (probe_ > 1 && units[probe_] == units[0]) --probe_;
-        if (units[probe_] == units[0]) probe_ = length - 1;
+        while (probe_ > 0 && units[probe_] == units[0]) --probe_;
+        if (probe_ == 0) probe_ = length - 1;
         other_ = Spread(units[probe_]);
     }
 
@@ -218,7 +218,7 @@ public:
     }
 
     /// Whether the needle stands at a candidate.
-    bool StandsAt(const wchar* text) const { return length_ == 2 || SameUnits(text, units_, length_); }
+    bool StandsAt(const wchar* text) const { return length_ <= 2 || SameUnits(text, units_, length_); }
 
 private:
     const wchar* units_;
@@ -246,6 +246,31 @@ inline std::size_t FindFirstText(const wchar* text, std::size_t length, const wc
     for (; i < places; ++i)
         if (wanted.IsCandidate(text + i) && wanted.StandsAt(text + i)) return i;
     return kTextNotFound;
+}
+
+inline std::size_t FindAllText(const wchar* text, std::size_t length, const wchar* needle,
+                               std::size_t needleLength, std::uint32_t* places, std::size_t capacity) {
+    if (needleLength > length || !capacity) return 0;
+    const CNeedle wanted(needle, needleLength);
+    const std::size_t end = length - needleLength + 1;
+    std::size_t count = 0;
+    // The first place behind the last occurrence.
+    std::size_t free = 0;
+    const auto take = [&](std::size_t place) {
+        if (place < free || !wanted.StandsAt(text + place)) return false;
+        places[count++] = static_cast<std::uint32_t>(place);
+        free = place + needleLength;
+        return count == capacity;
+    };
+    std::size_t i = 0;
+    for (; i + 2 * kBlock <= end; i += 2 * kBlock) {
+        unsigned int mask = Mask(wanted.Candidates(text + i), wanted.Candidates(text + i + kBlock));
+        for (; mask; mask &= mask - 1)
+            if (take(i + static_cast<unsigned int>(std::countr_zero(mask)))) return count;
+    }
+    for (; i < end; ++i)
+        if (wanted.IsCandidate(text + i) && take(i)) return count;
+    return count;
 }
 
 inline std::size_t FindLastText(const wchar* text, std::size_t length, const wchar* needle,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <deque>
+#include <utility>
 #include <vector>
 
 // The literal loop rebuilds the text and searches from the front after each edit, in quadratic time. Two ways
@@ -43,62 +44,196 @@ bool Holds(TTextView text, wchar unit) {
     return FindFirstUnit(text.units, text.length, unit) != kTextNotFound;
 }
 
+/// How many units of `from` end a text, at most: a state of the matcher.
+using TState = std::uint32_t;
+
+class CMatcher {
+public:
+    explicit CMatcher(TTextView from) : from_(from), borders_(from.length) {
+        for (std::size_t i = 1; i < from.length; ++i) borders_[i] = Advance(borders_[i - 1], from.units[i]);
+    }
+
+    /// The state behind `unit` when the state before it is `state`, which is no full match.
+    TState Advance(TState state, wchar unit) const {
+        while (state && from_.units[state] != unit) state = borders_[state - 1];
+        return from_.units[state] == unit ? state + 1 : 0;
+    }
+
+    /// The state behind a text that holds no occurrence, from those of its units that can matter.
+    TState StateBehind(TTextView text) const {
+        TState state = 0;
+        const std::size_t reach = std::min(text.length, from_.length - 1);
+        for (const wchar* at = text.units + (text.length - reach); at != text.units + text.length; ++at)
+            state = Advance(state, *at);
+        return state;
+    }
+
+private:
+    TTextView from_;
+    /// For each beginning of `from`, the longest shorter one that it ends with.
+    std::vector<TState> borders_;
+};
+
 /// Whether an occurrence of `from` could hold a part of a replacement, or stand across an empty one; `to`
-/// does not hold `from`. May say yes too often: it asks only for the unit at each edge.
+/// does not hold `from`.
 bool CanFormAnew(TTextView from, TTextView to) {
     if (from.length == 1) return false;
     if (!to.length) return true;
-    return Holds(to, from.units[0]) || Holds({from.units + 1, from.length - 1}, to.units[0]);
+    const TTextView inner{from.units + 1, from.length - 1};
+    // One that begins in a replacement begins with an end of it ...
+    if (Holds(to, from.units[0]) && CMatcher(from).StateBehind(to)) return true;
+    // ... and one that begins before it goes on with its beginning, or with all of it.
+    if (!Holds(inner, to.units[0])) return false;
+    return Holds(inner, to) || CMatcher(to).StateBehind(inner);
 }
+
+/// Most pieces of text between edits are short, and their lengths follow no pattern.
+constexpr std::size_t kPiece = 32;
+
+/// Copies `length` of at least `readable` units to a place with room for at least `room`. A short piece is
+/// copied as a block of one size where both sides have room for that; the next piece writes over the excess.
+void CopyPiece(wchar* place, std::size_t room, const wchar* units, std::size_t length, std::size_t readable) {
+    if (length <= kPiece && readable >= kPiece && room >= kPiece)
+        CopyText(place, units, kPiece);
+    else if (length)
+        CopyText(place, units, length);
+}
+
+/// The text written so far, with room for more.
+class COutput {
+public:
+    explicit COutput(std::uint64_t room)
+        : units_(NewTextBuffer(room)), room_(static_cast<std::size_t>(room)) {}
+
+    std::size_t Length() const { return length_; }
+    TTextView View() const { return {units_.get(), length_}; }
+    void CutTo(std::size_t length) { length_ = length; }
+
+    void Append(wchar unit) {
+        if (length_ == room_) Grow(1);
+        units_[length_++] = unit;
+    }
+
+    void Append(const wchar* units, std::size_t length, std::size_t readable) {
+        if (length > room_ - length_) Grow(length);
+        CopyPiece(units_.get() + length_, room_ - length_, units, length, readable);
+        length_ += length;
+    }
+
+    /// Gives the text away in a buffer of its size.
+    TRewriteResult Finish() {
+        if (length_ < room_) {
+            TTextBuffer units = NewTextBuffer(length_);
+            CopyText(units.get(), units_.get(), length_);
+            units_ = std::move(units);
+        }
+        return {TRewriteOutcome::Changed, std::move(units_), length_};
+    }
+
+private:
+    void Grow(std::size_t length) {
+        const std::uint64_t room = std::uint64_t{room_} + room_ / 2 + length;
+        TTextBuffer units = NewTextBuffer(room);
+        CopyText(units.get(), units_.get(), length_);
+        units_ = std::move(units);
+        room_ = static_cast<std::size_t>(room);
+    }
+
+    TTextBuffer units_;
+    std::size_t length_ = 0;
+    std::size_t room_;
+};
 
 /// Replaces all occurrences from left to right, the first at `place`.
 TRewriteResult ReplaceAll(TTextView text, std::size_t place, TTextView from, TTextView to) {
-    std::vector<std::size_t> places;
-    for (std::size_t next = place;;) {
-        places.push_back(next);
-        const std::size_t behind = next + from.length;
-        const std::size_t found =
-            FindFirstText(text.units + behind, text.length - behind, from.units, from.length);
-        if (found == kTextNotFound) break;
-        next = behind + found;
+    constexpr std::size_t kStep = 512;
+    const TTextView searched{text.units + place, text.length - place};
+    std::vector<std::uint32_t> places;
+    for (std::size_t behind = 0;;) {
+        const std::size_t before = places.size();
+        places.resize(before + kStep);
+        places.resize(before + FindAllText(searched.units + behind, searched.length - behind, from.units,
+                                           from.length, places.data() + before, kStep));
+        for (std::size_t i = before; i < places.size(); ++i) places[i] += static_cast<std::uint32_t>(behind);
+        if (places.size() < before + kStep) break;
+        behind = places.back() + from.length;
     }
     const std::uint64_t kept = text.length - places.size() * from.length;
     const std::uint64_t length = kept + std::uint64_t{places.size()} * to.length;
     TTextBuffer buffer = NewTextBuffer(length);
     wchar* write = buffer.get();
+    const wchar* const end = write + length;
+    const auto append = [&](const wchar* units, std::size_t count, std::size_t readable) {
+        CopyPiece(write, static_cast<std::size_t>(end - write), units, count, readable);
+        write += count;
+    };
+    // A replacement with something behind it that can be read.
+    wchar piece[kPiece] = {};
+    const bool isShort = to.length <= kPiece;
+    if (isShort && to.length) CopyText(piece, to.units, to.length);
+    const wchar* const replacement = isShort ? piece : to.units;
     std::size_t read = 0;
-    for (const std::size_t at : places) {
-        CopyText(write, text.units + read, at - read);
-        write += at - read;
-        if (to.length) CopyText(write, to.units, to.length);
-        write += to.length;
+    for (const std::size_t offset : places) {
+        const std::size_t at = place + offset;
+        append(text.units + read, at - read, text.length - read);
+        append(replacement, to.length, isShort ? kPiece : to.length);
         read = at + from.length;
     }
-    CopyText(write, text.units + read, text.length - read);
+    append(text.units + read, text.length - read, text.length - read);
     return {TRewriteOutcome::Changed, std::move(buffer), static_cast<std::size_t>(length)};
 }
+
+/// The occurrences in the rest of the text, left to right. Several are searched for at once, the more the
+/// longer the edits leave the text behind them alone.
+class CUpcoming {
+public:
+    /// The first place at or behind `start`; `start` never goes back, and `end` never forth.
+    std::size_t First(TTextView text, TTextView from, std::size_t start, std::size_t end) {
+        if (next_ < count_ && base_ + places_[next_] < start) {
+            // Units of this one were read by themselves, and one that overlaps it may be first now.
+            next_ = count_ = 0;
+            step_ = 1;
+        }
+        if (next_ == count_) {
+            base_ = start;
+            next_ = 0;
+            count_ = FindAllText(text.units + start, end - start, from.units, from.length, places_, step_);
+            step_ = std::min(2 * step_, kPlaces);
+        }
+        if (next_ == count_ || base_ + places_[next_] + from.length > end) return kTextNotFound;
+        return base_ + places_[next_++];
+    }
+
+private:
+    static constexpr std::size_t kPlaces = 128;
+
+    std::uint32_t places_[kPlaces];
+    std::size_t base_ = 0;
+    std::size_t next_ = 0;
+    std::size_t count_ = 0;
+    std::size_t step_ = 1;
+};
 
 class CRewriter {
 public:
     CRewriter(TTextView text, TTextView from, TTextView to);
 
-    /// Makes all edits, the first at `place`.
-    TRewriteResult Run(std::size_t place);
+    /// Makes all edits.
+    TRewriteResult Run();
 
 private:
-    /// How many units of `from` end a text.
-    using TState = std::uint32_t;
-
     /// A part of `to` that is still to be read.
     struct TPiece {
         std::size_t next;
         std::size_t end;
     };
 
-    TState Advance(TState state, wchar unit) const;
-    TState StateBehindOutput() const;
-    bool Read(wchar unit);
     void Skip(std::size_t place);
+    bool Read(wchar unit);
+    bool ReadPiece();
+    void FindNext();
+    void TakeMatch();
+    void ForgetStates(TTextView outputEnd);
     void Edit();
     void CutTail();
     bool IsBeyondMeasure() const { return read_ > kMaxRead || copied_ > kMaxCopied; }
@@ -106,12 +241,11 @@ private:
     const TTextView text_;
     const TTextView from_;
     const TTextView to_;
+    const CMatcher matcher_;
     /// Units at the beginning of both `from` and `to`; an edit leaves them where they are.
     std::size_t shared_ = 0;
-    /// For each beginning of `from`, the longest shorter one that it ends with.
-    std::vector<TState> borders_;
 
-    std::vector<wchar> output_;
+    COutput output_;
     /// States behind the units of the output from `known_` on, and the state behind the unit before them.
     std::vector<TState> states_;
     std::size_t known_ = 0;
@@ -124,65 +258,83 @@ private:
     /// The rest of the text.
     std::size_t rest_ = 0;
     std::size_t restEnd_;
+    CUpcoming upcoming_;
 
     std::uint64_t freeEdits_;
     std::uint64_t copied_ = 0;
     std::uint64_t read_ = 0;
 };
 
+// A text that grows a little should not need another buffer.
 CRewriter::CRewriter(TTextView text, TTextView from, TTextView to)
-    : text_(text), from_(from), to_(to), borders_(from.length), restEnd_(text.length),
+    : text_(text), from_(from), to_(to), matcher_(from),
+      output_(text.length + (to.length > from.length ? text.length / 8 : 0)), restEnd_(text.length),
       freeEdits_(text.length / from.length) {
     while (shared_ < to.length && shared_ < from.length && to.units[shared_] == from.units[shared_])
         ++shared_;
-    for (std::size_t i = 1; i < from.length; ++i) borders_[i] = Advance(borders_[i - 1], from.units[i]);
-    output_.reserve(text.length);
 }
 
-/// The state behind `unit` when the state before it is `state`, which is no full match.
-CRewriter::TState CRewriter::Advance(TState state, wchar unit) const {
-    while (state && from_.units[state] != unit) state = borders_[state - 1];
-    return from_.units[state] == unit ? state + 1 : 0;
-}
-
-/// The state behind the whole output, from the units that can matter to it.
-CRewriter::TState CRewriter::StateBehindOutput() const {
-    TState state = 0;
-    for (std::size_t i = output_.size() - std::min(output_.size(), from_.length - 1); i < output_.size(); ++i)
-        state = Advance(state, output_[i]);
-    return state;
+/// Moves units of the text up to `place` to the output, without states.
+void CRewriter::Skip(std::size_t place) {
+    output_.Append(text_.units + rest_, place - rest_, text_.length - rest_);
+    rest_ = place;
 }
 
 /// Moves one unit to the output; true when an occurrence is complete.
 bool CRewriter::Read(wchar unit) {
     ++read_;
-    state_ = Advance(state_, unit);
-    output_.push_back(unit);
+    state_ = matcher_.Advance(state_, unit);
+    output_.Append(unit);
     states_.push_back(state_);
     return state_ == from_.length;
 }
 
-/// Moves the rest of the text up to `place` to the output, without states.
-void CRewriter::Skip(std::size_t place) {
-    output_.insert(output_.end(), text_.units + rest_, text_.units + place);
-    rest_ = place;
-    states_.clear();
-    known_ = output_.size();
-    knownState_ = state_ = 0;
+/// The same with the units of the next piece, until there is an occurrence.
+bool CRewriter::ReadPiece() {
+    TPiece& piece = pieces_.back();
+    bool isComplete = false;
+    while (!isComplete && piece.next < piece.end) {
+        --pieceUnits_;
+        isComplete = Read(to_.units[piece.next++]);
+    }
+    if (piece.next == piece.end) pieces_.pop_back();
+    return isComplete;
 }
 
-/// Takes the occurrence at the end of the output away and puts the replacement in front of what is to be
-/// read.
-void CRewriter::Edit() {
-    output_.resize(output_.size() - (from_.length - shared_));
-    if (output_.size() < known_) {
-        states_.clear();
-        known_ = output_.size();
-        knownState_ = StateBehindOutput();
+/// Goes to the next occurrence in the rest of the text and edits it.
+void CRewriter::FindNext() {
+    const std::size_t place = upcoming_.First(text_, from_, rest_, restEnd_);
+    if (place == kTextNotFound) return Skip(restEnd_);
+    const TTextView skipped{text_.units + rest_, place + shared_ - rest_};
+    Skip(place + shared_);
+    rest_ = place + from_.length;
+    ForgetStates(skipped.length < from_.length ? output_.View() : skipped);
+    Edit();
+}
+
+/// Takes the occurrence at the end of the output away and edits it.
+void CRewriter::TakeMatch() {
+    output_.CutTo(output_.Length() - (from_.length - shared_));
+    if (output_.Length() < known_) {
+        ForgetStates(output_.View());
         read_ += from_.length;
     } else {
-        states_.resize(output_.size() - known_);
+        states_.resize(output_.Length() - known_);
     }
+    Edit();
+}
+
+/// Starts again with the state behind the output, from an end of it that is as long as an occurrence, or all
+/// of it.
+void CRewriter::ForgetStates(TTextView outputEnd) {
+    states_.clear();
+    known_ = output_.Length();
+    knownState_ = matcher_.StateBehind(outputEnd);
+}
+
+/// Puts the replacement in front of what is to be read. What it shares with the occurrence ends the output
+/// already.
+void CRewriter::Edit() {
     state_ = states_.empty() ? knownState_ : states_.back();
     CutTail();
     if (shared_ < to_.length) pieces_.push_back({shared_, to_.length});
@@ -190,7 +342,7 @@ void CRewriter::Edit() {
     if (freeEdits_ > 0)
         --freeEdits_;
     else if (to_.length > from_.length)
-        copied_ += output_.size() + pieceUnits_ + (restEnd_ - rest_);
+        copied_ += output_.Length() + pieceUnits_ + (restEnd_ - rest_);
 }
 
 /// Kept on purpose: an edit keeps `kMaxTail` units behind the edited place.
@@ -209,30 +361,16 @@ void CRewriter::CutTail() {
     }
 }
 
-TRewriteResult CRewriter::Run(std::size_t place) {
-    Skip(place + from_.length);
-    Edit();
+TRewriteResult CRewriter::Run() {
     while (!IsBeyondMeasure()) {
         if (!pieces_.empty()) {
-            TPiece& piece = pieces_.back();
-            bool complete = false;
-            while (!complete && piece.next < piece.end) {
-                --pieceUnits_;
-                complete = Read(to_.units[piece.next++]);
-            }
-            if (piece.next == piece.end) pieces_.pop_back();
-            if (complete) Edit();
+            if (ReadPiece()) TakeMatch();
         } else if (rest_ == restEnd_) {
-            TRewriteResult result{TRewriteOutcome::Changed, NewTextBuffer(output_.size()), output_.size()};
-            if (!output_.empty()) CopyText(result.text.get(), output_.data(), output_.size());
-            return result;
+            return output_.Finish();
         } else if (state_ == 0) {
-            const std::size_t found =
-                FindFirstText(text_.units + rest_, restEnd_ - rest_, from_.units, from_.length);
-            Skip(found == kTextNotFound ? restEnd_ : rest_ + found + from_.length);
-            if (found != kTextNotFound) Edit();
+            FindNext();
         } else if (Read(text_.units[rest_++])) {
-            Edit();
+            TakeMatch();
         }
     }
     return {TRewriteOutcome::Endless, nullptr, 0};
@@ -244,7 +382,7 @@ TRewriteResult RewriteText(TTextView text, TTextView from, TTextView to) {
     const std::size_t place = FindFirstText(text.units, text.length, from.units, from.length);
     if (place == kTextNotFound) return {};
     if (Holds(to, from)) return {TRewriteOutcome::Endless, nullptr, 0};
-    if (CanFormAnew(from, to)) return CRewriter(text, from, to).Run(place);
+    if (CanFormAnew(from, to)) return CRewriter(text, from, to).Run();
     text.length = std::min(text.length, place + from.length + kMaxTail);
     return ReplaceAll(text, place, from, to);
 }

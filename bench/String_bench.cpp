@@ -1,0 +1,264 @@
+// CString against std::u16string and memmem: search, comparison, replacement, concatenation. Each pair gets
+// the same text; names are operation/case/units/who.
+#include "BenchSupport.h"
+
+#include <vorlund/Exception.h>
+#include <vorlund/String.h>
+
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+
+using namespace vorlund;
+
+namespace {
+
+constexpr std::size_t kShort = 64;
+constexpr std::size_t kLong = 32768;
+
+/// Letters as frequent as in English prose, 'e' and the blank before all.
+wstring Prose(std::size_t length) {
+    static constexpr char kLetters[] = "        eeeeeettttaaaaooooiiinnnsssrrrhhhdddllluuccmmffyywwggppbbvk";
+    std::mt19937 random(1);
+    wstring text(length, 0);
+    for (wchar& unit : text) unit = static_cast<wchar>(kLetters[random() % (sizeof(kLetters) - 1)]);
+    return text;
+}
+
+struct TSearch {
+    const char* name;
+    wstring text;
+    wstring needle;
+};
+
+/// Searches whose only occurrence is the last thing in the text.
+TSearch MakeSearch(int kind, std::size_t length) {
+    const auto with = [&](const char* name, wstring needle, wstring text) {
+        text.replace(length - needle.size(), needle.size(), needle);
+        return TSearch{name, text, needle};
+    };
+    switch (kind) {
+    case 0:
+        return with("common", VRL_L("ethereal"), Prose(length));
+    case 1:
+        return with("rare", VRL_L("Quantity"), Prose(length));
+    case 2:
+        // Every place but few begins like the needle and ends like it.
+        return with("bad", wstring(15, 'a') + VRL_L("b") + wstring(8, 'a'), wstring(length, 'a'));
+    default: {
+        wstring text;
+        while (text.size() < length) text += VRL_L("abababaabc");
+        text.resize(length);
+        return with("worse", VRL_L("abababaabcabababaabd"), text);
+    }
+    }
+}
+constexpr int kSearches = 4;
+
+void FindVorlund(benchmark::State& state, const TSearch& search) {
+    const CString text(search.text.c_str());
+    for (auto _ : state) benchmark::DoNotOptimize(text.FindFirst(search.needle.c_str()));
+}
+
+void FindU16string(benchmark::State& state, const TSearch& search) {
+    for (auto _ : state) benchmark::DoNotOptimize(search.text.find(search.needle));
+}
+
+void FindMemmem(benchmark::State& state, const TSearch& search) {
+    for (auto _ : state)
+        benchmark::DoNotOptimize(memmem(search.text.data(), search.text.size() * sizeof(wchar),
+                                        search.needle.data(), search.needle.size() * sizeof(wchar)));
+}
+
+/// The needle at the front, searched from the back.
+void FindLastVorlund(benchmark::State& state, std::size_t length) {
+    const CString text((VRL_L("ethereal") + Prose(length - 8)).c_str());
+    const wstring needle = VRL_L("ethereal");
+    for (auto _ : state) benchmark::DoNotOptimize(text.FindLast(needle.c_str()));
+}
+
+void FindLastU16string(benchmark::State& state, std::size_t length) {
+    const wstring text = VRL_L("ethereal") + Prose(length - 8);
+    const wstring needle = VRL_L("ethereal");
+    for (auto _ : state) benchmark::DoNotOptimize(text.rfind(needle));
+}
+
+void FindUnitVorlund(benchmark::State& state, std::size_t length) {
+    const CString text((Prose(length - 1) + VRL_L("Q")).c_str());
+    for (auto _ : state) benchmark::DoNotOptimize(text.FindFirst(wchar{'Q'}));
+}
+
+void FindUnitU16string(benchmark::State& state, std::size_t length) {
+    const wstring text = Prose(length - 1) + VRL_L("Q");
+    for (auto _ : state) benchmark::DoNotOptimize(text.find(wchar{'Q'}));
+}
+
+void FindUnitMemmem(benchmark::State& state, std::size_t length) {
+    const wstring text = Prose(length - 1) + VRL_L("Q");
+    const wchar unit = 'Q';
+    for (auto _ : state)
+        benchmark::DoNotOptimize(memmem(text.data(), text.size() * sizeof(wchar), &unit, sizeof(unit)));
+}
+
+/// Texts that differ at `place`, or not at all.
+void CompareVorlund(benchmark::State& state, std::size_t length, std::size_t place) {
+    wstring other = Prose(length);
+    const CString left(other.c_str());
+    if (place < length) other[place] = 'Q';
+    const CString right(other.c_str());
+    for (auto _ : state) benchmark::DoNotOptimize(left.CompareTo(right.GetBuffer()));
+}
+
+void CompareU16string(benchmark::State& state, std::size_t length, std::size_t place) {
+    const wstring left = Prose(length);
+    wstring right = left;
+    if (place < length) right[place] = 'Q';
+    for (auto _ : state) benchmark::DoNotOptimize(left.compare(right));
+}
+
+struct TReplacement {
+    const char* name;
+    const wchar* from;
+    const wchar* to;
+};
+
+// One of "the" in 32 units. Those of the first three cannot form anew, those of the others could.
+constexpr TReplacement kReplacements[] = {
+    {"same", VRL_L("the"), VRL_L("XYZ")},  {"longer", VRL_L("the"), VRL_L("VWXYZ")},
+    {"shorter", VRL_L("the"), VRL_L("Z")}, {"touching", VRL_L("the"), VRL_L("hitch")},
+    {"removed", VRL_L("the"), VRL_L("")},  {"blanks", VRL_L("  "), VRL_L(" ")},
+};
+
+wstring ReplaceText(std::size_t length) {
+    wstring text = Prose(length);
+    for (std::size_t i = 0; i + 32 <= length; i += 32) text.replace(i + 7, 3, VRL_L("the"));
+    return text;
+}
+
+void ReplaceVorlund(benchmark::State& state, const TReplacement& replacement) {
+    const bench::CLibrary library;
+    const CString source(ReplaceText(kLong).c_str());
+    for (auto _ : state) {
+        CString text(source);
+        // It ends by raising, and that is part of its time.
+        try {
+            text.Replace(replacement.from, replacement.to);
+        } catch (const CObjectNotFoundException&) {
+        }
+        benchmark::DoNotOptimize(text.GetBuffer());
+    }
+}
+
+/// A copy, and a new text put together from its parts, which is the fastest way with the standard library.
+void ReplaceU16string(benchmark::State& state, const TReplacement& replacement) {
+    const wstring source = ReplaceText(kLong);
+    const wstring from = replacement.from;
+    const wstring to = replacement.to;
+    for (auto _ : state) {
+        wstring text = source;
+        wstring result;
+        result.reserve(text.size());
+        std::size_t read = 0;
+        for (std::size_t place; (place = text.find(from, read)) != wstring::npos;
+             read = place + from.size()) {
+            result.append(text, read, place - read);
+            result += to;
+        }
+        result.append(text, read);
+        text = std::move(result);
+        benchmark::DoNotOptimize(text.data());
+    }
+}
+
+/// The same, the search by memmem.
+void ReplaceMemmem(benchmark::State& state, const TReplacement& replacement) {
+    const wstring source = ReplaceText(kLong);
+    const wstring from = replacement.from;
+    const wstring to = replacement.to;
+    for (auto _ : state) {
+        wstring text = source;
+        wstring result;
+        result.reserve(text.size());
+        const wchar* read = text.data();
+        const wchar* const end = read + text.size();
+        while (const void* place = memmem(read, static_cast<std::size_t>(end - read) * sizeof(wchar),
+                                          from.data(), from.size() * sizeof(wchar))) {
+            const auto* at = static_cast<const wchar*>(place);
+            result.append(read, at);
+            result += to;
+            read = at + from.size();
+        }
+        result.append(read, end);
+        text = std::move(result);
+        benchmark::DoNotOptimize(text.data());
+    }
+}
+
+void ConcatenateVorlund(benchmark::State& state, std::size_t length) {
+    const CString left(Prose(length).c_str());
+    const CString right(Prose(length).c_str());
+    for (auto _ : state) {
+        CString sum = left + right.GetBuffer();
+        benchmark::DoNotOptimize(sum.GetBuffer());
+    }
+}
+
+void ConcatenateU16string(benchmark::State& state, std::size_t length) {
+    const wstring left = Prose(length);
+    const wstring right = Prose(length);
+    for (auto _ : state) {
+        wstring sum = left + right;
+        benchmark::DoNotOptimize(sum.data());
+    }
+}
+
+void RegisterAll() {
+    const auto add = [](const std::string& name, auto function, auto... arguments) {
+        benchmark::RegisterBenchmark(name.c_str(),
+                                     [=](benchmark::State& state) { function(state, arguments...); });
+    };
+    for (const std::size_t length : {kShort, kLong}) {
+        const std::string units = '/' + std::to_string(length);
+        for (int kind = 0; kind < kSearches; ++kind) {
+            const TSearch search = MakeSearch(kind, length);
+            const std::string name = std::string("find/") + search.name + units;
+            add(name + "/vorlund", FindVorlund, search);
+            add(name + "/u16string", FindU16string, search);
+            add(name + "/memmem", FindMemmem, search);
+        }
+        add("find/last" + units + "/vorlund", FindLastVorlund, length);
+        add("find/last" + units + "/u16string", FindLastU16string, length);
+        add("find/unit" + units + "/vorlund", FindUnitVorlund, length);
+        add("find/unit" + units + "/u16string", FindUnitU16string, length);
+        add("find/unit" + units + "/memmem", FindUnitMemmem, length);
+        for (const auto& [name, place] : {std::pair{"compare/equal", length},
+                                          {"compare/first", std::size_t{0}},
+                                          {"compare/last", length - 1}}) {
+            add(name + units + "/vorlund", CompareVorlund, length, place);
+            add(name + units + "/u16string", CompareU16string, length, place);
+        }
+    }
+    for (const TReplacement& replacement : kReplacements) {
+        const std::string name = std::string("replace/") + replacement.name + '/' + std::to_string(kLong);
+        add(name + "/vorlund", ReplaceVorlund, replacement);
+        add(name + "/u16string", ReplaceU16string, replacement);
+        add(name + "/memmem", ReplaceMemmem, replacement);
+    }
+    for (const std::size_t length : {std::size_t{8}, std::size_t{24}, kLong}) {
+        const std::string name = "concatenate/two/" + std::to_string(length);
+        add(name + "/vorlund", ConcatenateVorlund, length);
+        add(name + "/u16string", ConcatenateU16string, length);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    RegisterAll();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+}
