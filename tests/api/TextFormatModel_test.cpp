@@ -78,32 +78,63 @@ template <class TValue> std::string Ours(const std::string& format, TValue value
     return Narrow(text);
 }
 
+/// False where the C library gives a meaning to flags that have none for a conversion, as on Windows.
+bool IsCLibraryExact() {
+    return OfTheCLibrary("% u", 1) == "1";
+}
+
+/// A sum over results (FNV-1a), the same on every system: where the C library cannot be asked, the results
+/// are those that it confirmed elsewhere.
+class CResults {
+public:
+    const std::string& Add(const std::string& text) {
+        for (const char unit : text + '\n') sum_ = (sum_ ^ static_cast<unsigned char>(unit)) * 0x100000001B3u;
+        return text;
+    }
+    std::uint64_t GetSum() const { return sum_; }
+
+private:
+    std::uint64_t sum_ = 0xCBF29CE484222325u;
+};
+
 TEST(TextFormatModel, Integers) {
     CDirectives directives;
+    CResults results;
+    const bool isExact = IsCLibraryExact();
+    const auto check = [&](const std::string& ours, const std::string& theirs) {
+        results.Add(ours);
+        return !isExact || ours == theirs;
+    };
     for (int i = 0; i < 20000; ++i) {
         const std::string format = directives.Next("diuoxX");
         const std::uint64_t value = AnyInteger(directives);
         const int narrow = static_cast<int>(value);
-        ASSERT_EQ(Ours(format, narrow), OfTheCLibrary(format, narrow)) << format << ' ' << narrow;
+        ASSERT_TRUE(check(Ours(format, narrow), OfTheCLibrary(format, narrow))) << format << ' ' << narrow;
         const std::string wide = directives.WithLength(format, "ll");
         const long long wideValue = static_cast<long long>(value);
-        ASSERT_EQ(Ours(wide, wideValue), OfTheCLibrary(wide, wideValue)) << wide << ' ' << wideValue;
-        ASSERT_EQ(Ours(directives.WithLength(format, "I64"), wideValue), OfTheCLibrary(wide, wideValue))
-            << wide;
+        ASSERT_TRUE(check(Ours(wide, wideValue), OfTheCLibrary(wide, wideValue))) << wide << ' ' << wideValue;
+        ASSERT_EQ(Ours(directives.WithLength(format, "I64"), wideValue), Ours(wide, wideValue)) << wide;
         const std::string byte = directives.WithLength(format, "hh");
-        ASSERT_EQ(Ours(byte, narrow), OfTheCLibrary(byte, narrow)) << byte << ' ' << narrow;
+        ASSERT_TRUE(check(Ours(byte, narrow), OfTheCLibrary(byte, narrow))) << byte << ' ' << narrow;
         const std::string half = directives.WithLength(format, "h");
-        ASSERT_EQ(Ours(half, narrow), OfTheCLibrary(half, narrow)) << half << ' ' << narrow;
+        ASSERT_TRUE(check(Ours(half, narrow), OfTheCLibrary(half, narrow))) << half << ' ' << narrow;
     }
+    EXPECT_EQ(results.GetSum(), 2921013476882030966u);
 }
 
 TEST(TextFormatModel, Fractions) {
     CDirectives directives;
+    CResults results;
+    const bool isExact = IsCLibraryExact();
     for (int i = 0; i < 20000; ++i) {
         const std::string format = directives.Next("eEfFgGaA");
         const double value = AnyNumber(directives);
-        ASSERT_EQ(Ours(format, value), OfTheCLibrary(format, value)) << format << ' ' << value;
+        const std::string ours = results.Add(Ours(format, value));
+        if (isExact) {
+            ASSERT_EQ(ours, OfTheCLibrary(format, value)) << format << ' ' << value;
+        }
     }
+    EXPECT_EQ(results.GetSum(), 3663070457051542433u);
 }
 
 // Bounds.
