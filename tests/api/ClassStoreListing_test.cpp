@@ -120,11 +120,11 @@ TEST(ClassStoreListingOfTheLibrary, ServiceClassesThatYieldNothingRaise) {
     for (const TObjectFactory broken : {TObjectFactory(&MakeNothing), TObjectFactory(&NewObject<CProbe>)}) {
         store.Clear();
         store.RegisterClassVrl({classid::CPushObjectEnumerator, nullptr, broken});
-        EXPECT_THROW(store.EnumerateClasses(), CBugException);
+        ExpectRaises<CBugException>(kNoEnumerator, [&] { store.EnumerateClasses(); });
         store.Clear();
         store.RegisterClassVrl({classid::CPushObjectEnumerator, nullptr, makeEnumerator});
         store.RegisterClassVrl({classid::CPtrObject, nullptr, broken});
-        EXPECT_THROW(store.EnumerateClasses(), CBugException);
+        ExpectRaises<CBugException>(kNoItem, [&] { store.EnumerateClasses(); });
         EXPECT_EQ(CProbe::alive, 0);
     }
 }

@@ -31,6 +31,10 @@ inline constexpr TFailure kRegisterClosed{VRL_L("vorlund::CClassStore::RegisterC
                                           148, VRL_L("Not initialized")};
 inline constexpr TFailure kNotClosed{VRL_L("vorlund::CClassStore::~CClassStore"), kClassStoreFile, 28,
                                      VRL_L("Not closed")};
+inline constexpr TFailure kNoEnumerator{VRL_L("vorlund::CClassStore::EnumerateClasses"), kClassStoreFile, 160,
+                                        VRL_L("Cannot create enumerator")};
+inline constexpr TFailure kNoItem{VRL_L("vorlund::CClassStore::EnumerateClasses"), kClassStoreFile, 171,
+                                  VRL_L("Cannot create pointer object")};
 
 inline constexpr CId kFirstId{0xC1A55, 0, 0, 1};
 inline constexpr CId kSecondId{0xC1A55, 0, 0, 2};
