@@ -10,6 +10,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <vector>
 
 using namespace vorlund;
 
@@ -102,20 +103,55 @@ void FindUnitMemmem(benchmark::State& state, std::size_t length) {
         benchmark::DoNotOptimize(memmem(text.data(), text.size() * sizeof(wchar), &unit, sizeof(unit)));
 }
 
-/// Texts that differ at `place`, or not at all.
-void CompareVorlund(benchmark::State& state, std::size_t length, std::size_t place) {
+/// Texts that differ at the end, or not at all.
+void CompareVorlund(benchmark::State& state, std::size_t length, bool isEqual) {
     wstring other = Prose(length);
     const CString left(other.c_str());
-    if (place < length) other[place] = 'Q';
+    if (!isEqual) other.back() = 'Q';
     const CString right(other.c_str());
     for (auto _ : state) benchmark::DoNotOptimize(left.CompareTo(right.GetBuffer()));
 }
 
-void CompareU16string(benchmark::State& state, std::size_t length, std::size_t place) {
+void CompareU16string(benchmark::State& state, std::size_t length, bool isEqual) {
     const wstring left = Prose(length);
     wstring right = left;
-    if (place < length) right[place] = 'Q';
+    if (!isEqual) right.back() = 'Q';
     for (auto _ : state) benchmark::DoNotOptimize(left.compare(right));
+}
+
+/// Names as a list of them is sorted by: each is compared with the next, and most pairs differ early.
+constexpr std::size_t kNames = 4096;
+
+std::vector<wstring> MakeNames() {
+    std::mt19937 random(2);
+    const wstring prose = Prose(kLong);
+    std::vector<wstring> names;
+    for (std::size_t i = 0; i < kNames; ++i) {
+        const wstring name = prose.substr(random() % (kLong - 20), 6 + random() % 10);
+        names.push_back(random() % 2 ? VRL_L("vorlund::C") + name : name);
+    }
+    return names;
+}
+
+void CompareNamesVorlund(benchmark::State& state) {
+    std::vector<CString> names;
+    for (const wstring& name : MakeNames()) names.emplace_back(name.c_str());
+    std::size_t i = 0;
+    for (auto _ : state) {
+        const std::size_t next = (i + 1) % kNames;
+        benchmark::DoNotOptimize(names[i].CompareTo(names[next].GetBuffer()));
+        i = next;
+    }
+}
+
+void CompareNamesU16string(benchmark::State& state) {
+    const std::vector<wstring> names = MakeNames();
+    std::size_t i = 0;
+    for (auto _ : state) {
+        const std::size_t next = (i + 1) % kNames;
+        benchmark::DoNotOptimize(names[i].compare(names[next]));
+        i = next;
+    }
 }
 
 struct TReplacement {
@@ -233,13 +269,14 @@ void RegisterAll() {
         add("find/unit" + units + "/vorlund", FindUnitVorlund, length);
         add("find/unit" + units + "/u16string", FindUnitU16string, length);
         add("find/unit" + units + "/memmem", FindUnitMemmem, length);
-        for (const auto& [name, place] : {std::pair{"compare/equal", length},
-                                          {"compare/first", std::size_t{0}},
-                                          {"compare/last", length - 1}}) {
-            add(name + units + "/vorlund", CompareVorlund, length, place);
-            add(name + units + "/u16string", CompareU16string, length, place);
+        for (const bool isEqual : {true, false}) {
+            const std::string name = (isEqual ? "compare/equal" : "compare/last") + units;
+            add(name + "/vorlund", CompareVorlund, length, isEqual);
+            add(name + "/u16string", CompareU16string, length, isEqual);
         }
     }
+    add("compare/names/vorlund", CompareNamesVorlund);
+    add("compare/names/u16string", CompareNamesU16string);
     for (const TReplacement& replacement : kReplacements) {
         const std::string name = std::string("replace/") + replacement.name + '/' + std::to_string(kLong);
         add(name + "/vorlund", ReplaceVorlund, replacement);
