@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <limits>
+#include <type_traits>
 
 namespace vorlund {
 namespace {
@@ -33,6 +35,21 @@ std::string_view SignOf(const TFormatDirective& directive, bool isNegative) {
     if (isNegative) return "-";
     if (directive.plus) return "+";
     return directive.space ? " " : "";
+}
+
+/// `value`, or what it becomes with `digits` hexadecimal digits behind the point if it lies in the middle and
+/// the lower neighbour is even: there one C runtime goes down and another goes up.
+double SettleHexTie(double value, int digits) {
+    constexpr int kAllDigits = 13;
+    if (digits < 0 || digits >= kAllDigits || value < std::numeric_limits<double>::min()) return value;
+    int exponent = 0;
+    // From 0.5 to 1: one more bit stands before the point of what is printed.
+    const double fraction = std::frexp(value, &exponent);
+    const int bits = 4 * digits + 1;
+    const double scaled = std::ldexp(fraction, bits);
+    const double below = std::floor(scaled);
+    const bool isEven = std::fmod(below, 2.0) == 0;
+    return scaled - below == 0.5 && isEven ? std::ldexp(below, exponent - bits) : value;
 }
 
 /// The digits of a finite number that is not negative, as C99 prints them. The narrow `snprintf` of both C
@@ -80,13 +97,17 @@ void PutFloating(CTextOutput& output, const TFormatDirective& directive, TFloat 
         PutNumber(output, directive, sign, 0, name, 3);
         return;
     }
+    const bool isHex = directive.conversion == 'a' || directive.conversion == 'A';
+    TFloat magnitude = std::fabs(value);
+    if constexpr (std::is_same_v<TFloat, double>) {
+        if (isHex) magnitude = SettleHexTie(magnitude, directive.precision);
+    }
     char buffer[kNumberCapacity];
-    std::int64_t length = PrintFloat(buffer, directive, std::fabs(value));
+    std::int64_t length = PrintFloat(buffer, directive, magnitude);
     std::string_view stored(buffer,
                             static_cast<std::size_t>(std::min<std::int64_t>(length, kNumberCapacity - 1)));
 
     // "0x" belongs to the prefix: zeros stand behind it.
-    const bool isHex = directive.conversion == 'a' || directive.conversion == 'A';
     const std::size_t base = isHex ? std::min<std::size_t>(2, stored.size()) : 0;
     char prefix[3];
     const std::size_t prefixLength = sign.copy(prefix, 1) + stored.copy(prefix + sign.size(), base);
