@@ -99,6 +99,12 @@ real_files() {
 
 replay_corpus() { on_target "$folder/bin/fuzz_$1$exe" "fuzz/corpus/$1"; }
 
+# Runs an example in the folder of its data.
+example() {
+    local program=$PWD/$folder/bin/example_$1$exe
+    (cd examples/data && on_target "$program")
+}
+
 test_target() {
     target=$1
     local folder=build/$target exe="" passed=0 failed=0 skipped_total=0 start=$SECONDS built name
@@ -123,6 +129,7 @@ test_target() {
         done <"$folder/fuzzers.txt"
     fi
     if [[ $target == linux || $target == win32 ]]; then
+        step "example 01" example 01-decode-wav
         step "real files" real_files
         step exports scripts/exports.sh --check "$target" "$folder"
         step headers scripts/headers.sh "$target"
