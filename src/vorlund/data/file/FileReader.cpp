@@ -30,6 +30,7 @@ void CFileReader::Close() {
     descriptor_ = -1;
     length_ = 0;
     buffer_.reset();
+    leftSize_ = 0;
     EmptyWindow(0);
 }
 
@@ -38,7 +39,16 @@ bool CFileReader::Seek(std::int64_t position) {
     const std::int64_t windowSize = end_ - buffer_.get();
     if (position <= endPosition_ && position >= endPosition_ - windowSize) {
         next_ = end_ - (endPosition_ - position);
+    } else if (position <= leftEnd_ && position >= leftEnd_ - leftSize_) {
+        // Back in the window that was left, which nothing has overwritten.
+        end_ = buffer_.get() + leftSize_;
+        endPosition_ = leftEnd_;
+        next_ = end_ - (endPosition_ - position);
     } else {
+        if (windowSize != 0) {
+            leftEnd_ = endPosition_;
+            leftSize_ = windowSize;
+        }
         EmptyWindow(position);
     }
     return true;
@@ -80,6 +90,9 @@ std::uint32_t CFileReader::FillWindow() {
     // Not zeroed: only what was read is ever delivered.
     if (!buffer_) buffer_.reset(new unsigned char[capacity_]);
     const std::uint32_t count = filesystem::ReadAt(descriptor_, endPosition_, buffer_.get(), stride_);
+    // The end of the file overwrites nothing: a parser that looks there comes back to a window as it was.
+    if (count == 0) return 0;
+    leftSize_ = 0;
     stride_ = std::min(2 * stride_, capacity_);
     next_ = buffer_.get();
     end_ = next_ + count;

@@ -56,6 +56,12 @@ TSequence TakeSequence(std::string_view bytes) {
     return {length, code};
 }
 
+/// Behind the ASCII units at the start of `text`.
+const wchar* SkipAscii(const wchar* text) {
+    while (*text && *text < 0x80) ++text;
+    return text;
+}
+
 void AppendUtf16(wstring& text, unsigned int code) {
     if (code < 0x10000) {
         text += static_cast<wchar>(code);
@@ -107,7 +113,10 @@ bool Encode(const wchar* text, std::string& bytes) {
     bytes.clear();
     if (!text) return false;
     bytes.reserve(std::char_traits<wchar>::length(text));
-    for (; *text; ++text) {
+    // Mostly all of it.
+    const wchar* const afterAscii = SkipAscii(text);
+    bytes.assign(text, afterAscii);
+    for (text = afterAscii; *text; ++text) {
         const unsigned int unit = *text;
         if (unit < kFirstHigh || unit > kLastLow) {
             AppendUtf8(bytes, unit);

@@ -7,6 +7,9 @@ namespace {
 
 constexpr std::size_t kIdLength = 4;
 
+/// A table of up to this many chunks keeps its few blocks: giving them back costs more than they do.
+constexpr std::size_t kSmallTable = 1000;
+
 /// The id bytes with the zero that `CString` needs behind them. Widening them, sign included, is its
 /// business.
 struct TIdText {
@@ -41,8 +44,9 @@ std::optional<TWavChunkInfo> CWavChunkTable::Find(const wchar* id) const {
 }
 
 void CWavChunkTable::Clear() {
+    const bool isLarge = records_.size() > kSmallTable;
     records_.clear();
-    records_.shrink_to_fit();
+    if (isLarge) records_.shrink_to_fit();
 }
 
 TWavChunkInfo CWavChunkTable::Describe(const TRecord& record) {
