@@ -1,9 +1,9 @@
+#include <cstdio>
 #include <vorlund/DataFormat.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/Stream.h>
 #include <vorlund/StreamSelector.h>
 #include <vorlund/Vorlund.h>
-#include <cstdio>
 using namespace vorlund;
 
 int main() {

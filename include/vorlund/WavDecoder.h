@@ -1,6 +1,6 @@
 /// \file
-/// The decoders of RIFF/WAVE files. The format: Microsoft and IBM, "Multimedia Programming Interface and Data
-/// Specifications 1.0" (1991).
+/// The decoders of RIFF/WAVE files. The format: RFC 2361 and the "WAVE Audio File Format" description of the
+/// Library of Congress (fdd000001).
 #pragma once
 
 #include <vorlund/StreamFilter.h>

@@ -1,6 +1,6 @@
 /// \file
-/// A point where threads wait for one another. The standard library's own loses wakes on Windows (libstdc++ 12 on
-/// winpthreads), which looks like a deadlock of what is tested.
+/// A point where threads wait for one another. The standard library's own loses wakes on Windows (libstdc++
+/// 12 on winpthreads), which looks like a deadlock of what is tested.
 #pragma once
 
 #include <condition_variable>

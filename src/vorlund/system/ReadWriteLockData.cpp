@@ -1,11 +1,9 @@
 // How a thread gets in, in terms of two counters and a mutex:
-//   a new reader     waits until there are no writers, then counts as reading;
-//   a new writer     counts as a writer at once, which keeps new readers out, waits until nobody reads and
-//   the
-//                    writers' mutex is free, then takes the mutex;
-//   an upgrader      (a reader that asks for the write lock) stops counting as reading, counts as a writer at
-//   once
-//                    and waits until nobody reads. It does not take the writers' mutex.
+// - A new reader waits until there are no writers, then counts as reading.
+// - A new writer counts as a writer at once, which keeps new readers out, waits until nobody reads and the
+//   writers' mutex is free, then takes the mutex.
+// - An upgrader (a reader that asks for the write lock) stops counting as reading, counts as a writer at once
+//   and waits until nobody reads. It does not take the writers' mutex.
 // "Writers" are those that wait and those that hold. A thread that holds the lock never waits for a further
 // read lock. An upgraded lock therefore keeps out readers only. That is how this lock has always been; see
 // the header.
