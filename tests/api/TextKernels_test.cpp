@@ -177,39 +177,6 @@ TEST(TextKernels, NeedlesCutFromTheirTexts) {
     }
 }
 
-TEST(TextKernels, TextsWithManyPlacesThatAlmostHoldTheNeedle) {
-    const CGuardedUnits memory;
-    std::mt19937 random(12);
-    for (int round = 0; round < 2000; ++round) {
-        const wstring pattern = RandomText(random, 1 + random() % 6, 2);
-        wstring content;
-        while (content.size() < 1500) content += pattern;
-        const std::size_t length = 3 + random() % 40;
-        wstring needle = content.substr(random() % 6, length);
-        for (int changes = 0; changes < 3; ++changes) {
-            needle[random() % length] = static_cast<wchar>('a' + random() % 3);
-            wstring now = content;
-            // Here and there the text holds it, or holds it up to another unit.
-            for (int i = 0; i < 3; ++i) {
-                wstring part = needle;
-                if (random() % 2) part[random() % length] = 'c';
-                if (random() % 2) now.replace(random() % (now.size() - length), length, part);
-            }
-            const wchar* text = memory.PutAtEnd(now);
-            ASSERT_EQ(vorlund::FindFirstText(text, now.size(), needle.data(), length),
-                      scalar::FindFirstText(text, now.size(), needle.data(), length));
-            ASSERT_EQ(vorlund::FindLastText(text, now.size(), needle.data(), length),
-                      scalar::FindLastText(text, now.size(), needle.data(), length));
-            std::uint32_t places[64];
-            std::uint32_t expected[64];
-            const std::size_t count =
-                vorlund::FindAllText(text, now.size(), needle.data(), length, places, 64);
-            ASSERT_EQ(count, scalar::FindAllText(text, now.size(), needle.data(), length, expected, 64));
-            ASSERT_TRUE(std::equal(places, places + count, expected));
-        }
-    }
-}
-
 TEST(TextKernels, AllPlacesUpToACapacity) {
     const CGuardedUnits memory;
     std::mt19937 random(11);

@@ -198,11 +198,8 @@ inline bool SameUnits(const wchar* left, const wchar* right, std::size_t length)
     return Mask(Equal(Load(left + length - kBlock), Load(right + length - kBlock))) == 0xFFFF;
 }
 
-/// A needle that is not empty, with the two places that choose candidates: the first, and one more, the
-/// probe. It is at first the last place that holds another unit than the first place, because runs of one
-/// unit are what texts hold most of. When many candidates fail, it moves to where the last one did: in a text
-/// with a pattern, the others fail there, too. Texts can be thought of that let a search take the product of
-/// both lengths all the same.
+/// A needle that is not empty, with the two places that choose candidates: the first, and the last that holds
+/// another unit than the first, because runs of one unit are what texts hold most of.
 class CNeedle {
 public:
     CNeedle(const wchar* units, std::size_t length)
@@ -221,27 +218,14 @@ public:
     }
 
     /// Whether the needle stands at a candidate.
-    bool StandsAt(const wchar* text) {
-        if (length_ <= 2 || SameUnits(text, units_, length_)) return true;
-        if (++failures_ % kPatience == 0) MoveProbe(text);
-        return false;
-    }
+    bool StandsAt(const wchar* text) const { return length_ <= 2 || SameUnits(text, units_, length_); }
 
 private:
-    static constexpr unsigned int kPatience = 16;
-
-    void MoveProbe(const wchar* text) {
-        probe_ = 0;
-        while (text[probe_] == units_[probe_]) ++probe_;
-        other_ = Spread(units_[probe_]);
-    }
-
     const wchar* units_;
     std::size_t length_;
     std::size_t probe_;
     __m128i first_;
     __m128i other_;
-    unsigned int failures_ = 0;
 };
 
 inline std::size_t FindFirstText(const wchar* text, std::size_t length, const wchar* needle,
@@ -249,7 +233,7 @@ inline std::size_t FindFirstText(const wchar* text, std::size_t length, const wc
     if (needleLength > length) return kTextNotFound;
     if (needleLength == 0) return 0;
     if (needleLength == 1) return FindFirstUnit(text, length, *needle);
-    CNeedle wanted(needle, needleLength);
+    const CNeedle wanted(needle, needleLength);
     const std::size_t places = length - needleLength + 1;
     std::size_t i = 0;
     for (; i + 2 * kBlock <= places; i += 2 * kBlock) {
@@ -267,7 +251,7 @@ inline std::size_t FindFirstText(const wchar* text, std::size_t length, const wc
 inline std::size_t FindAllText(const wchar* text, std::size_t length, const wchar* needle,
                                std::size_t needleLength, std::uint32_t* places, std::size_t capacity) {
     if (needleLength > length || !capacity) return 0;
-    CNeedle wanted(needle, needleLength);
+    const CNeedle wanted(needle, needleLength);
     const std::size_t end = length - needleLength + 1;
     std::size_t count = 0;
     // The first place behind the last occurrence.
@@ -294,7 +278,7 @@ inline std::size_t FindLastText(const wchar* text, std::size_t length, const wch
     if (needleLength > length) return kTextNotFound;
     if (needleLength == 0) return length;
     if (needleLength == 1) return FindLastUnit(text, length, *needle);
-    CNeedle wanted(needle, needleLength);
+    const CNeedle wanted(needle, needleLength);
     std::size_t end = length - needleLength + 1;
     for (; end >= 2 * kBlock; end -= 2 * kBlock) {
         const wchar* at = text + end - 2 * kBlock;
