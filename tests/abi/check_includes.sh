@@ -18,19 +18,26 @@ table='
 platform  include/vorlund/Platform.h
 platform  src/vorlund/system/WindowsLean.h
 values    include/vorlund/(ClassObject|Debug|Exception|Id|String).h
-system    include/vorlund/(BinaryLock|ReadWriteLock).h
+math      include/vorlund/(Matrix|Vector).h
+system    include/vorlund/(BinaryLock|Event|ReadWriteLock|Timer).h
 objects   include/vorlund/(ClassIds|ClassStore|Object|ObjectCounter|ObjectImpl|ObjectServices|RefPtr).h
 util      include/vorlund/ObjectList.h
 data      include/vorlund/(CodecClassStore|DataFormat|MediaSample|Stream|StreamFilter|StreamFilterImpl).h
 data      include/vorlund/(StreamImpl|StreamSelector|File|Path|WavDecoder).h
-api       include/vorlund/Vorlund.h
-api       src/vorlund/api/(BuiltinClasses|ClassIndex|ClassStore|LibraryEntry_win32|ObjectServices|Vorlund).(h|cpp)
+data      include/vorlund/(AudioPcmConverters|CbVideoSource|Generators|Resource|SetFormatIsf).h
+serial    include/vorlund/(LineReader|TextReader|TextWriter|VarReader|VarWriter|Writer|Reader|BufferedReader).h
+devices   include/vorlund/(Device|DeviceClassStore|MediaObjects|VideoOutput|VideoWindow).h
+api       include/vorlund/(PluginStore|Vorlund).h
+api       src/vorlund/api/(BuiltinClasses|ClassIndex|ClassStore|LibraryEntry_win32|ObjectServices|PluginStore|Vorlund).(h|cpp)
 objects   src/vorlund/api/ObjectCounter.cpp
 values    src/vorlund/api/[^/]*
 system    src/vorlund/system/[^/]*
 util      src/vorlund/util/[^/]*
 data      src/vorlund/data/[^/]*
-sources   src/vorlund/data/(file|filters)/[^/]*
+sources   src/vorlund/data/(file|filters|resource|sources)/[^/]*
+serial    src/vorlund/serial/[^/]*
+devices   src/vorlund/devices/[^/]*
+math      src/vorlund/math/[^/]*
 '
 
 find include src \( -name '*.h' -o -name '*.cpp' -o -name '*.inc' \) -print | LC_ALL=C sort |
@@ -45,8 +52,8 @@ find include src \( -name '*.h' -o -name '*.cpp' -o -name '*.inc' \) -print | LC
             gsub(/\./, "[.]", columns[2])
             patterns[count] = "^" columns[2] "$"
         }
-        split("platform values system objects util data sources api", names, " ")
-        for (i in names) height[names[i]] = i
+        split("platform math values system objects util data sources serial devices api", names, " ")
+        for (i in names) height[names[i]] = i + 0
     }
     function complain(text) {
         print FILENAME ":" FNR ": " text

@@ -1,6 +1,6 @@
-#include "Decode.h"
-
+// The command "decode".
 #include "Chain.h"
+#include "Command.h"
 #include "Diagnostics.h"
 #include "Interrupt.h"
 #include "OutputFile.h"
@@ -13,9 +13,12 @@
 #include <vorlund/Stream.h>
 #include <vorlund/StreamSelector.h>
 
+#include <CLI/CLI.hpp>
+
 #include <cinttypes>
 #include <cstdio>
 #include <memory>
+#include <string>
 #include <vector>
 
 using namespace vorlund;
@@ -23,6 +26,14 @@ using namespace vorlund;
 namespace {
 
 constexpr std::size_t kBlockSize = 64 * 1024;
+
+/// What the command line asked for; texts are UTF-8.
+struct TDecodeOptions {
+    std::string input;
+    /// Empty: decode and report, write nothing. "-": raw bytes on the standard output.
+    std::string output;
+    bool raw = false;
+};
 
 CRefPtr<IInputStream> OpenDecoded(const CInputStreamSelector& source, const wstring& path,
                                   CDiagnostics& diagnostics) {
@@ -60,8 +71,8 @@ std::string FormatDuration(const TDataFormat_AudioPcm& format, std::uint64_t byt
     return text;
 }
 
-} // namespace
-
+/// Decodes the input to audio PCM, reports what it found and writes the PCM. No partial output is left
+/// behind.
 void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     if (options.output == "-") diagnostics.KeepStandardOutputFree();
     const wstring path = PathFromUtf8(options.input.c_str());
@@ -93,4 +104,19 @@ void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     if (!options.output.empty() && options.output != "-") {
         diagnostics.PrintField("Output", PathFromUtf8(options.output.c_str()));
     }
+}
+
+} // namespace
+
+void AddDecodeCommand(CLI::App& program, TCommand& command) {
+    const auto options = std::make_shared<TDecodeOptions>();
+    CLI::App* const decode = program.add_subcommand("decode", "Decode an audio file to PCM");
+    decode->add_option("input", options->input, "File to decode")->required();
+    decode->add_option("-o,--output", options->output,
+                       "Write the PCM to this file: with a WAV header when its name ends in .wav, else as "
+                       "raw bytes; - for raw bytes on standard output");
+    decode->add_flag("--raw", options->raw, "Write raw bytes whatever the file is called");
+    decode->callback([options, &command] {
+        command = [options](CDiagnostics& diagnostics) { RunDecode(*options, diagnostics); };
+    });
 }

@@ -1,5 +1,5 @@
 // The command-line program: one subcommand per job.
-#include "Decode.h"
+#include "Command.h"
 #include "Diagnostics.h"
 #include "Terminal.h"
 
@@ -24,11 +24,11 @@ public:
     ~CLibrary() { vorlund::v.Close(); }
 };
 
-int RunDecodeCommand(const TDecodeOptions& options) {
+int Run(const TCommand& command) {
     CDiagnostics diagnostics;
     try {
         const CLibrary library;
-        RunDecode(options, diagnostics);
+        command(diagnostics);
         return 0;
     } catch (const TProgramError& error) {
         diagnostics.PrintError(error.text.c_str());
@@ -48,14 +48,8 @@ int main(int argc, char** argv) {
     // A word that begins with "/" is a path on every system.
     app.allow_windows_style_options(false);
 
-    TDecodeOptions decode;
-    CLI::App* const decodeCommand = app.add_subcommand("decode", "Decode an audio file to PCM");
-    decodeCommand->add_option("input", decode.input, "File to decode")->required();
-    decodeCommand->add_option(
-        "-o,--output", decode.output,
-        "Write the PCM to this file: with a WAV header when its name ends in .wav, else as "
-        "raw bytes; - for raw bytes on standard output");
-    decodeCommand->add_flag("--raw", decode.raw, "Write raw bytes whatever the file is called");
+    TCommand command;
+    AddDecodeCommand(app, command);
 
     try {
         std::vector<std::string> arguments = GetArguments(argc, argv);
@@ -64,5 +58,5 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kExitUsage;
     }
-    return RunDecodeCommand(decode);
+    return Run(command);
 }

@@ -1,0 +1,16 @@
+// What every command of the program supplies: its options, and what runs when it was chosen.
+#pragma once
+
+#include <functional>
+
+namespace CLI {
+class App;
+}
+class CDiagnostics;
+
+/// The work of the chosen command. It runs with the library open; raises `TProgramError` and the library's
+/// exceptions.
+using TCommand = std::function<void(CDiagnostics&)>;
+
+// Each adds its subcommand to the program. When the command line chooses it, `command` is set.
+void AddDecodeCommand(CLI::App& program, TCommand& command);
