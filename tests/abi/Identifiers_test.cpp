@@ -1,10 +1,12 @@
 // The identifiers of interfaces and data formats, and that no two things share one.
+#include <vorlund/AudioPcmConverters.h>
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/File.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
 #include <vorlund/WavDecoder.h>
 
@@ -52,6 +54,13 @@ const TIdRow kIds[] = {
     {"IFolder", IFolder::InterfaceId, {0x073F714C, 0xD5A53317, 0x083B96CF, 0xEDA16CC5}},
     {"IWavChunkDecoder", IWavChunkDecoder::InterfaceId, {0x3C718E0B, 0xF5A5403B, 0xBCE6CE73, 0x8A5092CC}},
     {"IWavDecoder", IWavDecoder::InterfaceId, {0xC4B0F257, 0xA5504AA6, 0x917BB449, 0x30680C16}},
+    {"ISetFormatIsf", ISetFormatIsf::InterfaceId, {0x198AC22C, 0x4F6A4652, 0x97D12DBC, 0x2B68391F}},
+    {"IAudioPcmSampleFormatConverter",
+     IAudioPcmSampleFormatConverter::InterfaceId,
+     {0xAC5A56E3, 0x8AF34504, 0xA83BB959, 0xAE09FCC9}},
+    {"IAudioPcmChannelNumberConverter",
+     IAudioPcmChannelNumberConverter::InterfaceId,
+     {0x17887FAA, 0xA4B4425B, 0x93A9364C, 0x34D35B81}},
     {"TDataFormat_AudioPcm",
      TDataFormat_AudioPcm::FormatId,
      {0x47A8ECCB, 0x40364B9F, 0xA014B125, 0x721626DF}},
@@ -62,6 +71,12 @@ const TIdRow kIds[] = {
      TDataFormat_VideoRgb::FormatId,
      {0x1EF1EB17, 0xD158429A, 0x862DA3D5, 0x897BF1D1}},
     {"OtherMediaFormat", OTHER_MEDIA_FORMAT_ID, {0x21089FFF, 0x06984E6C, 0x975010E2, 0x0E01371C}},
+    {"CAudioPcmChannelNumberConverter",
+     classid::CAudioPcmChannelNumberConverter,
+     {0xA95E1C18, 0xDE2A4C17, 0xBE5566E2, 0x1DED4C07}},
+    {"CAudioPcmSampleFormatConverter",
+     classid::CAudioPcmSampleFormatConverter,
+     {0xC78D926E, 0x26B94789, 0x86D3132C, 0xEC7ED1FF}},
     {"CFile", classid::CFile, {0x918E84D7, 0x03CA40C4, 0xA1A93E28, 0xB0827B88}},
     {"CFileInputStream", classid::CFileInputStream, {0x998C022A, 0xA4F74171, 0xB92B4A73, 0x71BD8306}},
     {"CFileOutputStream", classid::CFileOutputStream, {0x039A99B9, 0x85864E63, 0xA613F839, 0xF0D8B4AD}},
@@ -79,6 +94,7 @@ const TIdRow kIds[] = {
     {"CPushObjectEnumerator",
      classid::CPushObjectEnumerator,
      {0x766D7166, 0xF2084704, 0x9CCF634A, 0xDDBF1B96}},
+    {"CSetFormatIsf", classid::CSetFormatIsf, {0x14A97652, 0xF7A748C9, 0x966907FC, 0xE273A999}},
     {"CStringObject", classid::CStringObject, {0xAEA98BB2, 0x6A014A57, 0xB1543E5D, 0x9FFAC41A}},
     {"CSwBufferMediaSample", classid::CSwBufferMediaSample, {0xA5D82DFB, 0x331F4063, 0x83FDCE8D, 0xFF73544F}},
     {"CWavChunkDecoder", classid::CWavChunkDecoder, {0x9196075E, 0x9CA345E2, 0x824A41F7, 0x414D7EE9}},
@@ -117,7 +133,10 @@ static_assert(kExtends<IStream, IObject> && kExtends<IInputStream, IStream> &&
               kExtends<IOutputStreamFilter, IOutputStream>);
 static_assert(kExtends<IFileInputStream, IInputStream> && kExtends<IFileOutputStream, IOutputStream> &&
               kExtends<IFile, IObject> && kExtends<IFolder, IObject> &&
-              kExtends<IWavChunkDecoder, IInputStreamFilter> && kExtends<IWavDecoder, IInputStreamFilter>);
+              kExtends<IWavChunkDecoder, IInputStreamFilter> && kExtends<IWavDecoder, IInputStreamFilter> &&
+              kExtends<ISetFormatIsf, IInputStreamFilter> &&
+              kExtends<IAudioPcmSampleFormatConverter, IInputStreamFilter> &&
+              kExtends<IAudioPcmChannelNumberConverter, IInputStreamFilter>);
 
 } // namespace
 } // namespace vorlund::test

@@ -1,9 +1,11 @@
 // The order of the virtual tables. Plug-ins and applications are compiled against it, so it never changes.
+#include <vorlund/AudioPcmConverters.h>
 #include <vorlund/BinaryLock.h>
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
 #include <vorlund/WavDecoder.h>
 
@@ -180,6 +182,14 @@ std::vector<TSlotRow> MakeRows() {
              {"SelectChunk", SlotOf(&IWavChunkDecoder::SelectChunk)}},
             SlotCount<IWavChunkDecoder>());
     AddRows(rows, "IWavDecoder", 22, {}, SlotCount<IWavDecoder>());
+    AddRows(rows, "ISetFormatIsf", 22, {{"SetFormat", SlotOf(&ISetFormatIsf::SetFormat)}},
+            SlotCount<ISetFormatIsf>());
+    AddRows(rows, "IAudioPcmSampleFormatConverter", 22,
+            {{"SetSampleFormat", SlotOf(&IAudioPcmSampleFormatConverter::SetSampleFormat)}},
+            SlotCount<IAudioPcmSampleFormatConverter>());
+    AddRows(rows, "IAudioPcmChannelNumberConverter", 22,
+            {{"SetNumChannels", SlotOf(&IAudioPcmChannelNumberConverter::SetNumChannels)}},
+            SlotCount<IAudioPcmChannelNumberConverter>());
 
     // Classes whose one virtual operation is the destructor, which takes two slots.
     AddRows(rows, "CClassObject", 2, {}, SlotCount<CClassObject>());
@@ -210,7 +220,8 @@ static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObject
               kIsPlain<IOutputStream> && kIsPlain<IMediaSample> && kIsPlain<ISwBufferMediaSample> &&
               kIsPlain<IInputStreamFilter> && kIsPlain<IOutputStreamFilter> && kIsPlain<IFileInputStream> &&
               kIsPlain<IFileOutputStream> && kIsPlain<IFile> && kIsPlain<IFolder> &&
-              kIsPlain<IWavChunkDecoder> && kIsPlain<IWavDecoder>);
+              kIsPlain<IWavChunkDecoder> && kIsPlain<IWavDecoder> && kIsPlain<ISetFormatIsf> &&
+              kIsPlain<IAudioPcmSampleFormatConverter> && kIsPlain<IAudioPcmChannelNumberConverter>);
 
 } // namespace
 } // namespace vorlund::test

@@ -1,10 +1,12 @@
 // The classes and decoders that every initialised library has.
+#include <vorlund/AudioPcmConverters.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
 #include <vorlund/Vorlund.h>
 #include <vorlund/WavDecoder.h>
@@ -35,6 +37,12 @@ template <class... TInterfaces> std::vector<CId> Ids() {
 
 /// In the order of registration.
 const std::vector<TClassRow> kRows = {
+    {"CAudioPcmChannelNumberConverter",
+     {0xA95E1C18, 0xDE2A4C17, 0xBE5566E2, 0x1DED4C07},
+     Ids<IAudioPcmChannelNumberConverter, IInputStreamFilter, IInputStream, IStream, IObject>()},
+    {"CAudioPcmSampleFormatConverter",
+     {0xC78D926E, 0x26B94789, 0x86D3132C, 0xEC7ED1FF},
+     Ids<IAudioPcmSampleFormatConverter, IInputStreamFilter, IInputStream, IStream, IObject>()},
     {"CFile", {0x918E84D7, 0x03CA40C4, 0xA1A93E28, 0xB0827B88}, Ids<IFile, IObject>()},
     {"CFileInputStream",
      {0x998C022A, 0xA4F74171, 0xB92B4A73, 0x71BD8306},
@@ -64,6 +72,9 @@ const std::vector<TClassRow> kRows = {
     {"CPushObjectEnumerator",
      {0x766D7166, 0xF2084704, 0x9CCF634A, 0xDDBF1B96},
      Ids<IPushObjectEnumerator, IObjectEnumerator, IObject>()},
+    {"CSetFormatIsf",
+     {0x14A97652, 0xF7A748C9, 0x966907FC, 0xE273A999},
+     Ids<ISetFormatIsf, IInputStreamFilter, IInputStream, IStream, IObject>()},
     {"CStringObject", {0xAEA98BB2, 0x6A014A57, 0xB1543E5D, 0x9FFAC41A}, Ids<IStringObject, IObject>()},
     {"CSwBufferMediaSample",
      {0xA5D82DFB, 0x331F4063, 0x83FDCE8D, 0xFF73544F},
@@ -81,7 +92,8 @@ const std::vector<CId> kInterfaces =
     Ids<IObject, IObjectListener, IObjectList, IObjectEnumerator, IPushObjectEnumerator, IPtrObject,
         IStringObject, IStream, IInputStream, IOutputStream, IMediaSample, ISwBufferMediaSample,
         IInputStreamFilter, IOutputStreamFilter, IFileInputStream, IFileOutputStream, IFile, IFolder,
-        IWavChunkDecoder, IWavDecoder>();
+        IWavChunkDecoder, IWavDecoder, ISetFormatIsf, IAudioPcmSampleFormatConverter,
+        IAudioPcmChannelNumberConverter>();
 
 wstring RegisteredName(const TClassRow& row) {
     wstring name = VRL_L("vorlund::");

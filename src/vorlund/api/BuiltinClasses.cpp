@@ -11,6 +11,9 @@
 #include "vorlund/data/file/FileInputStream.h"
 #include "vorlund/data/file/FileOutputStream.h"
 #include "vorlund/data/file/Folder.h"
+#include "vorlund/data/filters/AudioPcmChannelNumberConverter.h"
+#include "vorlund/data/filters/AudioPcmSampleFormatConverter.h"
+#include "vorlund/data/filters/SetFormatIsf.h"
 #include "vorlund/data/filters/WavChunkDecoder.h"
 #include "vorlund/data/filters/WavDecoder.h"
 #include "vorlund/util/Object.h"
@@ -35,6 +38,8 @@ template <class TClass> constexpr TClassInfo Builtin(const wchar* name) {
 
 /// In the order of registration, which is alphabetical: a new class goes to its place in the alphabet.
 constexpr TClassInfo kClasses[] = {
+    Builtin<CAudioPcmChannelNumberConverter>(VRL_L("vorlund::CAudioPcmChannelNumberConverter")),
+    Builtin<CAudioPcmSampleFormatConverter>(VRL_L("vorlund::CAudioPcmSampleFormatConverter")),
     Builtin<CFile>(VRL_L("vorlund::CFile")),
     Builtin<CFileInputStream>(VRL_L("vorlund::CFileInputStream")),
     Builtin<CFileOutputStream>(VRL_L("vorlund::CFileOutputStream")),
@@ -50,6 +55,7 @@ constexpr TClassInfo kClasses[] = {
     Builtin<COutputStreamFilter>(VRL_L("vorlund::COutputStreamFilter")),
     Builtin<CPtrObject>(VRL_L("vorlund::CPtrObject")),
     Builtin<CPushObjectEnumerator>(VRL_L("vorlund::CPushObjectEnumerator")),
+    Builtin<CSetFormatIsf>(VRL_L("vorlund::CSetFormatIsf")),
     Builtin<CStringObject>(VRL_L("vorlund::CStringObject")),
     Builtin<CSwBufferMediaSample>(VRL_L("vorlund::CSwBufferMediaSample")),
     Builtin<CWavChunkDecoder>(VRL_L("vorlund::CWavChunkDecoder")),

@@ -1,0 +1,54 @@
+/// \file
+/// The inner loops of the sample-format converter: linear PCM samples become samples of another format.
+///
+///   8 to 16, 32 bits    (s - 128) shifted left by 8, 24
+///   16 to 32 bits       s shifted left by 16
+///   16, 32 to 8 bits    s shifted right by 8, 24, plus 128
+///   32 to 16 bits       s shifted right by 16
+///   integer to float    (s - 128) / 128.0, s / 32768.0, s / 2147483648.0
+///   float to 8 bits     (s + 1.0) * 127.5, truncated, its low 8 bits
+///   float to 16 bits    s * 32767.0, truncated, its low 16 bits
+///   float to 32 bits    s * 214743648.0, truncated
+///
+/// Floats are scaled in double precision and truncated toward zero to a signed 32-bit integer. A product that
+/// does not fit one, and NaN, counts as -2^31 on every system; that is what the conversion instructions of
+/// x86 give. Nothing is clipped.
+///
+/// The routines take any alignment, touch nothing but `count` whole samples, and do not expect source and
+/// destination to overlap. They do not raise and may be called from any thread. Every set gives the same
+/// bits.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace vorlund::pcm {
+
+/// Converts `count` samples.
+using TConversion = void (*)(void* destination, const void* source, std::size_t count);
+
+/// The routine for these `TSampleFormat` codes, from the fastest set that the processor supports; null where
+/// bytes pass through unchanged: for equal codes, and for codes outside 0..3.
+TConversion FindConversion(std::uint32_t from, std::uint32_t to);
+
+// ---- the sets behind it, for tests and benchmarks
+
+inline constexpr std::size_t kFormatCount = 4;
+
+/// Routines made for one kind of processor. Null stands where the set before it is not beaten.
+struct TConversionSet {
+    const char* name;
+    bool (*isSupported)();
+    /// By the code of the source, then by that of the destination; null on the diagonal.
+    TConversion routines[kFormatCount][kFormatCount];
+};
+
+/// All sets of this build, the reference first, the fastest last; the first one is complete and always
+/// supported.
+std::span<const TConversionSet* const> GetConversionSets();
+
+/// The arithmetic as it is written above.
+extern const TConversionSet kScalarConversions;
+
+} // namespace vorlund::pcm

@@ -1,0 +1,119 @@
+// What the PCM converters share.
+#pragma once
+
+#include "vorlund/data/filters/PcmStep.h"
+
+#include <vorlund/CodecClassStore.h>
+#include <vorlund/DataFormat.h>
+#include <vorlund/Exception.h>
+#include <vorlund/ObjectServices.h>
+#include <vorlund/StreamFilterImpl.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+namespace vorlund {
+
+/// What a converter raises, in its own name.
+struct TPcmConverterFailures {
+    TFailure seekNotConnected;
+    TFailure tellNotConnected;
+    TFailure flushNotConnected;
+    TFailure getLengthNotConnected;
+    TFailure readNoBuffer;
+    TFailure readNotConnected;
+    TFailure readNoSample;
+    TFailure readSample;
+    TFailure skipNotConnected;
+    TFailure unsupportedFormat;
+};
+
+/// A filter over PCM that the codec class store has decoded. The class around it chooses, in `OnConnected`
+/// and whenever its target changes, the ratio of the byte counts and the step of `Read`.
+template <class TInterface> class CPcmConverterImpl : public CInputFilterImpl<TInterface> {
+public:
+    std::int64_t GetLength() override {
+        if (!stream_) Raise<COperationNotSupportedException>(failures_.getLengthNotConnected);
+        return ToOutput(stream_->GetLength());
+    }
+    void Flush() override {
+        if (!stream_) Raise<COperationNotSupportedException>(failures_.flushNotConnected);
+        stream_->Flush();
+    }
+    void Seek(std::int64_t position) override {
+        if (!stream_) Raise<COperationNotSupportedException>(failures_.seekNotConnected);
+        stream_->Seek(static_cast<std::int64_t>(ratio_.ToInput(static_cast<std::uint64_t>(position))));
+    }
+    std::int64_t Tell() override {
+        if (!stream_) Raise<COperationNotSupportedException>(failures_.tellNotConnected);
+        return ToOutput(stream_->Tell());
+    }
+
+    const TDataFormat& GetFormat() override { return format_; }
+    void Read(IMediaSample* sample) override {
+        if (!sample) Raise<CNullPtrException>(failures_.readNoSample);
+        Raise<CInvalidParameterException>(failures_.readSample);
+    }
+    std::uint64_t Read(void* buffer, std::uint64_t size) override {
+        if (!buffer) Raise<CNullPtrException>(failures_.readNoBuffer);
+        if (!stream_) Raise<CIOException>(failures_.readNotConnected);
+        // A stream may claim more than it was asked for, here and below.
+        if (step_.IsPassThrough()) return std::min(stream_->Read(buffer, size), size);
+        const std::uint32_t wanted = step_.GetInputSize(size);
+        if (wanted == 0) return 0;
+        alignas(32) std::byte scratch[pcm::CStep::kMostInput];
+        const std::uint64_t got = std::min<std::uint64_t>(stream_->Read(scratch, wanted), wanted);
+        const std::uint32_t produced = step_.GetOutputSize(static_cast<std::uint32_t>(got));
+        step_.Convert(buffer, scratch, produced);
+        return produced;
+    }
+    void Skip(std::uint64_t count) override {
+        if (!stream_) Raise<CIOException>(failures_.skipNotConnected);
+        stream_->Skip(ratio_.ToInput(count));
+    }
+
+    void Connect(IInputStream* stream) override {
+        // The new reference comes first: this converter may hold the only other one.
+        const auto next = CRefPtr<IInputStream>::Share(stream);
+        this->Disconnect();
+        if (!next) return;
+        auto input = CRefPtr<IInputStream>::Adopt(
+            services::CodecClassStore().DecodeStream(next.Get(), TDataFormat_AudioPcm::FormatId));
+        const TDataFormat& format = input->GetFormat();
+        if (format.id != TDataFormat_AudioPcm::FormatId || format.size != sizeof(TDataFormat_AudioPcm)) {
+            input.Reset();
+            Raise<CDataFormatException>(failures_.unsupportedFormat);
+        }
+        input_ = static_cast<const TDataFormat_AudioPcm&>(format);
+        stream_ = std::move(input);
+        OnConnected();
+    }
+
+protected:
+    explicit CPcmConverterImpl(const TPcmConverterFailures& failures) : failures_(failures) {}
+    ~CPcmConverterImpl() noexcept(false) = default;
+
+    /// Takes from `input_` what the converter does not change, and sets `ratio_` and `step_`. Does not raise.
+    virtual void OnConnected() = 0;
+
+    using CInputFilterImpl<TInterface>::stream_;
+
+    /// The output.
+    TDataFormat_AudioPcm format_{SAMPLE_FORMAT_16BIT, 2, 44100};
+    /// The input's when it was connected: a stream that changes its format later must not make a routine read
+    /// or write more than its buffers hold.
+    TDataFormat_AudioPcm input_;
+    pcm::TRatio ratio_;
+    pcm::CStep step_;
+
+private:
+    std::int64_t ToOutput(std::int64_t bytes) const {
+        return static_cast<std::int64_t>(ratio_.ToOutput(static_cast<std::uint64_t>(bytes)));
+    }
+
+    const TPcmConverterFailures& failures_;
+};
+
+} // namespace vorlund
