@@ -5,6 +5,9 @@ namespace {
 
 constexpr const TMixSet* kSets[] = {
     &kScalarMixes,
+#if defined(__SSE2__)
+    &kAvx2Mixes,
+#endif
 };
 
 } // namespace
