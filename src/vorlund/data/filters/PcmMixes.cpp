@@ -6,6 +6,7 @@ namespace {
 constexpr const TMixSet* kSets[] = {
     &kScalarMixes,
 #if defined(__SSE2__)
+    &kSse2Mixes,
     &kAvx2Mixes,
 #endif
 };
