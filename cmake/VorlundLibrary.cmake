@@ -86,3 +86,17 @@ function(vorlund_platform_sources_camel)
     list(TRANSFORM ARGN APPEND ${VORLUND_PLATFORM}.cpp)
     vorlund_sources(${ARGN})
 endfunction()
+
+# vorlund_avx2_sources(<file>...): adds files that only processors with AVX2 and fused multiply-add may enter.
+function(vorlund_avx2_sources)
+    vorlund_sources(${ARGN})
+    set(options -mavx2 -mfma)
+    if(WIN32)
+        # GCC gives 64-bit Windows stacks no more than 16-byte alignment, and yet stores whole vectors there.
+        list(APPEND options -Wa,-muse-unaligned-vector-move)
+    endif()
+    list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+    foreach(target IN LISTS VORLUND_COMPILING_TARGETS)
+        set_property(SOURCE ${ARGN} TARGET_DIRECTORY ${target} PROPERTY COMPILE_OPTIONS ${options})
+    endforeach()
+endfunction()

@@ -5,6 +5,10 @@ namespace {
 
 constexpr const TMixSet* kSets[] = {
     &kScalarMixes,
+#if defined(__SSE2__)
+    &kSse2Mixes,
+    &kAvx2Mixes,
+#endif
 };
 
 } // namespace

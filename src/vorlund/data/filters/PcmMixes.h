@@ -63,5 +63,8 @@ TMix FindMix(const TMixSet& set, std::uint32_t inputChannels, std::uint32_t outp
              std::uint32_t sampleSizeCode);
 
 extern const TMixSet kScalarMixes;
+/// Only in builds for x86.
+extern const TMixSet kSse2Mixes;
+extern const TMixSet kAvx2Mixes;
 
 } // namespace vorlund::pcm

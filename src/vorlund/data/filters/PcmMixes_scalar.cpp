@@ -25,65 +25,73 @@ template <> struct TTraits<float> {
     static constexpr float kSilence = 0;
 };
 
-/// The sum of the samples, each divided by `divisor`, from left to right.
-template <class TSample, class... TSamples>
-TSample Sum(typename TTraits<TSample>::TTerm divisor, TSample first, TSamples... others) {
+/// Interleaved samples in a caller's buffer, which may have any alignment.
+template <class TSample> TSample Load(const std::uint8_t* frame, std::size_t channel) {
+    TSample sample;
+    std::memcpy(&sample, frame + channel * sizeof sample, sizeof sample);
+    return sample;
+}
+template <class TSample> void Store(std::uint8_t* frame, std::size_t channel, TSample sample) {
+    std::memcpy(frame + channel * sizeof sample, &sample, sizeof sample);
+}
+
+/// The sum of some channels, each divided by `divisor`, in the order given.
+template <class TSample, std::size_t count>
+TSample Sum(typename TTraits<TSample>::TTerm divisor, const std::uint8_t* frame,
+            const std::size_t (&channels)[count]) {
     using TTerm = typename TTraits<TSample>::TTerm;
-    TTerm sum = static_cast<TTerm>(first) / divisor;
-    ((sum += static_cast<TTerm>(others) / divisor), ...);
+    TTerm sum = static_cast<TTerm>(Load<TSample>(frame, channels[0])) / divisor;
+    for (std::size_t i = 1; i < count; ++i)
+        sum += static_cast<TTerm>(Load<TSample>(frame, channels[i])) / divisor;
     return static_cast<TSample>(sum);
 }
 
-template <std::uint32_t inputs, std::uint32_t outputs> struct TRule;
+template <std::size_t inputs, std::size_t outputs> struct TRule;
 
-template <std::uint32_t outputs> struct TRule<1, outputs> {
-    template <class TSample> static void Mix(TSample* out, const TSample* in) {
-        for (std::uint32_t i = 0; i < outputs; ++i) out[i] = in[0];
+template <std::size_t outputs> struct TRule<1, outputs> {
+    template <class TSample> static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+        const auto sample = Load<TSample>(from, 0);
+        for (std::size_t i = 0; i < outputs; ++i) Store(to, i, sample);
     }
 };
 
 template <> struct TRule<2, 1> {
-    template <class TSample> static void Mix(TSample* out, const TSample* in) {
-        out[0] = Sum(2, in[0], in[1]);
+    template <class TSample> static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+        Store(to, 0, Sum<TSample>(2, from, {0, 1}));
     }
 };
 
 template <> struct TRule<2, 6> {
-    template <class TSample> static void Mix(TSample* out, const TSample* in) {
-        out[0] = in[0];
-        out[1] = in[1];
-        for (int i = 2; i < 6; ++i) out[i] = TTraits<TSample>::kSilence;
+    template <class TSample> static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+        Store(to, 0, Load<TSample>(from, 0));
+        Store(to, 1, Load<TSample>(from, 1));
+        for (std::size_t i = 2; i < 6; ++i) Store(to, i, TTraits<TSample>::kSilence);
     }
 };
 
 template <> struct TRule<6, 1> {
-    template <class TSample> static void Mix(TSample* out, const TSample* in) {
+    template <class TSample> static void Mix(std::uint8_t* to, const std::uint8_t* from) {
         // Kept on purpose: six silent bytes 0x80 give 0x7E.
-        out[0] = Sum(6, in[0], in[1], in[2], in[3], in[4], in[5]);
+        Store(to, 0, Sum<TSample>(6, from, {0, 1, 2, 3, 4, 5}));
     }
 };
 
 template <> struct TRule<6, 2> {
-    template <class TSample> static void Mix(TSample* out, const TSample* in) {
+    template <class TSample> static void Mix(std::uint8_t* to, const std::uint8_t* from) {
         // Kept on purpose: the low-frequency channel weighs as much as the others.
-        out[0] = Sum(4, in[0], in[2], in[3], in[4]);
-        out[1] = Sum(4, in[1], in[2], in[3], in[5]);
+        Store(to, 0, Sum<TSample>(4, from, {0, 2, 3, 4}));
+        Store(to, 1, Sum<TSample>(4, from, {1, 2, 3, 5}));
     }
 };
 
-template <class TSample, std::uint32_t inputs, std::uint32_t outputs>
+template <class TSample, std::size_t inputs, std::size_t outputs>
 void Mix(void* destination, const void* source, std::size_t frames) {
-    // Buffers belong to callers and may have any alignment.
     auto* to = static_cast<std::uint8_t*>(destination);
     const auto* from = static_cast<const std::uint8_t*>(source);
     for (; frames > 0; --frames) {
-        TSample in[inputs];
-        TSample out[outputs];
-        std::memcpy(in, from, sizeof in);
-        TRule<inputs, outputs>::Mix(out, in);
-        std::memcpy(to, out, sizeof out);
-        from += sizeof in;
-        to += sizeof out;
+        TRule<inputs, outputs>::template Mix<TSample>(to, from);
+        from += inputs * sizeof(TSample);
+        to += outputs * sizeof(TSample);
     }
 }
 
@@ -95,7 +103,7 @@ void Mix(void* destination, const void* source, std::size_t frames) {
 
 } // namespace
 
-const TMixSet kScalarMixes{
+constinit const TMixSet kScalarMixes{
     "scalar",
     [] { return true; },
     {VRL_MIXES(1, 2), VRL_MIXES(1, 6), VRL_MIXES(2, 1), VRL_MIXES(2, 6), VRL_MIXES(6, 1), VRL_MIXES(6, 2)}};
