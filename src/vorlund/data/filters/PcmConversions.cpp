@@ -5,6 +5,10 @@ namespace {
 
 constexpr const TConversionSet* kSets[] = {
     &kScalarConversions,
+#if defined(__SSE2__)
+    &kSse2Conversions,
+    &kAvx2Conversions,
+#endif
 };
 
 } // namespace

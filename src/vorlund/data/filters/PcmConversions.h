@@ -50,5 +50,8 @@ std::span<const TConversionSet* const> GetConversionSets();
 
 /// The arithmetic as it is written above.
 extern const TConversionSet kScalarConversions;
+/// Only in builds for x86.
+extern const TConversionSet kSse2Conversions;
+extern const TConversionSet kAvx2Conversions;
 
 } // namespace vorlund::pcm

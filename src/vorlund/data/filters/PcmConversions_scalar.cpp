@@ -68,7 +68,7 @@ void Convert(void* destination, const void* source, std::size_t count) {
 
 } // namespace
 
-const TConversionSet kScalarConversions{
+constinit const TConversionSet kScalarConversions{
     "scalar",
     [] { return true; },
     {

@@ -1,0 +1,375 @@
+// The conversions of sample formats: every set that this processor supports beside libswresample, SDL2 and
+// the helpers of libsamplerate where they have the pair, in blocks that stay in the cache and over memory; a
+// converter's step beside its routine; and reading WAV files through a converter, beside libsndfile. Run them
+// interleaved and compare medians:
+//   bench_pcm_conversions --benchmark_repetitions=11 --benchmark_enable_random_interleaving=true
+//                         --benchmark_min_time=0.01 --benchmark_report_aggregates_only=true
+// An item is a sample. "vorlund" is what the library chooses; a set appears where it has a routine of its
+// own. The peers clip and round as they like: only their speed is compared.
+#include "vorlund/data/filters/PcmConversions.h"
+
+#include "BenchSupport.h"
+
+#include <vorlund/AudioPcmConverters.h>
+#include <vorlund/ClassIds.h>
+#include <vorlund/DataFormat.h>
+#include <vorlund/Path.h>
+#include <vorlund/RefPtr.h>
+#include <vorlund/StreamImpl.h>
+
+#include <benchmark/benchmark.h>
+
+#ifdef VORLUND_BENCH_SDL2
+#define SDL_MAIN_HANDLED
+#include <SDL.h>
+#endif
+#ifdef VORLUND_BENCH_SWRESAMPLE
+extern "C" {
+#include <libavutil/channel_layout.h>
+#include <libavutil/mem.h>
+#include <libswresample/swresample.h>
+}
+#endif
+#ifdef VORLUND_BENCH_SAMPLERATE
+#include <samplerate.h>
+#endif
+#ifdef VORLUND_BENCH_SNDFILE
+#include <sndfile.h>
+#endif
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+using namespace vorlund;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::size_t kBlock = 2048;
+constexpr std::size_t kStream = 16u << 20;
+constexpr std::size_t kSampleSizes[] = {1, 2, 4, 4};
+constexpr const char* kFormats[] = {"u8", "s16", "s32", "f32"};
+
+using TBytes = std::vector<std::uint8_t>;
+
+/// One conversion of so many samples.
+struct TCase {
+    std::uint32_t from;
+    std::uint32_t to;
+    std::size_t count;
+
+    std::size_t GetInputSize() const { return count * kSampleSizes[from]; }
+    std::size_t GetOutputSize() const { return count * kSampleSizes[to]; }
+};
+
+/// Noise of full scale.
+TBytes MakeNoise(std::uint32_t format, std::size_t count) {
+    std::mt19937 random(1);
+    TBytes bytes(count * kSampleSizes[format]);
+    for (std::size_t at = 0; at + 4 <= bytes.size(); at += 4) {
+        std::uint32_t word = static_cast<std::uint32_t>(random());
+        if (format == SAMPLE_FORMAT_FLOAT) {
+            const float value = static_cast<float>(static_cast<std::int32_t>(word)) * 0x1p-31f;
+            std::memcpy(&word, &value, sizeof word);
+        }
+        std::memcpy(&bytes[at], &word, sizeof word);
+    }
+    return bytes;
+}
+
+/// Buffers as media libraries allocate them.
+class CBuffers {
+public:
+    explicit CBuffers(const TCase& conversion)
+        : input_(conversion.GetInputSize() + kAlignment), output_(conversion.GetOutputSize() + kAlignment) {
+        const TBytes noise = MakeNoise(conversion.from, conversion.count);
+        std::memcpy(Input(), noise.data(), noise.size());
+    }
+    std::uint8_t* Input() { return Align(input_); }
+    std::uint8_t* Output() { return Align(output_); }
+
+private:
+    static constexpr std::uintptr_t kAlignment = 64;
+    static std::uint8_t* Align(TBytes& bytes) {
+        const auto address = reinterpret_cast<std::uintptr_t>(bytes.data());
+        return bytes.data() + (kAlignment - address % kAlignment) % kAlignment;
+    }
+    TBytes input_;
+    TBytes output_;
+};
+
+/// Runs `convert(output, input)` once per iteration.
+template <class TConvert> void Run(benchmark::State& state, const TCase& conversion, TConvert convert) {
+    CBuffers buffers(conversion);
+    for (auto _ : state) {
+        convert(buffers.Output(), buffers.Input());
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(conversion.count));
+}
+
+void Vorlund(benchmark::State& state, TCase conversion, pcm::TConversion routine) {
+    Run(state, conversion,
+        [&](std::uint8_t* out, const std::uint8_t* in) { routine(out, in, conversion.count); });
+}
+
+#ifdef VORLUND_BENCH_SDL2
+
+/// In place, as SDL2 works, and with the bytes as the last round left them: nothing is copied between rounds.
+void Sdl2(benchmark::State& state, TCase conversion) {
+    constexpr SDL_AudioFormat kCodes[] = {AUDIO_U8, AUDIO_S16SYS, AUDIO_S32SYS, AUDIO_F32SYS};
+    SDL_AudioCVT converter;
+    SDL_BuildAudioCVT(&converter, kCodes[conversion.from], 1, 44100, kCodes[conversion.to], 1, 44100);
+    converter.len = static_cast<int>(conversion.GetInputSize());
+    TBytes buffer = MakeNoise(conversion.from, conversion.count);
+    buffer.resize(std::max(conversion.GetInputSize(), conversion.GetOutputSize()));
+    converter.buf = buffer.data();
+    for (auto _ : state) {
+        SDL_ConvertAudio(&converter);
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(conversion.count));
+}
+
+#endif
+#ifdef VORLUND_BENCH_SWRESAMPLE
+
+void Swresample(benchmark::State& state, TCase conversion) {
+    constexpr AVSampleFormat kCodes[] = {AV_SAMPLE_FMT_U8, AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_S32,
+                                         AV_SAMPLE_FMT_FLT};
+    AVChannelLayout mono;
+    av_channel_layout_default(&mono, 1);
+    SwrContext* context = nullptr;
+    swr_alloc_set_opts2(&context, &mono, kCodes[conversion.to], 44100, &mono, kCodes[conversion.from], 44100,
+                        0, nullptr);
+    if (swr_init(context) < 0) state.SkipWithError("not initialised");
+    const int count = static_cast<int>(conversion.count);
+    Run(state, conversion,
+        [&](std::uint8_t* out, const std::uint8_t* in) { swr_convert(context, &out, count, &in, count); });
+    swr_free(&context);
+}
+
+#endif
+#ifdef VORLUND_BENCH_SAMPLERATE
+
+using TSamplerate = void (*)(std::uint8_t* out, const std::uint8_t* in, int count);
+
+/// Its helpers, or null for pairs without one.
+TSamplerate FindSamplerate(std::uint32_t from, std::uint32_t to) {
+    if (from == SAMPLE_FORMAT_16BIT && to == SAMPLE_FORMAT_FLOAT)
+        return [](std::uint8_t* out, const std::uint8_t* in, int count) {
+            src_short_to_float_array(reinterpret_cast<const short*>(in), reinterpret_cast<float*>(out),
+                                     count);
+        };
+    if (from == SAMPLE_FORMAT_32BIT && to == SAMPLE_FORMAT_FLOAT)
+        return [](std::uint8_t* out, const std::uint8_t* in, int count) {
+            src_int_to_float_array(reinterpret_cast<const int*>(in), reinterpret_cast<float*>(out), count);
+        };
+    if (from == SAMPLE_FORMAT_FLOAT && to == SAMPLE_FORMAT_16BIT)
+        return [](std::uint8_t* out, const std::uint8_t* in, int count) {
+            src_float_to_short_array(reinterpret_cast<const float*>(in), reinterpret_cast<short*>(out),
+                                     count);
+        };
+    if (from == SAMPLE_FORMAT_FLOAT && to == SAMPLE_FORMAT_32BIT)
+        return [](std::uint8_t* out, const std::uint8_t* in, int count) {
+            src_float_to_int_array(reinterpret_cast<const float*>(in), reinterpret_cast<int*>(out), count);
+        };
+    return nullptr;
+}
+
+void Samplerate(benchmark::State& state, TCase conversion) {
+    const TSamplerate convert = FindSamplerate(conversion.from, conversion.to);
+    Run(state, conversion, [&](std::uint8_t* out, const std::uint8_t* in) {
+        convert(out, in, static_cast<int>(conversion.count));
+    });
+}
+
+#endif
+
+void RegisterCase(TCase conversion) {
+    const std::string name = std::string(conversion.count == kBlock ? "block/" : "stream/") +
+                             kFormats[conversion.from] + "-" + kFormats[conversion.to] + "/";
+    benchmark::RegisterBenchmark((name + "vorlund").c_str(), Vorlund, conversion,
+                                 pcm::FindConversion(conversion.from, conversion.to));
+    for (const pcm::TConversionSet* set : pcm::GetConversionSets()) {
+        const pcm::TConversion routine = set->routines[conversion.from][conversion.to];
+        if (!set->isSupported() || !routine) continue;
+        benchmark::RegisterBenchmark((name + set->name).c_str(), Vorlund, conversion, routine);
+    }
+#ifdef VORLUND_BENCH_SDL2
+    benchmark::RegisterBenchmark((name + "SDL2").c_str(), Sdl2, conversion);
+#endif
+#ifdef VORLUND_BENCH_SWRESAMPLE
+    benchmark::RegisterBenchmark((name + "swresample").c_str(), Swresample, conversion);
+#endif
+#ifdef VORLUND_BENCH_SAMPLERATE
+    if (FindSamplerate(conversion.from, conversion.to))
+        benchmark::RegisterBenchmark((name + "samplerate").c_str(), Samplerate, conversion);
+#endif
+}
+
+// ---- a step of the converter
+
+/// PCM that never ends: every read is answered in full.
+class CEndlessPcm : public CInputStreamImpl<IInputStream> {
+public:
+    static constexpr CId ClassId{0x5B0C4E1D, 0x92A74F38, 0xA1D6C53E, 0x7F20B891};
+
+    TDataFormat_AudioPcm format;
+    TBytes bytes;
+
+    bool Eof() override { return false; }
+    const TDataFormat& GetFormat() override { return format; }
+    using CInputStreamImpl::Read;
+    std::uint64_t Read(void* buffer, std::uint64_t size) override {
+        const std::size_t count = static_cast<std::size_t>(std::min<std::uint64_t>(size, bytes.size()));
+        std::memcpy(buffer, bytes.data(), count);
+        return count;
+    }
+};
+
+constexpr std::size_t kStepInput = 1024;
+
+/// A full step: 1024 bytes of input.
+void Step(benchmark::State& state, TCase conversion) {
+    const bench::CLibrary library;
+    const auto source = CRefPtr<CEndlessPcm>::Adopt(static_cast<CEndlessPcm*>(NewObject<CEndlessPcm>()));
+    source->format = {conversion.from, 2, 44100};
+    source->bytes = MakeNoise(conversion.from, conversion.count);
+    const auto converter = CreateAs<IAudioPcmSampleFormatConverter>(classid::CAudioPcmSampleFormatConverter);
+    converter->SetSampleFormat(conversion.to);
+    converter->Connect(source.Get());
+    Run(state, conversion, [&](std::uint8_t* out, const std::uint8_t*) {
+        benchmark::DoNotOptimize(converter->Read(out, conversion.GetOutputSize()));
+    });
+}
+
+/// The same copy and the same routine with nothing around them.
+void StepBare(benchmark::State& state, TCase conversion) {
+    const pcm::TConversion routine = pcm::FindConversion(conversion.from, conversion.to);
+    alignas(32) std::byte scratch[kStepInput];
+    Run(state, conversion, [&](std::uint8_t* out, const std::uint8_t* in) {
+        std::memcpy(scratch, in, conversion.GetInputSize());
+        benchmark::ClobberMemory();
+        routine(out, scratch, conversion.count);
+    });
+}
+
+void RegisterStep(std::uint32_t from, std::uint32_t to) {
+    const TCase conversion{from, to, kStepInput / kSampleSizes[from]};
+    const std::string name = std::string("step/") + kFormats[from] + "-" + kFormats[to] + "/";
+    benchmark::RegisterBenchmark((name + "converter").c_str(), Step, conversion);
+    benchmark::RegisterBenchmark((name + "copy+routine").c_str(), StepBare, conversion);
+}
+
+// ---- files
+
+constexpr std::uint32_t kFileSize = 64u << 20;
+
+/// WAV files of noise, made once and removed at the end.
+class CFiles {
+public:
+    CFiles() : folder_(fs::temp_directory_path() / ("vorlund-bench-" + std::to_string(getpid()))) {
+        fs::create_directory(folder_);
+        for (const std::uint32_t format : {SAMPLE_FORMAT_8BIT, SAMPLE_FORMAT_16BIT}) Write(format);
+    }
+    CFiles(const CFiles&) = delete;
+    CFiles& operator=(const CFiles&) = delete;
+    ~CFiles() { fs::remove_all(folder_); }
+
+    std::string GetPath(std::uint32_t format) const { return (folder_ / kFormats[format]).string(); }
+
+private:
+    void Write(std::uint32_t format) const {
+        const auto size = static_cast<std::uint32_t>(kSampleSizes[format]);
+        const std::uint32_t words[] = {
+            kFileSize + 36, 16, 0x00020001, 44100, 44100 * 2 * size, 2 * size | size * 8 << 16, kFileSize};
+        std::string head = "RIFF....WAVEfmt ....................data....";
+        constexpr std::size_t kPlaces[] = {4, 16, 20, 24, 28, 32, 40};
+        for (std::size_t i = 0; i < std::size(words); ++i) std::memcpy(&head[kPlaces[i]], &words[i], 4);
+        const TBytes data = MakeNoise(format, kFileSize / size);
+        std::ofstream file(GetPath(format), std::ios::binary);
+        file.write(head.data(), static_cast<std::streamsize>(head.size()));
+        file.write(reinterpret_cast<const char*>(data.data()), static_cast<std::streamsize>(data.size()));
+    }
+
+    fs::path folder_;
+};
+
+const CFiles& Files() {
+    static const CFiles files;
+    return files;
+}
+
+/// Fills a buffer of so many bytes of output per iteration, in as many reads as that takes.
+void FileVorlund(benchmark::State& state, TCase conversion) {
+    const bench::CLibrary library;
+    const auto stream = CRefPtr<IInputStream>::Adopt(v.GetCodecClassStore().DecodeFile(
+        PathFromUtf8(Files().GetPath(conversion.from).c_str()).c_str(), TDataFormat_AudioPcm::FormatId));
+    const auto converter = CreateAs<IAudioPcmSampleFormatConverter>(classid::CAudioPcmSampleFormatConverter);
+    converter->SetSampleFormat(conversion.to);
+    converter->Connect(stream.Get());
+    const std::size_t size = conversion.GetOutputSize();
+    Run(state, conversion, [&](std::uint8_t* out, const std::uint8_t*) {
+        for (std::size_t filled = 0; filled < size;) {
+            const std::uint64_t count = converter->Read(out + filled, size - filled);
+            if (count == 0) converter->Seek(0);
+            filled += static_cast<std::size_t>(count);
+        }
+    });
+}
+
+#ifdef VORLUND_BENCH_SNDFILE
+
+void FileSndfile(benchmark::State& state, TCase conversion) {
+    SF_INFO info{};
+    SNDFILE* const file = sf_open(Files().GetPath(conversion.from).c_str(), SFM_READ, &info);
+    const auto count = static_cast<sf_count_t>(conversion.count);
+    Run(state, conversion, [&](std::uint8_t* out, const std::uint8_t*) {
+        const sf_count_t got = conversion.to == SAMPLE_FORMAT_FLOAT
+                                   ? sf_read_float(file, reinterpret_cast<float*>(out), count)
+                                   : sf_read_short(file, reinterpret_cast<short*>(out), count);
+        if (got < count) sf_seek(file, 0, SEEK_SET);
+    });
+    sf_close(file);
+}
+
+#endif
+
+/// `size` is that of the output.
+void RegisterFile(std::uint32_t from, std::uint32_t to, std::size_t size) {
+    const TCase conversion{from, to, size / kSampleSizes[to]};
+    const std::string name = std::string("file/") + kFormats[from] + "-" + kFormats[to] + "/" +
+                             std::to_string(size / 1024) + "KiB/";
+    benchmark::RegisterBenchmark((name + "vorlund").c_str(), FileVorlund, conversion);
+#ifdef VORLUND_BENCH_SNDFILE
+    benchmark::RegisterBenchmark((name + "sndfile").c_str(), FileSndfile, conversion);
+#endif
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    for (const std::size_t count : {kBlock, kStream})
+        for (std::uint32_t from = 0; from < pcm::kFormatCount; ++from)
+            for (std::uint32_t to = 0; to < pcm::kFormatCount; ++to)
+                if (from != to) RegisterCase({from, to, count});
+    RegisterStep(SAMPLE_FORMAT_8BIT, SAMPLE_FORMAT_16BIT);
+    RegisterStep(SAMPLE_FORMAT_16BIT, SAMPLE_FORMAT_FLOAT);
+    RegisterStep(SAMPLE_FORMAT_FLOAT, SAMPLE_FORMAT_16BIT);
+    for (const std::size_t size : {1024, 4096, 65536}) {
+        RegisterFile(SAMPLE_FORMAT_16BIT, SAMPLE_FORMAT_FLOAT, size);
+        RegisterFile(SAMPLE_FORMAT_8BIT, SAMPLE_FORMAT_16BIT, size);
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,0 +1,274 @@
+// Conversions for AVX2 with fused multiply-add. The whole file is compiled for these processors, so it shares
+// no inline function with other files: the linker could take this copy for all of them.
+//
+// Scales that are powers of two are exact in single precision. The others:
+//
+// - Float to 32 bits goes through double precision at full width.
+// - Float to 16 and 8 bits rounds toward zero while it scales in single precision. A product that has fewer
+//   than 25 bits before the point then loses only digits behind it, and truncating it gives what truncating
+//   the exact product does. (Rounded to nearest it might reach the next integer.) Blocks with larger samples,
+//   infinities or NaN take the way through double precision. For 8 bits the fused product and sum is rounded
+//   once, which no float can tell from the reference.
+#include "vorlund/data/filters/PcmConversions.h"
+
+#include <immintrin.h>
+
+#define VRL_INLINE [[gnu::always_inline]] inline
+
+namespace vorlund::pcm {
+namespace {
+
+constexpr std::size_t kLane = 16;
+constexpr std::size_t kVector = 2 * kLane;
+
+VRL_INLINE __m128i LoadLane(const std::byte* from) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+}
+VRL_INLINE __m256i Load(const std::byte* from) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+}
+VRL_INLINE void StoreLane(std::byte* to, __m128i value) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), value);
+}
+VRL_INLINE void Store(std::byte* to, __m256i value) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), value);
+}
+/// What 8-bit samples and signed ones differ by.
+VRL_INLINE __m256i FlipSign8(__m256i samples) {
+    return _mm256_xor_si256(samples, _mm256_set1_epi8(-128));
+}
+/// Eight integers as floats, divided by 2^`bits`. The conversion rounds to nearest once, as that of a double
+/// does.
+template <int bits> VRL_INLINE __m256i ToFloat(__m256i samples) {
+    const __m256 scale = _mm256_set1_ps(1.0f / (1u << bits));
+    return _mm256_castps_si256(_mm256_mul_ps(_mm256_cvtepi32_ps(samples), scale));
+}
+/// Packs 32-bit integers of 0..65535 and puts the lanes in order.
+VRL_INLINE __m256i Pack32(__m256i low, __m256i high) {
+    return _mm256_permute4x64_epi64(_mm256_packus_epi32(low, high), _MM_SHUFFLE(3, 1, 2, 0));
+}
+/// Packs 32-bit integers of 0..255 and puts the lanes in order.
+VRL_INLINE __m256i Pack32(__m256i a, __m256i b, __m256i c, __m256i d) {
+    const __m256i packed = _mm256_packus_epi16(_mm256_packus_epi32(a, b), _mm256_packus_epi32(c, d));
+    return _mm256_permutevar8x32_epi32(packed, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
+}
+
+/// The rounding that the program has chosen.
+struct TAnyMode {};
+
+// A rule converts kSamples samples, kSourceSize bytes each, to kSize bytes each, while a TMode lives.
+
+template <std::size_t samples, std::size_t sourceSize, std::size_t size> struct TSizes {
+    static constexpr std::size_t kSamples = samples;
+    static constexpr std::size_t kSourceSize = sourceSize;
+    static constexpr std::size_t kSize = size;
+    using TMode = TAnyMode;
+};
+
+struct T8To16 : TSizes<32, 1, 2> {
+    VRL_INLINE static __m256i Widen(const std::byte* from) {
+        const __m256i samples = _mm256_slli_epi16(_mm256_cvtepu8_epi16(LoadLane(from)), 8);
+        return _mm256_xor_si256(samples, _mm256_set1_epi16(-32768));
+    }
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
+        Store(to, Widen(from));
+        Store(to + kVector, Widen(from + kLane));
+    }
+};
+
+template <bool toFloat> struct T8To32 : TSizes<32, 1, 4> {
+    VRL_INLINE static __m256i Finish(__m256i samples) {
+        if constexpr (toFloat) return ToFloat<31>(samples);
+        return samples;
+    }
+    VRL_INLINE static void ConvertHalf(std::byte* to, const std::byte* from) {
+        // A byte goes to the top of its four; -1 stands for zero.
+        const __m256i first = _mm256_setr_epi8(-1, -1, -1, 0, -1, -1, -1, 1, -1, -1, -1, 2, -1, -1, -1, 3, //
+                                               -1, -1, -1, 4, -1, -1, -1, 5, -1, -1, -1, 6, -1, -1, -1, 7);
+        const __m256i second =
+            _mm256_setr_epi8(-1, -1, -1, 8, -1, -1, -1, 9, -1, -1, -1, 10, -1, -1, -1, 11, //
+                             -1, -1, -1, 12, -1, -1, -1, 13, -1, -1, -1, 14, -1, -1, -1, 15);
+        const __m256i samples = FlipSign8(_mm256_broadcastsi128_si256(LoadLane(from)));
+        Store(to, Finish(_mm256_shuffle_epi8(samples, first)));
+        Store(to + kVector, Finish(_mm256_shuffle_epi8(samples, second)));
+    }
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
+        ConvertHalf(to, from);
+        ConvertHalf(to + 2 * kVector, from + kLane);
+    }
+};
+
+struct T16To8 : TSizes<32, 2, 1> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
+        const __m256i low = _mm256_srli_epi16(Load(from), 8);
+        const __m256i high = _mm256_srli_epi16(Load(from + kVector), 8);
+        const __m256i packed =
+            _mm256_permute4x64_epi64(_mm256_packus_epi16(low, high), _MM_SHUFFLE(3, 1, 2, 0));
+        Store(to, FlipSign8(packed));
+    }
+};
+
+template <bool toFloat> struct T16To32 : TSizes<16, 2, 4> {
+    VRL_INLINE static __m256i Widen(const std::byte* from) {
+        const __m256i samples = _mm256_cvtepi16_epi32(LoadLane(from));
+        if constexpr (toFloat) return ToFloat<15>(samples);
+        return _mm256_slli_epi32(samples, 16);
+    }
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
+        Store(to, Widen(from));
+        Store(to + kVector, Widen(from + kLane));
+    }
+};
+
+struct T32To8 : TSizes<32, 4, 1> {
+    VRL_INLINE static __m256i TopByte(const std::byte* from) { return _mm256_srli_epi32(Load(from), 24); }
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
+        Store(to, FlipSign8(Pack32(TopByte(from), TopByte(from + kVector), TopByte(from + 2 * kVector),
+                                   TopByte(from + 3 * kVector))));
+    }
+};
+
+struct T32To16 : TSizes<16, 4, 2> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
+        Store(to, Pack32(_mm256_srli_epi32(Load(from), 16), _mm256_srli_epi32(Load(from + kVector), 16)));
+    }
+};
+
+struct T32ToFloat : TSizes<16, 4, 4> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
+        Store(to, ToFloat<31>(Load(from)));
+        Store(to + kVector, ToFloat<31>(Load(from + kVector)));
+    }
+};
+
+/// Four floats as 32-bit integers in the scale of `sampleBits`, through double precision; -2^31 where they do
+/// not fit.
+template <int sampleBits> VRL_INLINE __m128i FromFloat(const std::byte* from) {
+    __m256d samples = _mm256_cvtps_pd(_mm_loadu_ps(reinterpret_cast<const float*>(from)));
+    if constexpr (sampleBits == 8) {
+        samples = _mm256_mul_pd(_mm256_add_pd(samples, _mm256_set1_pd(1.0)), _mm256_set1_pd(127.5));
+    } else {
+        samples = _mm256_mul_pd(samples, _mm256_set1_pd(sampleBits == 16 ? 32767.0 : 214743648.0));
+    }
+    return _mm256_cvttpd_epi32(samples);
+}
+template <int sampleBits> struct TExact {
+    VRL_INLINE __m256i operator()(const std::byte* from) const {
+        return _mm256_setr_m128i(FromFloat<sampleBits>(from), FromFloat<sampleBits>(from + kLane));
+    }
+};
+
+/// The same in single precision while it rounds toward zero, for samples below kLimit.
+template <int sampleBits> struct TTowardZero {
+    VRL_INLINE __m256i operator()(const std::byte* from) const {
+        __m256 samples = _mm256_loadu_ps(reinterpret_cast<const float*>(from));
+        if constexpr (sampleBits == 8) {
+            samples = _mm256_fmadd_ps(samples, _mm256_set1_ps(127.5f), _mm256_set1_ps(127.5f));
+        } else {
+            samples = _mm256_mul_ps(samples, _mm256_set1_ps(32767.0f));
+        }
+        return _mm256_cvttps_epi32(samples);
+    }
+};
+/// Times 32767 below 2^24. As an integer, the pattern of a float is the larger the larger its magnitude is,
+/// with infinities and NaN above all.
+constexpr int kLimit = 0x44000000; // 512.0f
+
+/// While this lives, single precision rounds toward zero.
+class CRoundTowardZero {
+public:
+    VRL_INLINE CRoundTowardZero() : before_(_mm_getcsr()) { Set(before_ | _MM_ROUND_TOWARD_ZERO); }
+    CRoundTowardZero(const CRoundTowardZero&) = delete;
+    CRoundTowardZero& operator=(const CRoundTowardZero&) = delete;
+    VRL_INLINE ~CRoundTowardZero() { Set(before_); }
+
+private:
+    /// The compiler does not know what arithmetic depends on this; that it moves no load and no store across
+    /// keeps what lies between a load and a store in its place.
+    VRL_INLINE static void Set(unsigned int state) {
+        asm volatile("" ::: "memory");
+        _mm_setcsr(state);
+        asm volatile("" ::: "memory");
+    }
+    unsigned int before_;
+};
+
+VRL_INLINE __m256i Magnitude(const std::byte* from) {
+    return _mm256_and_si256(Load(from), _mm256_set1_epi32(0x7FFFFFFF));
+}
+
+struct TFloatTo8 : TSizes<32, 4, 1> {
+    using TMode = CRoundTowardZero;
+    template <class TScale> VRL_INLINE static __m256i Pack(const std::byte* from, TScale scale) {
+        const __m256i lowByte = _mm256_set1_epi32(0xFF);
+        return Pack32(_mm256_and_si256(scale(from), lowByte), //
+                      _mm256_and_si256(scale(from + kVector), lowByte),
+                      _mm256_and_si256(scale(from + 2 * kVector), lowByte),
+                      _mm256_and_si256(scale(from + 3 * kVector), lowByte));
+    }
+    VRL_INLINE static bool IsSmall(const std::byte* from) {
+        const __m256i largest =
+            _mm256_max_epi32(_mm256_max_epi32(Magnitude(from), Magnitude(from + kVector)),
+                             _mm256_max_epi32(Magnitude(from + 2 * kVector), Magnitude(from + 3 * kVector)));
+        return _mm256_movemask_epi8(_mm256_cmpgt_epi32(largest, _mm256_set1_epi32(kLimit - 1))) == 0;
+    }
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
+        Store(to, IsSmall(from) ? Pack(from, TTowardZero<8>()) : Pack(from, TExact<8>()));
+    }
+};
+
+struct TFloatTo16 : TSizes<32, 4, 2> {
+    using TMode = CRoundTowardZero;
+    template <class TScale> VRL_INLINE static __m256i Pack(const std::byte* from, TScale scale) {
+        const __m256i lowHalf = _mm256_set1_epi32(0xFFFF);
+        return Pack32(_mm256_and_si256(scale(from), lowHalf),
+                      _mm256_and_si256(scale(from + kVector), lowHalf));
+    }
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
+        if (TFloatTo8::IsSmall(from)) {
+            Store(to, Pack(from, TTowardZero<16>()));
+            Store(to + kVector, Pack(from + 2 * kVector, TTowardZero<16>()));
+        } else {
+            Store(to, Pack(from, TExact<16>()));
+            Store(to + kVector, Pack(from + 2 * kVector, TExact<16>()));
+        }
+    }
+};
+
+struct TFloatTo32 : TSizes<16, 4, 4> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
+        StoreLane(to, FromFloat<32>(from));
+        StoreLane(to + kLane, FromFloat<32>(from + kLane));
+        StoreLane(to + 2 * kLane, FromFloat<32>(from + 2 * kLane));
+        StoreLane(to + 3 * kLane, FromFloat<32>(from + 3 * kLane));
+    }
+};
+
+/// Converts block by block. The last block ends with the last sample and may overlap the one before it; what
+/// is shorter than a block is left to the set before this one.
+template <class TRule, std::size_t from, std::size_t to>
+void Convert(void* destination, const void* source, std::size_t count) {
+    if (count < TRule::kSamples) {
+        kSse2Conversions.routines[from][to](destination, source, count);
+        return;
+    }
+    [[maybe_unused]] const typename TRule::TMode mode;
+    auto* const out = static_cast<std::byte*>(destination);
+    const auto* const in = static_cast<const std::byte*>(source);
+    const std::size_t last = count - TRule::kSamples;
+    for (std::size_t at = 0; at < last; at += TRule::kSamples)
+        TRule::Convert(out + at * TRule::kSize, in + at * TRule::kSourceSize);
+    TRule::Convert(out + last * TRule::kSize, in + last * TRule::kSourceSize);
+}
+
+} // namespace
+
+constinit const TConversionSet kAvx2Conversions{
+    "avx2",
+    [] { return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"); },
+    {{nullptr, Convert<T8To16, 0, 1>, Convert<T8To32<false>, 0, 2>, Convert<T8To32<true>, 0, 3>},
+     {Convert<T16To8, 1, 0>, nullptr, Convert<T16To32<false>, 1, 2>, Convert<T16To32<true>, 1, 3>},
+     {Convert<T32To8, 2, 0>, Convert<T32To16, 2, 1>, nullptr, Convert<T32ToFloat, 2, 3>},
+     {Convert<TFloatTo8, 3, 0>, Convert<TFloatTo16, 3, 1>, Convert<TFloatTo32, 3, 2>, nullptr}}};
+
+} // namespace vorlund::pcm
