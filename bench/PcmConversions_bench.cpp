@@ -129,7 +129,7 @@ void Sdl2(benchmark::State& state, TCase conversion) {
     SDL_BuildAudioCVT(&converter, kCodes[conversion.from], 1, 44100, kCodes[conversion.to], 1, 44100);
     converter.len = static_cast<int>(conversion.GetInputSize());
     TBytes buffer = MakeNoise(conversion.from, conversion.count);
-    buffer.resize(std::max(conversion.GetInputSize(), conversion.GetOutputSize()));
+    buffer.resize(buffer.size() * static_cast<std::size_t>(converter.len_mult));
     converter.buf = buffer.data();
     for (auto _ : state) {
         SDL_ConvertAudio(&converter);

@@ -1,14 +1,13 @@
 // Conversions for AVX2 with fused multiply-add. The whole file is compiled for these processors, so it shares
 // no inline function with other files: the linker could take this copy for all of them.
 //
-// Scales that are powers of two are exact in single precision. The others:
-//
-// - Float to 32 bits goes through double precision at full width.
-// - Float to 16 and 8 bits rounds toward zero while it scales in single precision. A product that has fewer
-//   than 25 bits before the point then loses only digits behind it, and truncating it gives what truncating
-//   the exact product does. (Rounded to nearest it might reach the next integer.) Blocks with larger samples,
-//   infinities or NaN take the way through double precision. For 8 bits the fused product and sum is rounded
-//   once, which no float can tell from the reference.
+// Scales that are powers of two are exact in single precision. The others would need the digits of a double,
+// but not with the products rounded toward zero: what such a product loses lies below its last digit, so
+// below 2^24 truncating it gives what truncating the exact product does. (Rounded to nearest it might reach
+// the next integer.) For 32 bits products are larger; what they lose is itself a float, which a fused
+// multiply-add gives, and adds its own integer part. For 8 bits a fused multiply-add rounds (s + 1.0) * 127.5
+// once, which for no float makes a difference behind the truncation. All of that holds for samples below 2;
+// blocks with others, infinities or NaN take the way through double precision.
 #include "vorlund/data/filters/PcmConversions.h"
 
 #include <immintrin.h>
@@ -158,21 +157,24 @@ template <int sampleBits> struct TExact {
     }
 };
 
-/// The same in single precision while it rounds toward zero, for samples below kLimit.
+/// The same in single precision while it rounds toward zero, for samples below 2.
 template <int sampleBits> struct TTowardZero {
     VRL_INLINE __m256i operator()(const std::byte* from) const {
-        __m256 samples = _mm256_loadu_ps(reinterpret_cast<const float*>(from));
+        const __m256 samples = _mm256_loadu_ps(reinterpret_cast<const float*>(from));
         if constexpr (sampleBits == 8) {
-            samples = _mm256_fmadd_ps(samples, _mm256_set1_ps(127.5f), _mm256_set1_ps(127.5f));
+            const __m256 scale = _mm256_set1_ps(127.5f);
+            return _mm256_cvttps_epi32(_mm256_fmadd_ps(samples, scale, scale));
+        } else if constexpr (sampleBits == 16) {
+            return _mm256_cvttps_epi32(_mm256_mul_ps(samples, _mm256_set1_ps(32767.0f)));
         } else {
-            samples = _mm256_mul_ps(samples, _mm256_set1_ps(32767.0f));
+            const __m256 scale = _mm256_set1_ps(214743648.0f);
+            const __m256 product = _mm256_mul_ps(samples, scale);
+            const __m256 rest = _mm256_fmsub_ps(samples, scale, product);
+            return _mm256_add_epi32(_mm256_cvttps_epi32(product), _mm256_cvttps_epi32(rest));
         }
-        return _mm256_cvttps_epi32(samples);
     }
 };
-/// Times 32767 below 2^24. As an integer, the pattern of a float is the larger the larger its magnitude is,
-/// with infinities and NaN above all.
-constexpr int kLimit = 0x44000000; // 512.0f
+static_assert(214743648.0f == 214743648.0);
 
 /// While this lives, single precision rounds toward zero.
 class CRoundTowardZero {
@@ -193,54 +195,48 @@ private:
     unsigned int before_;
 };
 
-VRL_INLINE __m256i Magnitude(const std::byte* from) {
-    return _mm256_and_si256(Load(from), _mm256_set1_epi32(0x7FFFFFFF));
-}
-
-struct TFloatTo8 : TSizes<32, 4, 1> {
+/// A rule for floats: blocks of four vectors, which `TStore::Store(to, from, scale)` scales and packs.
+template <class TStore, int sampleBits> struct TFloatRule : TSizes<32, 4, sampleBits / 8> {
     using TMode = CRoundTowardZero;
-    template <class TScale> VRL_INLINE static __m256i Pack(const std::byte* from, TScale scale) {
-        const __m256i lowByte = _mm256_set1_epi32(0xFF);
-        return Pack32(_mm256_and_si256(scale(from), lowByte), //
-                      _mm256_and_si256(scale(from + kVector), lowByte),
-                      _mm256_and_si256(scale(from + 2 * kVector), lowByte),
-                      _mm256_and_si256(scale(from + 3 * kVector), lowByte));
-    }
-    VRL_INLINE static bool IsSmall(const std::byte* from) {
-        const __m256i largest =
-            _mm256_max_epi32(_mm256_max_epi32(Magnitude(from), Magnitude(from + kVector)),
-                             _mm256_max_epi32(Magnitude(from + 2 * kVector), Magnitude(from + 3 * kVector)));
-        return _mm256_movemask_epi8(_mm256_cmpgt_epi32(largest, _mm256_set1_epi32(kLimit - 1))) == 0;
-    }
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
-        Store(to, IsSmall(from) ? Pack(from, TTowardZero<8>()) : Pack(from, TExact<8>()));
-    }
-};
-
-struct TFloatTo16 : TSizes<32, 4, 2> {
-    using TMode = CRoundTowardZero;
-    template <class TScale> VRL_INLINE static __m256i Pack(const std::byte* from, TScale scale) {
-        const __m256i lowHalf = _mm256_set1_epi32(0xFFFF);
-        return Pack32(_mm256_and_si256(scale(from), lowHalf),
-                      _mm256_and_si256(scale(from + kVector), lowHalf));
-    }
-    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
-        if (TFloatTo8::IsSmall(from)) {
-            Store(to, Pack(from, TTowardZero<16>()));
-            Store(to + kVector, Pack(from + 2 * kVector, TTowardZero<16>()));
+        // The top bit of the exponent is set from 2 on, in infinities and in NaN.
+        const __m256i all = _mm256_or_si256(_mm256_or_si256(Load(from), Load(from + kVector)),
+                                            _mm256_or_si256(Load(from + 2 * kVector), //
+                                                            Load(from + 3 * kVector)));
+        if (_mm256_testz_si256(all, _mm256_set1_epi32(0x40000000))) {
+            TStore::Store(to, from, TTowardZero<sampleBits>());
         } else {
-            Store(to, Pack(from, TExact<16>()));
-            Store(to + kVector, Pack(from + 2 * kVector, TExact<16>()));
+            TStore::Store(to, from, TExact<sampleBits>());
         }
     }
 };
 
-struct TFloatTo32 : TSizes<16, 4, 4> {
-    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
-        StoreLane(to, FromFloat<32>(from));
-        StoreLane(to + kLane, FromFloat<32>(from + kLane));
-        StoreLane(to + 2 * kLane, FromFloat<32>(from + 2 * kLane));
-        StoreLane(to + 3 * kLane, FromFloat<32>(from + 3 * kLane));
+struct TFloatTo8 : TFloatRule<TFloatTo8, 8> {
+    template <class TScale> VRL_INLINE static void Store(std::byte* to, const std::byte* from, TScale scale) {
+        const __m256i lowByte = _mm256_set1_epi32(0xFF);
+        pcm::Store(to, Pack32(_mm256_and_si256(scale(from), lowByte),
+                              _mm256_and_si256(scale(from + kVector), lowByte),
+                              _mm256_and_si256(scale(from + 2 * kVector), lowByte),
+                              _mm256_and_si256(scale(from + 3 * kVector), lowByte)));
+    }
+};
+
+struct TFloatTo16 : TFloatRule<TFloatTo16, 16> {
+    template <class TScale> VRL_INLINE static void Store(std::byte* to, const std::byte* from, TScale scale) {
+        const __m256i lowHalf = _mm256_set1_epi32(0xFFFF);
+        pcm::Store(to, Pack32(_mm256_and_si256(scale(from), lowHalf),
+                              _mm256_and_si256(scale(from + kVector), lowHalf)));
+        pcm::Store(to + kVector, Pack32(_mm256_and_si256(scale(from + 2 * kVector), lowHalf),
+                                        _mm256_and_si256(scale(from + 3 * kVector), lowHalf)));
+    }
+};
+
+struct TFloatTo32 : TFloatRule<TFloatTo32, 32> {
+    template <class TScale> VRL_INLINE static void Store(std::byte* to, const std::byte* from, TScale scale) {
+        pcm::Store(to, scale(from));
+        pcm::Store(to + kVector, scale(from + kVector));
+        pcm::Store(to + 2 * kVector, scale(from + 2 * kVector));
+        pcm::Store(to + 3 * kVector, scale(from + 3 * kVector));
     }
 };
 
