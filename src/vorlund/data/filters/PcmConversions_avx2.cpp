@@ -26,9 +26,6 @@ VRL_INLINE __m128i LoadLane(const std::byte* from) {
 VRL_INLINE __m256i Load(const std::byte* from) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
 }
-VRL_INLINE void StoreLane(std::byte* to, __m128i value) {
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), value);
-}
 VRL_INLINE void Store(std::byte* to, __m256i value) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), value);
 }
