@@ -22,7 +22,6 @@ constexpr std::uint32_t kFirstBufferSize = 4096;
 } // namespace
 
 CSwBufferMediaSample::CSwBufferMediaSample() {
-    CSwBufferMediaSample::SetFormat(&GetEmptyFormat());
     CSwBufferMediaSample::SetBufferSize(kFirstBufferSize);
 }
 
@@ -68,24 +67,11 @@ ISwBufferMediaSample* CSwBufferMediaSample::SetDataSize(std::uint32_t size) {
 
 void CSwBufferMediaSample::SetFormat(const TDataFormat* format) {
     if (!format) Raise<CNullPtrException>(kFormatIsNull);
-    // A record is at least its head, whatever it says.
-    const std::size_t size = std::max<std::size_t>(format->size, sizeof(TDataFormat));
-    if (!format_ || GetFormat()->id != format->id || GetFormat()->size != format->size) {
-        TBlock block = std::make_unique_for_overwrite<std::byte[]>(size);
-        std::memcpy(block.get(), format, size);
-        format_ = std::move(block);
-    } else {
-        // The record may be the held one.
-        std::memmove(format_.get(), format, size);
-    }
+    format_.Set(*format);
 }
 
 void CSwBufferMediaSample::SetBufferSize(std::uint32_t size) {
     if (size != bufferSize_) ReplaceBuffer(std::make_unique_for_overwrite<std::byte[]>(size), size);
-}
-
-const TDataFormat* CSwBufferMediaSample::GetFormat() {
-    return reinterpret_cast<const TDataFormat*>(format_.get());
 }
 
 void CSwBufferMediaSample::ReplaceBuffer(TBlock block, std::uint32_t size) {

@@ -1,8 +1,9 @@
 // The media sample in memory.
 #pragma once
 
+#include "vorlund/data/DataFormatCopy.h"
+
 #include <vorlund/ClassIds.h>
-#include <vorlund/DataFormat.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectImpl.h>
 
@@ -29,7 +30,7 @@ public:
     ISwBufferMediaSample* SetDataSize(std::uint32_t size) override;
     void SetFormat(const TDataFormat* format) override;
     void SetBufferSize(std::uint32_t size) override;
-    const TDataFormat* GetFormat() override;
+    const TDataFormat* GetFormat() override { return &format_.Get(); }
 
 private:
     using TBlock = std::unique_ptr<std::byte[]>;
@@ -40,8 +41,7 @@ private:
     TBlock buffer_;
     std::uint32_t bufferSize_ = 0;
     std::uint32_t dataSize_ = 0;
-    /// A whole record, as long as its own size field says.
-    TBlock format_;
+    CDataFormatCopy format_;
 };
 
 } // namespace vorlund
