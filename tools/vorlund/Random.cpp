@@ -13,6 +13,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -32,6 +33,14 @@ struct TRandomOptions {
     /// UTF-8 file name, or "-" for the standard output.
     std::string output = "-";
 };
+
+/// The parser's own conversion takes -1, and numbers that are too large, for very large ones.
+std::string CheckCount(const std::string& text) {
+    std::uint64_t count = 0;
+    const char* const end = text.data() + text.size();
+    const auto [next, error] = std::from_chars(text.data(), end, count);
+    return error == std::errc() && next == end ? "" : "needs a number of bytes, not " + text;
+}
 
 void RunRandom(const TRandomOptions& options) {
     const auto generator = CreateAs<IRandomGenerator>(classid::CRandomGenerator);
@@ -57,7 +66,9 @@ void AddRandomCommand(CLI::App& program, TCommand& command) {
     const auto options = std::make_shared<TRandomOptions>();
     CLI::App* const random =
         program.add_subcommand("random", "Write pseudo-random bytes, the same for the same seed");
-    random->add_option("count", options->count, "Number of bytes")->required();
+    random->add_option("count", options->count, "Number of bytes")
+        ->required()
+        ->check(CLI::Validator(&CheckCount, ""));
     random->add_option("--seed", options->seed, "Where the generator begins, 0 to 4294967295 (default 0)");
     random
         ->add_option("--repeat", options->repeat,
