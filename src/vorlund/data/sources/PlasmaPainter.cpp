@@ -76,8 +76,11 @@ void PaintRow(std::uint32_t* row, std::uint32_t width, std::uint32_t y, std::uin
     const std::uint8_t* const first = &kFirstWave[((y >> 1) - time) % kWaveSize];
     const std::uint8_t* const second = &kSecondWave[2 * k];
     const std::uint32_t constant = k + kWave[(time + 2 * y) % kWaveSize];
-    for (std::uint32_t x = 0; x < width; ++x)
-        row[x] = kColours[(first[x] + second[x] + constant) % kWaveSize];
+    // All of them, however many are needed: a loop of fixed length runs sixteen at a time.
+    std::uint8_t sums[kPeriod];
+    for (std::uint32_t x = 0; x < kPeriod; ++x)
+        sums[x] = static_cast<std::uint8_t>(first[x] + second[x] + constant);
+    for (std::uint32_t x = 0; x < width; ++x) row[x] = kColours[sums[x]];
 }
 
 /// `width` pixels at `place`: those of `row` again and again.
