@@ -86,7 +86,7 @@ private:
                         sum.Add(pixels[std::size_t{row} * width_ + column]);
                     }
                 }
-                planes_.push_back(equation.Solve(sum, (bottom - y) * (right - x)));
+                planes_.push_back(equation.Solve(sum, std::int64_t{bottom - y} * (right - x)));
             }
         }
     }

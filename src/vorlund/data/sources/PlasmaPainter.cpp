@@ -74,7 +74,7 @@ constexpr auto kColours = [] {
 void PaintRow(std::uint32_t* row, std::uint32_t width, std::uint32_t y, std::uint32_t time) {
     const std::uint32_t k = (2 * time - y) % kWaveSize;
     const std::uint8_t* const first = &kFirstWave[((y >> 1) - time) % kWaveSize];
-    const std::uint8_t* const second = &kSecondWave[2 * k];
+    const std::uint8_t* const second = &kSecondWave[std::size_t{2} * k];
     const std::uint32_t constant = k + kWave[(time + 2 * y) % kWaveSize];
     // All of them, however many are needed: a loop of fixed length runs sixteen at a time.
     std::uint8_t sums[kPeriod];
