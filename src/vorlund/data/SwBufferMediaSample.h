@@ -1,7 +1,7 @@
 // The media sample in memory.
 #pragma once
 
-#include "vorlund/data/DataFormatCopy.h"
+#include "vorlund/data/FormatRecord.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/MediaSample.h>
@@ -41,7 +41,7 @@ private:
     TBlock buffer_;
     std::uint32_t bufferSize_ = 0;
     std::uint32_t dataSize_ = 0;
-    CDataFormatCopy format_;
+    CFormatRecord format_;
 };
 
 } // namespace vorlund

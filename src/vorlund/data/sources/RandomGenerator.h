@@ -1,7 +1,7 @@
 // The generator of random bytes.
 #pragma once
 
-#include "vorlund/data/DataFormatCopy.h"
+#include "vorlund/data/FormatRecord.h"
 #include "vorlund/data/sources/EndlessSourceImpl.h"
 
 #include <vorlund/ClassIds.h>
@@ -28,7 +28,7 @@ protected:
     ~CRandomGenerator() = default;
 
 private:
-    CDataFormatCopy format_;
+    CFormatRecord format_;
     std::uint32_t state_ = 0;
     std::uint32_t repeatCount_ = 1;
 };
