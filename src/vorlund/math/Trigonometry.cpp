@@ -1,0 +1,126 @@
+#include "vorlund/math/Trigonometry.h"
+
+#include <cmath>
+#include <limits>
+
+namespace vorlund {
+namespace {
+
+constexpr double kPi = 0x1.921fb54442d18p+1;
+constexpr double kHalfPi = 0x1.921fb54442d18p+0;
+constexpr double kTwoOverPi = 0x1.45f306dc9c883p-1;
+
+// Pi/2 in three parts. The first two have 33 digits, so that their multiples by up to 2^20 are exact (W. J.
+// Cody and W. Waite, "Software Manual for the Elementary Functions", 1980).
+constexpr double kHalfPiHigh = 0x1.921fb544p+0;
+constexpr double kHalfPiMiddle = 0x1.0b4611a6p-34;
+constexpr double kHalfPiLow = 0x1.3198a2e037073p-69;
+
+/// Added and taken away again, it leaves the nearest integer.
+constexpr double kRounder = 0x1.8p+52;
+
+/// Angles up to here are reduced in three parts.
+constexpr double kLarge = 32768;
+
+TReducedAngle Reduce(double angle) {
+    // Also for NaN, which compares as nothing.
+    if (!(std::fabs(angle) < kLarge)) {
+        if (!std::isfinite(angle)) return {std::numeric_limits<double>::quiet_NaN(), 0};
+        return ReduceLargeAngle(angle);
+    }
+    const double turns = angle * kTwoOverPi + kRounder - kRounder;
+    const double rest = angle - turns * kHalfPiHigh - turns * kHalfPiMiddle - turns * kHalfPiLow;
+    return {rest, static_cast<unsigned int>(static_cast<int>(turns)) & 3};
+}
+
+// Taylor's series around 0, for up to pi/4: what is left out is smaller than 2^-58 of the result.
+
+double SineNearZero(double r) {
+    constexpr double k3 = -1.0 / 6, k5 = 1.0 / 120, k7 = -1.0 / 5040, k9 = 1.0 / 362880,
+                     k11 = -1.0 / 39916800, k13 = 1.0 / 6227020800, k15 = -1.0 / 1307674368000,
+                     k17 = 1.0 / 355687428096000;
+    // Keeps the sign of zero.
+    if (r == 0) return r;
+    const double r2 = r * r;
+    return r + r * r2 *
+                   (k3 + r2 * (k5 + r2 * (k7 + r2 * (k9 + r2 * (k11 + r2 * (k13 + r2 * (k15 + r2 * k17)))))));
+}
+
+double CosineNearZero(double r) {
+    constexpr double k4 = 1.0 / 24, k6 = -1.0 / 720, k8 = 1.0 / 40320, k10 = -1.0 / 3628800,
+                     k12 = 1.0 / 479001600, k14 = -1.0 / 87178291200, k16 = 1.0 / 20922789888000;
+    const double r2 = r * r;
+    const double r4 = r2 * r2;
+    return 1 - 0.5 * r2 + r4 * (k4 + r2 * (k6 + r2 * (k8 + r2 * (k10 + r2 * (k12 + r2 * (k14 + r2 * k16))))));
+}
+
+/// The arc tangents of k/16.
+constexpr double kArcTangents[] = {
+    0x0p+0,
+    0x1.ff55bb72cfdeap-5,
+    0x1.fd5ba9aac2f6ep-4,
+    0x1.7b97b4bce5b02p-3,
+    0x1.f5b75f92c80ddp-3,
+    0x1.362773707ebccp-2,
+    0x1.6f61941e4def1p-2,
+    0x1.a64eec3cc23fdp-2,
+    0x1.dac670561bb4fp-2,
+    0x1.0657e94db30d0p-1,
+    0x1.1e00babdefeb4p-1,
+    0x1.345f01cce37bbp-1,
+    0x1.4978fa3269ee1p-1,
+    0x1.5d58987169b18p-1,
+    0x1.700a7c5784634p-1,
+    0x1.819d0b7158a4dp-1,
+    0x1.921fb54442d18p-1,
+};
+
+/// For 0 to 1: atan t = atan c + atan((t - c) / (1 + t c)), with the nearest c of the table; then the series,
+/// for up to 1/32.
+double ArcTangentUpToOne(double t) {
+    const int k = static_cast<int>(t * 16 + 0.5);
+    const double c = k / 16.0;
+    const double u = (t - c) / (1 + t * c);
+    const double u2 = u * u;
+    const double series =
+        u - u * u2 * (1.0 / 3 - u2 * (1.0 / 5 - u2 * (1.0 / 7 - u2 * (1.0 / 9 - u2 * (1.0 / 11)))));
+    return kArcTangents[k] + series;
+}
+
+} // namespace
+
+TSineAndCosine SineAndCosine(double angle) {
+    const TReducedAngle reduced = Reduce(angle);
+    const double sine = SineNearZero(reduced.rest);
+    const double cosine = CosineNearZero(reduced.rest);
+    switch (reduced.quadrant) {
+    case 0:
+        return {sine, cosine};
+    case 1:
+        return {cosine, -sine};
+    case 2:
+        return {-sine, -cosine};
+    default:
+        return {-cosine, sine};
+    }
+}
+
+double ArcTangent(double y, double x) {
+    if (std::isnan(x) || std::isnan(y)) return x + y;
+    const double height = std::fabs(y);
+    const double width = std::fabs(x);
+    const bool isSteep = height > width;
+    double ratio = isSteep ? width / height : height / width;
+    // Both infinite, or both zero.
+    if (height == width) ratio = height == 0 ? 0 : 1;
+    double angle = ArcTangentUpToOne(ratio);
+    if (isSteep) angle = kHalfPi - angle;
+    if (std::signbit(x)) angle = kPi - angle;
+    return std::copysign(angle, y);
+}
+
+double ArcSine(double sine) {
+    return ArcTangent(sine, std::sqrt((1 - sine) * (1 + sine)));
+}
+
+} // namespace vorlund
