@@ -25,7 +25,7 @@ enum TAxis : int {
 class CMatrix {
 public:
     /// The identity.
-    constexpr CMatrix() = default;
+    constexpr CMatrix() : elements_{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1} {}
 
     /// The elements in the order of their indices.
     constexpr CMatrix(float m0, float m1, float m2, float m3, float m4, float m5, float m6, float m7,
@@ -104,13 +104,17 @@ public:
 private:
     friend class CVector;
 
+    /// For results whose elements are all written next.
+    struct TUnset {};
+    explicit CMatrix(TUnset) {}
+
     /// What the const form gives outside.
     static constexpr float kOutside = 0;
 
     static constexpr bool IsInside(int i) { return static_cast<unsigned int>(i) < 16; }
     VRL_API static float& OutsideCell();
 
-    float elements_[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    float elements_[16];
 };
 
 } // namespace vorlund

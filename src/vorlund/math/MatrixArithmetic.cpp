@@ -1,6 +1,6 @@
 #include <vorlund/Matrix.h>
 
-#include "vorlund/math/Double4.h"
+#include "vorlund/math/MatrixKernels.h"
 #include "vorlund/math/Tolerance.h"
 
 #include <algorithm>
@@ -16,17 +16,8 @@ float& CMatrix::OutsideCell() {
 }
 
 CMatrix CMatrix::operator*(const CMatrix& other) const {
-    const CDouble4 b0 = CDouble4::Load(other.elements_);
-    const CDouble4 b1 = CDouble4::Load(other.elements_ + 4);
-    const CDouble4 b2 = CDouble4::Load(other.elements_ + 8);
-    const CDouble4 b3 = CDouble4::Load(other.elements_ + 12);
-    CMatrix product;
-    for (int row = 0; row < 16; row += 4) {
-        const CDouble4 a = CDouble4::Load(elements_ + row);
-        const CDouble4 sum = a.Shuffle<0, 0, 0, 0>() * b0 + a.Shuffle<1, 1, 1, 1>() * b1 +
-                             a.Shuffle<2, 2, 2, 2>() * b2 + a.Shuffle<3, 3, 3, 3>() * b3;
-        sum.Store(product.elements_ + row);
-    }
+    CMatrix product{TUnset{}};
+    matrixKernels->multiply(elements_, other.elements_, product.elements_);
     return product;
 }
 CMatrix& CMatrix::operator*=(const CMatrix& other) {
@@ -35,12 +26,12 @@ CMatrix& CMatrix::operator*=(const CMatrix& other) {
 
 // Products and quotients of two floats need no doubles; see Vector.cpp.
 CMatrix CMatrix::operator*(float factor) const {
-    CMatrix product;
+    CMatrix product{TUnset{}};
     for (int i = 0; i < 16; ++i) product.elements_[i] = elements_[i] * factor;
     return product;
 }
 CMatrix CMatrix::operator/(float divisor) const {
-    CMatrix quotient;
+    CMatrix quotient{TUnset{}};
     for (int i = 0; i < 16; ++i) quotient.elements_[i] = elements_[i] / divisor;
     return quotient;
 }
@@ -52,7 +43,7 @@ CMatrix& CMatrix::operator/=(float divisor) {
 }
 
 CMatrix CMatrix::Transpose() const {
-    CMatrix transpose;
+    CMatrix transpose{TUnset{}};
     for (int i = 0; i < 16; ++i) transpose.elements_[i] = elements_[i % 4 * 4 + i / 4];
     return transpose;
 }

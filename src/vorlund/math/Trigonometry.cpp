@@ -91,18 +91,11 @@ double ArcTangentUpToOne(double t) {
 
 TSineAndCosine SineAndCosine(double angle) {
     const TReducedAngle reduced = Reduce(angle);
-    const double sine = SineNearZero(reduced.rest);
-    const double cosine = CosineNearZero(reduced.rest);
-    switch (reduced.quadrant) {
-    case 0:
-        return {sine, cosine};
-    case 1:
-        return {cosine, -sine};
-    case 2:
-        return {-sine, -cosine};
-    default:
-        return {-cosine, sine};
-    }
+    // Without branches: nobody foresees the quadrant.
+    const double both[] = {SineNearZero(reduced.rest), CosineNearZero(reduced.rest)};
+    static constexpr double kSigns[] = {1, 1, -1, -1};
+    const unsigned int quadrant = reduced.quadrant;
+    return {both[quadrant & 1] * kSigns[quadrant], both[~quadrant & 1] * kSigns[(quadrant + 1) & 3]};
 }
 
 double ArcTangent(double y, double x) {

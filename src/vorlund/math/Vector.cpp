@@ -1,7 +1,7 @@
 #include <vorlund/Matrix.h>
 #include <vorlund/Vector.h>
 
-#include "vorlund/math/Double4.h"
+#include "vorlund/math/MatrixKernels.h"
 #include "vorlund/math/Tolerance.h"
 
 #include <cmath>
@@ -81,12 +81,8 @@ void CVector::Normalize() {
 }
 
 CVector CVector::operator*(const CMatrix& m) const {
-    const float* const rows = m.elements_;
-    const CDouble4 sum = CDouble4::Same(x) * CDouble4::Load(rows) +
-                         CDouble4::Same(y) * CDouble4::Load(rows + 4) +
-                         CDouble4::Same(z) * CDouble4::Load(rows + 8) + CDouble4::Load(rows + 12);
     float point[4];
-    sum.Store(point);
+    matrixKernels->transform(x, y, z, m.elements_, point);
     return {point[0], point[1], point[2]};
 }
 CVector& CVector::operator*=(const CMatrix& m) {
