@@ -3,7 +3,7 @@
 
 # Prints the packages of a purpose, one word each.
 vorlund_packages() {
-    local build="g++ cmake ninja-build libcli11-dev"
+    local build="g++ cmake ninja-build libcli11-dev libstb-dev"
     local tests="$build googletest pkgconf"
     # What tests/realfiles compares with.
     local recordings="alsa-utils sox sndfile-programs"

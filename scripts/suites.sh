@@ -102,7 +102,7 @@ replay_corpus() { on_target "$folder/bin/fuzz_$1$exe" "fuzz/corpus/$1"; }
 # Runs an example in the folder of its data.
 example() {
     local program=$PWD/$folder/bin/example_$1$exe
-    (cd examples/data && on_target "$program")
+    (cd examples/data && on_target "$program" </dev/null)
 }
 
 test_target() {
@@ -129,7 +129,9 @@ test_target() {
         done <"$folder/fuzzers.txt"
     fi
     if [[ $target == linux || $target == win32 ]]; then
-        step "example 01" example 01-decode-wav
+        while read -r name; do
+            step "example $name" example "$name"
+        done <"$folder/examples.txt"
         step "real files" real_files
         step exports scripts/exports.sh --check "$target" "$folder"
         step headers scripts/headers.sh "$target"

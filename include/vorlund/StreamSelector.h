@@ -3,14 +3,10 @@
 /// thread at a time.
 #pragma once
 
+#include <vorlund/CbVideoSource.h>
 #include <vorlund/Platform.h>
 
 namespace vorlund {
-
-class CId;
-class IInputStream;
-class IOutputStream;
-struct TDataFormat;
 
 /// Holds one reference to an input stream; copies share it.
 class VRL_API CInputStreamSelector {
@@ -21,6 +17,9 @@ public:
     /// NULL", `CFileAccessException` "Cannot open '...' for reading", and `CBugException` "Cannot create file
     /// input stream" when that class was replaced by one of another kind.
     CInputStreamSelector(const wchar* fileName);
+    /// Holds a new callback video source that calls `callback`. Raises `CBugException` "Cannot create
+    /// callback video source" when that class was replaced by one of another kind.
+    CInputStreamSelector(ICbVideoSource::TCallback callback);
     CInputStreamSelector(const CInputStreamSelector& other);
     CInputStreamSelector& operator=(const CInputStreamSelector& other);
     /// Releases the stream; may raise what the stream's destruction raises.

@@ -1,9 +1,11 @@
 // The identifiers of interfaces and data formats, and that no two things share one.
 #include <vorlund/AudioPcmConverters.h>
+#include <vorlund/CbVideoSource.h>
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/File.h>
+#include <vorlund/Generators.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/SetFormatIsf.h>
@@ -54,6 +56,11 @@ const TIdRow kIds[] = {
     {"IFolder", IFolder::InterfaceId, {0x073F714C, 0xD5A53317, 0x083B96CF, 0xEDA16CC5}},
     {"IWavChunkDecoder", IWavChunkDecoder::InterfaceId, {0x3C718E0B, 0xF5A5403B, 0xBCE6CE73, 0x8A5092CC}},
     {"IWavDecoder", IWavDecoder::InterfaceId, {0xC4B0F257, 0xA5504AA6, 0x917BB449, 0x30680C16}},
+    {"ICbVideoSource", ICbVideoSource::InterfaceId, {0x7D2ACBA0, 0x2A1B4C5E, 0x9B07DBB6, 0x7A03AE9C}},
+    {"IPlasmaVideoGenerator",
+     IPlasmaVideoGenerator::InterfaceId,
+     {0xC97694A7, 0xC0546B18, 0x3442881F, 0x792662C1}},
+    {"IRandomGenerator", IRandomGenerator::InterfaceId, {0x83A81FE3, 0x415C7433, 0xD766C583, 0x78CE7B6C}},
     {"ISetFormatIsf", ISetFormatIsf::InterfaceId, {0x198AC22C, 0x4F6A4652, 0x97D12DBC, 0x2B68391F}},
     {"IAudioPcmSampleFormatConverter",
      IAudioPcmSampleFormatConverter::InterfaceId,
@@ -77,6 +84,7 @@ const TIdRow kIds[] = {
     {"CAudioPcmSampleFormatConverter",
      classid::CAudioPcmSampleFormatConverter,
      {0xC78D926E, 0x26B94789, 0x86D3132C, 0xEC7ED1FF}},
+    {"CCbVideoSource", classid::CCbVideoSource, {0xA85B8713, 0xF0CF421C, 0xB374BA80, 0x329D801D}},
     {"CFile", classid::CFile, {0x918E84D7, 0x03CA40C4, 0xA1A93E28, 0xB0827B88}},
     {"CFileInputStream", classid::CFileInputStream, {0x998C022A, 0xA4F74171, 0xB92B4A73, 0x71BD8306}},
     {"CFileOutputStream", classid::CFileOutputStream, {0x039A99B9, 0x85864E63, 0xA613F839, 0xF0D8B4AD}},
@@ -90,10 +98,14 @@ const TIdRow kIds[] = {
     {"CObjectListener", classid::CObjectListener, {0x8E81F646, 0xB7F84058, 0x921DC7DD, 0xB602DD7D}},
     {"COutputStream", classid::COutputStream, {0x0FE0B4F4, 0x071C48C9, 0xA85231DC, 0x6B8A101A}},
     {"COutputStreamFilter", classid::COutputStreamFilter, {0x9AAE6F8D, 0xB1E64389, 0xB02314BC, 0x015038DC}},
+    {"CPlasmaVideoGenerator",
+     classid::CPlasmaVideoGenerator,
+     {0x7C9D79C6, 0x9C43493B, 0xA216D830, 0x03F13ADF}},
     {"CPtrObject", classid::CPtrObject, {0x40EC1DA0, 0x5CD84282, 0x991AA699, 0x0DC62B23}},
     {"CPushObjectEnumerator",
      classid::CPushObjectEnumerator,
      {0x766D7166, 0xF2084704, 0x9CCF634A, 0xDDBF1B96}},
+    {"CRandomGenerator", classid::CRandomGenerator, {0xA4116099, 0xFB8F43FD, 0xBF9EAA47, 0xF23C09F6}},
     {"CSetFormatIsf", classid::CSetFormatIsf, {0x14A97652, 0xF7A748C9, 0x966907FC, 0xE273A999}},
     {"CStringObject", classid::CStringObject, {0xAEA98BB2, 0x6A014A57, 0xB1543E5D, 0x9FFAC41A}},
     {"CSwBufferMediaSample", classid::CSwBufferMediaSample, {0xA5D82DFB, 0x331F4063, 0x83FDCE8D, 0xFF73544F}},
@@ -137,6 +149,8 @@ static_assert(kExtends<IFileInputStream, IInputStream> && kExtends<IFileOutputSt
               kExtends<ISetFormatIsf, IInputStreamFilter> &&
               kExtends<IAudioPcmSampleFormatConverter, IInputStreamFilter> &&
               kExtends<IAudioPcmChannelNumberConverter, IInputStreamFilter>);
+static_assert(kExtends<ICbVideoSource, IInputStream> && kExtends<IPlasmaVideoGenerator, IInputStream> &&
+              kExtends<IRandomGenerator, IInputStream>);
 
 } // namespace
 } // namespace vorlund::test

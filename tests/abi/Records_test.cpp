@@ -1,6 +1,7 @@
 // Sizes and field offsets of the records, and the fields of the classes that are handed over by value or
 // pointer.
 #include <vorlund/BinaryLock.h>
+#include <vorlund/CbVideoSource.h>
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>
@@ -46,6 +47,7 @@ std::vector<TOffsetRow> MakeRows() {
     static const TPixelFormat pixel;
     static const TDataFormat_ImageRgb image;
     static const TDataFormat_VideoRgb video;
+    static const ICbVideoSource::TCbData frame{};
     return {
         {"TClassInfo_id", OffsetIn(classInfo, classInfo.id), 0},
         {"TClassInfo_name", OffsetIn(classInfo, classInfo.name), 16},
@@ -94,6 +96,10 @@ std::vector<TOffsetRow> MakeRows() {
         {"CCodecClassStore_End", sizeof(CCodecClassStore), kPointer},
         {"CObjectCounter_End", sizeof(CObjectCounter), kPointer},
         {"CReadWriteLock_End", sizeof(CReadWriteLock), kPointer},
+        {"TCbData_pixels", OffsetIn(frame, frame.pixels), 0},
+        {"TCbData_frameNumber", OffsetIn(frame, frame.frameNumber), kPointer},
+        {"TCbData_pixelFormat", OffsetIn(frame, frame.pixelFormat), kPointer + 4},
+        {"TCbData_End", sizeof(frame), kPointer == 4 ? 48U : 56U},
         {"CInputStreamSelector_End", sizeof(CInputStreamSelector), kPointer},
         {"COutputStreamSelector_End", sizeof(COutputStreamSelector), kPointer},
         {"CClassObject_End", sizeof(CClassObject), kPointer},

@@ -1,8 +1,10 @@
 // The order of the virtual tables. Plug-ins and applications are compiled against it, so it never changes.
 #include <vorlund/AudioPcmConverters.h>
 #include <vorlund/BinaryLock.h>
+#include <vorlund/CbVideoSource.h>
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
+#include <vorlund/Generators.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/SetFormatIsf.h>
@@ -182,6 +184,17 @@ std::vector<TSlotRow> MakeRows() {
              {"SelectChunk", SlotOf(&IWavChunkDecoder::SelectChunk)}},
             SlotCount<IWavChunkDecoder>());
     AddRows(rows, "IWavDecoder", 22, {}, SlotCount<IWavDecoder>());
+    AddRows(rows, "ICbVideoSource", 19,
+            {{"SetFormat", SlotOf(&ICbVideoSource::SetFormat)},
+             {"SetCallback", SlotOf(&ICbVideoSource::SetCallback)}},
+            SlotCount<ICbVideoSource>());
+    AddRows(rows, "IPlasmaVideoGenerator", 19, {{"SetFormat", SlotOf(&IPlasmaVideoGenerator::SetFormat)}},
+            SlotCount<IPlasmaVideoGenerator>());
+    AddRows(rows, "IRandomGenerator", 19,
+            {{"SetFormat", SlotOf(&IRandomGenerator::SetFormat)},
+             {"SetSeed", SlotOf(&IRandomGenerator::SetSeed)},
+             {"SetRepeatCount", SlotOf(&IRandomGenerator::SetRepeatCount)}},
+            SlotCount<IRandomGenerator>());
     AddRows(rows, "ISetFormatIsf", 22, {{"SetFormat", SlotOf(&ISetFormatIsf::SetFormat)}},
             SlotCount<ISetFormatIsf>());
     AddRows(rows, "IAudioPcmSampleFormatConverter", 22,
@@ -220,7 +233,8 @@ static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObject
               kIsPlain<IOutputStream> && kIsPlain<IMediaSample> && kIsPlain<ISwBufferMediaSample> &&
               kIsPlain<IInputStreamFilter> && kIsPlain<IOutputStreamFilter> && kIsPlain<IFileInputStream> &&
               kIsPlain<IFileOutputStream> && kIsPlain<IFile> && kIsPlain<IFolder> &&
-              kIsPlain<IWavChunkDecoder> && kIsPlain<IWavDecoder> && kIsPlain<ISetFormatIsf> &&
+              kIsPlain<IWavChunkDecoder> && kIsPlain<IWavDecoder> && kIsPlain<ICbVideoSource> &&
+              kIsPlain<IPlasmaVideoGenerator> && kIsPlain<IRandomGenerator> && kIsPlain<ISetFormatIsf> &&
               kIsPlain<IAudioPcmSampleFormatConverter> && kIsPlain<IAudioPcmChannelNumberConverter>);
 
 } // namespace

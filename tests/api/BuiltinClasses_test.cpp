@@ -1,9 +1,11 @@
 // The classes and decoders that every initialised library has.
 #include <vorlund/AudioPcmConverters.h>
+#include <vorlund/CbVideoSource.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
+#include <vorlund/Generators.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/SetFormatIsf.h>
@@ -43,6 +45,9 @@ const std::vector<TClassRow> kRows = {
     {"CAudioPcmSampleFormatConverter",
      {0xC78D926E, 0x26B94789, 0x86D3132C, 0xEC7ED1FF},
      Ids<IAudioPcmSampleFormatConverter, IInputStreamFilter, IInputStream, IStream, IObject>()},
+    {"CCbVideoSource",
+     {0xA85B8713, 0xF0CF421C, 0xB374BA80, 0x329D801D},
+     Ids<ICbVideoSource, IInputStream, IStream, IObject>()},
     {"CFile", {0x918E84D7, 0x03CA40C4, 0xA1A93E28, 0xB0827B88}, Ids<IFile, IObject>()},
     {"CFileInputStream",
      {0x998C022A, 0xA4F74171, 0xB92B4A73, 0x71BD8306},
@@ -68,10 +73,16 @@ const std::vector<TClassRow> kRows = {
     {"COutputStreamFilter",
      {0x9AAE6F8D, 0xB1E64389, 0xB02314BC, 0x015038DC},
      Ids<IOutputStreamFilter, IOutputStream, IStream, IObject>()},
+    {"CPlasmaVideoGenerator",
+     {0x7C9D79C6, 0x9C43493B, 0xA216D830, 0x03F13ADF},
+     Ids<IPlasmaVideoGenerator, IInputStream, IStream, IObject>()},
     {"CPtrObject", {0x40EC1DA0, 0x5CD84282, 0x991AA699, 0x0DC62B23}, Ids<IPtrObject, IObject>()},
     {"CPushObjectEnumerator",
      {0x766D7166, 0xF2084704, 0x9CCF634A, 0xDDBF1B96},
      Ids<IPushObjectEnumerator, IObjectEnumerator, IObject>()},
+    {"CRandomGenerator",
+     {0xA4116099, 0xFB8F43FD, 0xBF9EAA47, 0xF23C09F6},
+     Ids<IRandomGenerator, IInputStream, IStream, IObject>()},
     {"CSetFormatIsf",
      {0x14A97652, 0xF7A748C9, 0x966907FC, 0xE273A999},
      Ids<ISetFormatIsf, IInputStreamFilter, IInputStream, IStream, IObject>()},
@@ -92,8 +103,8 @@ const std::vector<CId> kInterfaces =
     Ids<IObject, IObjectListener, IObjectList, IObjectEnumerator, IPushObjectEnumerator, IPtrObject,
         IStringObject, IStream, IInputStream, IOutputStream, IMediaSample, ISwBufferMediaSample,
         IInputStreamFilter, IOutputStreamFilter, IFileInputStream, IFileOutputStream, IFile, IFolder,
-        IWavChunkDecoder, IWavDecoder, ISetFormatIsf, IAudioPcmSampleFormatConverter,
-        IAudioPcmChannelNumberConverter>();
+        IWavChunkDecoder, IWavDecoder, ICbVideoSource, IPlasmaVideoGenerator, IRandomGenerator, ISetFormatIsf,
+        IAudioPcmSampleFormatConverter, IAudioPcmChannelNumberConverter>();
 
 wstring RegisteredName(const TClassRow& row) {
     wstring name = VRL_L("vorlund::");

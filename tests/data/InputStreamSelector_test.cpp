@@ -26,6 +26,7 @@ constexpr const wchar* kConstructor = VRL_L("vorlund::CInputStreamSelector::CInp
 constexpr TFailure kStreamIsNull{kConstructor, kFile, 39, VRL_L("Given input stream is NULL")};
 constexpr TFailure kFileNameIsNull{kConstructor, kFile, 55, VRL_L("Given file name is NULL")};
 constexpr TFailure kNoFileStream{kConstructor, kFile, 57, VRL_L("Cannot create file input stream")};
+constexpr TFailure kNoVideoSource{kConstructor, kFile, 65, VRL_L("Cannot create callback video source")};
 
 class InputStreamSelector : public testing::Test {
 protected:
@@ -170,6 +171,22 @@ TEST_F(InputStreamSelector, FileStreamClassThatYieldsNoFileStreamIsRefused) {
     ExpectRaises<CBugException>(kNoFileStream, [] { const CInputStreamSelector selector(VRL_L("any")); });
     v.GetClassStore().Clear();
     EXPECT_THROW(CInputStreamSelector selector(VRL_L("any")), CClassNotFoundException);
+}
+
+// Video callbacks.
+
+void PaintNothing(ICbVideoSource::TCbData&) {}
+
+TEST_F(InputStreamSelector, VideoSourceClassThatYieldsNoVideoSourceIsRefused) {
+    v.GetClassStore().Clear();
+    v.GetClassStore().RegisterClassVrl({classid::CCbVideoSource, VRL_L("test::NoObject"), &NoObject});
+    ExpectRaises<CBugException>(kNoVideoSource, [] { const CInputStreamSelector selector(&PaintNothing); });
+    v.GetClassStore().Clear();
+    v.GetClassStore().RegisterClassVrl(
+        {classid::CCbVideoSource, VRL_L("test::CMemoryInputStream"), &NewObject<CMemoryInputStream>});
+    ExpectRaises<CBugException>(kNoVideoSource, [] { const CInputStreamSelector selector(&PaintNothing); });
+    v.GetClassStore().Clear();
+    EXPECT_THROW(CInputStreamSelector selector(&PaintNothing), CClassNotFoundException);
 }
 
 } // namespace

@@ -14,3 +14,5 @@ using TCommand = std::function<void(CDiagnostics&)>;
 
 // Each adds its subcommand to the program. When the command line chooses it, `command` is set.
 void AddDecodeCommand(CLI::App& program, TCommand& command);
+void AddPlasmaCommand(CLI::App& program, TCommand& command);
+void AddRandomCommand(CLI::App& program, TCommand& command);

@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include <new>
+#include <string>
 
 namespace {
 
@@ -43,13 +44,19 @@ int Run(const TCommand& command) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Decodes media files with the Vorlund library.", "vorlund"};
+    CLI::App app{"Decodes and makes media files with the Vorlund library.", "vorlund"};
     app.require_subcommand(1);
     // A word that begins with "/" is a path on every system.
     app.allow_windows_style_options(false);
 
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        return "vorlund: " + std::string(error.what()) + "; --help tells the options\n";
+    });
+
     TCommand command;
     AddDecodeCommand(app, command);
+    AddPlasmaCommand(app, command);
+    AddRandomCommand(app, command);
 
     try {
         std::vector<std::string> arguments = GetArguments(argc, argv);

@@ -16,6 +16,9 @@
 #include "vorlund/data/filters/SetFormatIsf.h"
 #include "vorlund/data/filters/WavChunkDecoder.h"
 #include "vorlund/data/filters/WavDecoder.h"
+#include "vorlund/data/sources/CbVideoSource.h"
+#include "vorlund/data/sources/PlasmaVideoGenerator.h"
+#include "vorlund/data/sources/RandomGenerator.h"
 #include "vorlund/util/Object.h"
 #include "vorlund/util/ObjectEnumerator.h"
 #include "vorlund/util/ObjectList.h"
@@ -40,6 +43,7 @@ template <class TClass> constexpr TClassInfo Builtin(const wchar* name) {
 constexpr TClassInfo kClasses[] = {
     Builtin<CAudioPcmChannelNumberConverter>(VRL_L("vorlund::CAudioPcmChannelNumberConverter")),
     Builtin<CAudioPcmSampleFormatConverter>(VRL_L("vorlund::CAudioPcmSampleFormatConverter")),
+    Builtin<CCbVideoSource>(VRL_L("vorlund::CCbVideoSource")),
     Builtin<CFile>(VRL_L("vorlund::CFile")),
     Builtin<CFileInputStream>(VRL_L("vorlund::CFileInputStream")),
     Builtin<CFileOutputStream>(VRL_L("vorlund::CFileOutputStream")),
@@ -53,8 +57,10 @@ constexpr TClassInfo kClasses[] = {
     Builtin<CObjectListener>(VRL_L("vorlund::CObjectListener")),
     Builtin<COutputStream>(VRL_L("vorlund::COutputStream")),
     Builtin<COutputStreamFilter>(VRL_L("vorlund::COutputStreamFilter")),
+    Builtin<CPlasmaVideoGenerator>(VRL_L("vorlund::CPlasmaVideoGenerator")),
     Builtin<CPtrObject>(VRL_L("vorlund::CPtrObject")),
     Builtin<CPushObjectEnumerator>(VRL_L("vorlund::CPushObjectEnumerator")),
+    Builtin<CRandomGenerator>(VRL_L("vorlund::CRandomGenerator")),
     Builtin<CSetFormatIsf>(VRL_L("vorlund::CSetFormatIsf")),
     Builtin<CStringObject>(VRL_L("vorlund::CStringObject")),
     Builtin<CSwBufferMediaSample>(VRL_L("vorlund::CSwBufferMediaSample")),

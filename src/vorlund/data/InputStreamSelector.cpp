@@ -13,6 +13,7 @@ constexpr const wchar* kConstructor = VRL_L("vorlund::CInputStreamSelector::CInp
 constexpr TFailure kStreamIsNull{kConstructor, kFile, 39, VRL_L("Given input stream is NULL")};
 constexpr TFailure kFileNameIsNull{kConstructor, kFile, 55, VRL_L("Given file name is NULL")};
 constexpr TFailure kNoFileStream{kConstructor, kFile, 57, VRL_L("Cannot create file input stream")};
+constexpr TFailure kNoVideoSource{kConstructor, kFile, 65, VRL_L("Cannot create callback video source")};
 
 } // namespace
 
@@ -26,6 +27,12 @@ CInputStreamSelector::CInputStreamSelector(const wchar* fileName) {
     auto file = CreateOrRaise<IFileInputStream>(classid::CFileInputStream, kNoFileStream);
     file->Open(fileName);
     stream_ = file.Detach();
+}
+
+CInputStreamSelector::CInputStreamSelector(ICbVideoSource::TCallback callback) {
+    auto source = CreateOrRaise<ICbVideoSource>(classid::CCbVideoSource, kNoVideoSource);
+    source->SetCallback(callback);
+    stream_ = source.Detach();
 }
 
 CInputStreamSelector::CInputStreamSelector(const CInputStreamSelector& other)

@@ -4,7 +4,6 @@
 #include "vorlund/data/FormatRecord.h"
 
 #include <vorlund/ClassIds.h>
-#include <vorlund/DataFormat.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectImpl.h>
 
