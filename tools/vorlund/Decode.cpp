@@ -4,6 +4,7 @@
 #include "Diagnostics.h"
 #include "Interrupt.h"
 #include "OutputFile.h"
+#include "PcmPipeline.h"
 #include "Progress.h"
 
 #include <vorlund/DataFormat.h>
@@ -33,6 +34,7 @@ struct TDecodeOptions {
     /// Empty: decode and report, write nothing. "-": raw bytes on the standard output.
     std::string output;
     bool raw = false;
+    TPcmTarget target = {};
 };
 
 CRefPtr<IInputStream> OpenDecoded(const CInputStreamSelector& source, const wstring& path,
@@ -48,8 +50,8 @@ CRefPtr<IInputStream> OpenDecoded(const CInputStreamSelector& source, const wstr
 }
 
 /// Reads the stream to its end; returns the bytes read.
-std::uint64_t Copy(IInputStream& from, COutputFile& to) {
-    const std::int64_t length = from.GetLength();
+std::uint64_t Copy(CPcmPipeline& from, COutputFile& to) {
+    const std::int64_t length = from.GetEnd().GetLength();
     CProgress progress(length > 0 ? static_cast<std::uint64_t>(length) : 0);
     const CInterrupt interrupt;
     std::vector<std::uint8_t> block(kBlockSize);
@@ -63,6 +65,11 @@ std::uint64_t Copy(IInputStream& from, COutputFile& to) {
     return total;
 }
 
+std::string FormatBits(const TDataFormat_AudioPcm& format) {
+    const std::string bits = std::to_string(format.GetSampleSize() * 8);
+    return format.sampleFormat == SAMPLE_FORMAT_FLOAT ? bits + " float" : bits;
+}
+
 std::string FormatDuration(const TDataFormat_AudioPcm& format, std::uint64_t bytes) {
     const std::uint32_t bytesPerSec = format.GetBytesPerSec();
     if (bytesPerSec == 0) return "unknown";
@@ -71,8 +78,8 @@ std::string FormatDuration(const TDataFormat_AudioPcm& format, std::uint64_t byt
     return text;
 }
 
-/// Decodes the input to audio PCM, reports what it found and writes the PCM. No partial output is left
-/// behind.
+/// Decodes the input to audio PCM, converts it, reports what came out and writes it. No partial output is
+/// left behind.
 void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     if (options.output == "-") diagnostics.KeepStandardOutputFree();
     const wstring path = PathFromUtf8(options.input.c_str());
@@ -82,11 +89,11 @@ void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     wstring chain;
     {
         const CInputStreamSelector source(path.c_str());
-        const auto decoded = OpenDecoded(source, path, diagnostics);
-        format = static_cast<const TDataFormat_AudioPcm&>(decoded->GetFormat());
+        CPcmPipeline pcm(OpenDecoded(source, path, diagnostics), options.target, path);
+        format = pcm.GetFormat();
         output = COutputFile::Create(options.output, options.raw, format);
-        bytes = Copy(*decoded, *output);
-        chain = DescribeChain(decoded.Get());
+        bytes = Copy(pcm, *output);
+        chain = DescribeChain(&pcm.GetEnd());
     }
     const wstring chunks = DescribeChunks(path.c_str());
     // The input is closed by now, so the output may take its place.
@@ -96,7 +103,7 @@ void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     diagnostics.PrintField("Format", VRL_L("audio PCM ") + format.id.ToString());
     diagnostics.PrintField("Channels", std::to_string(format.channels));
     diagnostics.PrintField("Rate", std::to_string(format.samplesPerSec) + " Hz");
-    diagnostics.PrintField("Bits", std::to_string(format.GetSampleSize() * 8));
+    diagnostics.PrintField("Bits", FormatBits(format));
     diagnostics.PrintField("Duration", FormatDuration(format, bytes));
     diagnostics.PrintField("Bytes", std::to_string(bytes));
     if (!chunks.empty()) diagnostics.PrintField("Chunks", chunks);
@@ -116,6 +123,7 @@ void AddDecodeCommand(CLI::App& program, TCommand& command) {
                        "Write the PCM to this file: with a WAV header when its name ends in .wav, else as "
                        "raw bytes; - for raw bytes on standard output");
     decode->add_flag("--raw", options->raw, "Write raw bytes whatever the file is called");
+    AddPcmOptions(*decode, options->target);
     decode->callback([options, &command] {
         command = [options](CDiagnostics& diagnostics) { RunDecode(*options, diagnostics); };
     });

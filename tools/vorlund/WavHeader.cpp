@@ -5,52 +5,61 @@
 
 namespace {
 
-constexpr std::uint32_t kFmtSize = 16;
 constexpr std::uint32_t kIntegerPcm = 1;
-/// What the RIFF size counts besides the data: "WAVE", the fmt chunk and the head of the data chunk.
-constexpr std::uint64_t kRiffOverhead = kWavHeaderSize - 8;
+constexpr std::uint32_t kIeeeFloat = 3;
 
 /// Appends little-endian fields.
 class CFields {
 public:
     CFields& Text(const char (&text)[5]) {
-        at_ = std::copy_n(text, 4, at_);
+        header_.insert(header_.end(), text, text + 4);
         return *this;
     }
     CFields& Number(std::uint64_t value, int bytes) {
-        for (int i = 0; i < bytes; ++i) *at_++ = static_cast<std::uint8_t>(value >> 8 * i);
+        for (int i = 0; i < bytes; ++i) header_.push_back(static_cast<std::uint8_t>(value >> 8 * i));
+        return *this;
+    }
+    CFields& Bytes(const std::vector<std::uint8_t>& bytes) {
+        header_.insert(header_.end(), bytes.begin(), bytes.end());
         return *this;
     }
     const auto& Get() const { return header_; }
 
 private:
-    std::array<std::uint8_t, kWavHeaderSize> header_{};
-    decltype(header_)::iterator at_ = header_.begin();
+    std::vector<std::uint8_t> header_;
 };
 
 std::uint64_t Limit(std::uint64_t size) {
     return std::min<std::uint64_t>(size, std::numeric_limits<std::uint32_t>::max());
 }
 
-} // namespace
-
-std::array<std::uint8_t, kWavHeaderSize> MakeWavHeader(const vorlund::TDataFormat_AudioPcm& format,
-                                                       std::uint64_t dataSize) {
-    // Chunks are padded to even sizes.
-    const std::uint64_t riffSize = kRiffOverhead + dataSize + dataSize % 2;
-    return CFields()
-        .Text("RIFF")
-        .Number(Limit(riffSize), 4)
-        .Text("WAVE")
+/// Everything between the head of the file and the bytes of PCM.
+std::vector<std::uint8_t> MakeBody(const vorlund::TDataFormat_AudioPcm& format, std::uint64_t dataSize) {
+    const bool isFloat = format.sampleFormat == vorlund::SAMPLE_FORMAT_FLOAT;
+    CFields fields;
+    fields.Text("WAVE")
         .Text("fmt ")
-        .Number(kFmtSize, 4)
-        .Number(kIntegerPcm, 2)
+        .Number(isFloat ? 18 : 16, 4)
+        .Number(isFloat ? kIeeeFloat : kIntegerPcm, 2)
         .Number(format.channels, 2)
         .Number(format.samplesPerSec, 4)
         .Number(format.GetBytesPerSec(), 4)
         .Number(format.GetBlockSize(), 2)
-        .Number(format.GetSampleSize() * 8, 2)
-        .Text("data")
-        .Number(Limit(dataSize), 4)
-        .Get();
+        .Number(format.GetSampleSize() * 8, 2);
+    if (isFloat) {
+        const std::uint32_t block = format.GetBlockSize();
+        const std::uint64_t frames = block == 0 ? 0 : dataSize / block;
+        // No bytes of extension follow.
+        fields.Number(0, 2).Text("fact").Number(4, 4).Number(Limit(frames), 4);
+    }
+    return fields.Text("data").Number(Limit(dataSize), 4).Get();
+}
+
+} // namespace
+
+std::vector<std::uint8_t> MakeWavHeader(const vorlund::TDataFormat_AudioPcm& format, std::uint64_t dataSize) {
+    const std::vector<std::uint8_t> body = MakeBody(format, dataSize);
+    // Chunks are padded to even sizes.
+    const std::uint64_t riffSize = body.size() + dataSize + dataSize % 2;
+    return CFields().Text("RIFF").Number(Limit(riffSize), 4).Bytes(body).Get();
 }

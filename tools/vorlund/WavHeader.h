@@ -3,11 +3,11 @@
 
 #include <vorlund/DataFormat.h>
 
-#include <array>
 #include <cstdint>
+#include <vector>
 
-constexpr std::size_t kWavHeaderSize = 44;
-
-/// The header of a file of `dataSize` bytes of PCM. Sizes that the format cannot state are its largest ones.
-std::array<std::uint8_t, kWavHeaderSize> MakeWavHeader(const vorlund::TDataFormat_AudioPcm& format,
-                                                       std::uint64_t dataSize);
+/// The header of a file of `dataSize` bytes of PCM, integer or IEEE float, after "Multimedia Programming
+/// Interface and Data Specifications 1.0" and "New Multimedia Data Types and Data Techniques": what is not
+/// integer PCM has an extended "fmt " chunk and a "fact" chunk with its number of frames. Sizes that the
+/// format cannot state are its largest ones.
+std::vector<std::uint8_t> MakeWavHeader(const vorlund::TDataFormat_AudioPcm& format, std::uint64_t dataSize);
