@@ -1,11 +1,5 @@
 // The program as its users see it: arguments in; streams, files and an exit code out.
-#include "support/ChildProcess.h"
-#include "support/WavBuilder.h"
-
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include "DecodeCommand.h"
 
 using namespace vorlund::test;
 namespace fs = std::filesystem;
@@ -13,57 +7,6 @@ namespace fs = std::filesystem;
 namespace {
 
 const TWavFormat kStereo{.channels = 2, .samplesPerSec = 8000};
-
-std::string WithoutReturns(std::string text) {
-    std::erase(text, '\r');
-    return text;
-}
-
-/// A folder of the test's own.
-class DecodeCommand : public testing::Test {
-protected:
-    DecodeCommand() {
-        const auto* const info = testing::UnitTest::GetInstance()->current_test_info();
-        folder_ = fs::temp_directory_path() / (std::string("vorlund-cli-") + info->name());
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
-    }
-    ~DecodeCommand() override { fs::remove_all(folder_); }
-
-    std::string At(const std::string& name) const { return (folder_ / name).string(); }
-
-    std::string Make(const std::string& name, const TBytes& bytes) const {
-        std::ofstream(At(name), std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        return At(name);
-    }
-    std::string Make(const std::string& name, const std::string& text) const {
-        return Make(name, TBytes(text.begin(), text.end()));
-    }
-
-    TBytes Load(const std::string& name) const {
-        std::ifstream file(At(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    /// Names of everything in the folder, sorted.
-    std::vector<std::string> List() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder_))
-            names.push_back(entry.path().filename().string());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
-
-    static TChildEnd Decode(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), "decode");
-        TChildEnd end = RunChild("vorlund", {.arguments = std::move(arguments)});
-        end.errors = WithoutReturns(end.errors);
-        return end;
-    }
-
-    fs::path folder_;
-};
 
 TEST_F(DecodeCommand, ReportsWhatItFound) {
     const std::string input = Make(
