@@ -3,7 +3,7 @@
 //
 // A vector has two lanes of 16 bytes that most instructions keep apart. Each lane works on a stretch of
 // frames of its own, chosen so that the results come out in order.
-#include "vorlund/data/filters/PcmMixes.h"
+#include "vorlund/data/filters/PcmMixBlocks.h"
 
 #include <immintrin.h>
 
@@ -361,22 +361,6 @@ struct TFloatSixToStereo {
     }
 };
 
-// ---- the table
-
-/// Mixes block by block; the frames that are left are the reference's.
-template <class TBlock, std::size_t pair, std::size_t format>
-void Mix(void* destination, const void* source, std::size_t frames) {
-    constexpr std::size_t kSize = format == 0 ? 1 : format == 1 ? 2 : 4;
-    auto* to = static_cast<std::uint8_t*>(destination);
-    const auto* from = static_cast<const std::uint8_t*>(source);
-    for (; frames >= TBlock::kFrames; frames -= TBlock::kFrames) {
-        TBlock::Mix(to, from);
-        to += TBlock::kFrames * kMixPairs[pair].outputChannels * kSize;
-        from += TBlock::kFrames * kMixPairs[pair].inputChannels * kSize;
-    }
-    kScalarMixes.routines[pair][format](to, from, frames);
-}
-
 } // namespace
 
 // Wide samples to six channels are nothing but stores, and long ones that cross cache lines lose to short
@@ -384,15 +368,15 @@ void Mix(void* destination, const void* source, std::size_t frames) {
 constinit const TMixSet kAvx2Mixes{
     "avx2",
     [] { return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"); },
-    {{Mix<TSpread<1, 1, 2>, 0, 0>, Mix<TSpread<2, 1, 2>, 0, 1>, Mix<TSpread<4, 1, 2>, 0, 2>,
-      Mix<TSpread<4, 1, 2>, 0, 3>},
-     {Mix<TSpread<1, 1, 6>, 1, 0>, Mix<TSpread<2, 1, 6>, 1, 1>, nullptr, nullptr},
-     {Mix<TStereoToMono<1>, 2, 0>, Mix<TStereoToMono<2>, 2, 1>, Mix<TStereoToMono<4>, 2, 2>,
-      Mix<TFloatStereoToMono, 2, 3>},
-     {Mix<TSpread<1, 2, 6>, 3, 0>, Mix<TSpread<2, 2, 6>, 3, 1>, nullptr, nullptr},
-     {Mix<TSixToMono<1>, 4, 0>, Mix<TSixToMono<2>, 4, 1>, Mix<TSixToMono<4>, 4, 2>,
-      Mix<TFloatSixToMono, 4, 3>},
-     {Mix<TSixToStereo<1>, 5, 0>, Mix<TSixToStereo<2>, 5, 1>, Mix<TSixToStereo<4>, 5, 2>,
-      Mix<TFloatSixToStereo, 5, 3>}}};
+    {{MixBlocks<TSpread<1, 1, 2>, 0, 0>, MixBlocks<TSpread<2, 1, 2>, 0, 1>, MixBlocks<TSpread<4, 1, 2>, 0, 2>,
+      MixBlocks<TSpread<4, 1, 2>, 0, 3>},
+     {MixBlocks<TSpread<1, 1, 6>, 1, 0>, MixBlocks<TSpread<2, 1, 6>, 1, 1>, nullptr, nullptr},
+     {MixBlocks<TStereoToMono<1>, 2, 0>, MixBlocks<TStereoToMono<2>, 2, 1>, MixBlocks<TStereoToMono<4>, 2, 2>,
+      MixBlocks<TFloatStereoToMono, 2, 3>},
+     {MixBlocks<TSpread<1, 2, 6>, 3, 0>, MixBlocks<TSpread<2, 2, 6>, 3, 1>, nullptr, nullptr},
+     {MixBlocks<TSixToMono<1>, 4, 0>, MixBlocks<TSixToMono<2>, 4, 1>, MixBlocks<TSixToMono<4>, 4, 2>,
+      MixBlocks<TFloatSixToMono, 4, 3>},
+     {MixBlocks<TSixToStereo<1>, 5, 0>, MixBlocks<TSixToStereo<2>, 5, 1>, MixBlocks<TSixToStereo<4>, 5, 2>,
+      MixBlocks<TFloatSixToStereo, 5, 3>}}};
 
 } // namespace vorlund::pcm

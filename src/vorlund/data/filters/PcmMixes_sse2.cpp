@@ -1,5 +1,5 @@
 // Mixes for SSE2, where they beat the plain loops. The arithmetic is explained in PcmMixes_avx2.cpp.
-#include "vorlund/data/filters/PcmMixes.h"
+#include "vorlund/data/filters/PcmMixBlocks.h"
 
 #include <emmintrin.h>
 
@@ -282,35 +282,19 @@ struct TFloatSixToStereo {
     }
 };
 
-// ---- the table
-
-/// Mixes block by block; the frames that are left are the reference's.
-template <class TBlock, std::size_t pair, std::size_t format>
-void Mix(void* destination, const void* source, std::size_t frames) {
-    constexpr std::size_t kSize = format == 0 ? 1 : format == 1 ? 2 : 4;
-    auto* to = static_cast<std::uint8_t*>(destination);
-    const auto* from = static_cast<const std::uint8_t*>(source);
-    for (; frames >= TBlock::kFrames; frames -= TBlock::kFrames) {
-        TBlock::Mix(to, from);
-        to += TBlock::kFrames * kMixPairs[pair].outputChannels * kSize;
-        from += TBlock::kFrames * kMixPairs[pair].inputChannels * kSize;
-    }
-    kScalarMixes.routines[pair][format](to, from, frames);
-}
-
 } // namespace
 
 constinit const TMixSet kSse2Mixes{
     "sse2",
     [] { return true; },
-    {{Mix<TMonoToStereo<1>, 0, 0>, Mix<TMonoToStereo<2>, 0, 1>, Mix<TMonoToStereo<4>, 0, 2>,
-      Mix<TMonoToStereo<4>, 0, 3>},
-     {nullptr, nullptr, Mix<TWideMonoToSix, 1, 2>, Mix<TWideMonoToSix, 1, 3>},
-     {Mix<TStereoToMono<1>, 2, 0>, Mix<TStereoToMono<2>, 2, 1>, Mix<TStereoToMono<4>, 2, 2>,
-      Mix<TFloatStereoToMono, 2, 3>},
-     {nullptr, nullptr, Mix<TWideStereoToSix, 3, 2>, Mix<TWideStereoToSix, 3, 3>},
-     {Mix<TSixToMono8, 4, 0>, Mix<TSixToMono16, 4, 1>, nullptr, Mix<TFloatSixToMono, 4, 3>},
-     {Mix<TSixToStereo<1>, 5, 0>, Mix<TSixToStereo<2>, 5, 1>, Mix<TSixToStereo<4>, 5, 2>,
-      Mix<TFloatSixToStereo, 5, 3>}}};
+    {{MixBlocks<TMonoToStereo<1>, 0, 0>, MixBlocks<TMonoToStereo<2>, 0, 1>, MixBlocks<TMonoToStereo<4>, 0, 2>,
+      MixBlocks<TMonoToStereo<4>, 0, 3>},
+     {nullptr, nullptr, MixBlocks<TWideMonoToSix, 1, 2>, MixBlocks<TWideMonoToSix, 1, 3>},
+     {MixBlocks<TStereoToMono<1>, 2, 0>, MixBlocks<TStereoToMono<2>, 2, 1>, MixBlocks<TStereoToMono<4>, 2, 2>,
+      MixBlocks<TFloatStereoToMono, 2, 3>},
+     {nullptr, nullptr, MixBlocks<TWideStereoToSix, 3, 2>, MixBlocks<TWideStereoToSix, 3, 3>},
+     {MixBlocks<TSixToMono8, 4, 0>, MixBlocks<TSixToMono16, 4, 1>, nullptr, MixBlocks<TFloatSixToMono, 4, 3>},
+     {MixBlocks<TSixToStereo<1>, 5, 0>, MixBlocks<TSixToStereo<2>, 5, 1>, MixBlocks<TSixToStereo<4>, 5, 2>,
+      MixBlocks<TFloatSixToStereo, 5, 3>}}};
 
 } // namespace vorlund::pcm
