@@ -1,6 +1,6 @@
 // The options "--format" and "--channels" of "vorlund decode": the bytes that come out are those of the
 // rules, written here a second time, whatever the system.
-#include "DecodeCommand.h"
+#include "cli/DecodeCommand.h"
 
 #include <bit>
 #include <cmath>

@@ -1,5 +1,5 @@
 // The program as its users see it: arguments in; streams, files and an exit code out.
-#include "DecodeCommand.h"
+#include "cli/DecodeCommand.h"
 
 using namespace vorlund::test;
 namespace fs = std::filesystem;
