@@ -66,7 +66,6 @@ CPcmPipeline::CPcmPipeline(CRefPtr<IInputStream> decoded, const TPcmTarget& targ
     }
     if (target.channels) {
         if (format_.channels != 1 && format_.channels != 2 && format_.channels != 6)
-
             Refuse(VRL_L("Cannot mix"), name,
                    "It has " + std::to_string(format_.channels) + " channels, not 1, 2 or 6");
         if (*target.channels != format_.channels)
