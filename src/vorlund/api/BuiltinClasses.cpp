@@ -16,6 +16,15 @@
 #include "vorlund/data/sources/CbVideoSource.h"
 #include "vorlund/data/sources/PlasmaVideoGenerator.h"
 #include "vorlund/data/sources/RandomGenerator.h"
+#include "vorlund/data/resource/AppendingRos.h"
+#include "vorlund/data/resource/Resource.h"
+#include "vorlund/data/resource/ResourceIs.h"
+#include "vorlund/data/resource/ResourceOs.h"
+#include "vorlund/devices/AudioClip.h"
+#include "vorlund/devices/Bitmap.h"
+#include "vorlund/devices/MediaControl.h"
+#include "vorlund/devices/PropertyPage.h"
+#include "vorlund/devices/VideoClip.h"
 #include "vorlund/util/Object.h"
 #include "vorlund/util/ObjectEnumerator.h"
 #include "vorlund/util/ObjectList.h"
@@ -39,12 +48,16 @@ template <class TClass> constexpr TClassInfo Builtin(const wchar* name) {
 /// In the order of registration, which is alphabetical: a new class goes to its place in the alphabet.
 constexpr TClassInfo kClasses[] = {
     Builtin<CCbVideoSource>(VRL_L("vorlund::CCbVideoSource")),
+    Builtin<CAppendingRos>(VRL_L("vorlund::CAppendingRos")),
+    Builtin<CAudioClip>(VRL_L("vorlund::CAudioClip")),
+    Builtin<CBitmap>(VRL_L("vorlund::CBitmap")),
     Builtin<CFile>(VRL_L("vorlund::CFile")),
     Builtin<CFileInputStream>(VRL_L("vorlund::CFileInputStream")),
     Builtin<CFileOutputStream>(VRL_L("vorlund::CFileOutputStream")),
     Builtin<CFolder>(VRL_L("vorlund::CFolder")),
     Builtin<CInputStream>(VRL_L("vorlund::CInputStream")),
     Builtin<CInputStreamFilter>(VRL_L("vorlund::CInputStreamFilter")),
+    Builtin<CMediaControl>(VRL_L("vorlund::CMediaControl")),
     Builtin<CMediaSample>(VRL_L("vorlund::CMediaSample")),
     Builtin<CObject>(VRL_L("vorlund::CObject")),
     Builtin<CObjectEnumerator>(VRL_L("vorlund::CObjectEnumerator")),
@@ -56,8 +69,15 @@ constexpr TClassInfo kClasses[] = {
     Builtin<CPtrObject>(VRL_L("vorlund::CPtrObject")),
     Builtin<CPushObjectEnumerator>(VRL_L("vorlund::CPushObjectEnumerator")),
     Builtin<CRandomGenerator>(VRL_L("vorlund::CRandomGenerator")),
+    Builtin<CPropertyPage>(VRL_L("vorlund::CPropertyPage")),
+    Builtin<CPtrObject>(VRL_L("vorlund::CPtrObject")),
+    Builtin<CPushObjectEnumerator>(VRL_L("vorlund::CPushObjectEnumerator")),
+    Builtin<CResource>(VRL_L("vorlund::CResource")),
+    Builtin<CResourceIs>(VRL_L("vorlund::CResourceIs")),
+    Builtin<CResourceOs>(VRL_L("vorlund::CResourceOs")),
     Builtin<CStringObject>(VRL_L("vorlund::CStringObject")),
     Builtin<CSwBufferMediaSample>(VRL_L("vorlund::CSwBufferMediaSample")),
+    Builtin<CVideoClip>(VRL_L("vorlund::CVideoClip")),
     Builtin<CWavChunkDecoder>(VRL_L("vorlund::CWavChunkDecoder")),
     Builtin<CWavDecoder>(VRL_L("vorlund::CWavDecoder")),
 };
