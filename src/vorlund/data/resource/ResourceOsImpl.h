@@ -4,7 +4,6 @@
 #include "vorlund/data/resource/ResourceWriter.h"
 
 #include <vorlund/Exception.h>
-#include <vorlund/RefPtr.h>
 #include <vorlund/Resource.h>
 #include <vorlund/StreamImpl.h>
 
@@ -30,7 +29,7 @@ template <class TInterface> class CResourceOsImpl : public COutputStreamImpl<TIn
 public:
     void Close() override {
         position_ = 0;
-        resource_.Reset();
+        resource_.Bind(nullptr);
     }
     std::uint32_t GetCapabilities() override {
         return resource_ ? STREAM_CAPABILITY_SEEK | STREAM_CAPABILITY_TELL | STREAM_CAPABILITY_WRITE : 0;
@@ -59,17 +58,12 @@ public:
         if (size == 0) return;
         std::optional<std::uint64_t> start;
         if (place_ == TWritePlace::Position) start = position_;
-        const auto end = WriteToResource(*resource_, start, buffer, size);
+        const auto end = resource_.Write(start, buffer, size);
         if (!end) Raise<COutOfMemoryException>(failures_.writeOutOfMemory);
         position_ = *end;
     }
 
-    void SetResource(IResource* resource) override {
-        // The new reference comes first: the former resource may be the same.
-        auto next = CRefPtr<IResource>::Share(resource);
-        resource_.Reset();
-        resource_ = std::move(next);
-    }
+    void SetResource(IResource* resource) override { resource_.Bind(resource); }
 
 protected:
     CResourceOsImpl(const TResourceOsFailures& failures, TWritePlace place)
@@ -79,7 +73,7 @@ protected:
 private:
     const TResourceOsFailures& failures_;
     const TWritePlace place_;
-    CRefPtr<IResource> resource_;
+    CResourceWriter resource_;
     std::uint64_t position_ = 0;
 };
 

@@ -5,14 +5,15 @@
 
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace vorlund {
 namespace {
 
-/// The resource as the library's own class, which grows in place, or null. The identifier alone is not
-/// enough: applications may register a class of their own under it.
-CResource* AsOwn(IResource& resource) {
-    return resource.GetClassId() == CResource::ClassId ? dynamic_cast<CResource*>(&resource) : nullptr;
+/// The identifier alone is not enough: applications may register a class of their own under it.
+CResource* AsOwn(IResource* resource) {
+    if (!resource || resource->GetClassId() != CResource::ClassId) return nullptr;
+    return dynamic_cast<CResource*>(resource);
 }
 
 void Copy(std::byte* target, const void* source, std::uint64_t size) {
@@ -50,14 +51,22 @@ bool WriteForeign(IResource& resource, const CResourceLock& lock, std::uint64_t 
 
 } // namespace
 
-std::optional<std::uint64_t> WriteToResource(IResource& resource, std::optional<std::uint64_t> position,
-                                             const void* buffer, std::uint64_t size) {
-    const CResourceLock lock(resource, LOCK_MODE_WRITE);
+void CResourceWriter::Bind(IResource* resource) {
+    // The new reference comes first: the former resource may be the same.
+    auto next = CRefPtr<IResource>::Share(resource);
+    own_ = nullptr;
+    resource_.Reset();
+    resource_ = std::move(next);
+    own_ = AsOwn(resource);
+}
+
+std::optional<std::uint64_t> CResourceWriter::Write(std::optional<std::uint64_t> position, const void* buffer,
+                                                    std::uint64_t size) {
+    const CResourceLock lock(*resource_, LOCK_MODE_WRITE);
     const std::uint64_t start = position.value_or(lock.GetSize());
     if (size > std::numeric_limits<std::uint64_t>::max() - start) return std::nullopt;
-    CResource* const own = AsOwn(resource);
     const bool isDone =
-        own ? own->WriteAt(start, buffer, size) : WriteForeign(resource, lock, start, buffer, size);
+        own_ ? own_->WriteAt(start, buffer, size) : WriteForeign(*resource_, lock, start, buffer, size);
     if (!isDone) return std::nullopt;
     return start + size;
 }
