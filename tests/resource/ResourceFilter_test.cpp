@@ -154,6 +154,8 @@ TEST_F(ResourceFilter, EmptyResourceMayBeFiltered) {
     resource_->SetSize(0);
     resource_->ApplyFilter(filter_.Get());
     EXPECT_EQ(resource_->GetSize(), 0U);
+    EXPECT_EQ(resource_->Lock(LOCK_MODE_READ), nullptr);
+    resource_->Unlock();
     EXPECT_EQ(resource_->GetModificationCount(), 2U);
 }
 

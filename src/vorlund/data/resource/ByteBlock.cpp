@@ -40,7 +40,7 @@ bool CByteBlock::Grow(std::uint64_t used, std::uint64_t needed, CByteBlock& form
 }
 
 void CByteBlock::Trim(std::uint64_t used) {
-    if (capacity_ - used <= kMuch) return;
+    if (used > 0 && capacity_ - used <= kMuch) return;
     CByteBlock smaller;
     if (!smaller.Allocate(used)) return;
     Copy(smaller, *this, used);

@@ -33,7 +33,8 @@ public:
     /// \param former  takes over the block that was replaced: what is to be written may stand in it
     bool Grow(std::uint64_t used, std::uint64_t needed, CByteBlock& former);
 
-    /// Gives back what lies behind the first `used` bytes, if that is much and if there is memory to do it.
+    /// Gives back what lies behind the first `used` bytes, if that is much and if there is memory to do it;
+    /// without used bytes all of them.
     void Trim(std::uint64_t used);
 
     /// Null when there are no bytes.
