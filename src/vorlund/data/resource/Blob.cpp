@@ -64,8 +64,10 @@ void CBlob::SetSize(std::uint64_t size) {
     if (size == size_) return;
     unsigned char* const resized = Allocate(size);
     const auto kept = static_cast<std::size_t>(std::min(size, size_));
-    if (kept > 0) std::memcpy(resized, data_, kept);
-    if (size > kept) std::memset(resized + kept, 0, static_cast<std::size_t>(size) - kept);
+    if (resized) {
+        if (kept > 0) std::memcpy(resized, data_, kept);
+        std::memset(resized + kept, 0, static_cast<std::size_t>(size) - kept);
+    }
     delete[] std::exchange(data_, resized);
     size_ = size;
 }
