@@ -8,11 +8,7 @@
 
 namespace vorlund {
 
-class CId;
-class IInputStream;
-class IOutputStream;
 class IResource;
-struct TDataFormat;
 
 /// Holds one reference to an input stream; copies share it.
 class VRL_API CInputStreamSelector {

@@ -269,8 +269,7 @@ static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObject
               kIsPlain<IInputStreamFilter> && kIsPlain<IOutputStreamFilter> && kIsPlain<IFileInputStream> &&
               kIsPlain<IFileOutputStream> && kIsPlain<IFile> && kIsPlain<IFolder> &&
               kIsPlain<IWavChunkDecoder> && kIsPlain<IWavDecoder> && kIsPlain<ICbVideoSource> &&
-              kIsPlain<IPlasmaVideoGenerator> && kIsPlain<IRandomGenerator>);
-              kIsPlain<IWavChunkDecoder> && kIsPlain<IWavDecoder> && kIsPlain<IResource> &&
+              kIsPlain<IPlasmaVideoGenerator> && kIsPlain<IRandomGenerator> && kIsPlain<IResource> &&
               kIsPlain<IResourceIs> && kIsPlain<IResourceOs> && kIsPlain<IAppendingRos> &&
               kIsPlain<IAudioClip> && kIsPlain<IVideoClip> && kIsPlain<IBitmap> && kIsPlain<IMediaControl> &&
               kIsPlain<IPropertyPage>);

@@ -39,14 +39,14 @@ template <class... TInterfaces> std::vector<CId> Ids() {
 
 /// In the order of registration.
 const std::vector<TClassRow> kRows = {
-    {"CCbVideoSource",
-     {0xA85B8713, 0xF0CF421C, 0xB374BA80, 0x329D801D},
-     Ids<ICbVideoSource, IInputStream, IStream, IObject>()},
     {"CAppendingRos",
      {0xA6EE19E9, 0xF32146E2, 0xAFA21EFF, 0xA0930554},
      Ids<IAppendingRos, IResourceOs, IOutputStream, IStream, IObject>()},
     {"CAudioClip", {0xC3AE26D0, 0xD9184CA0, 0xADDBAFA6, 0xF6EBBFF7}, Ids<IAudioClip, IResource, IObject>()},
     {"CBitmap", {0x6921B3C6, 0x45054D41, 0x90271F9C, 0x039F8768}, Ids<IBitmap, IResource, IObject>()},
+    {"CCbVideoSource",
+     {0xA85B8713, 0xF0CF421C, 0xB374BA80, 0x329D801D},
+     Ids<ICbVideoSource, IInputStream, IStream, IObject>()},
     {"CFile", {0x918E84D7, 0x03CA40C4, 0xA1A93E28, 0xB0827B88}, Ids<IFile, IObject>()},
     {"CFileInputStream",
      {0x998C022A, 0xA4F74171, 0xB92B4A73, 0x71BD8306},
@@ -109,9 +109,9 @@ const std::vector<CId> kInterfaces =
     Ids<IObject, IObjectListener, IObjectList, IObjectEnumerator, IPushObjectEnumerator, IPtrObject,
         IStringObject, IStream, IInputStream, IOutputStream, IMediaSample, ISwBufferMediaSample,
         IInputStreamFilter, IOutputStreamFilter, IFileInputStream, IFileOutputStream, IFile, IFolder,
-        IWavChunkDecoder, IWavDecoder, ICbVideoSource, IPlasmaVideoGenerator, IRandomGenerator>();
-        IWavChunkDecoder, IWavDecoder, IResource, IResourceIs, IResourceOs, IAppendingRos, IAudioClip,
-        IVideoClip, IBitmap, IMediaControl, IPropertyPage>();
+        IWavChunkDecoder, IWavDecoder, ICbVideoSource, IPlasmaVideoGenerator, IRandomGenerator, IResource,
+        IResourceIs, IResourceOs, IAppendingRos, IAudioClip, IVideoClip, IBitmap, IMediaControl,
+        IPropertyPage>();
 
 wstring RegisteredName(const TClassRow& row) {
     wstring name = VRL_L("vorlund::");

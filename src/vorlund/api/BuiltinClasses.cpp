@@ -13,13 +13,13 @@
 #include "vorlund/data/file/Folder.h"
 #include "vorlund/data/filters/WavChunkDecoder.h"
 #include "vorlund/data/filters/WavDecoder.h"
-#include "vorlund/data/sources/CbVideoSource.h"
-#include "vorlund/data/sources/PlasmaVideoGenerator.h"
-#include "vorlund/data/sources/RandomGenerator.h"
 #include "vorlund/data/resource/AppendingRos.h"
 #include "vorlund/data/resource/Resource.h"
 #include "vorlund/data/resource/ResourceIs.h"
 #include "vorlund/data/resource/ResourceOs.h"
+#include "vorlund/data/sources/CbVideoSource.h"
+#include "vorlund/data/sources/PlasmaVideoGenerator.h"
+#include "vorlund/data/sources/RandomGenerator.h"
 #include "vorlund/devices/AudioClip.h"
 #include "vorlund/devices/Bitmap.h"
 #include "vorlund/devices/MediaControl.h"
@@ -47,10 +47,10 @@ template <class TClass> constexpr TClassInfo Builtin(const wchar* name) {
 
 /// In the order of registration, which is alphabetical: a new class goes to its place in the alphabet.
 constexpr TClassInfo kClasses[] = {
-    Builtin<CCbVideoSource>(VRL_L("vorlund::CCbVideoSource")),
     Builtin<CAppendingRos>(VRL_L("vorlund::CAppendingRos")),
     Builtin<CAudioClip>(VRL_L("vorlund::CAudioClip")),
     Builtin<CBitmap>(VRL_L("vorlund::CBitmap")),
+    Builtin<CCbVideoSource>(VRL_L("vorlund::CCbVideoSource")),
     Builtin<CFile>(VRL_L("vorlund::CFile")),
     Builtin<CFileInputStream>(VRL_L("vorlund::CFileInputStream")),
     Builtin<CFileOutputStream>(VRL_L("vorlund::CFileOutputStream")),
@@ -66,12 +66,10 @@ constexpr TClassInfo kClasses[] = {
     Builtin<COutputStream>(VRL_L("vorlund::COutputStream")),
     Builtin<COutputStreamFilter>(VRL_L("vorlund::COutputStreamFilter")),
     Builtin<CPlasmaVideoGenerator>(VRL_L("vorlund::CPlasmaVideoGenerator")),
-    Builtin<CPtrObject>(VRL_L("vorlund::CPtrObject")),
-    Builtin<CPushObjectEnumerator>(VRL_L("vorlund::CPushObjectEnumerator")),
-    Builtin<CRandomGenerator>(VRL_L("vorlund::CRandomGenerator")),
     Builtin<CPropertyPage>(VRL_L("vorlund::CPropertyPage")),
     Builtin<CPtrObject>(VRL_L("vorlund::CPtrObject")),
     Builtin<CPushObjectEnumerator>(VRL_L("vorlund::CPushObjectEnumerator")),
+    Builtin<CRandomGenerator>(VRL_L("vorlund::CRandomGenerator")),
     Builtin<CResource>(VRL_L("vorlund::CResource")),
     Builtin<CResourceIs>(VRL_L("vorlund::CResourceIs")),
     Builtin<CResourceOs>(VRL_L("vorlund::CResourceOs")),
