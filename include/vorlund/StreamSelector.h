@@ -8,11 +8,17 @@
 
 namespace vorlund {
 
+class IResource;
+
 /// Holds one reference to an input stream; copies share it.
 class VRL_API CInputStreamSelector {
 public:
     /// Holds `stream` and adds a reference. Raises `CNullPtrException` "Given input stream is NULL".
     CInputStreamSelector(IInputStream* stream);
+    /// Holds a new resource input stream bound to `resource`. Raises `CNullPtrException` "Given resource is
+    /// NULL", and `CBugException` "Cannot create resource input stream" when that class was replaced by one
+    /// of another kind.
+    CInputStreamSelector(IResource* resource);
     /// Holds a new file input stream opened on `fileName`. Raises `CNullPtrException` "Given file name is
     /// NULL", `CFileAccessException` "Cannot open '...' for reading", and `CBugException` "Cannot create file
     /// input stream" when that class was replaced by one of another kind.
@@ -43,6 +49,10 @@ public:
     /// Holds `stream` and adds a reference. Null is accepted, unlike in the input selector, and leaves it
     /// empty.
     COutputStreamSelector(IOutputStream* stream);
+    /// Holds a new resource output stream bound to `resource`, which writes over its bytes from the first one
+    /// on; null leaves the selector empty. Raises `CBugException` "Cannot create resource output stream" when
+    /// that class was replaced by one of another kind.
+    COutputStreamSelector(IResource* resource);
     /// Holds a new file output stream opened on `fileName`, which is truncated. Raises `CFileAccessException`
     /// "Cannot open '...' for writing", and `CBugException` "Cannot create file output stream" when that
     /// class was replaced by one of another kind.

@@ -6,8 +6,10 @@
 #include <vorlund/DataFormat.h>
 #include <vorlund/File.h>
 #include <vorlund/Generators.h>
+#include <vorlund/MediaObjects.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/Resource.h>
 #include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
 #include <vorlund/WavDecoder.h>
@@ -68,6 +70,15 @@ const TIdRow kIds[] = {
     {"IAudioPcmChannelNumberConverter",
      IAudioPcmChannelNumberConverter::InterfaceId,
      {0x17887FAA, 0xA4B4425B, 0x93A9364C, 0x34D35B81}},
+    {"IResource", IResource::InterfaceId, {0x2D087DA3, 0x67F84135, 0xB0560213, 0x09558126}},
+    {"IResourceIs", IResourceIs::InterfaceId, {0xCAD2D74A, 0x49D68166, 0x1A1AF214, 0x8C09F304}},
+    {"IResourceOs", IResourceOs::InterfaceId, {0x60835710, 0x8B48D505, 0x73546CD5, 0x0894B3EE}},
+    {"IAppendingRos", IAppendingRos::InterfaceId, {0xBF13277B, 0xC978146C, 0x5655EB5C, 0x244CDD04}},
+    {"IAudioClip", IAudioClip::InterfaceId, {0x478EAC60, 0x844E84AE, 0x1DA1DE3F, 0x1DA5759F}},
+    {"IVideoClip", IVideoClip::InterfaceId, {0x7C5FD705, 0x3DD86D87, 0x870814AF, 0xE9EC320D}},
+    {"IBitmap", IBitmap::InterfaceId, {0x43536106, 0xF5130314, 0xA3A60A45, 0x1B4DFE2C}},
+    {"IMediaControl", IMediaControl::InterfaceId, {0x9EB958F3, 0xBD18CDC2, 0x07FF3DD4, 0xA5F78189}},
+    {"IPropertyPage", IPropertyPage::InterfaceId, {0x82AAEB0C, 0xD16E6674, 0xBE9C503F, 0xAB88093D}},
     {"TDataFormat_AudioPcm",
      TDataFormat_AudioPcm::FormatId,
      {0x47A8ECCB, 0x40364B9F, 0xA014B125, 0x721626DF}},
@@ -85,12 +96,16 @@ const TIdRow kIds[] = {
      classid::CAudioPcmSampleFormatConverter,
      {0xC78D926E, 0x26B94789, 0x86D3132C, 0xEC7ED1FF}},
     {"CCbVideoSource", classid::CCbVideoSource, {0xA85B8713, 0xF0CF421C, 0xB374BA80, 0x329D801D}},
+    {"CAppendingRos", classid::CAppendingRos, {0xA6EE19E9, 0xF32146E2, 0xAFA21EFF, 0xA0930554}},
+    {"CAudioClip", classid::CAudioClip, {0xC3AE26D0, 0xD9184CA0, 0xADDBAFA6, 0xF6EBBFF7}},
+    {"CBitmap", classid::CBitmap, {0x6921B3C6, 0x45054D41, 0x90271F9C, 0x039F8768}},
     {"CFile", classid::CFile, {0x918E84D7, 0x03CA40C4, 0xA1A93E28, 0xB0827B88}},
     {"CFileInputStream", classid::CFileInputStream, {0x998C022A, 0xA4F74171, 0xB92B4A73, 0x71BD8306}},
     {"CFileOutputStream", classid::CFileOutputStream, {0x039A99B9, 0x85864E63, 0xA613F839, 0xF0D8B4AD}},
     {"CFolder", classid::CFolder, {0x60E82CA0, 0x89794B06, 0x90E37D7E, 0x529AB2EB}},
     {"CInputStream", classid::CInputStream, {0x0B43B630, 0xECE04EAE, 0x86EACA3C, 0xC4FEB484}},
     {"CInputStreamFilter", classid::CInputStreamFilter, {0x8F2C8042, 0x1CB24F9B, 0x9E975CA4, 0xC36D6AFA}},
+    {"CMediaControl", classid::CMediaControl, {0x7F82DC9F, 0x9AF44946, 0x96F486E1, 0xB76D06AC}},
     {"CMediaSample", classid::CMediaSample, {0xDFAB86E9, 0x794A4EAE, 0x9FE1B079, 0x0B782B82}},
     {"CObject", classid::CObject, {0x90832171, 0xF23F4997, 0xBC71E87A, 0x6E3A3063}},
     {"CObjectEnumerator", classid::CObjectEnumerator, {0x4FA2C23A, 0xCE0A41A5, 0x9AE0AA31, 0x2855BE59}},
@@ -101,14 +116,19 @@ const TIdRow kIds[] = {
     {"CPlasmaVideoGenerator",
      classid::CPlasmaVideoGenerator,
      {0x7C9D79C6, 0x9C43493B, 0xA216D830, 0x03F13ADF}},
+    {"CPropertyPage", classid::CPropertyPage, {0xF8D1B152, 0x0DB64B2D, 0x8AFDCAF4, 0x027A31F5}},
     {"CPtrObject", classid::CPtrObject, {0x40EC1DA0, 0x5CD84282, 0x991AA699, 0x0DC62B23}},
     {"CPushObjectEnumerator",
      classid::CPushObjectEnumerator,
      {0x766D7166, 0xF2084704, 0x9CCF634A, 0xDDBF1B96}},
     {"CRandomGenerator", classid::CRandomGenerator, {0xA4116099, 0xFB8F43FD, 0xBF9EAA47, 0xF23C09F6}},
     {"CSetFormatIsf", classid::CSetFormatIsf, {0x14A97652, 0xF7A748C9, 0x966907FC, 0xE273A999}},
+    {"CResource", classid::CResource, {0x325FFD4D, 0x37294B87, 0x8AEFAC12, 0xC9276B34}},
+    {"CResourceIs", classid::CResourceIs, {0xB229402C, 0xFDC14470, 0x90860D53, 0x765A0AB2}},
+    {"CResourceOs", classid::CResourceOs, {0xB030E31E, 0x1FD74762, 0x87A083E7, 0x2D03271B}},
     {"CStringObject", classid::CStringObject, {0xAEA98BB2, 0x6A014A57, 0xB1543E5D, 0x9FFAC41A}},
     {"CSwBufferMediaSample", classid::CSwBufferMediaSample, {0xA5D82DFB, 0x331F4063, 0x83FDCE8D, 0xFF73544F}},
+    {"CVideoClip", classid::CVideoClip, {0x6E90B6D4, 0xBA60479E, 0x908CDF74, 0xEBA32064}},
     {"CWavChunkDecoder", classid::CWavChunkDecoder, {0x9196075E, 0x9CA345E2, 0x824A41F7, 0x414D7EE9}},
     {"CWavDecoder", classid::CWavDecoder, {0x521C3225, 0x5C8F4D10, 0xBE3A0AB0, 0x62E4711B}},
 };
@@ -151,6 +171,11 @@ static_assert(kExtends<IFileInputStream, IInputStream> && kExtends<IFileOutputSt
               kExtends<IAudioPcmChannelNumberConverter, IInputStreamFilter>);
 static_assert(kExtends<ICbVideoSource, IInputStream> && kExtends<IPlasmaVideoGenerator, IInputStream> &&
               kExtends<IRandomGenerator, IInputStream>);
+static_assert(kExtends<IResource, IObject> && kExtends<IResourceIs, IInputStream> &&
+              kExtends<IResourceOs, IOutputStream> && kExtends<IAppendingRos, IResourceOs>);
+static_assert(kExtends<IAudioClip, IResource> && kExtends<IVideoClip, IResource> &&
+              kExtends<IBitmap, IResource> && kExtends<IMediaControl, IObject> &&
+              kExtends<IPropertyPage, IObject>);
 
 } // namespace
 } // namespace vorlund::test

@@ -5,8 +5,10 @@
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
 #include <vorlund/Generators.h>
+#include <vorlund/MediaObjects.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/Resource.h>
 #include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
 #include <vorlund/WavDecoder.h>
@@ -203,6 +205,49 @@ std::vector<TSlotRow> MakeRows() {
     AddRows(rows, "IAudioPcmChannelNumberConverter", 22,
             {{"SetNumChannels", SlotOf(&IAudioPcmChannelNumberConverter::SetNumChannels)}},
             SlotCount<IAudioPcmChannelNumberConverter>());
+    AddRows(rows, "IResource", 7,
+            {{"ApplyFilter", SlotOf(&IResource::ApplyFilter)},
+             {"GetModificationCount", SlotOf(&IResource::GetModificationCount)},
+             {"GetFormat", SlotOf(&IResource::GetFormat)},
+             {"GetSize", SlotOf(&IResource::GetSize)},
+             {"LoadDecoded", SlotOf(&IResource::LoadDecoded)},
+             {"Load", SlotOf(&IResource::Load)},
+             {"Lock", SlotOf(&IResource::Lock)},
+             {"LockFormat", SlotOf(&IResource::LockFormat)},
+             {"Save", SlotOf(&IResource::Save)},
+             {"SetFormat", SlotOf(&IResource::SetFormat)},
+             {"SetSize", SlotOf(&IResource::SetSize)},
+             {"Unlock", SlotOf(&IResource::Unlock)}},
+            SlotCount<IResource>());
+    AddRows(rows, "IResourceIs", 19, {{"SetResource", SlotOf(&IResourceIs::SetResource)}},
+            SlotCount<IResourceIs>());
+    AddRows(rows, "IResourceOs", 15, {{"SetResource", SlotOf(&IResourceOs::SetResource)}},
+            SlotCount<IResourceOs>());
+    AddRows(rows, "IAppendingRos", 16, {}, SlotCount<IAppendingRos>());
+    AddRows(rows, "IAudioClip", 19, {}, SlotCount<IAudioClip>());
+    AddRows(rows, "IVideoClip", 19, {}, SlotCount<IVideoClip>());
+    AddRows(rows, "IBitmap", 19, {{"GetImageFormat", SlotOf(&IBitmap::GetImageFormat)}},
+            SlotCount<IBitmap>());
+    AddRows(rows, "IMediaControl", 7,
+            {{"SetRate", SlotOf(&IMediaControl::SetRate)},
+             {"Rewind", SlotOf(&IMediaControl::Rewind)},
+             {"GetCapabilities", SlotOf(&IMediaControl::GetCapabilities)},
+             {"GetDuration", SlotOf(&IMediaControl::GetDuration)},
+             {"IsPlaying", SlotOf(&IMediaControl::IsPlaying)},
+             {"Pause", SlotOf(&IMediaControl::Pause)},
+             {"Play", SlotOf(&IMediaControl::Play)},
+             {"Seek", SlotOf(&IMediaControl::Seek)},
+             {"SetRange", SlotOf(&IMediaControl::SetRange)},
+             {"Stop", SlotOf(&IMediaControl::Stop)},
+             {"GetTime", SlotOf(&IMediaControl::GetTime)}},
+            SlotCount<IMediaControl>());
+    AddRows(rows, "IPropertyPage", 7,
+            {{"Open", SlotOf(&IPropertyPage::Open)},
+             {"Apply", SlotOf(&IPropertyPage::Apply)},
+             {"Reset", SlotOf(&IPropertyPage::Reset)},
+             {"Close", SlotOf(&IPropertyPage::Close)},
+             {"Show", SlotOf(&IPropertyPage::Show)}},
+            SlotCount<IPropertyPage>());
 
     // Classes whose one virtual operation is the destructor, which takes two slots.
     AddRows(rows, "CClassObject", 2, {}, SlotCount<CClassObject>());
@@ -235,7 +280,10 @@ static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObject
               kIsPlain<IFileOutputStream> && kIsPlain<IFile> && kIsPlain<IFolder> &&
               kIsPlain<IWavChunkDecoder> && kIsPlain<IWavDecoder> && kIsPlain<ICbVideoSource> &&
               kIsPlain<IPlasmaVideoGenerator> && kIsPlain<IRandomGenerator> && kIsPlain<ISetFormatIsf> &&
-              kIsPlain<IAudioPcmSampleFormatConverter> && kIsPlain<IAudioPcmChannelNumberConverter>);
+              kIsPlain<IAudioPcmSampleFormatConverter> && kIsPlain<IAudioPcmChannelNumberConverter> &&
+              kIsPlain<IResource> && kIsPlain<IResourceIs> && kIsPlain<IResourceOs> &&
+              kIsPlain<IAppendingRos> && kIsPlain<IAudioClip> && kIsPlain<IVideoClip> && kIsPlain<IBitmap> &&
+              kIsPlain<IMediaControl> && kIsPlain<IPropertyPage>);
 
 } // namespace
 } // namespace vorlund::test

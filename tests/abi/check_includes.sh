@@ -24,7 +24,7 @@ objects   include/vorlund/(ClassIds|ClassStore|Object|ObjectCounter|ObjectImpl|O
 util      include/vorlund/ObjectList.h
 data      include/vorlund/(CodecClassStore|DataFormat|MediaSample|Stream|StreamFilter|StreamFilterImpl).h
 data      include/vorlund/(StreamImpl|StreamSelector|File|Path|WavDecoder).h
-data      include/vorlund/(AudioPcmConverters|CbVideoSource|Generators|Resource|SetFormatIsf).h
+data      include/vorlund/(AudioPcmConverters|Blob|CbVideoSource|Generators|Resource|SetFormatIsf).h
 serial    include/vorlund/(LineReader|TextReader|TextWriter|VarReader|VarWriter|Writer|Reader|BufferedReader).h
 devices   include/vorlund/(Device|DeviceClassStore|MediaObjects|VideoOutput|VideoWindow).h
 api       include/vorlund/(PluginStore|Vorlund).h

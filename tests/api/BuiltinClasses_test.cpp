@@ -6,8 +6,10 @@
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
 #include <vorlund/Generators.h>
+#include <vorlund/MediaObjects.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/Resource.h>
 #include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
 #include <vorlund/Vorlund.h>
@@ -39,12 +41,17 @@ template <class... TInterfaces> std::vector<CId> Ids() {
 
 /// In the order of registration.
 const std::vector<TClassRow> kRows = {
+    {"CAppendingRos",
+     {0xA6EE19E9, 0xF32146E2, 0xAFA21EFF, 0xA0930554},
+     Ids<IAppendingRos, IResourceOs, IOutputStream, IStream, IObject>()},
+    {"CAudioClip", {0xC3AE26D0, 0xD9184CA0, 0xADDBAFA6, 0xF6EBBFF7}, Ids<IAudioClip, IResource, IObject>()},
     {"CAudioPcmChannelNumberConverter",
      {0xA95E1C18, 0xDE2A4C17, 0xBE5566E2, 0x1DED4C07},
      Ids<IAudioPcmChannelNumberConverter, IInputStreamFilter, IInputStream, IStream, IObject>()},
     {"CAudioPcmSampleFormatConverter",
      {0xC78D926E, 0x26B94789, 0x86D3132C, 0xEC7ED1FF},
      Ids<IAudioPcmSampleFormatConverter, IInputStreamFilter, IInputStream, IStream, IObject>()},
+    {"CBitmap", {0x6921B3C6, 0x45054D41, 0x90271F9C, 0x039F8768}, Ids<IBitmap, IResource, IObject>()},
     {"CCbVideoSource",
      {0xA85B8713, 0xF0CF421C, 0xB374BA80, 0x329D801D},
      Ids<ICbVideoSource, IInputStream, IStream, IObject>()},
@@ -60,6 +67,7 @@ const std::vector<TClassRow> kRows = {
     {"CInputStreamFilter",
      {0x8F2C8042, 0x1CB24F9B, 0x9E975CA4, 0xC36D6AFA},
      Ids<IInputStreamFilter, IInputStream, IStream, IObject>()},
+    {"CMediaControl", {0x7F82DC9F, 0x9AF44946, 0x96F486E1, 0xB76D06AC}, Ids<IMediaControl, IObject>()},
     {"CMediaSample", {0xDFAB86E9, 0x794A4EAE, 0x9FE1B079, 0x0B782B82}, Ids<IMediaSample, IObject>()},
     {"CObject", {0x90832171, 0xF23F4997, 0xBC71E87A, 0x6E3A3063}, Ids<IObject>()},
     {"CObjectEnumerator",
@@ -76,6 +84,7 @@ const std::vector<TClassRow> kRows = {
     {"CPlasmaVideoGenerator",
      {0x7C9D79C6, 0x9C43493B, 0xA216D830, 0x03F13ADF},
      Ids<IPlasmaVideoGenerator, IInputStream, IStream, IObject>()},
+    {"CPropertyPage", {0xF8D1B152, 0x0DB64B2D, 0x8AFDCAF4, 0x027A31F5}, Ids<IPropertyPage, IObject>()},
     {"CPtrObject", {0x40EC1DA0, 0x5CD84282, 0x991AA699, 0x0DC62B23}, Ids<IPtrObject, IObject>()},
     {"CPushObjectEnumerator",
      {0x766D7166, 0xF2084704, 0x9CCF634A, 0xDDBF1B96},
@@ -83,6 +92,13 @@ const std::vector<TClassRow> kRows = {
     {"CRandomGenerator",
      {0xA4116099, 0xFB8F43FD, 0xBF9EAA47, 0xF23C09F6},
      Ids<IRandomGenerator, IInputStream, IStream, IObject>()},
+    {"CResource", {0x325FFD4D, 0x37294B87, 0x8AEFAC12, 0xC9276B34}, Ids<IResource, IObject>()},
+    {"CResourceIs",
+     {0xB229402C, 0xFDC14470, 0x90860D53, 0x765A0AB2},
+     Ids<IResourceIs, IInputStream, IStream, IObject>()},
+    {"CResourceOs",
+     {0xB030E31E, 0x1FD74762, 0x87A083E7, 0x2D03271B},
+     Ids<IResourceOs, IOutputStream, IStream, IObject>()},
     {"CSetFormatIsf",
      {0x14A97652, 0xF7A748C9, 0x966907FC, 0xE273A999},
      Ids<ISetFormatIsf, IInputStreamFilter, IInputStream, IStream, IObject>()},
@@ -90,6 +106,7 @@ const std::vector<TClassRow> kRows = {
     {"CSwBufferMediaSample",
      {0xA5D82DFB, 0x331F4063, 0x83FDCE8D, 0xFF73544F},
      Ids<ISwBufferMediaSample, IMediaSample, IObject>()},
+    {"CVideoClip", {0x6E90B6D4, 0xBA60479E, 0x908CDF74, 0xEBA32064}, Ids<IVideoClip, IResource, IObject>()},
     {"CWavChunkDecoder",
      {0x9196075E, 0x9CA345E2, 0x824A41F7, 0x414D7EE9},
      Ids<IWavChunkDecoder, IInputStreamFilter, IInputStream, IStream, IObject>()},
@@ -104,7 +121,8 @@ const std::vector<CId> kInterfaces =
         IStringObject, IStream, IInputStream, IOutputStream, IMediaSample, ISwBufferMediaSample,
         IInputStreamFilter, IOutputStreamFilter, IFileInputStream, IFileOutputStream, IFile, IFolder,
         IWavChunkDecoder, IWavDecoder, ICbVideoSource, IPlasmaVideoGenerator, IRandomGenerator, ISetFormatIsf,
-        IAudioPcmSampleFormatConverter, IAudioPcmChannelNumberConverter>();
+        IAudioPcmSampleFormatConverter, IAudioPcmChannelNumberConverter, IResource, IResourceIs, IResourceOs,
+        IAppendingRos, IAudioClip, IVideoClip, IBitmap, IMediaControl, IPropertyPage>();
 
 wstring RegisteredName(const TClassRow& row) {
     wstring name = VRL_L("vorlund::");

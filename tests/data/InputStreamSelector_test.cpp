@@ -4,6 +4,7 @@
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
 #include <vorlund/RefPtr.h>
+#include <vorlund/Resource.h>
 #include <vorlund/StreamSelector.h>
 
 #include "file/TemporaryFolder.h"
@@ -16,7 +17,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <fstream>
+#include <type_traits>
 
 namespace vorlund::test {
 namespace {
@@ -24,6 +27,8 @@ namespace {
 constexpr const wchar* kFile = VRL_L("src/vorlund/data/InputStreamSelector");
 constexpr const wchar* kConstructor = VRL_L("vorlund::CInputStreamSelector::CInputStreamSelector");
 constexpr TFailure kStreamIsNull{kConstructor, kFile, 39, VRL_L("Given input stream is NULL")};
+constexpr TFailure kResourceIsNull{kConstructor, kFile, 46, VRL_L("Given resource is NULL")};
+constexpr TFailure kNoResourceStream{kConstructor, kFile, 48, VRL_L("Cannot create resource input stream")};
 constexpr TFailure kFileNameIsNull{kConstructor, kFile, 55, VRL_L("Given file name is NULL")};
 constexpr TFailure kNoFileStream{kConstructor, kFile, 57, VRL_L("Cannot create file input stream")};
 constexpr TFailure kNoVideoSource{kConstructor, kFile, 65, VRL_L("Cannot create callback video source")};
@@ -100,6 +105,48 @@ TEST_F(InputStreamSelector, SelfAssignmentKeepsTheStream) {
     selector = copy;
     EXPECT_EQ(ReferencesOf(selector.GetInputStreamTmp()), 2);
 }
+
+// Resources.
+
+TEST_F(InputStreamSelector, NullResourceIsRefused) {
+    ExpectRaises<CNullPtrException>(
+        kResourceIsNull, [] { const CInputStreamSelector selector(static_cast<IResource*>(nullptr)); });
+}
+
+TEST_F(InputStreamSelector, ReadsAResource) {
+    const auto resource = CreateAs<IResource>(classid::CResource);
+    resource->SetSize(3);
+    resource->SetFormat(&TDataFormat_AudioPcm::FORMAT_44100HZ_16BIT_MONO);
+    {
+        const CInputStreamSelector selector(resource.Get());
+        EXPECT_EQ(ReferencesOf(resource.Get()), 2);
+        IInputStream* const stream = selector.GetInputStreamTmp();
+        EXPECT_EQ(stream->GetClassId(), classid::CResourceIs);
+        EXPECT_EQ(stream->GetObjectNumber(), resource->GetObjectNumber() + 1);
+        EXPECT_EQ(ReferencesOf(stream), 1);
+        EXPECT_EQ(stream->GetLength(), 3);
+        EXPECT_EQ(&stream->GetFormat(), resource->GetFormat());
+        const auto same = CRefPtr<IInputStream>::Adopt(selector.DecodeStream(TDataFormat_AudioPcm::FormatId));
+        EXPECT_EQ(same.Get(), stream);
+    }
+    EXPECT_EQ(ReferencesOf(resource.Get()), 1);
+}
+
+TEST_F(InputStreamSelector, ResourceStreamClassOfAnotherKindIsRefused) {
+    const auto resource = CreateAs<IResource>(classid::CResource);
+    v.GetClassStore().Clear();
+    v.GetClassStore().RegisterClassVrl(
+        {classid::CResourceIs, VRL_L("test::CMemoryInputStream"), &NewObject<CMemoryInputStream>});
+    ExpectRaises<CBugException>(kNoResourceStream,
+                                [&] { const CInputStreamSelector selector(resource.Get()); });
+    EXPECT_EQ(ReferencesOf(resource.Get()), 1);
+}
+
+// What a literal null would mean is not clear, so it is not taken; everything that is known is.
+static_assert(!std::is_constructible_v<CInputStreamSelector, std::nullptr_t>);
+static_assert(std::is_constructible_v<CInputStreamSelector, IResourceIs*> &&
+              std::is_constructible_v<CInputStreamSelector, IResource*> &&
+              std::is_constructible_v<CInputStreamSelector, const wchar*>);
 
 // Decoding.
 

@@ -3,6 +3,7 @@
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>
 #include <vorlund/RefPtr.h>
+#include <vorlund/Resource.h>
 #include <vorlund/StreamSelector.h>
 #include <vorlund/Vorlund.h>
 
@@ -15,14 +16,18 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <type_traits>
 
 namespace vorlund::test {
 namespace {
 
 constexpr const wchar* kFile = VRL_L("src/vorlund/data/OutputStreamSelector");
+constexpr TFailure kNoResourceStream{VRL_L("vorlund::COutputStreamSelector::COutputStreamSelector"), kFile,
+                                     44, VRL_L("Cannot create resource output stream")};
 constexpr TFailure kNoFileStream{VRL_L("vorlund::COutputStreamSelector::COutputStreamSelector"), kFile, 56,
                                  VRL_L("Cannot create file output stream")};
 constexpr TFailure kNothingToEncode{VRL_L("vorlund::COutputStreamSelector::EncodeStream"), kFile, 97,
@@ -144,6 +149,43 @@ TEST_F(OutputStreamSelector, FileStreamClassThatYieldsNoFileStreamIsRefused) {
     v.GetClassStore().RegisterClassVrl({classid::CFileOutputStream, VRL_L("test::NoObject"), &NoObject});
     ExpectRaises<CBugException>(kNoFileStream, [] { const COutputStreamSelector selector(VRL_L("any")); });
 }
+
+TEST_F(OutputStreamSelector, NullResourceLeavesItEmpty) {
+    const COutputStreamSelector selector(static_cast<IResource*>(nullptr));
+    EXPECT_EQ(selector.GetOutputStreamTmp(), nullptr);
+    EXPECT_EQ(selector.GetOutputStream(), nullptr);
+}
+
+TEST_F(OutputStreamSelector, WritesIntoAResource) {
+    const auto resource = CreateAs<IResource>(classid::CResource);
+    {
+        const COutputStreamSelector selector(resource.Get());
+        EXPECT_EQ(ReferencesOf(resource.Get()), 2);
+        IOutputStream* const stream = selector.GetOutputStreamTmp();
+        EXPECT_EQ(stream->GetClassId(), classid::CResourceOs);
+        EXPECT_EQ(stream->GetObjectNumber(), resource->GetObjectNumber() + 1);
+        EXPECT_EQ(ReferencesOf(stream), 1);
+        stream->Write("abc", 3);
+        EXPECT_EQ(resource->GetSize(), 3U);
+    }
+    EXPECT_EQ(ReferencesOf(resource.Get()), 1);
+}
+
+TEST_F(OutputStreamSelector, ResourceStreamClassOfAnotherKindIsRefused) {
+    const auto resource = CreateAs<IResource>(classid::CResource);
+    v.GetClassStore().Clear();
+    v.GetClassStore().RegisterClassVrl(
+        {classid::CResourceOs, VRL_L("test::CMemoryOutputStream"), &NewObject<CMemoryOutputStream>});
+    ExpectRaises<CBugException>(kNoResourceStream,
+                                [&] { const COutputStreamSelector selector(resource.Get()); });
+    EXPECT_EQ(ReferencesOf(resource.Get()), 1);
+}
+
+// What a literal null would mean is not clear, so it is not taken; everything that is known is.
+static_assert(!std::is_constructible_v<COutputStreamSelector, std::nullptr_t>);
+static_assert(std::is_constructible_v<COutputStreamSelector, IAppendingRos*> &&
+              std::is_constructible_v<COutputStreamSelector, IResource*> &&
+              std::is_constructible_v<COutputStreamSelector, const wchar*>);
 
 } // namespace
 } // namespace vorlund::test

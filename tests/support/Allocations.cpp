@@ -82,6 +82,16 @@ void* operator new(std::size_t size) {
 void* operator new[](std::size_t size) {
     return vorlund::test::Allocate(size);
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return vorlund::test::Allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
+    return operator new(size, tag);
+}
 void operator delete(void* memory) noexcept {
     vorlund::test::Free(memory);
 }

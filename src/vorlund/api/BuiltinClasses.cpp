@@ -16,9 +16,18 @@
 #include "vorlund/data/filters/SetFormatIsf.h"
 #include "vorlund/data/filters/WavChunkDecoder.h"
 #include "vorlund/data/filters/WavDecoder.h"
+#include "vorlund/data/resource/AppendingRos.h"
+#include "vorlund/data/resource/Resource.h"
+#include "vorlund/data/resource/ResourceIs.h"
+#include "vorlund/data/resource/ResourceOs.h"
 #include "vorlund/data/sources/CbVideoSource.h"
 #include "vorlund/data/sources/PlasmaVideoGenerator.h"
 #include "vorlund/data/sources/RandomGenerator.h"
+#include "vorlund/devices/AudioClip.h"
+#include "vorlund/devices/Bitmap.h"
+#include "vorlund/devices/MediaControl.h"
+#include "vorlund/devices/PropertyPage.h"
+#include "vorlund/devices/VideoClip.h"
 #include "vorlund/util/Object.h"
 #include "vorlund/util/ObjectEnumerator.h"
 #include "vorlund/util/ObjectList.h"
@@ -41,8 +50,11 @@ template <class TClass> constexpr TClassInfo Builtin(const wchar* name) {
 
 /// In the order of registration, which is alphabetical: a new class goes to its place in the alphabet.
 constexpr TClassInfo kClasses[] = {
+    Builtin<CAppendingRos>(VRL_L("vorlund::CAppendingRos")),
+    Builtin<CAudioClip>(VRL_L("vorlund::CAudioClip")),
     Builtin<CAudioPcmChannelNumberConverter>(VRL_L("vorlund::CAudioPcmChannelNumberConverter")),
     Builtin<CAudioPcmSampleFormatConverter>(VRL_L("vorlund::CAudioPcmSampleFormatConverter")),
+    Builtin<CBitmap>(VRL_L("vorlund::CBitmap")),
     Builtin<CCbVideoSource>(VRL_L("vorlund::CCbVideoSource")),
     Builtin<CFile>(VRL_L("vorlund::CFile")),
     Builtin<CFileInputStream>(VRL_L("vorlund::CFileInputStream")),
@@ -50,6 +62,7 @@ constexpr TClassInfo kClasses[] = {
     Builtin<CFolder>(VRL_L("vorlund::CFolder")),
     Builtin<CInputStream>(VRL_L("vorlund::CInputStream")),
     Builtin<CInputStreamFilter>(VRL_L("vorlund::CInputStreamFilter")),
+    Builtin<CMediaControl>(VRL_L("vorlund::CMediaControl")),
     Builtin<CMediaSample>(VRL_L("vorlund::CMediaSample")),
     Builtin<CObject>(VRL_L("vorlund::CObject")),
     Builtin<CObjectEnumerator>(VRL_L("vorlund::CObjectEnumerator")),
@@ -58,12 +71,17 @@ constexpr TClassInfo kClasses[] = {
     Builtin<COutputStream>(VRL_L("vorlund::COutputStream")),
     Builtin<COutputStreamFilter>(VRL_L("vorlund::COutputStreamFilter")),
     Builtin<CPlasmaVideoGenerator>(VRL_L("vorlund::CPlasmaVideoGenerator")),
+    Builtin<CPropertyPage>(VRL_L("vorlund::CPropertyPage")),
     Builtin<CPtrObject>(VRL_L("vorlund::CPtrObject")),
     Builtin<CPushObjectEnumerator>(VRL_L("vorlund::CPushObjectEnumerator")),
     Builtin<CRandomGenerator>(VRL_L("vorlund::CRandomGenerator")),
+    Builtin<CResource>(VRL_L("vorlund::CResource")),
+    Builtin<CResourceIs>(VRL_L("vorlund::CResourceIs")),
+    Builtin<CResourceOs>(VRL_L("vorlund::CResourceOs")),
     Builtin<CSetFormatIsf>(VRL_L("vorlund::CSetFormatIsf")),
     Builtin<CStringObject>(VRL_L("vorlund::CStringObject")),
     Builtin<CSwBufferMediaSample>(VRL_L("vorlund::CSwBufferMediaSample")),
+    Builtin<CVideoClip>(VRL_L("vorlund::CVideoClip")),
     Builtin<CWavChunkDecoder>(VRL_L("vorlund::CWavChunkDecoder")),
     Builtin<CWavDecoder>(VRL_L("vorlund::CWavDecoder")),
 };

@@ -3,6 +3,7 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/File.h>
+#include <vorlund/Resource.h>
 #include <vorlund/StreamSelector.h>
 
 namespace vorlund {
@@ -11,6 +12,8 @@ namespace {
 constexpr const wchar* kFile = VRL_L("src/vorlund/data/InputStreamSelector");
 constexpr const wchar* kConstructor = VRL_L("vorlund::CInputStreamSelector::CInputStreamSelector");
 constexpr TFailure kStreamIsNull{kConstructor, kFile, 39, VRL_L("Given input stream is NULL")};
+constexpr TFailure kResourceIsNull{kConstructor, kFile, 46, VRL_L("Given resource is NULL")};
+constexpr TFailure kNoResourceStream{kConstructor, kFile, 48, VRL_L("Cannot create resource input stream")};
 constexpr TFailure kFileNameIsNull{kConstructor, kFile, 55, VRL_L("Given file name is NULL")};
 constexpr TFailure kNoFileStream{kConstructor, kFile, 57, VRL_L("Cannot create file input stream")};
 constexpr TFailure kNoVideoSource{kConstructor, kFile, 65, VRL_L("Cannot create callback video source")};
@@ -20,6 +23,13 @@ constexpr TFailure kNoVideoSource{kConstructor, kFile, 65, VRL_L("Cannot create 
 CInputStreamSelector::CInputStreamSelector(IInputStream* stream) {
     if (!stream) Raise<CNullPtrException>(kStreamIsNull);
     stream_ = CRefPtr<IInputStream>::Share(stream).Detach();
+}
+
+CInputStreamSelector::CInputStreamSelector(IResource* resource) {
+    if (!resource) Raise<CNullPtrException>(kResourceIsNull);
+    auto stream = CreateOrRaise<IResourceIs>(classid::CResourceIs, kNoResourceStream);
+    stream->SetResource(resource);
+    stream_ = stream.Detach();
 }
 
 CInputStreamSelector::CInputStreamSelector(const wchar* fileName) {

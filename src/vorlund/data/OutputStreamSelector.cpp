@@ -3,14 +3,16 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/File.h>
+#include <vorlund/Resource.h>
 #include <vorlund/StreamSelector.h>
 
 namespace vorlund {
 namespace {
 
 constexpr const wchar* kFile = VRL_L("src/vorlund/data/OutputStreamSelector");
-constexpr TFailure kNoFileStream{VRL_L("vorlund::COutputStreamSelector::COutputStreamSelector"), kFile, 56,
-                                 VRL_L("Cannot create file output stream")};
+constexpr const wchar* kConstructor = VRL_L("vorlund::COutputStreamSelector::COutputStreamSelector");
+constexpr TFailure kNoResourceStream{kConstructor, kFile, 44, VRL_L("Cannot create resource output stream")};
+constexpr TFailure kNoFileStream{kConstructor, kFile, 56, VRL_L("Cannot create file output stream")};
 constexpr TFailure kNothingToEncode{VRL_L("vorlund::COutputStreamSelector::EncodeStream"), kFile, 97,
                                     VRL_L("Stream pointer is NULL")};
 
@@ -19,6 +21,13 @@ constexpr TFailure kNothingToEncode{VRL_L("vorlund::COutputStreamSelector::Encod
 // Kept on purpose: null is accepted, unlike in the input selector, and shows when it is used.
 COutputStreamSelector::COutputStreamSelector(IOutputStream* stream)
     : stream_(CRefPtr<IOutputStream>::Share(stream).Detach()) {}
+
+COutputStreamSelector::COutputStreamSelector(IResource* resource) {
+    if (!resource) return;
+    auto stream = CreateOrRaise<IResourceOs>(classid::CResourceOs, kNoResourceStream);
+    stream->SetResource(resource);
+    stream_ = stream.Detach();
+}
 
 COutputStreamSelector::COutputStreamSelector(const wchar* fileName) {
     auto file = CreateOrRaise<IFileOutputStream>(classid::CFileOutputStream, kNoFileStream);

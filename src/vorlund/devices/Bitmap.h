@@ -1,0 +1,18 @@
+// The default bitmap.
+#pragma once
+
+#include "vorlund/devices/ResourceHolder.h"
+
+#include <vorlund/ClassIds.h>
+#include <vorlund/MediaObjects.h>
+
+namespace vorlund {
+
+class CBitmap : public CResourceHolder<IBitmap> {
+public:
+    static constexpr CId ClassId = classid::CBitmap;
+
+    const TDataFormat_ImageRgb* GetImageFormat() override;
+};
+
+} // namespace vorlund
