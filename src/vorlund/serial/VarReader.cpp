@@ -1,0 +1,108 @@
+#include <vorlund/VarReader.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace vorlund {
+namespace {
+
+static_assert(std::endian::native == std::endian::little);
+
+/// Texts up to here are read at once. Longer ones grow as they arrive.
+constexpr int kFirstUnits = 65536;
+
+/// What a 32-bit system can hold, and the limit everywhere: what one system refuses, all refuse.
+constexpr std::int32_t kMostUnits = 0x3FFFFFFE;
+
+/// Reads at most `count` units with one call; returns how many whole ones arrived.
+int ReadUnits(IInputStream& stream, wchar* units, int count) {
+    const std::uint64_t size = static_cast<std::uint64_t>(count) * sizeof(wchar);
+    return static_cast<int>(std::min(stream.Read(units, size), size) / sizeof(wchar));
+}
+
+/// Makes room for `capacity` units and keeps the first `count`.
+void Grow(CString& text, int count, int capacity) {
+    CString larger;
+    larger.Allocate(capacity);
+    std::memcpy(larger.GetBuffer(), text.GetBuffer(), static_cast<std::size_t>(count) * sizeof(wchar));
+    text = std::move(larger);
+}
+
+} // namespace
+
+CVarReader::CVarReader(IInputStream* stream) : CReader(stream) {}
+
+CVarReader::~CVarReader() noexcept(false) = default;
+
+template <class T> CVarReader& CVarReader::Get(T& value) {
+    // Kept on purpose: nobody looks at what `Read` returns.
+    stream_->Read(&value, sizeof(value));
+    return *this;
+}
+
+CVarReader& CVarReader::operator>>(bool& value) {
+    // Through its byte: the value may not be set yet, and what arrives need not be 0 or 1.
+    unsigned char byte;
+    static_assert(sizeof(value) == sizeof(byte));
+    std::memcpy(&byte, &value, sizeof(byte));
+    Get(byte);
+    value = byte != 0;
+    return *this;
+}
+CVarReader& CVarReader::operator>>(char& value) {
+    return Get(value);
+}
+CVarReader& CVarReader::operator>>(unsigned char& value) {
+    return Get(value);
+}
+CVarReader& CVarReader::operator>>(short& value) {
+    return Get(value);
+}
+CVarReader& CVarReader::operator>>(unsigned short& value) {
+    return Get(value);
+}
+CVarReader& CVarReader::operator>>(int& value) {
+    return Get(value);
+}
+CVarReader& CVarReader::operator>>(unsigned int& value) {
+    return Get(value);
+}
+CVarReader& CVarReader::operator>>(std::int64_t& value) {
+    return Get(value);
+}
+CVarReader& CVarReader::operator>>(std::uint64_t& value) {
+    return Get(value);
+}
+CVarReader& CVarReader::operator>>(float& value) {
+    return Get(value);
+}
+CVarReader& CVarReader::operator>>(double& value) {
+    return Get(value);
+}
+
+CVarReader& CVarReader::operator>>(CString& text) {
+    std::int32_t count = 0;
+    if (stream_->Read(&count, sizeof(count)) < sizeof(count)) return *this;
+    if (count > kMostUnits) throw std::bad_alloc();
+    int capacity = std::min(count, kFirstUnits);
+    text.Allocate(capacity);
+    try {
+        int filled = ReadUnits(*stream_, text.GetBuffer(), capacity);
+        while (filled == capacity && capacity < count) {
+            capacity = capacity > count / 2 ? count : 2 * capacity;
+            Grow(text, filled, capacity);
+            filled += ReadUnits(*stream_, text.GetBuffer() + filled, capacity - filled);
+        }
+        text.GetBuffer()[filled] = 0;
+    } catch (...) {
+        text.GetBuffer()[0] = 0;
+        throw;
+    }
+    return *this;
+}
+
+} // namespace vorlund
