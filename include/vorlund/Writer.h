@@ -14,6 +14,9 @@ namespace vorlund {
 ///
 /// Raises nothing itself; what the stream raises passes on. The stream must not be null, which only debug
 /// builds check. One thread at a time.
+///
+/// A derived class says `using CWriter::operator=;`, so that its own assignment does not hide the virtual
+/// one.
 class VRL_API CWriter : public CClassObject {
 public:
     /// Releases the stream; raises what its destruction raises.
