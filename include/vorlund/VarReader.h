@@ -6,6 +6,7 @@
 #include <vorlund/String.h>
 
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 namespace vorlund {
@@ -19,17 +20,24 @@ public:
 
     /// One call of the stream's `Read` each, straight into the value. Bytes that do not arrive stay as they
     /// were, so at the end of the data the value stays. Any byte but 0 is true.
-    CVarReader& operator>>(bool& value);
-    CVarReader& operator>>(char& value);
-    CVarReader& operator>>(unsigned char& value);
-    CVarReader& operator>>(short& value);
-    CVarReader& operator>>(unsigned short& value);
-    CVarReader& operator>>(int& value);
-    CVarReader& operator>>(unsigned int& value);
-    CVarReader& operator>>(std::int64_t& value);
-    CVarReader& operator>>(std::uint64_t& value);
-    CVarReader& operator>>(float& value);
-    CVarReader& operator>>(double& value);
+    CVarReader& operator>>(bool& value) {
+        // Through its byte: the value may not be set yet, and what arrives need not be 0 or 1.
+        unsigned char byte;
+        std::memcpy(&byte, &value, sizeof(byte));
+        Get(byte);
+        value = byte != 0;
+        return *this;
+    }
+    CVarReader& operator>>(char& value) { return Get(value); }
+    CVarReader& operator>>(unsigned char& value) { return Get(value); }
+    CVarReader& operator>>(short& value) { return Get(value); }
+    CVarReader& operator>>(unsigned short& value) { return Get(value); }
+    CVarReader& operator>>(int& value) { return Get(value); }
+    CVarReader& operator>>(unsigned int& value) { return Get(value); }
+    CVarReader& operator>>(std::int64_t& value) { return Get(value); }
+    CVarReader& operator>>(std::uint64_t& value) { return Get(value); }
+    CVarReader& operator>>(float& value) { return Get(value); }
+    CVarReader& operator>>(double& value) { return Get(value); }
 
     /// Reads the count, then the units: with one call of the stream's `Read` up to 65536 units, and by and by
     /// beyond, so that a wrong count takes no memory for units that never come. The text ends where the
@@ -53,7 +61,11 @@ public:
     }
 
 private:
-    template <class T> CVarReader& Get(T& value);
+    template <class T> CVarReader& Get(T& value) {
+        // Kept on purpose: nobody looks at what `Read` returns.
+        stream_->Read(&value, sizeof(value));
+        return *this;
+    }
 };
 
 } // namespace vorlund

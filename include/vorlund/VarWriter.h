@@ -29,6 +29,10 @@ concept TForeignScalar =
 
 } // namespace serial
 
+// Values are written and read as they stand in memory.
+static_assert(sizeof(bool) == 1 && sizeof(short) == 2 && sizeof(int) == 4 && sizeof(float) == 4 &&
+              sizeof(double) == 8);
+
 /// Writes the bare image of each value: no tag, no name, no padding, low byte first. What is written is read
 /// back by a `CVarReader` that reads the same types in the same order; nothing checks it.
 ///
@@ -52,17 +56,17 @@ public:
     ~CVarWriter() noexcept(false) override;
 
     /// One call of the stream's `Write` each.
-    CVarWriter& operator<<(bool value);
-    CVarWriter& operator<<(char value);
-    CVarWriter& operator<<(unsigned char value);
-    CVarWriter& operator<<(short value);
-    CVarWriter& operator<<(unsigned short value);
-    CVarWriter& operator<<(int value);
-    CVarWriter& operator<<(unsigned int value);
-    CVarWriter& operator<<(std::int64_t value);
-    CVarWriter& operator<<(std::uint64_t value);
-    CVarWriter& operator<<(float value);
-    CVarWriter& operator<<(double value);
+    CVarWriter& operator<<(bool value) { return Put(static_cast<unsigned char>(value ? 1 : 0)); }
+    CVarWriter& operator<<(char value) { return Put(value); }
+    CVarWriter& operator<<(unsigned char value) { return Put(value); }
+    CVarWriter& operator<<(short value) { return Put(value); }
+    CVarWriter& operator<<(unsigned short value) { return Put(value); }
+    CVarWriter& operator<<(int value) { return Put(value); }
+    CVarWriter& operator<<(unsigned int value) { return Put(value); }
+    CVarWriter& operator<<(std::int64_t value) { return Put(value); }
+    CVarWriter& operator<<(std::uint64_t value) { return Put(value); }
+    CVarWriter& operator<<(float value) { return Put(value); }
+    CVarWriter& operator<<(double value) { return Put(value); }
 
     /// Two calls of the stream's `Write`: the count and the units, without the terminator. A null text counts
     /// as empty.
@@ -76,7 +80,10 @@ public:
     template <serial::TForeignScalar T> CVarWriter& operator<<(const T& value) = delete;
 
 private:
-    template <class T> CVarWriter& Put(const T& value);
+    template <class T> CVarWriter& Put(const T& value) {
+        stream_->Write(&value, sizeof(value));
+        return *this;
+    }
 };
 
 } // namespace vorlund

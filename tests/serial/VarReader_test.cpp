@@ -128,20 +128,24 @@ TEST_P(VarReaderText, Reads) {
 }
 
 constexpr std::uint32_t kMostUnits = 0x3FFFFFFE;
-INSTANTIATE_TEST_SUITE_P(Rows, VarReaderText,
-                         testing::Values(TTextRow{"Empty", 0, {}, {}},
-                                         TTextRow{"EmptyWithMoreBehind", 0, {'a', 0}, {}},
-                                         TTextRow{"One", 1, {'a', 0}, VRL_L("a")},
-                                         TTextRow{"OneWithMoreBehind", 1, {'a', 0, 'b', 0}, VRL_L("a")},
-                                         TTextRow{"ZeroUnitEnds", 3, {'a', 0, 0, 0, 'b', 0}, VRL_L("a")},
-                                         TTextRow{"NothingArrives", 5, {}, {}},
-                                         TTextRow{"HalfAUnitArrives", 5, {'a'}, {}},
-                                         TTextRow{"OneAndAHalfArrive", 5, {'a', 0, 'b'}, VRL_L("a")},
-                                         TTextRow{"TwoOfFiveArrive", 5, {'a', 0, 'b', 0}, VRL_L("ab")},
-                                         TTextRow{"OneOfAMillionArrives", 1000000, {'a', 0}, VRL_L("a")},
-                                         TTextRow{"OneOfMostArrives", kMostUnits, {'a', 0}, VRL_L("a")},
-                                         TTextRow{"NothingOfMostArrives", kMostUnits, {}, {}}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Rows, VarReaderText,
+    testing::Values(TTextRow{"Empty", 0, {}, {}}, TTextRow{"EmptyWithMoreBehind", 0, {'a', 0}, {}},
+                    TTextRow{"One", 1, {'a', 0}, VRL_L("a")},
+                    TTextRow{"OneWithMoreBehind", 1, {'a', 0, 'b', 0}, VRL_L("a")},
+                    TTextRow{"ZeroUnitEnds", 3, {'a', 0, 0, 0, 'b', 0}, VRL_L("a")},
+                    TTextRow{"AsLongAsBefore", 6, WideBytes(VRL_L("behind")), VRL_L("behind")},
+                    TTextRow{"AsLongAsBeforeCut", 6, WideBytes(VRL_L("beh")), VRL_L("beh")},
+                    TTextRow{"AsLongAsBeforeGone", 6, {}, {}},
+                    TTextRow{"OneLessThanBefore", 5, WideBytes(VRL_L("later")), VRL_L("later")},
+                    TTextRow{"OneMoreThanBefore", 7, WideBytes(VRL_L("earlier")), VRL_L("earlier")},
+                    TTextRow{"NothingArrives", 5, {}, {}}, TTextRow{"HalfAUnitArrives", 5, {'a'}, {}},
+                    TTextRow{"OneAndAHalfArrive", 5, {'a', 0, 'b'}, VRL_L("a")},
+                    TTextRow{"TwoOfFiveArrive", 5, {'a', 0, 'b', 0}, VRL_L("ab")},
+                    TTextRow{"OneOfAMillionArrives", 1000000, {'a', 0}, VRL_L("a")},
+                    TTextRow{"OneOfMostArrives", kMostUnits, {'a', 0}, VRL_L("a")},
+                    TTextRow{"NothingOfMostArrives", kMostUnits, {}, {}}),
+    [](const auto& row) { return row.param.name; });
 
 // Long texts come in pieces.
 TEST_F(VarReader, LongTexts) {
@@ -277,6 +281,14 @@ TEST_F(VarReader, RaisingInALongText) {
     CVarWriter(target.Get()) << wstring(200000, 'a').c_str();
     const auto stream = Source(target->bytes);
     stream->failAt = 4 + 2 * 65536;
+    CString text("before");
+    EXPECT_EQ(Outcome([&] { CVarReader(stream.Get()) >> text; }), kReadFailed);
+    EXPECT_EQ(text.Length(), 0u);
+}
+
+TEST_F(VarReader, RaisingInATextAsLongAsBefore) {
+    const auto stream = Source({6, 0, 0, 0, 'a', 0});
+    stream->failAt = 4;
     CString text("before");
     EXPECT_EQ(Outcome([&] { CVarReader(stream.Get()) >> text; }), kReadFailed);
     EXPECT_EQ(text.Length(), 0u);

@@ -1,5 +1,7 @@
 #include <vorlund/VarReader.h>
 
+#include "vorlund/api/TextKernels.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
@@ -24,6 +26,10 @@ int ReadUnits(IInputStream& stream, wchar* units, int count) {
     return static_cast<int>(std::min(stream.Read(units, size), size) / sizeof(wchar));
 }
 
+bool HasLength(const CString& text, std::size_t length) {
+    return TextLength(text, length + 1) == length;
+}
+
 /// Makes room for `capacity` units and keeps the first `count`.
 void Grow(CString& text, int count, int capacity) {
     CString larger;
@@ -38,58 +44,13 @@ CVarReader::CVarReader(IInputStream* stream) : CReader(stream) {}
 
 CVarReader::~CVarReader() noexcept(false) = default;
 
-template <class T> CVarReader& CVarReader::Get(T& value) {
-    // Kept on purpose: nobody looks at what `Read` returns.
-    stream_->Read(&value, sizeof(value));
-    return *this;
-}
-
-CVarReader& CVarReader::operator>>(bool& value) {
-    // Through its byte: the value may not be set yet, and what arrives need not be 0 or 1.
-    unsigned char byte;
-    static_assert(sizeof(value) == sizeof(byte));
-    std::memcpy(&byte, &value, sizeof(byte));
-    Get(byte);
-    value = byte != 0;
-    return *this;
-}
-CVarReader& CVarReader::operator>>(char& value) {
-    return Get(value);
-}
-CVarReader& CVarReader::operator>>(unsigned char& value) {
-    return Get(value);
-}
-CVarReader& CVarReader::operator>>(short& value) {
-    return Get(value);
-}
-CVarReader& CVarReader::operator>>(unsigned short& value) {
-    return Get(value);
-}
-CVarReader& CVarReader::operator>>(int& value) {
-    return Get(value);
-}
-CVarReader& CVarReader::operator>>(unsigned int& value) {
-    return Get(value);
-}
-CVarReader& CVarReader::operator>>(std::int64_t& value) {
-    return Get(value);
-}
-CVarReader& CVarReader::operator>>(std::uint64_t& value) {
-    return Get(value);
-}
-CVarReader& CVarReader::operator>>(float& value) {
-    return Get(value);
-}
-CVarReader& CVarReader::operator>>(double& value) {
-    return Get(value);
-}
-
 CVarReader& CVarReader::operator>>(CString& text) {
     std::int32_t count = 0;
     if (stream_->Read(&count, sizeof(count)) < sizeof(count)) return *this;
     if (count > kMostUnits) throw std::bad_alloc();
     int capacity = std::min(count, kFirstUnits);
-    text.Allocate(capacity);
+    // A text that is as long has the room: `Allocate` would only give it an equal buffer.
+    if (capacity < 0 || !HasLength(text, static_cast<std::size_t>(capacity))) text.Allocate(capacity);
     try {
         int filled = ReadUnits(*stream_, text.GetBuffer(), capacity);
         while (filled == capacity && capacity < count) {
