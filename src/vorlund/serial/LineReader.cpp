@@ -86,9 +86,13 @@ bool CLineReader::ReadUnits() {
     return isLine_;
 }
 
-/// Appends what is about to leave the buffer.
+/// Appends what is about to leave the buffer, without half a unit at the end.
 void CLineReader::KeepBytes(int count) {
-    AppendUnits(units_, buffer_, static_cast<std::size_t>(std::min(count, buffered_)), GetCharFormat());
+    const TCharFormat format = GetCharFormat();
+    const std::size_t start = units_.size();
+    const std::size_t added = static_cast<std::size_t>(std::min(count, buffered_)) / UnitSize(format);
+    units_.resize(start + added);
+    CopyUnits(units_.data() + start, buffer_, added, format);
 }
 
 void CLineReader::Discard() {

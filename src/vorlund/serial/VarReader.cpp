@@ -1,13 +1,12 @@
 #include <vorlund/VarReader.h>
 
 #include "vorlund/api/TextKernels.h"
+#include "vorlund/serial/GrowText.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstddef>
-#include <cstring>
 #include <new>
-#include <utility>
 
 namespace vorlund {
 namespace {
@@ -30,14 +29,6 @@ bool HasLength(const CString& text, std::size_t length) {
     return TextLength(text, length + 1) == length;
 }
 
-/// Makes room for `capacity` units and keeps the first `count`.
-void Grow(CString& text, int count, int capacity) {
-    CString larger;
-    larger.Allocate(capacity);
-    std::memcpy(larger.GetBuffer(), text.GetBuffer(), static_cast<std::size_t>(count) * sizeof(wchar));
-    text = std::move(larger);
-}
-
 } // namespace
 
 CVarReader::CVarReader(IInputStream* stream) : CReader(stream) {}
@@ -55,7 +46,7 @@ CVarReader& CVarReader::operator>>(CString& text) {
         int filled = ReadUnits(*stream_, text.GetBuffer(), capacity);
         while (filled == capacity && capacity < count) {
             capacity = capacity > count / 2 ? count : 2 * capacity;
-            Grow(text, filled, capacity);
+            GrowText(text, static_cast<std::size_t>(filled), capacity);
             filled += ReadUnits(*stream_, text.GetBuffer() + filled, capacity - filled);
         }
         text.GetBuffer()[filled] = 0;
