@@ -5,12 +5,16 @@
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
 #include <vorlund/Generators.h>
+#include <vorlund/LineReader.h>
 #include <vorlund/MediaObjects.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/Resource.h>
 #include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
+#include <vorlund/TextWriter.h>
+#include <vorlund/VarReader.h>
+#include <vorlund/VarWriter.h>
 #include <vorlund/WavDecoder.h>
 
 #include <gtest/gtest.h>
@@ -39,6 +43,7 @@ template <class TMember> int SlotOf(TMember member) {
 /// A class with one more operation: its slot is the number of those before it.
 template <class TBase> class CNext : public TBase {
 public:
+    using TBase::operator=;
     virtual void Next() = 0;
 };
 
@@ -73,6 +78,15 @@ using TEnumerate = IObjectEnumerator* (IObjectList::*)();
 using TEnumerateSome = IObjectEnumerator* (IObjectList::*)(CId);
 using TReadSample = void (IInputStream::*)(IMediaSample*);
 using TRead = std::uint64_t (IInputStream::*)(void*, std::uint64_t);
+using TAssign = CWriter& (CWriter::*)(const CWriter&);
+using TReadLine = CString (CTextReader::*)();
+
+/// Opens the protected operations of buffered readers.
+class COpenBufferedReader : public CBufferedReader {
+public:
+    using CBufferedReader::FillBuffer;
+    using CBufferedReader::RemoveBufferedData;
+};
 
 std::vector<TSlotRow> MakeRows() {
     std::vector<TSlotRow> rows;
@@ -249,7 +263,32 @@ std::vector<TSlotRow> MakeRows() {
              {"Show", SlotOf(&IPropertyPage::Show)}},
             SlotCount<IPropertyPage>());
 
-    // Classes whose one virtual operation is the destructor, which takes two slots.
+    // The destructor takes two slots.
+    AddRows(rows, "CWriter", 2,
+            {{"Assign", SlotOf(static_cast<TAssign>(&CWriter::operator=))},
+             {"Seek", SlotOf(&CWriter::Seek)},
+             {"Tell", SlotOf(&CWriter::Tell)}},
+            SlotCount<CWriter>());
+    AddRows(rows, "CVarWriter", 5, {}, SlotCount<CVarWriter>());
+    AddRows(rows, "CTextWriter", 5, {{"Write", SlotOf(&CTextWriter::Write)}}, SlotCount<CTextWriter>());
+    AddRows(
+        rows, "CReader", 2,
+        {{"Eof", SlotOf(&CReader::Eof)}, {"Seek", SlotOf(&CReader::Seek)}, {"Tell", SlotOf(&CReader::Tell)}},
+        SlotCount<CReader>());
+    AddRows(rows, "CVarReader", 5, {}, SlotCount<CVarReader>());
+    AddRows(rows, "CBufferedReader", 2,
+            {{"Eof", SlotOf(&CBufferedReader::Eof)},
+             {"Seek", SlotOf(&CBufferedReader::Seek)},
+             {"Tell", SlotOf(&CBufferedReader::Tell)},
+             {"FillBuffer", SlotOf(&COpenBufferedReader::FillBuffer)},
+             {"RemoveBufferedData", SlotOf(&COpenBufferedReader::RemoveBufferedData)},
+             {"Flush", SlotOf(&CBufferedReader::Flush)}},
+            SlotCount<CBufferedReader>());
+    AddRows(rows, "CTextReader", 8, {{"ReadLine", SlotOf(static_cast<TReadLine>(&CTextReader::ReadLine))}},
+            SlotCount<CTextReader>());
+    AddRows(rows, "CLineReader", 9, {}, SlotCount<CLineReader>());
+
+    // Classes whose one virtual operation is the destructor.
     AddRows(rows, "CClassObject", 2, {}, SlotCount<CClassObject>());
     AddRows(rows, "CBinaryLock", 2, {}, SlotCount<CBinaryLock>());
     AddRows(rows, "CException", 2, {}, SlotCount<CException>());

@@ -25,7 +25,7 @@ util      include/vorlund/ObjectList.h
 data      include/vorlund/(CodecClassStore|DataFormat|MediaSample|Stream|StreamFilter|StreamFilterImpl).h
 data      include/vorlund/(StreamImpl|StreamSelector|File|Path|WavDecoder).h
 data      include/vorlund/(AudioPcmConverters|Blob|CbVideoSource|Generators|Resource|SetFormatIsf).h
-serial    include/vorlund/(LineReader|TextReader|TextWriter|VarReader|VarWriter|Writer|Reader|BufferedReader).h
+serial    include/vorlund/(BufferedReader|CharFormat|LineReader|Reader|TextReader|TextWriter|VarReader|VarWriter|Writer).h
 devices   include/vorlund/(Device|DeviceClassStore|MediaObjects|VideoOutput|VideoWindow).h
 api       include/vorlund/(PluginStore|Vorlund).h
 api       src/vorlund/api/(BuiltinClasses|ClassIndex|ClassStore|LibraryEntry_win32|ObjectServices|PluginStore|Vorlund).(h|cpp)

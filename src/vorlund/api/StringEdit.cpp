@@ -78,8 +78,11 @@ void CString::Replace(const wchar* from, const wchar* to) {
 
 void CString::Remove(wchar unit) {
     if (!unit) Raise<CInvalidParameterException>(kRemoveTerminator);
-    TRewriteResult result = RewriteText(View(buffer_), {&unit, 1}, {nullptr, 0});
-    if (result.outcome == TRewriteOutcome::Changed) AdoptBuffer(buffer_, std::move(result.text));
+    {
+        // Gone before the end, which then has nothing to clean up on its way out.
+        TRewriteResult result = RewriteText(View(buffer_), {&unit, 1}, {nullptr, 0});
+        if (result.outcome == TRewriteOutcome::Changed) AdoptBuffer(buffer_, std::move(result.text));
+    }
     Raise<CObjectNotFoundException>(kUnitGone);
 }
 

@@ -29,6 +29,9 @@ constexpr TFailure kTellNotOpen{VRL_L("vorlund::CFileOutputStream::Tell"), kFile
 constexpr TFailure kWriteNotOpen{kWrite, kFile, 128, kNotOpen};
 constexpr TFailure kWriteFailed{kWrite, kFile, 131, kWriteFailedReason};
 
+/// The runtime's own blocks are of 4 KiB and less, and small writes pay for as many calls of the system.
+constexpr std::size_t kBlockSize = 32 * 1024;
+
 } // namespace
 
 void CFileOutputStream::Close() {
@@ -74,16 +77,18 @@ void CFileOutputStream::Write(const void* buffer, std::uint64_t size) {
     // truth while they are still in the buffer; what has no positions (a pipe) is at its end anyway.
     if (append_ && !writing_) filesystem::SeekToEnd(file_);
     writing_ = true;
-    if (std::fwrite(buffer, 1, static_cast<std::size_t>(size), file_) != size)
-        Raise<CIOException>(kWriteFailed);
+    if (!filesystem::Write(file_, buffer, static_cast<std::size_t>(size))) Raise<CIOException>(kWriteFailed);
 }
 
 void CFileOutputStream::Open(const wchar* path, bool append) {
     Close();
-    // First, so that a text that cannot be copied leaves no file open.
+    // First, so that what cannot be allocated leaves no file open.
     CString name(path);
+    // Not zeroed, and kept until the next opening: the runtime writes it out when the program ends.
+    if (!block_) block_.reset(new char[kBlockSize]);
     file_ = filesystem::OpenOutput(path, append);
     if (!file_) Raise<CFileAccessException>(kCannotOpen, PathReason(kCannotOpen.reason, path));
+    std::setvbuf(file_, block_.get(), _IOFBF, kBlockSize);
     name_ = std::move(name);
     append_ = append;
     writing_ = false;

@@ -6,6 +6,7 @@
 #include <vorlund/StreamImpl.h>
 
 #include <cstdio>
+#include <memory>
 
 namespace vorlund {
 
@@ -32,6 +33,8 @@ protected:
 private:
     void CloseFile();
 
+    /// The buffer of the file, which outlives it.
+    std::unique_ptr<char[]> block_;
     std::FILE* file_ = nullptr;
     /// The path given to `Open`; empty when closed.
     CString name_;

@@ -9,6 +9,7 @@
 
 #include <vorlund/Platform.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -59,6 +60,10 @@ void CloseInput(int descriptor);
 /// Opens or creates a file for writing: emptied, or, with `append`, with every write going to its end and the
 /// position at 0 until the first one. Returns null when it cannot. Does not wait for another process.
 std::FILE* OpenOutput(const wchar* path, bool append);
+
+/// Writes `size` bytes through the file's buffer, without a lock of the file: one thread at a time uses it.
+/// False when the system takes less.
+bool Write(std::FILE* file, const void* buffer, std::size_t size);
 
 /// Sets the position, counted from the start or from the end of the file; writes out the buffer first. False
 /// on failure.

@@ -161,6 +161,10 @@ std::FILE* OpenOutput(const wchar* path, bool append) {
     return file;
 }
 
+bool Write(std::FILE* file, const void* buffer, std::size_t size) {
+    return fwrite_unlocked(buffer, 1, size, file) == size;
+}
+
 bool SeekFromStart(std::FILE* file, std::int64_t position) {
     return fseeko(file, position, SEEK_SET) == 0;
 }

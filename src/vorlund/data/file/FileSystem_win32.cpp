@@ -119,6 +119,10 @@ std::FILE* OpenOutput(const wchar* path, bool append) {
     return file;
 }
 
+bool Write(std::FILE* file, const void* buffer, std::size_t size) {
+    return std::fwrite(buffer, 1, size, file) == size;
+}
+
 bool SeekFromStart(std::FILE* file, std::int64_t position) {
     return _fseeki64(file, position, SEEK_SET) == 0;
 }

@@ -1,0 +1,118 @@
+/// \file
+/// Text readers over arbitrary bytes, against a model that splits the whole text: the lines, the positions, a
+/// stream that raises, and the lines written and read again.
+#include "WavFuzz.h"
+#include "support/Streams.h"
+
+#include <vorlund/LineReader.h>
+#include <vorlund/TextWriter.h>
+
+using namespace vorlund;
+using namespace vorlund::fuzz;
+
+namespace {
+
+struct TLine {
+    wstring text;
+    /// Where the next line begins.
+    std::size_t end = 0;
+};
+
+std::vector<TLine> Split(const std::uint8_t* data, std::size_t size, bool isWide) {
+    const std::size_t unitSize = isWide ? 2 : 1;
+    std::vector<TLine> lines;
+    TLine line;
+    bool isBegun = false;
+    for (std::size_t at = 0; at + unitSize <= size; at += unitSize) {
+        const auto unit = static_cast<wchar>(isWide ? data[at] | data[at + 1] << 8 : data[at]);
+        line.end = at + unitSize;
+        isBegun = unit != 10;
+        if (unit == 10) {
+            lines.push_back(line);
+            line.text.clear();
+        } else if (unit != 13) {
+            line.text += unit;
+        }
+    }
+    // The half unit at the end goes with the last line.
+    line.end = size;
+    if (isBegun) lines.push_back(line);
+    return lines;
+}
+
+/// Consumes a line by the base's operation, which always raises.
+void Consume(CTextReader& reader) {
+    try {
+        reader.ReadLine();
+    } catch (const CObjectNotFoundException& exception) {
+        Check(exception.GetLine() == 141);
+        return;
+    }
+    Check(false);
+}
+
+/// Without zero units and "%" a line survives the way through the writer.
+void CheckRoundTrip(const wstring& text, TCharFormat format, TLineBreakFormat lineBreak) {
+    const auto target = test::Make<test::CMemoryOutputStream>();
+    CTextWriter writer(target.Get(), format, lineBreak);
+    writer.Write(VRL_L("%s\n"), text.c_str());
+    // Cut by the writer, with or without its line feed.
+    wstring expected = text.c_str();
+    expected.resize(std::min<std::size_t>(expected.size(), lineBreak == LINE_BREAK_CRLF ? 1020 : 1023));
+    const auto source = CFuzzStream::Create(target->bytes.data(), target->bytes.size());
+    CLineReader reader(source.Get(), format);
+    wstring line;
+    Check(reader.ReadLine(line) && line == expected && !reader.ReadLine(line));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    OpenLibrary();
+    CDice dice(data, size);
+    const bool isWide = dice.Roll(2) == 1;
+    const TCharFormat format = isWide ? CHAR_FORMAT_UTF16 : CHAR_FORMAT_8BIT;
+    const auto stream = CFuzzStream::Create(data, size);
+    if (dice.Roll(2) == 0) stream->mostPerRead = 1 + dice.Roll(40);
+    if (dice.Roll(3) == 0) stream->failsAt = static_cast<std::int64_t>(dice.Roll(size + 1));
+
+    const std::vector<TLine> lines = Split(data, size, isWide);
+    {
+        CLineReader reader(stream.Get(), format);
+        std::size_t next = 0;
+        for (;;) {
+            wstring line;
+            try {
+                if (!reader.ReadLine(line)) break;
+            } catch (const CIOException&) {
+                // It goes on where it was.
+                stream->failsAt = std::numeric_limits<std::int64_t>::max();
+                continue;
+            }
+            Check(next < lines.size() && line == lines[next].text);
+            Check(next + 1 == lines.size() || reader.Tell() == lines[next].end);
+            ++next;
+        }
+        Check(next == lines.size() && reader.Eof() && reader.Tell() == size);
+        Check(stream->GetReferences() == 2);
+    }
+    Check(stream->GetReferences() == 1);
+
+    // The base consumes the same lines when the stream delivers whole units.
+    if (isWide && stream->mostPerRead % 2 != 0 && stream->mostPerRead < 100) ++stream->mostPerRead;
+    stream->Seek(0);
+    CTextReader reader(stream.Get(), format);
+    for (std::size_t next = 0; next < lines.size(); ++next) {
+        Check(!reader.Eof());
+        Consume(reader);
+        Check(next + 1 == lines.size() || reader.Tell() == lines[next].end);
+    }
+    Consume(reader);
+    Check(reader.Eof());
+
+    if (!lines.empty()) {
+        const wstring& text = lines[dice.Roll(lines.size())].text;
+        CheckRoundTrip(text, format, dice.Roll(2) == 0 ? LINE_BREAK_LF : LINE_BREAK_CRLF);
+    }
+    return 0;
+}

@@ -1,0 +1,39 @@
+// Bytes of text as UTF-16 units.
+#pragma once
+
+#include <vorlund/CharFormat.h>
+#include <vorlund/Platform.h>
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace vorlund {
+
+static_assert(std::endian::native == std::endian::little);
+
+/// Bytes of a unit in a stream.
+constexpr std::size_t UnitSize(TCharFormat format) {
+    return format == CHAR_FORMAT_8BIT ? 1 : sizeof(wchar);
+}
+
+/// Turns `count` units of a stream into UTF-16.
+inline void CopyUnits(wchar* units, const std::uint8_t* bytes, std::size_t count, TCharFormat format) {
+    if (format != CHAR_FORMAT_8BIT) {
+        std::memcpy(units, bytes, count * sizeof(wchar));
+        return;
+    }
+    std::size_t i = 0;
+    // Four at a time, spread over a word by halves.
+    for (; i + 4 <= count; i += 4) {
+        std::uint32_t four;
+        std::memcpy(&four, bytes + i, sizeof(four));
+        std::uint64_t spread = (four | std::uint64_t{four} << 16) & 0x0000FFFF0000FFFFu;
+        spread = (spread | spread << 8) & 0x00FF00FF00FF00FFu;
+        std::memcpy(units + i, &spread, sizeof(spread));
+    }
+    for (; i < count; ++i) units[i] = bytes[i];
+}
+
+} // namespace vorlund

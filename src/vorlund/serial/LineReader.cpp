@@ -1,0 +1,103 @@
+#include <vorlund/LineReader.h>
+
+#include "vorlund/serial/CharUnits.h"
+
+#include <vorlund/Exception.h>
+
+#include <algorithm>
+#include <cstddef>
+
+// `CTextReader::ReadLine` takes a line out of the buffer by any number of `Flush`, for pieces without a line
+// feed, and one `RemoveBufferedData`, for the piece with it; or, at the end of the data, by a `FillBuffer`
+// that leaves nothing buffered. Behind the latter two the line is complete and only the closing exception can
+// come. One that comes before is the stream's.
+
+namespace vorlund {
+
+CLineReader::CLineReader(IInputStream* stream, TCharFormat charFormat) : CTextReader(stream, charFormat) {}
+
+CLineReader::~CLineReader() noexcept(false) = default;
+
+bool CLineReader::ReadLine(wstring& line) {
+    const bool isLine = ReadUnits();
+    line.swap(units_);
+    Discard();
+    return isLine;
+}
+
+bool CLineReader::ReadLine(CString& line) {
+    const bool isLine = ReadUnits();
+    line = units_.c_str();
+    Discard();
+    return isLine;
+}
+
+void CLineReader::Flush() {
+    if (state_ == TState::Reading)
+        KeepBytes(buffered_);
+    else
+        Discard();
+    CTextReader::Flush();
+}
+
+void CLineReader::FillBuffer() {
+    CTextReader::FillBuffer();
+    if (UnitSize(GetCharFormat()) == 2) {
+        // Half a unit would be lost, and all units behind it put together wrongly.
+        for (std::int32_t former = 0; buffered_ % 2 != 0 && buffered_ != former;) {
+            former = buffered_;
+            CTextReader::FillBuffer();
+        }
+    }
+    if (state_ == TState::Reading && buffered_ == 0) {
+        isLine_ = !units_.empty();
+        state_ = TState::Complete;
+    }
+}
+
+void CLineReader::RemoveBufferedData(int count) {
+    if (state_ == TState::Reading) {
+        KeepBytes(count);
+        units_.pop_back();
+        isLine_ = true;
+        state_ = TState::Complete;
+    }
+    CTextReader::RemoveBufferedData(count);
+}
+
+/// Completes the line in `units_`; false when there is none. What raises leaves what was read for the next
+/// call.
+bool CLineReader::ReadUnits() {
+    if (state_ == TState::Idle) {
+        state_ = TState::Reading;
+        try {
+            CTextReader::ReadLine();
+        } catch (const CObjectNotFoundException&) {
+            if (state_ != TState::Complete) {
+                state_ = TState::Idle;
+                throw;
+            }
+        } catch (...) {
+            if (state_ != TState::Complete) state_ = TState::Idle;
+            throw;
+        }
+    }
+    std::erase(units_, wchar{13});
+    return isLine_;
+}
+
+/// Appends what is about to leave the buffer, without half a unit at the end.
+void CLineReader::KeepBytes(int count) {
+    const TCharFormat format = GetCharFormat();
+    const std::size_t start = units_.size();
+    const std::size_t added = static_cast<std::size_t>(std::min(count, buffered_)) / UnitSize(format);
+    units_.resize(start + added);
+    CopyUnits(units_.data() + start, buffer_, added, format);
+}
+
+void CLineReader::Discard() {
+    units_.clear();
+    state_ = TState::Idle;
+}
+
+} // namespace vorlund

@@ -1,0 +1,82 @@
+#include <vorlund/TextReader.h>
+
+#include "vorlund/api/TextKernels.h"
+#include "vorlund/serial/CharUnits.h"
+#include "vorlund/serial/GrowText.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <new>
+
+namespace vorlund {
+namespace {
+
+constexpr int kBufferSize = 1024;
+
+/// The place of `unit`, a value below 128, among `count` units of `format`; `count` when there is none.
+std::size_t Find(const std::uint8_t* bytes, std::size_t count, char unit, TCharFormat format) {
+    if (format == CHAR_FORMAT_8BIT) {
+        const void* const place = std::memchr(bytes, unit, count);
+        return place ? static_cast<std::size_t>(static_cast<const std::uint8_t*>(place) - bytes) : count;
+    }
+    // Every piece starts at the start of the buffer, which is aligned for anything.
+    const auto* const units = static_cast<const wchar*>(static_cast<const void*>(bytes));
+    return std::min(FindFirstUnit(units, count, static_cast<wchar>(unit)), count);
+}
+
+/// A line that grows by pieces.
+class CLineText {
+public:
+    void Append(const std::uint8_t* bytes, std::size_t count, TCharFormat format) {
+        if (count > capacity_ - length_) Grow(count);
+        CopyUnits(text_.GetBuffer() + length_, bytes, count, format);
+        length_ += count;
+        text_.GetBuffer()[length_] = 0;
+    }
+    CString& Get() { return text_; }
+
+private:
+    void Grow(std::size_t count) {
+        constexpr std::size_t kMost = std::numeric_limits<int>::max();
+        if (count > kMost - length_) throw std::bad_alloc();
+        const std::size_t capacity = std::min(std::max(2 * capacity_, length_ + count), kMost);
+        GrowText(text_, length_, static_cast<int>(capacity));
+        capacity_ = capacity;
+    }
+
+    CString text_;
+    std::size_t length_ = 0;
+    std::size_t capacity_ = 0;
+};
+
+} // namespace
+
+CTextReader::CTextReader(IInputStream* stream, TCharFormat charFormat)
+    : CBufferedReader(stream, kBufferSize), charFormat_(charFormat) {}
+
+CTextReader::~CTextReader() noexcept(false) = default;
+
+CString CTextReader::ReadLine() {
+    const std::size_t unitSize = UnitSize(charFormat_);
+    CLineText line;
+    for (;;) {
+        FillBuffer();
+        if (buffered_ == 0) break;
+        const std::size_t count = static_cast<std::size_t>(buffered_) / unitSize;
+        const std::size_t lineFeed = Find(buffer_, count, 10, charFormat_);
+        // Kept on purpose: a zero unit ends the piece, and an odd byte goes with it.
+        line.Append(buffer_, Find(buffer_, lineFeed, 0, charFormat_), charFormat_);
+        if (lineFeed < count) {
+            RemoveBufferedData(static_cast<int>((lineFeed + 1) * unitSize));
+            break;
+        }
+        Flush();
+    }
+    // Kept on purpose: this never returns. The search for one more carriage return finds none and raises.
+    line.Get().Remove(wchar{13});
+    return line.Get();
+}
+
+} // namespace vorlund

@@ -1,0 +1,120 @@
+// What readers and writers hold when memory runs out, and how much they ask for.
+#include "serial/SerialTest.h"
+#include "support/Allocations.h"
+
+#include <vorlund/LineReader.h>
+#include <vorlund/TextWriter.h>
+#include <vorlund/VarReader.h>
+#include <vorlund/VarWriter.h>
+
+#include <new>
+
+namespace vorlund::test {
+namespace {
+
+class SerialMemory : public CSerialTest {
+protected:
+    ~SerialMemory() noexcept override {}
+    CRefPtr<CFaultyInputStream> QuietSource(TBytes bytes) {
+        auto stream = Source(std::move(bytes));
+        stream->log = nullptr;
+        return stream;
+    }
+};
+
+TEST_F(SerialMemory, WritingNeedsNone) {
+    const auto stream = Make<CMemoryOutputStream>();
+    stream->bytes.reserve(1000);
+    CVarWriter values(stream.Get());
+    CTextWriter text(stream.Get(), CHAR_FORMAT_8BIT, LINE_BREAK_CRLF);
+    const CString string("text");
+    const CAllocationCount count;
+    values << 1 << 2.0 << true << string << VRL_L("text");
+    text.Write(VRL_L("%s %d %f\n"), VRL_L("text"), 1, 2.0);
+    EXPECT_EQ(count.Get(), 0u);
+}
+
+TEST_F(SerialMemory, AWrongCountTakesNoMemoryForWhatNeverComes) {
+    const auto stream = QuietSource({0xFE, 0xFF, 0xFF, 0x3F, 'a', 0});
+    CString text;
+    const CMemoryWatch watch;
+    CVarReader(stream.Get()) >> text;
+    EXPECT_EQ(Narrow(text), "a");
+    EXPECT_LT(watch.GetPeakBytes(), 200000u);
+}
+
+TEST_F(SerialMemory, ARefusedTextIsAsItWasOrEmpty) {
+    const auto target = Make<CMemoryOutputStream>();
+    CVarWriter(target.Get()) << wstring(150000, 'a').c_str();
+    for (std::size_t successes = 0;; ++successes) {
+        SCOPED_TRACE(successes);
+        const auto stream = QuietSource(target->bytes);
+        CVarReader reader(stream.Get());
+        CString text("before");
+        const CAllocationFailure failure(successes);
+        try {
+            reader >> text;
+        } catch (const std::bad_alloc&) {
+        }
+        if (!failure.HasFailed()) {
+            EXPECT_EQ(text.Length(), 150000u);
+            EXPECT_GT(successes, 2u);
+            break;
+        }
+        EXPECT_EQ(Narrow(text), successes == 0 ? "before" : "");
+    }
+}
+
+TEST_F(SerialMemory, ARefusedLineIsReadByTheNextCall) {
+    const std::string first(3000, 'x');
+    const std::string second(2000, 'y');
+    for (std::size_t successes = 0;; ++successes) {
+        SCOPED_TRACE(successes);
+        const auto stream = QuietSource(Bytes(first + "\r\n" + second));
+        CLineReader reader(stream.Get(), CHAR_FORMAT_8BIT);
+        CString line("before");
+        bool hasFailed = false;
+        {
+            const CAllocationFailure failure(successes);
+            try {
+                ASSERT_TRUE(reader.ReadLine(line));
+            } catch (const std::bad_alloc&) {
+                EXPECT_EQ(Narrow(line), "before");
+            }
+            hasFailed = failure.HasFailed();
+        }
+        if (Narrow(line) == "before") {
+            ASSERT_TRUE(reader.ReadLine(line));
+        }
+        EXPECT_EQ(Narrow(line), first);
+        ASSERT_TRUE(reader.ReadLine(line));
+        EXPECT_EQ(Narrow(line), second);
+        if (!hasFailed) break;
+    }
+}
+
+// Pieces of a long line are not copied again and again.
+TEST_F(SerialMemory, LongLinesGrowByDoubling) {
+    const auto stream = QuietSource(TBytes(1 << 20, 'x'));
+    CLineReader reader(stream.Get(), CHAR_FORMAT_8BIT);
+    wstring line;
+    const CAllocationCount count;
+    ASSERT_TRUE(reader.ReadLine(line));
+    EXPECT_EQ(line.size(), std::size_t{1} << 20);
+    EXPECT_LT(count.Get(), 60u);
+}
+
+TEST_F(SerialMemory, NothingIsLeftBehind) {
+    const auto source = QuietSource(Bytes("one\ntwo\r\n"));
+    const CMemoryWatch watch;
+    {
+        CLineReader reader(source.Get(), CHAR_FORMAT_8BIT);
+        CString line;
+        while (reader.ReadLine(line)) {
+        }
+    }
+    EXPECT_EQ(watch.GetLiveBlocks(), 0);
+}
+
+} // namespace
+} // namespace vorlund::test
