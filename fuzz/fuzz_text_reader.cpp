@@ -111,7 +111,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Check(reader.Eof());
 
     if (!lines.empty()) {
-        const wstring& text = lines[dice.Roll(lines.size())].text;
+        const wstring& text = lines[static_cast<std::size_t>(dice.Roll(lines.size()))].text;
         CheckRoundTrip(text, format, dice.Roll(2) == 0 ? LINE_BREAK_LF : LINE_BREAK_CRLF);
     }
     return 0;
