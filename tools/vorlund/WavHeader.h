@@ -6,8 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-/// The header of a file of `dataSize` bytes of PCM, integer or IEEE float, after "Multimedia Programming
-/// Interface and Data Specifications 1.0" and "New Multimedia Data Types and Data Techniques": what is not
-/// integer PCM has an extended "fmt " chunk and a "fact" chunk with its number of frames. Sizes that the
-/// format cannot state are its largest ones.
+/// The header of a file of `dataSize` bytes of PCM, integer or IEEE float (RFC 2361; Library of Congress,
+/// fdd000001). What is not integer PCM has an extended "fmt " chunk and a "fact" chunk with its number of
+/// frames. Sizes that the format cannot state are its largest ones.
 std::vector<std::uint8_t> MakeWavHeader(const vorlund::TDataFormat_AudioPcm& format, std::uint64_t dataSize);
