@@ -93,7 +93,7 @@ private:
         if (!frame_ || size != frameSize_) {
             DropFrame();
             // Zeros: a painter may leave pixels out, or raise.
-            frame_ = std::make_unique<std::uint32_t[]>(size / kPixelSize);
+            frame_ = std::make_unique<std::uint32_t[]>(static_cast<std::size_t>(size / kPixelSize));
             frameSize_ = size;
         }
         offset_ = 0;
