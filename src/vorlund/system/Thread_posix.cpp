@@ -1,4 +1,4 @@
-#include "vorlund/system/Thread.h"
+#include "vorlund/system/ThreadPosix.h"
 
 #include <unistd.h>
 
@@ -39,10 +39,20 @@ struct TMutex {
 };
 
 struct TCondition {
+    TCondition() {
+        pthread_condattr_t attributes;
+        pthread_condattr_init(&attributes);
+        pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+        pthread_cond_init(&condition, &attributes);
+        pthread_condattr_destroy(&attributes);
+    }
     ~TCondition() { pthread_cond_destroy(&condition); }
     void Wait(TMutex& held) { pthread_cond_wait(&condition, &held.mutex); }
+    bool WaitUntil(TMutex& held, const std::timespec& deadline) {
+        return pthread_cond_timedwait(&condition, &held.mutex, &deadline) == 0;
+    }
     void Notify() { pthread_cond_signal(&condition); }
-    pthread_cond_t condition = PTHREAD_COND_INITIALIZER;
+    pthread_cond_t condition;
 };
 
 constinit CParkingLot<TMutex, TCondition> parkingLot;
@@ -57,11 +67,23 @@ unsigned int CurrentThreadId() noexcept {
     return notedThreadId;
 }
 
+std::timespec MonotonicNow() noexcept {
+    std::timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now;
+}
+
 #if defined(__linux__)
 
 void ParkWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) noexcept {
     static_assert(sizeof word == sizeof value && std::atomic<std::uint32_t>::is_always_lock_free);
     syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, value, nullptr, nullptr, 0);
+}
+
+void ParkWhileUntil(const std::atomic<std::uint32_t>& word, std::uint32_t value,
+                    const std::timespec& deadline) noexcept {
+    // Unlike the plain wait, the one with a mask takes a point in time.
+    syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, value, &deadline, nullptr, FUTEX_BITSET_MATCH_ANY);
 }
 
 void UnparkOne(const void* address) noexcept {
@@ -72,6 +94,11 @@ void UnparkOne(const void* address) noexcept {
 
 void ParkWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) noexcept {
     parkingLot.ParkWhile(word, value);
+}
+
+void ParkWhileUntil(const std::atomic<std::uint32_t>& word, std::uint32_t value,
+                    const std::timespec& deadline) noexcept {
+    parkingLot.ParkWhileUntil(word, value, deadline);
 }
 
 void UnparkOne(const void* address) noexcept {
