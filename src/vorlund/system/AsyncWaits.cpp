@@ -78,8 +78,9 @@ unsigned int CAsyncWaits::Start(const TAsyncRequest& request) {
         return number;
     }
     wait->number = number;
-    wait->thread = waiting::StartInterruptible(&Run, wait);
+    // First: the thread may stop its own wait, and looks without the lock whether there is one.
     Append(*wait);
+    wait->thread = waiting::StartInterruptible(&Run, wait);
     return number;
 }
 
@@ -119,8 +120,8 @@ void CAsyncWaits::Stop(const CEvent* event) {
 }
 
 template <class TPredicate> bool CAsyncWaits::StopFirst(TPredicate isMeant) {
-    // Every event asks this when it goes, and nearly always there is nothing. A wait that the caller knows of
-    // cannot be missed.
+    // Every event asks this when it goes, and nearly always there is nothing. A wait that the caller can know
+    // of is seen without the lock.
     if (!first_.load(std::memory_order_relaxed)) return false;
     lock_.Lock();
     TWait* wait = first_.load(std::memory_order_relaxed);

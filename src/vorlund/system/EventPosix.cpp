@@ -12,11 +12,12 @@
 // A waiter lies on its thread's stack. From the moment its word says that it is released, it may be gone.
 // The event may be gone as soon as setting it has released somebody, or has shown a state that somebody reads
 // without sleeping; nothing touches it after that.
-#include "vorlund/system/InterruptPosix.h"
 #include "vorlund/system/PlainLock.h"
 #include "vorlund/system/ThreadPosix.h"
+#include "vorlund/system/WaitsPosix.h"
 
 #include <algorithm>
+#include <limits>
 #include <new>
 
 namespace vorlund::waiting {
@@ -28,6 +29,9 @@ constexpr std::uint32_t kOneSetting = 4;
 
 /// As a waiter's result: none yet.
 constexpr std::uint32_t kPending = 0xFFFFFFFE;
+
+/// As a deadline.
+constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 
 /// Guards who waits for what, and the states of watched events.
 constinit CPlainLock lock;
@@ -159,21 +163,10 @@ std::uint32_t ResetWord(TEvent& event, bool isWatchedToo) {
         if (link->waiter->isForAll) ++link->waiter->missing;
 }
 
-/// The point in time at which a wait of that length ends.
-std::timespec DeadlineAfter(std::uint32_t milliseconds) {
-    std::timespec time = MonotonicNow();
-    time.tv_sec += static_cast<std::time_t>(milliseconds / 1000);
-    time.tv_nsec += static_cast<long>(milliseconds % 1000) * 1000000;
-    if (time.tv_nsec >= 1000000000) {
-        time.tv_nsec -= 1000000000;
-        ++time.tv_sec;
-    }
-    return time;
-}
-
-bool HasCome(const std::timespec& deadline) {
-    const std::timespec now = MonotonicNow();
-    return now.tv_sec != deadline.tv_sec ? now.tv_sec > deadline.tv_sec : now.tv_nsec >= deadline.tv_nsec;
+/// The end of a wait of that length. 0 has always come.
+std::int64_t DeadlineAfter(std::uint32_t milliseconds) {
+    if (milliseconds == kForever) return kNever;
+    return milliseconds == 0 ? 0 : MonotonicNanoseconds() + std::int64_t{milliseconds} * 1000000;
 }
 
 /// Links the waiter to the events, and notes a result if there is one at once.
@@ -195,20 +188,18 @@ void LinkAll(TWaiter& waiter, std::uint32_t count, const TEventHandle* events) {
 }
 
 /// Sleeps until the waiter is released or the time has come, and returns the result.
-std::uint32_t Sleep(TWaiter& waiter, std::uint32_t milliseconds) {
-    if (milliseconds != kForever) {
-        const std::timespec deadline = DeadlineAfter(milliseconds);
-        while (!waiter.released.load(std::memory_order_acquire)) {
-            if (HasCome(deadline)) {
-                const CPlainLockGuard guard(lock);
-                if (waiter.result == kPending) {
-                    UnlinkAll(waiter);
-                    return kTimeout;
-                }
-                break;
-            }
+std::uint32_t Sleep(TWaiter& waiter, std::int64_t deadline) {
+    while (deadline != kNever && !waiter.released.load(std::memory_order_acquire)) {
+        if (MonotonicNanoseconds() < deadline) {
             ParkWhileUntil(waiter.released, 0, deadline);
+            continue;
         }
+        const CPlainLockGuard guard(lock);
+        if (waiter.result == kPending) {
+            UnlinkAll(waiter);
+            return kTimeout;
+        }
+        deadline = kNever;
     }
     while (!waiter.released.load(std::memory_order_acquire)) ParkWhile(waiter.released, 0);
     return waiter.result;
@@ -216,17 +207,17 @@ std::uint32_t Sleep(TWaiter& waiter, std::uint32_t milliseconds) {
 
 /// Waits in the lists of the events.
 [[gnu::noinline]] std::uint32_t WaitInLists(TWaiter& waiter, std::uint32_t count, const TEventHandle* events,
-                                            std::uint32_t milliseconds) {
+                                            std::int64_t deadline) {
     lock.Lock();
     LinkAll(waiter, count, events);
-    if (waiter.result == kPending && milliseconds == 0) waiter.result = kTimeout;
+    if (waiter.result == kPending && deadline == 0) waiter.result = kTimeout;
     if (waiter.result != kPending) {
         UnlinkAll(waiter);
         lock.Unlock();
         return waiter.result;
     }
     lock.Unlock();
-    return Sleep(waiter, milliseconds);
+    return Sleep(waiter, deadline);
 }
 
 /// A wait for several that is already satisfied: the result, or `kPending` when that is not certain.
@@ -288,8 +279,12 @@ std::uint32_t Wait(TEventHandle event, std::uint32_t milliseconds) noexcept {
     if (!event) return kFailed;
     if (event->word.load(std::memory_order_acquire) & kSet) return 0;
     if (milliseconds == 0) return kTimeout;
+    return WaitUntil(event, DeadlineAfter(milliseconds));
+}
+
+std::uint32_t WaitUntil(TEventHandle event, std::int64_t deadline) noexcept {
     TWaiter waiter;
-    return WaitInLists(waiter, 1, &event, milliseconds);
+    return WaitInLists(waiter, 1, &event, deadline);
 }
 
 std::uint32_t WaitForSeveral(std::uint32_t count, const TEventHandle* events, bool isForAll,
@@ -299,7 +294,7 @@ std::uint32_t WaitForSeveral(std::uint32_t count, const TEventHandle* events, bo
     if (result != kPending) return result;
     TWaiter waiter;
     waiter.isForAll = isForAll;
-    return WaitInLists(waiter, count, events, milliseconds);
+    return WaitInLists(waiter, count, events, DeadlineAfter(milliseconds));
 }
 
 void Raise(TInterrupt& interrupt) noexcept {
@@ -327,9 +322,13 @@ std::uint32_t WaitUnlessRaised(TInterrupt& interrupt, std::uint32_t count, const
         if (count > 0) LinkAll(waiter, count, events);
         interrupt.waiter = &waiter;
     }
-    if (waiter.result != kPending) UnlinkAll(waiter);
+    if (waiter.result != kPending) {
+        UnlinkAll(waiter);
+        lock.Unlock();
+        return waiter.result;
+    }
     lock.Unlock();
-    return waiter.result != kPending ? waiter.result : Sleep(waiter, kForever);
+    return Sleep(waiter, kNever);
 }
 
 } // namespace vorlund::waiting

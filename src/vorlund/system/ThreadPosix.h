@@ -3,15 +3,13 @@
 
 #include "vorlund/system/Thread.h"
 
-#include <ctime>
-
 namespace vorlund {
 
-/// Like `ParkWhile`, but no longer than until `deadline` on CLOCK_MONOTONIC.
-void ParkWhileUntil(const std::atomic<std::uint32_t>& word, std::uint32_t value,
-                    const std::timespec& deadline) noexcept;
+/// The present time on a clock that nobody sets.
+std::int64_t MonotonicNanoseconds() noexcept;
 
-/// The present time on CLOCK_MONOTONIC.
-std::timespec MonotonicNow() noexcept;
+/// Like `ParkWhile`, but no longer than until that clock shows `deadline`.
+void ParkWhileUntil(const std::atomic<std::uint32_t>& word, std::uint32_t value,
+                    std::int64_t deadline) noexcept;
 
 } // namespace vorlund

@@ -1,5 +1,6 @@
 #include "vorlund/system/ThreadPosix.h"
 
+#include <ctime>
 #include <unistd.h>
 
 #if defined(__linux__)
@@ -31,6 +32,15 @@ unsigned int NewThreadId() noexcept {
 #endif
 }
 
+constexpr std::int64_t kSecond = 1000000000;
+
+std::timespec TimeOf(std::int64_t nanoseconds) noexcept {
+    std::timespec time{};
+    time.tv_sec = static_cast<std::time_t>(nanoseconds / kSecond);
+    time.tv_nsec = static_cast<long>(nanoseconds % kSecond);
+    return time;
+}
+
 #if !defined(__linux__)
 struct TMutex {
     void Lock() { pthread_mutex_lock(&mutex); }
@@ -48,8 +58,9 @@ struct TCondition {
     }
     ~TCondition() { pthread_cond_destroy(&condition); }
     void Wait(TMutex& held) { pthread_cond_wait(&condition, &held.mutex); }
-    bool WaitUntil(TMutex& held, const std::timespec& deadline) {
-        return pthread_cond_timedwait(&condition, &held.mutex, &deadline) == 0;
+    bool WaitUntil(TMutex& held, std::int64_t deadline) {
+        const std::timespec time = TimeOf(deadline);
+        return pthread_cond_timedwait(&condition, &held.mutex, &time) == 0;
     }
     void Notify() { pthread_cond_signal(&condition); }
     pthread_cond_t condition;
@@ -67,10 +78,10 @@ unsigned int CurrentThreadId() noexcept {
     return notedThreadId;
 }
 
-std::timespec MonotonicNow() noexcept {
+std::int64_t MonotonicNanoseconds() noexcept {
     std::timespec now;
     clock_gettime(CLOCK_MONOTONIC, &now);
-    return now;
+    return std::int64_t{now.tv_sec} * kSecond + now.tv_nsec;
 }
 
 #if defined(__linux__)
@@ -81,9 +92,10 @@ void ParkWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) noex
 }
 
 void ParkWhileUntil(const std::atomic<std::uint32_t>& word, std::uint32_t value,
-                    const std::timespec& deadline) noexcept {
+                    std::int64_t deadline) noexcept {
+    const std::timespec time = TimeOf(deadline);
     // Unlike the plain wait, the one with a mask takes a point in time.
-    syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, value, &deadline, nullptr, FUTEX_BITSET_MATCH_ANY);
+    syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, value, &time, nullptr, FUTEX_BITSET_MATCH_ANY);
 }
 
 void UnparkOne(const void* address) noexcept {
@@ -97,7 +109,7 @@ void ParkWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) noex
 }
 
 void ParkWhileUntil(const std::atomic<std::uint32_t>& word, std::uint32_t value,
-                    const std::timespec& deadline) noexcept {
+                    std::int64_t deadline) noexcept {
     parkingLot.ParkWhileUntil(word, value, deadline);
 }
 

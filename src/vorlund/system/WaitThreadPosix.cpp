@@ -2,9 +2,9 @@
 // thing it does, the one that ended before it, which is as good as gone. So at most one is left over, and at
 // its end the library can wait until the last instruction of the last one has run; being told would not do,
 // because the code may be gone before the teller has left it.
-#include "vorlund/system/InterruptPosix.h"
 #include "vorlund/system/PlainLock.h"
 #include "vorlund/system/WaitThread.h"
+#include "vorlund/system/WaitsPosix.h"
 
 #include <new>
 #include <pthread.h>
@@ -121,8 +121,7 @@ void LeaveCallback() noexcept {
 
 void AwaitInterrupted() noexcept {
     isEnding = true;
-    while (const std::uint32_t inside = threadsInside)
-        ParkWhile(threadsInside, inside);
+    while (const std::uint32_t inside = threadsInside) ParkWhile(threadsInside, inside);
     JoinEnded({});
 }
 

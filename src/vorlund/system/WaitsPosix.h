@@ -1,9 +1,12 @@
-// Ending a thread's wait from outside, on POSIX.
+// What the POSIX side offers beyond Waiting.h: waits until a point in time, and such that end from outside.
 #pragma once
 
 #include "vorlund/system/Waiting.h"
 
 namespace vorlund::waiting {
+
+/// Like `Wait`, until `MonotonicNanoseconds` reaches `deadline`.
+std::uint32_t WaitUntil(TEventHandle event, std::int64_t deadline) noexcept;
 
 /// What ends the waits of one thread.
 struct TInterrupt {
