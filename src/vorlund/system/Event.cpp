@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <new>
 
 namespace vorlund {
 namespace {
@@ -37,44 +38,41 @@ std::uint32_t WaitForList(bool isForAll, std::uint32_t milliseconds, int count, 
 
 } // namespace
 
-CEvent::CEvent() : cell_(static_cast<TCell*>(CClassObject::operator new(sizeof(TCell)))) {
-    cell_->handle = waiting::Create();
-}
+CEvent::CEvent() : cell_(new (CClassObject::operator new(sizeof(TCell))) TCell(waiting::Create())) {}
 
-CEvent::CEvent(const CEvent& other) : cell_(static_cast<TCell*>(CClassObject::operator new(sizeof(TCell)))) {
-    cell_->handle = waiting::Duplicate(other.cell_->handle);
-}
+CEvent::CEvent(const CEvent& other)
+    : cell_(new (CClassObject::operator new(sizeof(TCell))) TCell(waiting::Duplicate(other.cell_->Get()))) {}
 
 CEvent& CEvent::operator=(const CEvent& other) {
     if (this == &other) return *this;
-    waiting::Close(cell_->handle);
-    cell_->handle = waiting::Duplicate(other.cell_->handle);
+    waiting::Close(cell_->Get());
+    cell_->handle.store(waiting::Duplicate(other.cell_->Get()), std::memory_order_release);
     return *this;
 }
 
 CEvent::~CEvent() {
     asyncWaits.Stop(this);
-    waiting::Close(cell_->handle);
+    waiting::Close(cell_->Get());
     CClassObject::operator delete(cell_);
 }
 
 void CEvent::SetState(bool state) {
     if (state)
-        waiting::Set(cell_->handle);
+        waiting::Set(cell_->Get());
     else
-        waiting::Reset(cell_->handle);
+        waiting::Reset(cell_->Get());
 }
 
 bool CEvent::GetState() {
-    return waiting::IsSet(cell_->handle);
+    return waiting::IsSet(cell_->Get());
 }
 
 void CEvent::Wait() {
-    waiting::Wait(cell_->handle, waiting::kForever);
+    waiting::Wait(cell_->Get(), waiting::kForever);
 }
 
 void CEvent::Wait(float seconds) {
-    if (waiting::Wait(cell_->handle, MillisecondsOf(seconds)) == waiting::kTimeout)
+    if (waiting::Wait(cell_->Get(), MillisecondsOf(seconds)) == waiting::kTimeout)
         Raise<CTimeoutException>(kWaitTimeout);
 }
 
@@ -83,7 +81,7 @@ void CEvent::Wait(CEvent& event) {
 }
 
 void CEvent::Wait(float seconds, CEvent& event) {
-    if (waiting::Wait(event.cell_->handle, MillisecondsOf(seconds)) == waiting::kTimeout)
+    if (waiting::Wait(event.cell_->Get(), MillisecondsOf(seconds)) == waiting::kTimeout)
         Raise<CTimeoutException>(kStaticWaitTimeout);
 }
 
