@@ -83,11 +83,14 @@ void UnlinkAll(TWaiter& waiter) {
         if (link.next) link.next->back = link.back;
         TEvent& event = *link.event;
         if (event.first) continue;
-        if (event.references.load(std::memory_order_relaxed) == 0)
+        if (event.references.load(std::memory_order_relaxed) == 0) {
             delete &event;
-        else
-            // Last: whoever closes an event that nobody watches frees it without the lock.
-            event.word.fetch_and(~kWatched, std::memory_order_release);
+            continue;
+        }
+        // Nobody else changes a watched event. Last, because whoever closes one that is not watched frees it
+        // without the lock.
+        const std::uint32_t word = event.word.load(std::memory_order_relaxed);
+        event.word.store(word & ~kWatched, std::memory_order_release);
     }
     waiter.linked = 0;
     if (waiter.interrupt) waiter.interrupt->waiter = nullptr;
@@ -222,17 +225,28 @@ std::uint32_t Sleep(TWaiter& waiter, std::int64_t deadline) {
 
 /// A wait for several that is already satisfied: the result, or `kPending` when that is not certain.
 std::uint32_t LookAtAll(std::uint32_t count, const TEventHandle* events, bool isForAll) {
-    std::uint32_t words[kMostEvents];
+    // All events that this passes are set, or none of them is. So they are unchanged when they are still like
+    // that and the number of their settings is the same.
+    const std::uint32_t passed = isForAll ? kSet : 0;
+    const auto look = [=](std::uint32_t index) {
+        return events[index]->word.load(std::memory_order_acquire) & ~kWatched;
+    };
+    std::uint32_t sum = 0;
     std::uint32_t index = 0;
     for (; index < count; ++index) {
         if (!events[index]) return kFailed;
-        words[index] = events[index]->word.load(std::memory_order_acquire);
-        if (((words[index] & kSet) != 0) != isForAll) break;
+        const std::uint32_t word = look(index);
+        if ((word & kSet) != passed) break;
+        sum += word;
     }
     // The first that is not set, or the first that is set.
     if (isForAll ? index < count : index == count) return kPending;
-    for (std::uint32_t again = 0; again < index; ++again)
-        if (events[again]->word.load(std::memory_order_acquire) != words[again]) return kPending;
+    for (std::uint32_t again = 0; again < index; ++again) {
+        const std::uint32_t word = look(again);
+        if ((word & kSet) != passed) return kPending;
+        sum -= word;
+    }
+    if (sum != 0) return kPending;
     return isForAll ? 0 : index;
 }
 
