@@ -1,6 +1,7 @@
 // The child program of the tests of events and timers at the end of a process: ends as an application ends,
 // in the state that its argument names. What it returns is its own judgement: 0 when all was well.
 #include "api/ChildReports.h"
+#include "support/Leaks.h"
 
 #include <vorlund/Timer.h>
 #include <vorlund/Vorlund.h>
@@ -19,6 +20,7 @@ void DoNothing(TData&) {}
 
 /// An object that is never destroyed.
 CEvent& MakeEvent() {
+    const CExpectedLeak leak;
     return *new CEvent;
 }
 

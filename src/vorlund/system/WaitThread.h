@@ -18,8 +18,14 @@ TThreadHandle StartInterruptible(void (*run)(void* argument), void* argument) no
 TThreadHandle StartJoinable(void (*run)(void* argument), void* argument) noexcept;
 
 /// Ends the present and every later `WaitInterruptibly` of a thread. The thread may be about to end, or be
-/// the calling one.
+/// the calling one. When many have been interrupted and have not ended yet, this waits for a moment, so that
+/// whoever starts and stops without a break does not take all threads that the system has.
 void Interrupt(TThreadHandle thread) noexcept;
+
+/// How many interrupted threads may be about to end before others wait for them, and how long: not for ever,
+/// as they may be in callbacks.
+inline constexpr std::int32_t kManyEnding = 32;
+inline constexpr std::uint32_t kLongestPause = 20; ///< milliseconds
 
 /// Waits until the thread has ended.
 void Join(TThreadHandle thread) noexcept;

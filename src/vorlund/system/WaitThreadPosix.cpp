@@ -3,6 +3,7 @@
 // its end the library can wait until the last instruction of the last one has run; being told would not do,
 // because the code may be gone before the teller has left it.
 #include "vorlund/system/PlainLock.h"
+#include "vorlund/system/ThreadPosix.h"
 #include "vorlund/system/WaitThread.h"
 #include "vorlund/system/WaitsPosix.h"
 
@@ -29,6 +30,11 @@ thread_local TThread* self = nullptr;
 /// Interruptible threads that are in no callback.
 constinit std::atomic<std::uint32_t> threadsInside{0};
 constinit std::atomic<bool> isEnding{false};
+
+/// Interrupted threads that have not ended; for a moment below 0 when one ends before its interrupter has
+/// counted it. And those who wait for their ends.
+constinit std::atomic<std::uint32_t> threadsEnding{0};
+constinit std::atomic<std::uint32_t> pausing{0};
 
 /// An ended thread that nobody has joined yet.
 struct TEnded {
@@ -62,10 +68,24 @@ void* RunJoinable(void* argument) {
     return nullptr;
 }
 
+void PauseWhileManyEnd() {
+    const std::int64_t deadline = MonotonicNanoseconds() + std::int64_t{kLongestPause} * 1000000;
+    pausing.fetch_add(1);
+    for (;;) {
+        const std::uint32_t ending = threadsEnding;
+        if (static_cast<std::int32_t>(ending) <= kManyEnding || MonotonicNanoseconds() >= deadline) break;
+        ParkWhileUntil(threadsEnding, ending, deadline);
+    }
+    pausing.fetch_sub(1);
+}
+
+/// Such a thread only ends after it has been interrupted.
 void* RunInterruptible(void* argument) {
     self = static_cast<TThread*>(argument);
     RunJoinable(argument);
     JoinEnded({pthread_self(), true});
+    threadsEnding.fetch_sub(1);
+    if (pausing > 0) UnparkOne(&threadsEnding);
     LeaveInside();
     return nullptr;
 }
@@ -93,8 +113,10 @@ TThreadHandle StartJoinable(void (*run)(void*), void* argument) noexcept {
 }
 
 void Interrupt(TThreadHandle thread) noexcept {
+    const bool areMany = static_cast<std::int32_t>(threadsEnding.fetch_add(1)) >= kManyEnding;
     Raise(thread->interrupt);
     Drop(thread);
+    if (areMany) PauseWhileManyEnd();
 }
 
 void Join(TThreadHandle thread) noexcept {

@@ -9,6 +9,7 @@
 #include "vorlund/system/WaitThread.h"
 #include "vorlund/system/WindowsLean.h"
 
+#include <atomic>
 #include <cstdlib>
 
 namespace vorlund::waiting {
@@ -18,6 +19,10 @@ static_assert(kInterrupted == WAIT_IO_COMPLETION);
 namespace {
 
 bool isThreadLast = false;
+
+/// Interrupted threads that have not ended; for a moment below 0 when one ends before its interrupter has
+/// counted it.
+constinit std::atomic<std::int32_t> threadsEnding{0};
 
 /// What a new thread is told; the thread frees it.
 struct TStart {
@@ -31,7 +36,10 @@ DWORD WINAPI RunThread(void* argument) {
     const TStart start = *static_cast<TStart*>(argument);
     std::free(argument);
     start.run(start.argument);
-    if (start.module) FreeLibraryAndExitThread(start.module, 0);
+    if (!start.module) return 0;
+    // Such a thread only ends after it has been interrupted.
+    threadsEnding.fetch_sub(1);
+    FreeLibraryAndExitThread(start.module, 0);
     return 0;
 }
 
@@ -64,8 +72,10 @@ TThreadHandle StartJoinable(void (*run)(void*), void* argument) noexcept {
 
 void Interrupt(TThreadHandle thread) noexcept {
     const HANDLE handle = reinterpret_cast<HANDLE>(thread);
+    threadsEnding.fetch_add(1);
     QueueUserAPC(&DoNothing, handle, 0);
     CloseHandle(handle);
+    for (DWORD pause = 0; threadsEnding > kManyEnding && pause < kLongestPause; ++pause) Sleep(1);
 }
 
 void Join(TThreadHandle thread) noexcept {
