@@ -145,7 +145,7 @@ TEST(EventWaitOne, SeesNoStateThatNeverWas) {
             events[1].SetState(false);
         }
     });
-    for (int round = 0; round < 20000; ++round) EXPECT_NO_THROW(events.WaitOne(0.0f));
+    for (int round = 0; round < 5000; ++round) EXPECT_NO_THROW(events.WaitOne(0.0f));
     isEnding = true;
     changer.join();
 }
@@ -161,7 +161,7 @@ TEST(EventWaitOne, SeesThatALowerOneIsSetBeforeAHigherOne) {
             events[0].SetState(false);
         }
     });
-    for (int round = 0; round < 20000; ++round) ASSERT_EQ(events.WaitOne(), 0u);
+    for (int round = 0; round < 5000; ++round) ASSERT_EQ(events.WaitOne(), 0u);
     isEnding = true;
     changer.join();
 }
@@ -228,7 +228,7 @@ TEST(EventWaitAll, NeverSeesTwoTogetherThatNeverWere) {
             events[1].SetState(false);
         }
     });
-    for (int round = 0; round < 20000; ++round) ASSERT_FALSE(AreAllSet(events));
+    for (int round = 0; round < 5000; ++round) ASSERT_FALSE(AreAllSet(events));
     EXPECT_THROW(events.WaitAll(0.05f), CTimeoutException);
     isEnding = true;
     changer.join();

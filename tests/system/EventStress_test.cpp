@@ -22,7 +22,6 @@
 namespace vorlund::test {
 namespace {
 
-using TClock = std::chrono::steady_clock;
 using TData = CEvent::TAsyncCbData;
 
 /// How many rounds of a test there are: all of them, or a part where threads are slow.
@@ -32,16 +31,6 @@ int RoundsOf(int all) {
 #else
     return AreThreadsCheap() ? all : all / 20;
 #endif
-}
-
-/// Waits until the process has no more than that many threads: those that were stopped have ended.
-bool ThreadsComeDownTo(int count) {
-    const auto limit = TClock::now() + std::chrono::seconds(30);
-    while (CountThreads() > count) {
-        if (TClock::now() > limit) return false;
-        std::this_thread::yield();
-    }
-    return true;
 }
 
 TEST(EventStress, StartsAndStopsLeaveNothingBehind) {

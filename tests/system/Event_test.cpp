@@ -174,7 +174,7 @@ TEST_P(EventWait, IsReleasedBySettingAlthoughTheEventIsResetAtOnce) {
 
 TEST_P(EventWait, TheWaiterMayDestroyTheEventAtOnce) {
     CActor setter;
-    for (int round = 0; round < 2000; ++round) {
+    for (int round = 0; round < 300; ++round) {
         auto event = std::make_unique<CEvent>();
         setter.Start([set = event.get()] { set->SetState(true); });
         GetParam().wait(*event);

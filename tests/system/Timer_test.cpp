@@ -180,13 +180,17 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(Timer, DrivesAsynchronousWaits) {
     CTimer timer(0.001f);
-    CAsyncCalls calls([](CEvent::TAsyncCbData& data) { data.event->SetState(false); });
-    const unsigned int number = timer.WaitAsync(&CAsyncCalls::Callback, &calls);
+    int calls = 0;
+    CAsyncCalls recorder([&](CEvent::TAsyncCbData& data) {
+        data.event->SetState(false);
+        if (++calls == 5) CEvent::StopAsync(data.handle);
+    });
+    timer.WaitAsync(&CAsyncCalls::Callback, &recorder);
     timer.Start();
-    EXPECT_TRUE(calls.Reach(5));
-    EXPECT_EQ(calls.Last().event, &timer);
-    CEvent::StopAsync(number);
+    EXPECT_TRUE(recorder.Reach(5));
+    EXPECT_EQ(recorder.Last().event, &timer);
     LetPass(20);
+    EXPECT_EQ(recorder.Count(), 5);
 }
 
 TEST(Timer, MayBeStoppedByTheCallbackThatItDrives) {
