@@ -23,14 +23,18 @@ double ProcessorSeconds() {
     return seconds(kernel) + seconds(user);
 }
 
+namespace {
+
+void CALLBACK CountTick(UINT, UINT, DWORD_PTR ticks, DWORD_PTR, DWORD_PTR) {
+    ++reinterpret_cast<CBareTicks*>(ticks)->count_;
+}
+
+} // namespace
+
 CBareTicks::CBareTicks() {
     timeBeginPeriod(1);
-    timer_ = timeSetEvent(
-        1, 1,
-        [](UINT, UINT, DWORD_PTR self, DWORD_PTR, DWORD_PTR) {
-            ++reinterpret_cast<CBareTicks*>(self)->count_;
-        },
-        reinterpret_cast<DWORD_PTR>(this), TIME_PERIODIC | TIME_CALLBACK_FUNCTION | TIME_KILL_SYNCHRONOUS);
+    timer_ = timeSetEvent(1, 1, &CountTick, reinterpret_cast<DWORD_PTR>(this),
+                          TIME_PERIODIC | TIME_CALLBACK_FUNCTION | TIME_KILL_SYNCHRONOUS);
 }
 
 CBareTicks::~CBareTicks() {

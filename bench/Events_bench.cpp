@@ -1,28 +1,17 @@
-// Events, asynchronous waits and timers beside what an application would take instead. One benchmark per use
+// Events and asynchronous waits beside what an application would take instead. One benchmark per use
 // and peer; run them interleaved and compare medians:
 //   bench_events --benchmark_repetitions=5 --benchmark_enable_random_interleaving=true
 //                --benchmark_report_aggregates_only=true
 // A hand-off is half of a round trip between two threads that set each other's events; on two processors it
 // is bimodal on a virtual machine, so the counters tell its distribution.
-//   bench_events --timer [SECONDS]
-// counts the signals of a 10 ms timer, and prints their mean distance and its spread.
-//   bench_events --pool
-// prints what share of a processor the timers' thread takes with 1 and with 1,000 running timers.
 #include "EventPeers.h"
 #include "EventPlaces.h"
-
-#include <vorlund/Timer.h>
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
 #include <string>
-#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -151,70 +140,11 @@ template <template <int> class TEvents> void Register() {
     RegisterLists<TEvents<64>, 64>(suffix);
 }
 
-/// Prints how a 10 ms timer goes, beside a bare clock of the system where there is one.
-int PrintTimer(double seconds) {
-    CTimer timer(0.01f);
-    const CBareTicks bare;
-    std::vector<double> distances;
-    timer.Start();
-    timer.Wait();
-    timer.SetState(false);
-    const auto start = TClock::now();
-    const long ticksBefore = bare.Count();
-    for (auto last = start; std::chrono::duration<double>(last - start).count() < seconds;) {
-        timer.Wait();
-        timer.SetState(false);
-        const auto now = TClock::now();
-        distances.push_back(std::chrono::duration<double, std::milli>(now - last).count());
-        last = now;
-    }
-    const double length = NanosecondsSince(start) * 1e-9;
-    const long ticks = bare.Count() - ticksBefore;
-    timer.Stop();
-    double sum = 0;
-    double squares = 0;
-    for (const double distance : distances) {
-        sum += distance;
-        squares += distance * distance;
-    }
-    const double count = static_cast<double>(distances.size());
-    const double mean = sum / count;
-    const double expected = ticks > 0 ? static_cast<double>(ticks) / 10 : length * 100;
-    std::printf(
-        "10 ms timer over %.3f s: %.0f signals, %.1f expected (%+.2f %%), mean %.4f ms, spread %.4f ms, "
-        "shortest %.3f ms, longest %.3f ms\n",
-        length, count, expected, (count / expected - 1) * 100, mean,
-        std::sqrt(std::max(0.0, squares / count - mean * mean)),
-        *std::min_element(distances.begin(), distances.end()),
-        *std::max_element(distances.begin(), distances.end()));
-    return 0;
-}
-
-/// Prints the share of a processor that the process takes while nothing but timers runs.
-int PrintPool() {
-    for (const int count : {1, 1000}) {
-        std::vector<std::unique_ptr<CTimer>> timers;
-        for (int timer = 0; timer < count; ++timer) {
-            timers.push_back(std::make_unique<CTimer>(0.01f));
-            timers.back()->Start();
-        }
-        const auto start = TClock::now();
-        const double processorStart = ProcessorSeconds();
-        std::this_thread::sleep_for(std::chrono::seconds(3));
-        const double used = ProcessorSeconds() - processorStart;
-        std::printf("%4d timers: %.2f %% of a processor\n", count, used / NanosecondsSince(start) * 1e11);
-    }
-    return 0;
-}
-
 } // namespace
 } // namespace vorlund::bench
 
 int main(int argc, char** argv) {
     using namespace vorlund::bench;
-    if (argc >= 2 && std::string_view(argv[1]) == "--timer")
-        return PrintTimer(argc > 2 ? std::atof(argv[2]) : 10);
-    if (argc == 2 && std::string_view(argv[1]) == "--pool") return PrintPool();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     // Some run-time libraries leave out atomic operations until a process has had a second thread.

@@ -22,7 +22,8 @@ public:
     ///
     /// \param period  seconds; the milliseconds are whole ones, `period` times 1000.0 truncated toward zero,
     ///                of which the low 32 bits count as a signed number. Below 1 ms, the event is set every
-    ///                millisecond.
+    ///                millisecond. Decimal fractions that lie a little below their number lose one: 0.01f
+    ///                counts 9.
     ///
     /// Raises `COutOfMemoryException` "malloc failed" when there is no memory for its data.
     explicit CTimer(float period);

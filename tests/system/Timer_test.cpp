@@ -42,7 +42,7 @@ TEST(Timer, DoesNothingUntilItIsStarted) {
 }
 
 TEST(Timer, IsSetOncePerPeriodAndStaysSet) {
-    CTimer timer(0.02f);
+    CTimer timer(0.0205f);
     const auto start = TClock::now();
     timer.Start();
     timer.Wait(kLimit);
