@@ -9,6 +9,7 @@
 #include <vorlund/RefPtr.h>
 #include <vorlund/StreamSelector.h>
 #include <vorlund/String.h>
+#include <vorlund/Timer.h>
 #include <vorlund/Vorlund.h>
 #include <vorlund/WavDecoder.h>
 
@@ -42,6 +43,7 @@ std::vector<TOffsetRow> MakeRows() {
     static const TClassInfo classInfo({}, nullptr, nullptr);
     static const TDecoderClassInfo decoder{};
     static const TEncoderClassInfo encoder{};
+    static const CEvent::TAsyncCbData async{};
     static const TDataFormat format;
     static const TDataFormat_AudioPcm audio;
     static const TPixelFormat pixel;
@@ -104,6 +106,13 @@ std::vector<TOffsetRow> MakeRows() {
         {"COutputStreamSelector_End", sizeof(COutputStreamSelector), kPointer},
         {"CClassObject_End", sizeof(CClassObject), kPointer},
         {"CBinaryLock_End", sizeof(CBinaryLock), 2 * kPointer},
+        {"CEvent_End", sizeof(CEvent), 2 * kPointer},
+        {"CTimer_End", sizeof(CTimer), 3 * kPointer},
+        {"TAsyncCbData_event", OffsetIn(async, async.event), 0},
+        {"TAsyncCbData_index", OffsetIn(async, async.index), kPointer},
+        {"TAsyncCbData_handle", OffsetIn(async, async.handle), kPointer + 4},
+        {"TAsyncCbData_userData", OffsetIn(async, async.userData), kPointer + 8},
+        {"TAsyncCbData_End", sizeof(async), 2 * kPointer + 8},
         // Enumerations cross the interface as 32-bit values.
         {"TExceptionType_End", sizeof(TExceptionType), 4},
         {"TDebugMessageType_End", sizeof(TDebugMessageType), 4},

@@ -15,6 +15,7 @@
 #include <vorlund/TextWriter.h>
 #include <vorlund/VarReader.h>
 #include <vorlund/VarWriter.h>
+#include <vorlund/Timer.h>
 #include <vorlund/WavDecoder.h>
 
 #include <gtest/gtest.h>
@@ -291,6 +292,8 @@ std::vector<TSlotRow> MakeRows() {
     // Classes whose one virtual operation is the destructor.
     AddRows(rows, "CClassObject", 2, {}, SlotCount<CClassObject>());
     AddRows(rows, "CBinaryLock", 2, {}, SlotCount<CBinaryLock>());
+    AddRows(rows, "CEvent", 2, {}, SlotCount<CEvent>());
+    AddRows(rows, "CTimer", 2, {}, SlotCount<CTimer>());
     AddRows(rows, "CException", 2, {}, SlotCount<CException>());
 #define VRL_SLOT_ROW(value, className, enumerator) AddRows(rows, #className, 2, {}, SlotCount<className>());
     VRL_EXCEPTION_SUBCLASSES(VRL_SLOT_ROW)

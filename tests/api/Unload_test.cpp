@@ -23,6 +23,10 @@ constexpr const char* kClassStore =
     "Exception: type=CBugException | method=vorlund::CClassStore::~CClassStore | "
     "file=src/vorlund/api/ClassStore | line=28 | reason=Not closed";
 
+constexpr const char* kTimerPool =
+    "Exception: type=CBugException | method=vorlund::CTimerPool::~CTimerPool | "
+    "file=src/vorlund/system/TimerWin32 | line=51 | reason=Timers still alive!";
+
 /// The child's lines; the standard output of Windows ends them its own way.
 std::string Lines(const TChildEnd& end) {
     std::string text = end.output;
@@ -57,20 +61,31 @@ TEST_P(Unload, Reports) {
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, Unload,
-    testing::Values(TEndRow{"lifecycle_child", "never-opened", nullptr},
-                    TEndRow{"lifecycle_child", "closed", nullptr},
-                    TEndRow{"lifecycle_child", "closed-again", nullptr},
-                    TEndRow{"lifecycle_child", "open-at-return", kVorlund},
-                    TEndRow{"lifecycle_child", "open-at-exit", kVorlund},
-                    TEndRow{"lifecycle_child", "open-again", kVorlund},
-                    TEndRow{"lifecycle_child", "open-with-objects", kVorlund},
-                    // An initialisation that did not come to its end: the members report, the last one first.
-                    TEndRow{"lifecycle_child", "counter-open", kCounter},
-                    TEndRow{"lifecycle_child", "codec-store-open", kCodecStore},
-                    TEndRow{"lifecycle_child", "class-store-open", kClassStore},
-                    TEndRow{"unload_child", "never-opened", nullptr},
-                    TEndRow{"unload_child", "closed", nullptr}, TEndRow{"unload_child", "open", kVorlund},
-                    TEndRow{"unload_child", "open-in-a-second-life", kVorlund}),
+    testing::Values(
+        TEndRow{"lifecycle_child", "never-opened", nullptr}, TEndRow{"lifecycle_child", "closed", nullptr},
+        TEndRow{"lifecycle_child", "closed-again", nullptr},
+        TEndRow{"lifecycle_child", "open-at-return", kVorlund},
+        TEndRow{"lifecycle_child", "open-at-exit", kVorlund},
+        TEndRow{"lifecycle_child", "open-again", kVorlund},
+        TEndRow{"lifecycle_child", "open-with-objects", kVorlund},
+        // An initialisation that did not come to its end: the members report, the last one first.
+        TEndRow{"lifecycle_child", "counter-open", kCounter},
+        TEndRow{"lifecycle_child", "codec-store-open", kCodecStore},
+        TEndRow{"lifecycle_child", "class-store-open", kClassStore},
+        TEndRow{"unload_child", "never-opened", nullptr}, TEndRow{"unload_child", "closed", nullptr},
+        TEndRow{"unload_child", "open", kVorlund}, TEndRow{"unload_child", "open-in-a-second-life", kVorlund},
+        TEndRow{"unload_child", "events-used", nullptr}, TEndRow{"unload_child", "with-waits", nullptr},
+        TEndRow{"unload_child", "timer-alive", kTimerPool}, TEndRow{"event_child", "timer-alive", kTimerPool},
+        TEndRow{"event_child", "timer-just-started", kTimerPool},
+        TEndRow{"event_child", "timer-stopped", nullptr},
+        // `v` ends before the timers.
+        TEndRow{"event_child", "timer-alive-and-open", kVorlund},
+        TEndRow{"event_child", "first-numbers", nullptr}, TEndRow{"event_child", "waits-at-return", nullptr},
+        TEndRow{"event_child", "waits-at-exit", nullptr}, TEndRow{"event_child", "waits-that-fail", nullptr},
+        TEndRow{"event_child", "callback-at-return", nullptr},
+        TEndRow{"event_child", "callbacks-at-return", nullptr},
+        TEndRow{"event_child", "threads-at-return", nullptr},
+        TEndRow{"event_child", "static-objects", nullptr}),
     [](const auto& row) {
         std::string name = std::string(row.param.program) + "_" + row.param.mode;
         std::replace(name.begin(), name.end(), '-', '_');

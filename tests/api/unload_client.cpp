@@ -1,9 +1,11 @@
 // A module that uses the library, as a plug-in host's module would: loading it loads the library, unloading
 // it unloads the library.
 #include "api/ChildReports.h"
+#include "support/Leaks.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/RefPtr.h>
+#include <vorlund/Timer.h>
 #include <vorlund/Vorlund.h>
 
 extern "C" {
@@ -18,6 +20,37 @@ void UnloadClientListen() {
 int UnloadClientOpen() {
     vorlund::v.Init();
     return vorlund::CreateAs<vorlund::IObject>(vorlund::classid::CObject)->GetObjectNumber();
+}
+
+/// Starts a timer that is never stopped, and waits until it has been set, so that the timers' thread runs.
+void UnloadClientStartTimer() {
+    auto* const timer = new vorlund::CTimer(0.001f);
+    timer->Start();
+    timer->Wait();
+}
+
+/// Runs a timer and asynchronous waits to their ends.
+void UnloadClientUseEvents() {
+    vorlund::CTimer timer(0.001f);
+    vorlund::CEvent never;
+    vorlund::CEvent called;
+    timer.WaitAsync(
+        [](vorlund::CEvent::TAsyncCbData& data) {
+            static_cast<vorlund::CEvent*>(data.userData)->SetState(true);
+            vorlund::CEvent::StopAsync(data.handle);
+        },
+        &called);
+    never.WaitAsync([](vorlund::CEvent::TAsyncCbData&) {}, nullptr);
+    timer.Start();
+    called.Wait();
+    timer.Stop();
+}
+
+/// Starts asynchronous waits that are never stopped and never satisfied.
+void UnloadClientStartWaits() {
+    const vorlund::test::CExpectedLeak leak;
+    for (int wait = 0; wait < 3; ++wait)
+        (new vorlund::CEvent)->WaitAsync([](vorlund::CEvent::TAsyncCbData&) {}, nullptr);
 }
 
 void UnloadClientClose() {

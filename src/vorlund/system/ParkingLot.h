@@ -13,7 +13,8 @@
 namespace vorlund {
 
 /// `TMutex` has `Lock` and `Unlock` and is constant-initialised; `TCondition` has `Wait(TMutex&)`, which may
-/// return early, and `Notify`. Lots live for ever, in static storage.
+/// return early, and `Notify`; where threads sleep with a limit, also `WaitUntil(TMutex&, deadline)`, which
+/// returns false when the time has come. Lots live for ever, in static storage.
 template <class TMutex, class TCondition> class CParkingLot {
 public:
     /// See `ParkWhile` in Thread.h.
@@ -30,6 +31,27 @@ public:
         bucket.mutex.Unlock();
     }
 
+    /// The same until `deadline` at most.
+    template <class TDeadline>
+    void ParkWhileUntil(const std::atomic<std::uint32_t>& word, std::uint32_t value,
+                        const TDeadline& deadline) {
+        TBucket& bucket = BucketOf(&word);
+        bucket.mutex.Lock();
+        if (word.load(std::memory_order_relaxed) == value) {
+            TSleeper sleeper(&word);
+            *bucket.end = &sleeper;
+            bucket.end = &sleeper.next;
+            while (!sleeper.released) {
+                if (sleeper.condition.WaitUntil(bucket.mutex, deadline) || sleeper.released) continue;
+                TSleeper** link = &bucket.first;
+                while (*link != &sleeper) link = &(*link)->next;
+                Unlink(bucket, link);
+                break;
+            }
+        }
+        bucket.mutex.Unlock();
+    }
+
     /// See `UnparkOne` in Thread.h.
     void UnparkOne(const void* address) {
         TBucket& bucket = BucketOf(address);
@@ -37,8 +59,7 @@ public:
         for (TSleeper** link = &bucket.first; *link; link = &(*link)->next) {
             TSleeper& sleeper = **link;
             if (sleeper.address != address) continue;
-            *link = sleeper.next;
-            if (!sleeper.next) bucket.end = link;
+            Unlink(bucket, link);
             sleeper.released = true;
             // Under the mutex: the sleeper takes its condition with it as soon as it may run.
             sleeper.condition.Notify();
@@ -61,6 +82,11 @@ private:
         TSleeper* first = nullptr;
         TSleeper** end = &first;
     };
+
+    static void Unlink(TBucket& bucket, TSleeper** link) {
+        *link = (*link)->next;
+        if (!*link) bucket.end = link;
+    }
 
     static constexpr std::size_t kBuckets = 64;
 

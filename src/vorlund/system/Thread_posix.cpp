@@ -1,5 +1,6 @@
-#include "vorlund/system/Thread.h"
+#include "vorlund/system/ThreadPosix.h"
 
+#include <ctime>
 #include <unistd.h>
 
 #if defined(__linux__)
@@ -31,6 +32,15 @@ unsigned int NewThreadId() noexcept {
 #endif
 }
 
+constexpr std::int64_t kSecond = 1000000000;
+
+std::timespec TimeOf(std::int64_t nanoseconds) noexcept {
+    std::timespec time{};
+    time.tv_sec = static_cast<std::time_t>(nanoseconds / kSecond);
+    time.tv_nsec = static_cast<long>(nanoseconds % kSecond);
+    return time;
+}
+
 #if !defined(__linux__)
 struct TMutex {
     void Lock() { pthread_mutex_lock(&mutex); }
@@ -39,10 +49,21 @@ struct TMutex {
 };
 
 struct TCondition {
+    TCondition() {
+        pthread_condattr_t attributes;
+        pthread_condattr_init(&attributes);
+        pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+        pthread_cond_init(&condition, &attributes);
+        pthread_condattr_destroy(&attributes);
+    }
     ~TCondition() { pthread_cond_destroy(&condition); }
     void Wait(TMutex& held) { pthread_cond_wait(&condition, &held.mutex); }
+    bool WaitUntil(TMutex& held, std::int64_t deadline) {
+        const std::timespec time = TimeOf(deadline);
+        return pthread_cond_timedwait(&condition, &held.mutex, &time) == 0;
+    }
     void Notify() { pthread_cond_signal(&condition); }
-    pthread_cond_t condition = PTHREAD_COND_INITIALIZER;
+    pthread_cond_t condition;
 };
 
 constinit CParkingLot<TMutex, TCondition> parkingLot;
@@ -57,11 +78,24 @@ unsigned int CurrentThreadId() noexcept {
     return notedThreadId;
 }
 
+std::int64_t MonotonicNanoseconds() noexcept {
+    std::timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * kSecond + now.tv_nsec;
+}
+
 #if defined(__linux__)
 
 void ParkWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) noexcept {
     static_assert(sizeof word == sizeof value && std::atomic<std::uint32_t>::is_always_lock_free);
     syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, value, nullptr, nullptr, 0);
+}
+
+void ParkWhileUntil(const std::atomic<std::uint32_t>& word, std::uint32_t value,
+                    std::int64_t deadline) noexcept {
+    const std::timespec time = TimeOf(deadline);
+    // Unlike the plain wait, the one with a mask takes a point in time.
+    syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, value, &time, nullptr, FUTEX_BITSET_MATCH_ANY);
 }
 
 void UnparkOne(const void* address) noexcept {
@@ -72,6 +106,11 @@ void UnparkOne(const void* address) noexcept {
 
 void ParkWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) noexcept {
     parkingLot.ParkWhile(word, value);
+}
+
+void ParkWhileUntil(const std::atomic<std::uint32_t>& word, std::uint32_t value,
+                    std::int64_t deadline) noexcept {
+    parkingLot.ParkWhileUntil(word, value, deadline);
 }
 
 void UnparkOne(const void* address) noexcept {

@@ -1,0 +1,48 @@
+/// \file
+/// `CTimer`, an event that a timer sets periodically.
+#pragma once
+
+#include <vorlund/Event.h>
+
+namespace vorlund {
+
+/// An event that is set once per period while the timer runs. It is only set, never reset: whoever has waited
+/// for it calls `SetState(false)`, and a timer that nobody resets stays set.
+///
+/// All running timers share one thread, which counts milliseconds as it sees them. Those that pass while it
+/// is held up are lost, so timers run late rather than catch up. The event is set for the first time one
+/// period after the start.
+///
+/// `Start` and `Stop` may be called from any thread, also from the callback of an asynchronous wait. No timer
+/// may run when the library is unloaded or the process ends: its end then raises `CBugException`
+/// "Timers still alive!".
+class VRL_API CTimer : public CEvent {
+public:
+    /// Not set and not running.
+    ///
+    /// \param period  seconds; the milliseconds are whole ones, `period` times 1000.0 truncated toward zero,
+    ///                of which the low 32 bits count as a signed number. Below 1 ms, the event is set every
+    ///                millisecond. Decimal fractions that lie a little below their number lose one: 0.01f
+    ///                counts 9.
+    ///
+    /// Raises `COutOfMemoryException` "malloc failed" when there is no memory for its data.
+    explicit CTimer(float period);
+    CTimer(const CTimer&) = delete;
+    CTimer& operator=(const CTimer&) = delete;
+
+    /// Stops.
+    ~CTimer() override;
+
+    /// Runs from now on; nothing when it runs already.
+    void Start();
+
+    /// The event is not set by the timer any more when this returns; it stays as it is. Nothing when the
+    /// timer does not run. Stopping the last running timer waits for the end of the timers' thread.
+    void Stop();
+
+private:
+    struct TData;
+    TData* data_;
+};
+
+} // namespace vorlund

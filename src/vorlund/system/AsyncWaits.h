@@ -1,0 +1,66 @@
+// The asynchronous waits of a process.
+#pragma once
+
+#include "vorlund/system/PlainLock.h"
+
+#include <vorlund/Event.h>
+
+#include <cstdint>
+
+namespace vorlund {
+
+using TAsyncCallback = void (*)(CEvent::TAsyncCbData&);
+
+/// How many events of a list are looked at.
+inline constexpr int kMostListed = 256;
+
+/// What an asynchronous wait is asked to do.
+struct TAsyncRequest {
+    TAsyncCallback callback;
+    void* userData;
+    bool isForAll;
+    int count;             ///< as the caller gave it
+    CEvent* const* events; ///< as many as `count`, but at most `kMostListed`
+};
+
+/// The list of running waits, in the order in which they were started. The one object is constant-initialised
+/// and never taken apart, so that threads which outlive the library's end at the end of a process find it
+/// whole.
+class CAsyncWaits {
+public:
+    constexpr CAsyncWaits() = default;
+    CAsyncWaits(const CAsyncWaits&) = delete;
+    CAsyncWaits& operator=(const CAsyncWaits&) = delete;
+
+    /// Starts a wait and returns its number. Raises `COutOfMemoryException`.
+    unsigned int Start(const TAsyncRequest& request);
+
+    void Stop(unsigned int number);
+    /// Stops the first one with this callback.
+    void Stop(TAsyncCallback callback);
+    /// Stops all that list this object.
+    void Stop(const CEvent* event);
+
+    /// At the end of the library: stops all and waits for their threads, as far as that ends. Waits that are
+    /// started later do nothing.
+    void End() noexcept;
+
+private:
+    struct TWait;
+
+    static void Run(void* argument) noexcept;
+    /// Stops the first wait that `isMeant`; false when there is none.
+    template <class TPredicate> bool StopFirst(TPredicate isMeant);
+    void Append(TWait& wait);
+    void Remove(TWait& wait);
+
+    CPlainLock lock_;
+    std::atomic<TWait*> first_{nullptr}; ///< written under the lock
+    TWait* last_ = nullptr;
+    unsigned int nextNumber_ = 0;
+    bool hasEnded_ = false;
+};
+
+extern constinit CAsyncWaits asyncWaits;
+
+} // namespace vorlund
