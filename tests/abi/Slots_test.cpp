@@ -1,6 +1,7 @@
 // The order of the virtual tables. Plug-ins and applications are compiled against it, so it never changes.
 #include <vorlund/BinaryLock.h>
 #include <vorlund/CbVideoSource.h>
+#include <vorlund/Device.h>
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
 #include <vorlund/Generators.h>
@@ -175,6 +176,8 @@ std::vector<TSlotRow> MakeRows() {
              {"GetPath", SlotOf(&IFolder::GetPath)},
              {"Initialize", SlotOf(&IFolder::Initialize)}},
             SlotCount<IFolder>());
+    AddRows(rows, "IDevice", 7, {{"Open", SlotOf(&IDevice::Open)}, {"Close", SlotOf(&IDevice::Close)}},
+            SlotCount<IDevice>());
     AddRows(rows, "IWavChunkDecoder", 22,
             {{"EnumerateChunks", SlotOf(&IWavChunkDecoder::EnumerateChunks)},
              {"GetChunkSize", SlotOf(&IWavChunkDecoder::GetChunkSize)},
@@ -224,7 +227,7 @@ static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObject
               kIsPlain<IInputStreamFilter> && kIsPlain<IOutputStreamFilter> && kIsPlain<IFileInputStream> &&
               kIsPlain<IFileOutputStream> && kIsPlain<IFile> && kIsPlain<IFolder> &&
               kIsPlain<IWavChunkDecoder> && kIsPlain<IWavDecoder> && kIsPlain<ICbVideoSource> &&
-              kIsPlain<IPlasmaVideoGenerator> && kIsPlain<IRandomGenerator>);
+              kIsPlain<IPlasmaVideoGenerator> && kIsPlain<IRandomGenerator> && kIsPlain<IDevice>);
 
 } // namespace
 } // namespace vorlund::test

@@ -16,6 +16,7 @@
 #include "vorlund/data/sources/CbVideoSource.h"
 #include "vorlund/data/sources/PlasmaVideoGenerator.h"
 #include "vorlund/data/sources/RandomGenerator.h"
+#include "vorlund/devices/Device.h"
 #include "vorlund/util/Object.h"
 #include "vorlund/util/ObjectEnumerator.h"
 #include "vorlund/util/ObjectList.h"
@@ -27,6 +28,7 @@
 #include <vorlund/ClassStore.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
+#include <vorlund/Vorlund.h>
 
 namespace vorlund {
 namespace {
@@ -36,9 +38,16 @@ template <class TClass> constexpr TClassInfo Builtin(const wchar* name) {
     return {TClass::ClassId, name, &NewObject<TClass>};
 }
 
+/// No class of its own: whatever device is registered for a type, with the failures of its creation.
+template <TDeviceType type> IObject* NewDevice() {
+    return v.GetDeviceClassStore().CreateDevice(type);
+}
+
 /// In the order of registration, which is alphabetical: a new class goes to its place in the alphabet.
 constexpr TClassInfo kClasses[] = {
+    {classid::CAudioDevice, VRL_L("vorlund::CAudioDevice"), &NewDevice<DEVICE_TYPE_AUDIO>},
     Builtin<CCbVideoSource>(VRL_L("vorlund::CCbVideoSource")),
+    Builtin<CDevice>(VRL_L("vorlund::CDevice")),
     Builtin<CFile>(VRL_L("vorlund::CFile")),
     Builtin<CFileInputStream>(VRL_L("vorlund::CFileInputStream")),
     Builtin<CFileOutputStream>(VRL_L("vorlund::CFileOutputStream")),
@@ -58,6 +67,7 @@ constexpr TClassInfo kClasses[] = {
     Builtin<CRandomGenerator>(VRL_L("vorlund::CRandomGenerator")),
     Builtin<CStringObject>(VRL_L("vorlund::CStringObject")),
     Builtin<CSwBufferMediaSample>(VRL_L("vorlund::CSwBufferMediaSample")),
+    {classid::CVideoDevice, VRL_L("vorlund::CVideoDevice"), &NewDevice<DEVICE_TYPE_VIDEO>},
     Builtin<CWavChunkDecoder>(VRL_L("vorlund::CWavChunkDecoder")),
     Builtin<CWavDecoder>(VRL_L("vorlund::CWavDecoder")),
 };
