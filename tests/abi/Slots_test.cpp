@@ -2,6 +2,7 @@
 #include <vorlund/AudioPcmConverters.h>
 #include <vorlund/BinaryLock.h>
 #include <vorlund/CbVideoSource.h>
+#include <vorlund/Device.h>
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
 #include <vorlund/Generators.h>
@@ -13,9 +14,9 @@
 #include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
 #include <vorlund/TextWriter.h>
+#include <vorlund/Timer.h>
 #include <vorlund/VarReader.h>
 #include <vorlund/VarWriter.h>
-#include <vorlund/Timer.h>
 #include <vorlund/WavDecoder.h>
 
 #include <gtest/gtest.h>
@@ -194,6 +195,8 @@ std::vector<TSlotRow> MakeRows() {
              {"GetPath", SlotOf(&IFolder::GetPath)},
              {"Initialize", SlotOf(&IFolder::Initialize)}},
             SlotCount<IFolder>());
+    AddRows(rows, "IDevice", 7, {{"Open", SlotOf(&IDevice::Open)}, {"Close", SlotOf(&IDevice::Close)}},
+            SlotCount<IDevice>());
     AddRows(rows, "IWavChunkDecoder", 22,
             {{"EnumerateChunks", SlotOf(&IWavChunkDecoder::EnumerateChunks)},
              {"GetChunkSize", SlotOf(&IWavChunkDecoder::GetChunkSize)},
@@ -325,7 +328,7 @@ static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObject
               kIsPlain<IAudioPcmSampleFormatConverter> && kIsPlain<IAudioPcmChannelNumberConverter> &&
               kIsPlain<IResource> && kIsPlain<IResourceIs> && kIsPlain<IResourceOs> &&
               kIsPlain<IAppendingRos> && kIsPlain<IAudioClip> && kIsPlain<IVideoClip> && kIsPlain<IBitmap> &&
-              kIsPlain<IMediaControl> && kIsPlain<IPropertyPage>);
+              kIsPlain<IMediaControl> && kIsPlain<IPropertyPage> && kIsPlain<IDevice>);
 
 } // namespace
 } // namespace vorlund::test
