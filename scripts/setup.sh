@@ -7,14 +7,16 @@ vorlund_packages() {
     local tests="$build googletest pkgconf"
     # What tests/realfiles compares with.
     local recordings="alsa-utils sox sndfile-programs"
+    # A display for the tests of windows, and what windows on Linux are built with.
+    local windows="xvfb libxcb1-dev"
     case $1 in
     run-linux) echo "$build" ;;
     run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;
     # wine64 as well: the tests' Wine prefix serves both word sizes.
     win32) echo "$tests $recordings g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
     win64) echo "$tests g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
-    linux) echo "$tests $recordings" ;;
-    linux-asan | linux-tsan) echo "$tests" ;;
+    linux) echo "$tests $recordings $windows" ;;
+    linux-asan | linux-tsan) echo "$tests $windows" ;;
     linux32-asan) echo "$tests libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
     linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev" ;;
     *) return 1 ;;

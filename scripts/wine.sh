@@ -14,12 +14,14 @@ vorlund_wine_env() {
 
 # Creates the prefix unless it exists, so that the first program does not pay for it.
 vorlund_wine_prefix() {
-    [[ -e $WINEPREFIX/vorlund-ready ]] && return 0
+    [[ -e $WINEPREFIX/vorlund-set-up ]] && return 0
     mkdir -p "$WINEPREFIX"
     wine wineboot -i || return
     # A crash must end the process, not wait for somebody to press a button.
     wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f || return
-    touch "$WINEPREFIX/vorlund-ready"
+    # Our display has no window manager, and Wine would wait two seconds for its answer at every turn.
+    wine reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /t REG_SZ /d N /f || return
+    touch "$WINEPREFIX/vorlund-set-up"
 }
 
 # vorlund_display_start LOG: an X server of our own on a free display number; sets DISPLAY and VORLUND_XVFB_PID.
@@ -27,7 +29,7 @@ vorlund_display_start() {
     local number fifo
     fifo=$(mktemp -u)
     mkfifo "$fifo"
-    Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$fifo" >"$1" 2>&1 &
+    Xvfb -displayfd 3 -noreset -screen 0 1024x768x24 -nolisten tcp 3>"$fifo" >"$1" 2>&1 &
     VORLUND_XVFB_PID=$!
     # The open end of a server that dies early closes, and the read ends with it.
     read -r -t 60 number <"$fifo"

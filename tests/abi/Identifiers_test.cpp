@@ -13,6 +13,8 @@
 #include <vorlund/Resource.h>
 #include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
+#include <vorlund/VideoOutput.h>
+#include <vorlund/VideoWindow.h>
 #include <vorlund/WavDecoder.h>
 
 #include "support/Text.h"
@@ -57,6 +59,8 @@ const TIdRow kIds[] = {
     {"IFileOutputStream", IFileOutputStream::InterfaceId, {0xB321E4B6, 0x6CD84F8B, 0x94D6DC1A, 0x14946231}},
     {"IFile", IFile::InterfaceId, {0xB3CD9843, 0x21DE668F, 0x6DED4892, 0xDE64E408}},
     {"IFolder", IFolder::InterfaceId, {0x073F714C, 0xD5A53317, 0x083B96CF, 0xEDA16CC5}},
+    {"IVideoOutput", IVideoOutput::InterfaceId, {0x4F714F40, 0x9133B93F, 0x5F77CBB2, 0x7827E4EA}},
+    {"IVideoWindow", IVideoWindow::InterfaceId, {0x9F88DC9D, 0xCC694367, 0xBDB4BFA5, 0x202F2DDE}},
     {"IDevice", IDevice::InterfaceId, {0x24F097B7, 0x4DFD4301, 0xA1E71E1B, 0xA6328858}},
     {"IWavChunkDecoder", IWavChunkDecoder::InterfaceId, {0x3C718E0B, 0xF5A5403B, 0xBCE6CE73, 0x8A5092CC}},
     {"IWavDecoder", IWavDecoder::InterfaceId, {0xC4B0F257, 0xA5504AA6, 0x917BB449, 0x30680C16}},
@@ -170,6 +174,8 @@ static_assert(kExtends<IStream, IObject> && kExtends<IInputStream, IStream> &&
               kExtends<ISwBufferMediaSample, IMediaSample> && kExtends<IInputStreamFilter, IInputStream> &&
               kExtends<IOutputStreamFilter, IOutputStream>);
 static_assert(kExtends<IDevice, IObject>);
+static_assert(kExtends<IVideoOutput, IDevice>);
+static_assert(kExtends<IVideoWindow, IObject>);
 static_assert(kExtends<IFileInputStream, IInputStream> && kExtends<IFileOutputStream, IOutputStream> &&
               kExtends<IFile, IObject> && kExtends<IFolder, IObject> &&
               kExtends<IWavChunkDecoder, IInputStreamFilter> && kExtends<IWavDecoder, IInputStreamFilter> &&

@@ -17,6 +17,8 @@
 #include <vorlund/Timer.h>
 #include <vorlund/VarReader.h>
 #include <vorlund/VarWriter.h>
+#include <vorlund/VideoOutput.h>
+#include <vorlund/VideoWindow.h>
 #include <vorlund/WavDecoder.h>
 
 #include <gtest/gtest.h>
@@ -197,6 +199,19 @@ std::vector<TSlotRow> MakeRows() {
             SlotCount<IFolder>());
     AddRows(rows, "IDevice", 7, {{"Open", SlotOf(&IDevice::Open)}, {"Close", SlotOf(&IDevice::Close)}},
             SlotCount<IDevice>());
+    AddRows(rows, "IVideoOutput", 9,
+            {{"Open",
+              SlotOf<bool (IVideoOutput::*)(const TDataFormat_VideoRgb&, const wchar*)>(&IVideoOutput::Open)},
+             {"Present", SlotOf(&IVideoOutput::Present)}},
+            SlotCount<IVideoOutput>());
+    AddRows(rows, "IVideoWindow", 7,
+            {{"Open", SlotOf(&IVideoWindow::Open)},
+             {"Close", SlotOf(&IVideoWindow::Close)},
+             {"GetHandle", SlotOf(&IVideoWindow::GetHandle)},
+             {"SetClientSize", SlotOf(&IVideoWindow::SetClientSize)},
+             {"SetWindowSize", SlotOf(&IVideoWindow::SetWindowSize)},
+             {"SetTitle", SlotOf(&IVideoWindow::SetTitle)}},
+            SlotCount<IVideoWindow>());
     AddRows(rows, "IWavChunkDecoder", 22,
             {{"EnumerateChunks", SlotOf(&IWavChunkDecoder::EnumerateChunks)},
              {"GetChunkSize", SlotOf(&IWavChunkDecoder::GetChunkSize)},
@@ -329,6 +344,8 @@ static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObject
               kIsPlain<IResource> && kIsPlain<IResourceIs> && kIsPlain<IResourceOs> &&
               kIsPlain<IAppendingRos> && kIsPlain<IAudioClip> && kIsPlain<IVideoClip> && kIsPlain<IBitmap> &&
               kIsPlain<IMediaControl> && kIsPlain<IPropertyPage> && kIsPlain<IDevice>);
+              kIsPlain<IPlasmaVideoGenerator> && kIsPlain<IRandomGenerator> && kIsPlain<IDevice> &&
+              kIsPlain<IVideoOutput> && kIsPlain<IVideoWindow>);
 
 } // namespace
 } // namespace vorlund::test

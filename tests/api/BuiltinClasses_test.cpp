@@ -13,6 +13,8 @@
 #include <vorlund/Resource.h>
 #include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
+#include <vorlund/VideoOutput.h>
+#include <vorlund/VideoWindow.h>
 #include <vorlund/Vorlund.h>
 #include <vorlund/WavDecoder.h>
 
@@ -113,6 +115,7 @@ const std::vector<TClassRow> kRows = {
      Ids<ISwBufferMediaSample, IMediaSample, IObject>()},
     {"CVideoClip", {0x6E90B6D4, 0xBA60479E, 0x908CDF74, 0xEBA32064}, Ids<IVideoClip, IResource, IObject>()},
     {"CVideoDevice", {0xF81C0DB0, 0x960349F4, 0x8C229044, 0xA67DD19C}, {}},
+    {"CVideoWindow", {0xDF555AEF, 0xC1714B6D, 0x855F4D5A, 0x280502C3}, Ids<IVideoWindow, IObject>()},
     {"CWavChunkDecoder",
      {0x9196075E, 0x9CA345E2, 0x824A41F7, 0x414D7EE9},
      Ids<IWavChunkDecoder, IInputStreamFilter, IInputStream, IStream, IObject>()},
@@ -129,6 +132,8 @@ const std::vector<CId> kInterfaces =
         IWavChunkDecoder, IWavDecoder, ICbVideoSource, IPlasmaVideoGenerator, IRandomGenerator, ISetFormatIsf,
         IAudioPcmSampleFormatConverter, IAudioPcmChannelNumberConverter, IResource, IResourceIs, IResourceOs,
         IAppendingRos, IAudioClip, IVideoClip, IBitmap, IMediaControl, IPropertyPage, IDevice>();
+        IWavChunkDecoder, IWavDecoder, ICbVideoSource, IPlasmaVideoGenerator, IRandomGenerator, IDevice,
+        IVideoOutput, IVideoWindow>();
 
 wstring RegisteredName(const TClassRow& row) {
     wstring name = VRL_L("vorlund::");

@@ -16,3 +16,4 @@ using TCommand = std::function<void(CDiagnostics&)>;
 void AddDecodeCommand(CLI::App& program, TCommand& command);
 void AddPlasmaCommand(CLI::App& program, TCommand& command);
 void AddRandomCommand(CLI::App& program, TCommand& command);
+void AddWindowCommand(CLI::App& program, TCommand& command);

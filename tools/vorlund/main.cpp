@@ -4,6 +4,7 @@
 #include "Terminal.h"
 
 #include <vorlund/Exception.h>
+#include <vorlund/Path.h>
 #include <vorlund/Vorlund.h>
 
 #include <CLI/CLI.hpp>
@@ -16,19 +17,23 @@ namespace {
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
-/// Closes the library on every way out.
+/// Opens the library with the plug-ins of more folders (UTF-8), and closes it on every way out.
 class CLibrary {
 public:
-    CLibrary() { vorlund::v.Init(); }
+    explicit CLibrary(const std::vector<std::string>& pluginPaths) {
+        for (const std::string& path : pluginPaths)
+            vorlund::v.GetPluginStore().AddPluginPath(vorlund::PathFromUtf8(path.c_str()).c_str());
+        vorlund::v.Init();
+    }
     CLibrary(const CLibrary&) = delete;
     CLibrary& operator=(const CLibrary&) = delete;
     ~CLibrary() { vorlund::v.Close(); }
 };
 
-int Run(const TCommand& command) {
+int Run(const TCommand& command, const std::vector<std::string>& pluginPaths) {
     CDiagnostics diagnostics;
     try {
-        const CLibrary library;
+        const CLibrary library(pluginPaths);
         command(diagnostics);
         return 0;
     } catch (const TProgramError& error) {
@@ -53,10 +58,15 @@ int main(int argc, char** argv) {
         return "vorlund: " + std::string(error.what()) + "; --help tells the options\n";
     });
 
+    std::vector<std::string> pluginPaths;
+    app.add_option("--plugin-path", pluginPaths,
+                   "Load the plug-ins of this folder too; may be given several times")
+        ->allow_extra_args(false);
     TCommand command;
     AddDecodeCommand(app, command);
     AddPlasmaCommand(app, command);
     AddRandomCommand(app, command);
+    AddWindowCommand(app, command);
 
     try {
         std::vector<std::string> arguments = GetArguments(argc, argv);
@@ -65,5 +75,5 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kExitUsage;
     }
-    return Run(command);
+    return Run(command, pluginPaths);
 }

@@ -29,6 +29,7 @@
 #include "vorlund/devices/MediaControl.h"
 #include "vorlund/devices/PropertyPage.h"
 #include "vorlund/devices/VideoClip.h"
+#include "vorlund/devices/VideoWindow.h"
 #include "vorlund/util/Object.h"
 #include "vorlund/util/ObjectEnumerator.h"
 #include "vorlund/util/ObjectList.h"
@@ -92,6 +93,7 @@ constexpr TClassInfo kClasses[] = {
     Builtin<CSwBufferMediaSample>(VRL_L("vorlund::CSwBufferMediaSample")),
     Builtin<CVideoClip>(VRL_L("vorlund::CVideoClip")),
     {classid::CVideoDevice, VRL_L("vorlund::CVideoDevice"), &NewDevice<DEVICE_TYPE_VIDEO>},
+    Builtin<CVideoWindow>(VRL_L("vorlund::CVideoWindow")),
     Builtin<CWavChunkDecoder>(VRL_L("vorlund::CWavChunkDecoder")),
     Builtin<CWavDecoder>(VRL_L("vorlund::CWavDecoder")),
 };

@@ -1,0 +1,103 @@
+// Drawing on a window of the X Window System, by the core protocol's PutImage.
+#include "Surface.h"
+
+#include <xcb/xcb.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+template <class T> using CReply = std::unique_ptr<T, decltype(&std::free)>;
+
+template <class T> CReply<T> Own(T* reply) {
+    return {reply, &std::free};
+}
+
+class CSurfaceXcb final : public CSurface {
+public:
+    explicit CSurfaceXcb(xcb_window_t window) : connection_(xcb_connect(nullptr, nullptr)), window_(window) {}
+    ~CSurfaceXcb() override { xcb_disconnect(connection_); }
+
+    /// Looks whether the window takes images of 32 bits a pixel, and makes what is needed to draw.
+    bool Open();
+    bool Draw(const std::uint32_t* pixels, int width, int height) override;
+
+private:
+    bool HasPixelsOf32Bits(int depth) const;
+    const std::uint32_t* Scale(const std::uint32_t* pixels, int width, int height, int toWidth, int toHeight);
+
+    xcb_connection_t* connection_;
+    xcb_window_t window_;
+    xcb_gcontext_t context_ = 0;
+    std::vector<std::uint32_t> scaled_;
+};
+
+bool CSurfaceXcb::Open() {
+    if (xcb_connection_has_error(connection_)) return false;
+    const auto geometry =
+        Own(xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window_), nullptr));
+    if (!geometry || !HasPixelsOf32Bits(geometry->depth)) return false;
+    context_ = xcb_generate_id(connection_);
+    // Without it, every image would send an event back.
+    const std::uint32_t noExposures = 0;
+    xcb_create_gc(connection_, context_, window_, XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
+    return true;
+}
+
+/// Screens with 24 bits of colour lay them out as blue, green, red everywhere that matters; deeper ones and
+/// palettes are left out.
+bool CSurfaceXcb::HasPixelsOf32Bits(int depth) const {
+    if (depth != 24 && depth != 32) return false;
+    auto formats = xcb_setup_pixmap_formats_iterator(xcb_get_setup(connection_));
+    for (; formats.rem > 0; xcb_format_next(&formats)) {
+        if (formats.data->depth == depth) return formats.data->bits_per_pixel == 32;
+    }
+    return false;
+}
+
+bool CSurfaceXcb::Draw(const std::uint32_t* pixels, int width, int height) {
+    // The answer also holds us back when the server is slower than we are.
+    const auto geometry =
+        Own(xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window_), nullptr));
+    if (!geometry) return false;
+    pixels = Scale(pixels, width, height, geometry->width, geometry->height);
+
+    const std::size_t rowSize = std::size_t{geometry->width} * 4;
+    constexpr std::size_t kRequestHead = 64;
+    const std::size_t room = std::size_t{xcb_get_maximum_request_length(connection_)} * 4 - kRequestHead;
+    const int rowsAtOnce = static_cast<int>(std::clamp<std::size_t>(room / rowSize, 1, 0x7FFF));
+    for (int row = 0; row < geometry->height; row += rowsAtOnce) {
+        const int rows = std::min(rowsAtOnce, geometry->height - row);
+        xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, window_, context_, geometry->width,
+                      static_cast<std::uint16_t>(rows), 0, static_cast<std::int16_t>(row), 0, geometry->depth,
+                      static_cast<std::uint32_t>(rowSize * static_cast<std::size_t>(rows)),
+                      reinterpret_cast<const std::uint8_t*>(pixels) +
+                          rowSize * static_cast<std::size_t>(row));
+    }
+    return xcb_flush(connection_) > 0;
+}
+
+/// The nearest pixel, from the middle of each.
+const std::uint32_t* CSurfaceXcb::Scale(const std::uint32_t* pixels, int width, int height, int toWidth,
+                                        int toHeight) {
+    if (width == toWidth && height == toHeight) return pixels;
+    scaled_.resize(static_cast<std::size_t>(toWidth) * static_cast<std::size_t>(toHeight));
+    auto out = scaled_.begin();
+    for (std::int64_t y = 0; y < toHeight; ++y) {
+        const std::uint32_t* const row = pixels + (2 * y + 1) * height / (2 * toHeight) * width;
+        for (std::int64_t x = 0; x < toWidth; ++x) *out++ = row[(2 * x + 1) * width / (2 * toWidth)];
+    }
+    return scaled_.data();
+}
+
+} // namespace
+
+std::unique_ptr<CSurface> CSurface::Create(void* handle) {
+    auto surface =
+        std::make_unique<CSurfaceXcb>(static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(handle)));
+    if (!surface->Open()) return nullptr;
+    return surface;
+}

@@ -1,0 +1,43 @@
+// What the video window needs of the window system. A port supplies one file NativeWindow_<system>.cpp with a
+// class derived from this one and `Create`.
+#pragma once
+
+#include <vorlund/Platform.h>
+
+#include <memory>
+
+namespace vorlund {
+
+struct TWindowSize {
+    int width = 0;
+    int height = 0;
+};
+
+/// A window on the screen. It is created, and its loop runs, on one thread; everything else may be called
+/// from another thread meanwhile, also when the user has just closed the window. Only `Create` and `SetTitle` raise, `std::bad_alloc`.
+class CNativeWindow {
+public:
+    /// Creates a window with the system's own size and place, shows and paints it. Null when there is none to
+    /// be had.
+    static std::unique_ptr<CNativeWindow> Create(const wchar* title);
+
+    CNativeWindow() = default;
+    CNativeWindow(const CNativeWindow&) = delete;
+    CNativeWindow& operator=(const CNativeWindow&) = delete;
+    /// Called after the loop has ended, on any thread.
+    virtual ~CNativeWindow() = default;
+
+    virtual void* GetHandle() const = 0;
+    /// The outer size of a window whose inside has the size `client`.
+    virtual TWindowSize GetOuterSize(TWindowSize client) const = 0;
+    virtual void Resize(TWindowSize outer) = 0;
+    virtual void SetTitle(const wchar* title) = 0;
+    /// Keeps the address of the window's object with the window, where the system has a place for it.
+    virtual void SetOwner(void* owner) = 0;
+    /// Makes the loop end, with the window destroyed.
+    virtual void Destroy() = 0;
+    /// Runs until the window is gone.
+    virtual void RunLoop() = 0;
+};
+
+} // namespace vorlund

@@ -1,0 +1,91 @@
+#include "vorlund/devices/NativeWindow.h"
+#include "vorlund/system/WindowsLean.h"
+
+namespace vorlund {
+namespace {
+
+constexpr const wchar* kClassName = VRL_L("vorlund::CVideoWindow");
+constexpr DWORD kStyle = WS_OVERLAPPEDWINDOW;
+/// Any thread may send it; only the window's own thread can destroy a window.
+constexpr UINT kDestroyMessage = WM_APP;
+
+LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_CREATE:
+        return 0;
+    case WM_DESTROY:
+        PostQuitMessage(0);
+        return 0;
+    case WM_CLOSE:
+    case kDestroyMessage:
+        DestroyWindow(window);
+        return 0;
+    default:
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+}
+
+class CNativeWindowWin32 final : public CNativeWindow {
+public:
+    explicit CNativeWindowWin32(HWND window) : window_(window) {}
+
+    void* GetHandle() const override { return window_; }
+
+    TWindowSize GetOuterSize(TWindowSize client) const override {
+        RECT rectangle{0, 0, client.width, client.height};
+        AdjustWindowRect(&rectangle, kStyle, FALSE);
+        return {static_cast<int>(rectangle.right - rectangle.left),
+                static_cast<int>(rectangle.bottom - rectangle.top)};
+    }
+
+    void Resize(TWindowSize outer) override {
+        SetWindowPos(window_, nullptr, 0, 0, outer.width, outer.height,
+                     SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
+    }
+
+    void SetTitle(const wchar* title) override { SetWindowTextW(window_, title); }
+
+    void SetOwner(void* owner) override {
+        SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(owner));
+    }
+
+    void Destroy() override { SendMessageW(window_, kDestroyMessage, 0, 0); }
+
+    void RunLoop() override {
+        MSG message;
+        while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
+        }
+        // Fails while another window of the class exists; the last one takes it away.
+        UnregisterClassW(kClassName, GetModuleHandleW(nullptr));
+    }
+
+private:
+    HWND window_;
+};
+
+} // namespace
+
+std::unique_ptr<CNativeWindow> CNativeWindow::Create(const wchar* title) {
+    const HINSTANCE process = GetModuleHandleW(nullptr);
+    WNDCLASSW windowClass{};
+    windowClass.lpfnWndProc = &WindowProcedure;
+    windowClass.hInstance = process;
+    windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));
+    windowClass.lpszClassName = kClassName;
+    // Another window may have registered it already.
+    RegisterClassW(&windowClass);
+    const HWND window = CreateWindowExW(0, kClassName, title, kStyle, CW_USEDEFAULT, CW_USEDEFAULT,
+                                        CW_USEDEFAULT, CW_USEDEFAULT, nullptr, nullptr, process, nullptr);
+    if (!window) {
+        UnregisterClassW(kClassName, process);
+        return nullptr;
+    }
+    auto native = std::make_unique<CNativeWindowWin32>(window);
+    ShowWindow(window, SW_SHOW);
+    UpdateWindow(window);
+    return native;
+}
+
+} // namespace vorlund

@@ -1,0 +1,168 @@
+// Windows of the X Window System, by the core protocol and the conventions of clients with window managers
+// (ICCCM 4.1 and 4.2.8, EWMH `_NET_WM_NAME`).
+#include "vorlund/api/Utf8.h"
+#include "vorlund/devices/NativeWindow.h"
+#include "vorlund/devices/XcbLibrary.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace vorlund {
+namespace {
+
+/// What `free` releases.
+template <class T> using CReply = std::unique_ptr<T, decltype(&std::free)>;
+
+struct TAtoms {
+    xcb_atom_t wmProtocols;
+    xcb_atom_t wmDeleteWindow;
+    xcb_atom_t netWmName;
+    xcb_atom_t utf8String;
+    /// Our own message: any thread may send it, and the window's thread destroys the window.
+    xcb_atom_t destroy;
+};
+
+constexpr TWindowSize kDefaultSize{640, 480};
+/// The protocol counts sizes in 16 bits, and servers take no more than this.
+constexpr int kLargestSize = 32767;
+
+constexpr std::uint8_t kResponseTypeMask = 0x7F;
+
+class CNativeWindowXcb final : public CNativeWindow {
+public:
+    explicit CNativeWindowXcb(const TXcbLibrary& xcb) : xcb_(xcb) {}
+    ~CNativeWindowXcb() override {
+        if (connection_) xcb_.xcb_disconnect(connection_);
+    }
+
+    bool Open(const wchar* title);
+
+    void* GetHandle() const override { return reinterpret_cast<void*>(std::uintptr_t{window_}); }
+    TWindowSize GetOuterSize(TWindowSize client) const override { return client; }
+    void Resize(TWindowSize outer) override;
+    void SetTitle(const wchar* title) override;
+    void SetOwner(void*) override {}
+    void Destroy() override;
+    void RunLoop() override;
+
+private:
+    const xcb_screen_t* FindScreen(int number) const;
+    void FindAtoms();
+    bool IsEndAsked(const xcb_client_message_event_t& message) const;
+
+    const TXcbLibrary& xcb_;
+    xcb_connection_t* connection_ = nullptr;
+    xcb_window_t window_ = 0;
+    TAtoms atoms_{};
+};
+
+bool CNativeWindowXcb::Open(const wchar* title) {
+    int screenNumber = 0;
+    connection_ = xcb_.xcb_connect(nullptr, &screenNumber);
+    if (xcb_.xcb_connection_has_error(connection_)) return false;
+    const xcb_screen_t* const screen = FindScreen(screenNumber);
+    if (!screen) return false;
+    FindAtoms();
+    window_ = xcb_.xcb_generate_id(connection_);
+    const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    const xcb_void_cookie_t created = xcb_.xcb_create_window(
+        connection_, XCB_COPY_FROM_PARENT, window_, screen->root, 0, 0, std::uint16_t{kDefaultSize.width},
+        std::uint16_t{kDefaultSize.height}, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
+        XCB_CW_EVENT_MASK, &events);
+    xcb_.xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, atoms_.wmProtocols, XCB_ATOM_ATOM,
+                             32, 1, &atoms_.wmDeleteWindow);
+    SetTitle(title);
+    xcb_.xcb_map_window(connection_, window_);
+    const CReply<xcb_generic_error_t> error(xcb_.xcb_request_check(connection_, created), &std::free);
+    return !error && !xcb_.xcb_connection_has_error(connection_);
+}
+
+const xcb_screen_t* CNativeWindowXcb::FindScreen(int number) const {
+    auto screens = xcb_.xcb_setup_roots_iterator(xcb_.xcb_get_setup(connection_));
+    while (screens.rem > 0 && number-- > 0) xcb_.xcb_screen_next(&screens);
+    return screens.rem > 0 ? screens.data : nullptr;
+}
+
+void CNativeWindowXcb::FindAtoms() {
+    struct TRow {
+        const char* name;
+        xcb_atom_t TAtoms::*atom;
+    };
+    constexpr TRow kRows[] = {
+        {"WM_PROTOCOLS", &TAtoms::wmProtocols}, {"WM_DELETE_WINDOW", &TAtoms::wmDeleteWindow},
+        {"_NET_WM_NAME", &TAtoms::netWmName},   {"UTF8_STRING", &TAtoms::utf8String},
+        {"_VORLUND_DESTROY", &TAtoms::destroy},
+    };
+    for (const TRow& row : kRows) {
+        const auto asked =
+            xcb_.xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(row.name)), row.name);
+        const CReply<xcb_intern_atom_reply_t> reply(xcb_.xcb_intern_atom_reply(connection_, asked, nullptr),
+                                                    &std::free);
+        if (reply) atoms_.*row.atom = reply->atom;
+    }
+}
+
+void CNativeWindowXcb::Resize(TWindowSize outer) {
+    const std::uint32_t size[] = {static_cast<std::uint32_t>(std::clamp(outer.width, 1, kLargestSize)),
+                                  static_cast<std::uint32_t>(std::clamp(outer.height, 1, kLargestSize))};
+    xcb_.xcb_configure_window(connection_, window_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
+    xcb_.xcb_flush(connection_);
+}
+
+void CNativeWindowXcb::SetTitle(const wchar* title) {
+    CMessageMemory memory;
+    std::pmr::string text(memory.Get());
+    AppendUtf8(text, title);
+    // The first is for window managers of today, the second for old ones and for tools.
+    for (const xcb_atom_t name : {atoms_.netWmName, xcb_atom_t{XCB_ATOM_WM_NAME}}) {
+        xcb_.xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, name, atoms_.utf8String, 8,
+                                 static_cast<std::uint32_t>(text.size()), text.data());
+    }
+    xcb_.xcb_flush(connection_);
+}
+
+void CNativeWindowXcb::Destroy() {
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window_;
+    message.type = atoms_.destroy;
+    // An empty event mask sends it to whoever created the window: us.
+    xcb_.xcb_send_event(connection_, 0, window_, XCB_EVENT_MASK_NO_EVENT,
+                        reinterpret_cast<const char*>(&message));
+    xcb_.xcb_flush(connection_);
+}
+
+bool CNativeWindowXcb::IsEndAsked(const xcb_client_message_event_t& message) const {
+    if (message.window != window_) return false;
+    return message.type == atoms_.destroy ||
+           (message.type == atoms_.wmProtocols && message.data.data32[0] == atoms_.wmDeleteWindow);
+}
+
+void CNativeWindowXcb::RunLoop() {
+    // A lost connection ends it too: there is no event then.
+    while (const CReply<xcb_generic_event_t> event{xcb_.xcb_wait_for_event(connection_), &std::free}) {
+        const int type = event->response_type & kResponseTypeMask;
+        if (type == XCB_DESTROY_NOTIFY) return;
+        if (type == XCB_CLIENT_MESSAGE &&
+            IsEndAsked(reinterpret_cast<const xcb_client_message_event_t&>(*event))) {
+            xcb_.xcb_destroy_window(connection_, window_);
+            xcb_.xcb_flush(connection_);
+        }
+    }
+}
+
+} // namespace
+
+std::unique_ptr<CNativeWindow> CNativeWindow::Create(const wchar* title) {
+    const TXcbLibrary* const xcb = LoadXcb();
+    if (!xcb) return nullptr;
+    auto window = std::make_unique<CNativeWindowXcb>(*xcb);
+    if (!window->Open(title)) return nullptr;
+    return window;
+}
+
+} // namespace vorlund

@@ -1,0 +1,77 @@
+#include "vorlund/devices/VideoWindow.h"
+
+#include <new>
+#include <system_error>
+
+namespace vorlund {
+
+void CVideoWindow::Open() {
+    if (handle_) return;
+    JoinThread();
+    ready_.SetState(false);
+    try {
+        thread_ = std::thread(&CVideoWindow::RunThread, this);
+    } catch (const std::system_error&) {
+        // No thread, no window: the null handle says so.
+        return;
+    }
+    ready_.Wait();
+}
+
+void CVideoWindow::Close() {
+    if (handle_) native_->Destroy();
+    JoinThread();
+}
+
+void CVideoWindow::SetClientSize(int width, int height) {
+    clientSize_ = {width, height};
+    windowSize_ = {};
+    if (!handle_) return;
+    const TWindowSize outer = native_->GetOuterSize(clientSize_);
+    clientSize_ = {};
+    SetWindowSize(outer.width, outer.height);
+}
+
+void CVideoWindow::SetWindowSize(int width, int height) {
+    windowSize_ = {width, height};
+    if (handle_) native_->Resize(windowSize_);
+}
+
+void CVideoWindow::SetTitle(const wchar* title) {
+    title_ = title;
+    if (handle_) native_->SetTitle(title_);
+}
+
+void CVideoWindow::JoinThread() {
+    if (!thread_.joinable()) return;
+    thread_.join();
+    native_ = nullptr;
+}
+
+void CVideoWindow::RunThread() {
+    try {
+        CreateNative();
+    } catch (const std::bad_alloc&) {
+        // As when the system has no window to give.
+    }
+    const bool isOpen = native_ != nullptr;
+    // From here on the caller's thread goes on, and may set sizes and titles.
+    ready_.SetState(true);
+    if (!isOpen) return;
+    native_->RunLoop();
+    handle_ = nullptr;
+}
+
+void CVideoWindow::CreateNative() {
+    native_ = CNativeWindow::Create(title_);
+    if (!native_) return;
+    handle_ = native_->GetHandle();
+    if (clientSize_.width > 0 && clientSize_.height > 0) {
+        windowSize_ = native_->GetOuterSize(clientSize_);
+        clientSize_ = {};
+    }
+    if (windowSize_.width != 0 && windowSize_.height != 0) native_->Resize(windowSize_);
+    native_->SetOwner(static_cast<IVideoWindow*>(this));
+}
+
+} // namespace vorlund

@@ -1,0 +1,131 @@
+#include "devices/WindowProbe.h"
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+namespace vorlund::test {
+namespace {
+
+template <class T> using CReply = std::unique_ptr<T, decltype(&std::free)>;
+
+template <class T> CReply<T> Own(T* reply) {
+    return {reply, &std::free};
+}
+
+class CConnection {
+public:
+    CConnection() : connection_(xcb_connect(nullptr, nullptr)) {}
+    CConnection(const CConnection&) = delete;
+    CConnection& operator=(const CConnection&) = delete;
+    ~CConnection() { xcb_disconnect(connection_); }
+
+    bool IsOpen() const { return xcb_connection_has_error(connection_) == 0; }
+    operator xcb_connection_t*() const { return connection_; }
+
+    xcb_atom_t FindAtom(const char* name) const {
+        const auto asked =
+            xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
+        const auto reply = Own(xcb_intern_atom_reply(connection_, asked, nullptr));
+        return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+    }
+
+private:
+    xcb_connection_t* connection_;
+};
+
+xcb_window_t ToWindow(void* handle) {
+    return static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(handle));
+}
+
+/// Titles of the tests are in the range that UTF-8 writes with up to three bytes.
+wstring FromUtf8(const char* text, std::size_t size) {
+    wstring units;
+    for (std::size_t i = 0; i < size; ++i) {
+        const unsigned char lead = static_cast<unsigned char>(text[i]);
+        unsigned int code = lead;
+        int more = 0;
+        if (lead >= 0xE0) {
+            code = lead & 0x0F;
+            more = 2;
+        } else if (lead >= 0xC0) {
+            code = lead & 0x1F;
+            more = 1;
+        }
+        for (; more > 0 && i + 1 < size; --more) {
+            code = code << 6 | (static_cast<unsigned char>(text[++i]) & 0x3F);
+        }
+        units += static_cast<wchar>(code);
+    }
+    return units;
+}
+
+wstring GetTitle(const CConnection& connection, xcb_window_t window) {
+    const auto asked = xcb_get_property(connection, 0, window, connection.FindAtom("_NET_WM_NAME"),
+                                        connection.FindAtom("UTF8_STRING"), 0, 1024);
+    const auto reply = Own(xcb_get_property_reply(connection, asked, nullptr));
+    if (!reply) return {};
+    return FromUtf8(static_cast<const char*>(xcb_get_property_value(reply.get())),
+                    static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
+}
+
+} // namespace
+
+bool CanShowWindows() {
+    return CConnection().IsOpen();
+}
+
+void* FindWindowByTitle(const wstring& title) {
+    const CConnection connection;
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    const auto tree = Own(xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
+    if (!tree) return nullptr;
+    const xcb_window_t* const windows = xcb_query_tree_children(tree.get());
+    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
+        if (GetTitle(connection, windows[i]) == title)
+            return reinterpret_cast<void*>(std::uintptr_t{windows[i]});
+    }
+    return nullptr;
+}
+
+std::optional<TWindowView> LookAtWindow(void* handle) {
+    const CConnection connection;
+    const auto reply =
+        Own(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, ToWindow(handle)), nullptr));
+    if (!reply) return {};
+    return TWindowView{GetTitle(connection, ToWindow(handle)), reply->width, reply->height};
+}
+
+void CloseWindowByUser(void* handle) {
+    const CConnection connection;
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = ToWindow(handle);
+    message.type = connection.FindAtom("WM_PROTOCOLS");
+    message.data.data32[0] = connection.FindAtom("WM_DELETE_WINDOW");
+    xcb_send_event(connection, 0, message.window, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char*>(&message));
+    xcb_flush(connection);
+}
+
+std::optional<TWindowPixels> GetWindowPixels(void* handle) {
+    const auto view = LookAtWindow(handle);
+    if (!view) return {};
+    const CConnection connection;
+    const auto asked =
+        xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, ToWindow(handle), 0, 0,
+                      static_cast<std::uint16_t>(view->width), static_cast<std::uint16_t>(view->height), ~0u);
+    const auto reply = Own(xcb_get_image_reply(connection, asked, nullptr));
+    TWindowPixels picture{view->width, view->height, {}};
+    picture.pixels.resize(static_cast<std::size_t>(view->width) * static_cast<std::size_t>(view->height));
+    const std::size_t size = picture.pixels.size() * 4;
+    if (!reply || static_cast<std::size_t>(xcb_get_image_data_length(reply.get())) < size) return {};
+    std::memcpy(picture.pixels.data(), xcb_get_image_data(reply.get()), size);
+    return picture;
+}
+
+} // namespace vorlund::test
