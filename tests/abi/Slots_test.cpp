@@ -343,8 +343,7 @@ static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObject
               kIsPlain<IAudioPcmSampleFormatConverter> && kIsPlain<IAudioPcmChannelNumberConverter> &&
               kIsPlain<IResource> && kIsPlain<IResourceIs> && kIsPlain<IResourceOs> &&
               kIsPlain<IAppendingRos> && kIsPlain<IAudioClip> && kIsPlain<IVideoClip> && kIsPlain<IBitmap> &&
-              kIsPlain<IMediaControl> && kIsPlain<IPropertyPage> && kIsPlain<IDevice>);
-              kIsPlain<IPlasmaVideoGenerator> && kIsPlain<IRandomGenerator> && kIsPlain<IDevice> &&
+              kIsPlain<IMediaControl> && kIsPlain<IPropertyPage> && kIsPlain<IDevice> &&
               kIsPlain<IVideoOutput> && kIsPlain<IVideoWindow>);
 
 } // namespace

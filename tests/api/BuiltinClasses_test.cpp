@@ -131,9 +131,8 @@ const std::vector<CId> kInterfaces =
         IInputStreamFilter, IOutputStreamFilter, IFileInputStream, IFileOutputStream, IFile, IFolder,
         IWavChunkDecoder, IWavDecoder, ICbVideoSource, IPlasmaVideoGenerator, IRandomGenerator, ISetFormatIsf,
         IAudioPcmSampleFormatConverter, IAudioPcmChannelNumberConverter, IResource, IResourceIs, IResourceOs,
-        IAppendingRos, IAudioClip, IVideoClip, IBitmap, IMediaControl, IPropertyPage, IDevice>();
-        IWavChunkDecoder, IWavDecoder, ICbVideoSource, IPlasmaVideoGenerator, IRandomGenerator, IDevice,
-        IVideoOutput, IVideoWindow>();
+        IAppendingRos, IAudioClip, IVideoClip, IBitmap, IMediaControl, IPropertyPage, IDevice, IVideoOutput,
+        IVideoWindow>();
 
 wstring RegisteredName(const TClassRow& row) {
     wstring name = VRL_L("vorlund::");

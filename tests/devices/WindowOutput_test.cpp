@@ -2,12 +2,12 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>
-#include <vorlund/Path.h>
 #include <vorlund/PluginStore.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/VideoOutput.h>
 
 #include "devices/WindowProbe.h"
+#include "file/TemporaryFolder.h"
 #include "support/ChildProcess.h"
 #include "support/Failures.h"
 #include "support/LibraryScope.h"
@@ -27,7 +27,7 @@ namespace {
 class CPluginScope {
 public:
     CPluginScope() {
-        store_.AddPluginPath(PathFromUtf8(BesideProgram("window-output").u8string().c_str()).c_str());
+        store_.AddPluginPath(ToVorlund(BesideProgram("window-output")).c_str());
         store_.LoadPlugin(VRL_L("window-output"));
     }
     CPluginScope(const CPluginScope&) = delete;
@@ -143,7 +143,7 @@ TEST_F(WindowOutput, TheUserClosesTheWindow) {
 }
 
 TEST_F(WindowOutput, OpenOfADeviceTakesTheDefaults) {
-    output->IDevice::Open();
+    output->Open();
     const std::vector<std::uint32_t> frame(640 * 480, 0x80'40'20'00);
     EXPECT_TRUE(output->Present(frame.data()));
     output->Close();
