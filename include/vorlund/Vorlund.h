@@ -5,6 +5,7 @@
 
 #include <vorlund/ClassStore.h>
 #include <vorlund/CodecClassStore.h>
+#include <vorlund/DeviceClassStore.h>
 #include <vorlund/ObjectCounter.h>
 
 namespace vorlund {
@@ -35,12 +36,14 @@ public:
 
     CClassStore& GetClassStore() { return classStore_; }
     CCodecClassStore& GetCodecClassStore() { return codecClassStore_; }
+    CDeviceClassStore& GetDeviceClassStore() { return deviceClassStore_; }
     CObjectCounter& GetObjectCounter() { return objectCounter_; }
 
 private:
     bool initialized_ = false;
     CClassStore classStore_;
     CCodecClassStore codecClassStore_;
+    CDeviceClassStore deviceClassStore_;
     CObjectCounter objectCounter_;
 };
 

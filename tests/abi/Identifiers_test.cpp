@@ -4,6 +4,7 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
+#include <vorlund/Device.h>
 #include <vorlund/File.h>
 #include <vorlund/Generators.h>
 #include <vorlund/MediaObjects.h>
@@ -56,6 +57,7 @@ const TIdRow kIds[] = {
     {"IFileOutputStream", IFileOutputStream::InterfaceId, {0xB321E4B6, 0x6CD84F8B, 0x94D6DC1A, 0x14946231}},
     {"IFile", IFile::InterfaceId, {0xB3CD9843, 0x21DE668F, 0x6DED4892, 0xDE64E408}},
     {"IFolder", IFolder::InterfaceId, {0x073F714C, 0xD5A53317, 0x083B96CF, 0xEDA16CC5}},
+    {"IDevice", IDevice::InterfaceId, {0x24F097B7, 0x4DFD4301, 0xA1E71E1B, 0xA6328858}},
     {"IWavChunkDecoder", IWavChunkDecoder::InterfaceId, {0x3C718E0B, 0xF5A5403B, 0xBCE6CE73, 0x8A5092CC}},
     {"IWavDecoder", IWavDecoder::InterfaceId, {0xC4B0F257, 0xA5504AA6, 0x917BB449, 0x30680C16}},
     {"ICbVideoSource", ICbVideoSource::InterfaceId, {0x7D2ACBA0, 0x2A1B4C5E, 0x9B07DBB6, 0x7A03AE9C}},
@@ -99,6 +101,8 @@ const TIdRow kIds[] = {
     {"CAppendingRos", classid::CAppendingRos, {0xA6EE19E9, 0xF32146E2, 0xAFA21EFF, 0xA0930554}},
     {"CAudioClip", classid::CAudioClip, {0xC3AE26D0, 0xD9184CA0, 0xADDBAFA6, 0xF6EBBFF7}},
     {"CBitmap", classid::CBitmap, {0x6921B3C6, 0x45054D41, 0x90271F9C, 0x039F8768}},
+    {"CAudioDevice", classid::CAudioDevice, {0x9DF8979E, 0x14424383, 0xA3164F6A, 0xD110B15C}},
+    {"CDevice", classid::CDevice, {0x89473E57, 0xFE5D4DBA, 0xA79AB5E1, 0x098F2C75}},
     {"CFile", classid::CFile, {0x918E84D7, 0x03CA40C4, 0xA1A93E28, 0xB0827B88}},
     {"CFileInputStream", classid::CFileInputStream, {0x998C022A, 0xA4F74171, 0xB92B4A73, 0x71BD8306}},
     {"CFileOutputStream", classid::CFileOutputStream, {0x039A99B9, 0x85864E63, 0xA613F839, 0xF0D8B4AD}},
@@ -129,6 +133,7 @@ const TIdRow kIds[] = {
     {"CStringObject", classid::CStringObject, {0xAEA98BB2, 0x6A014A57, 0xB1543E5D, 0x9FFAC41A}},
     {"CSwBufferMediaSample", classid::CSwBufferMediaSample, {0xA5D82DFB, 0x331F4063, 0x83FDCE8D, 0xFF73544F}},
     {"CVideoClip", classid::CVideoClip, {0x6E90B6D4, 0xBA60479E, 0x908CDF74, 0xEBA32064}},
+    {"CVideoDevice", classid::CVideoDevice, {0xF81C0DB0, 0x960349F4, 0x8C229044, 0xA67DD19C}},
     {"CWavChunkDecoder", classid::CWavChunkDecoder, {0x9196075E, 0x9CA345E2, 0x824A41F7, 0x414D7EE9}},
     {"CWavDecoder", classid::CWavDecoder, {0x521C3225, 0x5C8F4D10, 0xBE3A0AB0, 0x62E4711B}},
 };
@@ -163,6 +168,7 @@ static_assert(kExtends<IStream, IObject> && kExtends<IInputStream, IStream> &&
               kExtends<IOutputStream, IStream> && kExtends<IMediaSample, IObject> &&
               kExtends<ISwBufferMediaSample, IMediaSample> && kExtends<IInputStreamFilter, IInputStream> &&
               kExtends<IOutputStreamFilter, IOutputStream>);
+static_assert(kExtends<IDevice, IObject>);
 static_assert(kExtends<IFileInputStream, IInputStream> && kExtends<IFileOutputStream, IOutputStream> &&
               kExtends<IFile, IObject> && kExtends<IFolder, IObject> &&
               kExtends<IWavChunkDecoder, IInputStreamFilter> && kExtends<IWavDecoder, IInputStreamFilter> &&

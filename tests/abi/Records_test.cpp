@@ -42,6 +42,7 @@ std::vector<TOffsetRow> MakeRows() {
     static const TClassInfo classInfo({}, nullptr, nullptr);
     static const TDecoderClassInfo decoder{};
     static const TEncoderClassInfo encoder{};
+    static const TDeviceClassInfo device{{}, DEVICE_TYPE_VIDEO};
     static const TDataFormat format;
     static const TDataFormat_AudioPcm audio;
     static const TPixelFormat pixel;
@@ -61,6 +62,9 @@ std::vector<TOffsetRow> MakeRows() {
         {"TEncoderClassInfo_inputFormatId", OffsetIn(encoder, encoder.inputFormatId), 16},
         {"TEncoderClassInfo_outputFormatId", OffsetIn(encoder, encoder.outputFormatId), 32},
         {"TEncoderClassInfo_End", sizeof(encoder), 48},
+        {"TDeviceClassInfo_classId", OffsetIn(device, device.classId), 0},
+        {"TDeviceClassInfo_deviceType", OffsetIn(device, device.deviceType), 16},
+        {"TDeviceClassInfo_End", sizeof(device), 20},
         {"TDataFormat_id", OffsetIn(format, format.id), 0},
         {"TDataFormat_size", OffsetIn(format, format.size), 16},
         {"TDataFormat_End", sizeof(format), 20},
@@ -94,6 +98,7 @@ std::vector<TOffsetRow> MakeRows() {
         {"CString_End", sizeof(CString), kPointer},
         {"CClassStore_End", sizeof(CClassStore), kPointer},
         {"CCodecClassStore_End", sizeof(CCodecClassStore), kPointer},
+        {"CDeviceClassStore_End", sizeof(CDeviceClassStore), kPointer},
         {"CObjectCounter_End", sizeof(CObjectCounter), kPointer},
         {"CReadWriteLock_End", sizeof(CReadWriteLock), kPointer},
         {"TCbData_pixels", OffsetIn(frame, frame.pixels), 0},
@@ -108,6 +113,7 @@ std::vector<TOffsetRow> MakeRows() {
         {"TExceptionType_End", sizeof(TExceptionType), 4},
         {"TDebugMessageType_End", sizeof(TDebugMessageType), 4},
         {"TLockMode_End", sizeof(TLockMode), 4},
+        {"TDeviceType_End", sizeof(TDeviceType), 4},
     };
 }
 
@@ -123,7 +129,8 @@ INSTANTIATE_TEST_SUITE_P(Rows, Records, testing::ValuesIn(MakeRows()),
 // Copied byte by byte.
 static_assert(std::is_trivially_copyable_v<CId> && std::is_trivially_copyable_v<TClassInfo> &&
               std::is_trivially_copyable_v<TDecoderClassInfo> &&
-              std::is_trivially_copyable_v<TEncoderClassInfo> && std::is_trivially_copyable_v<TDataFormat> &&
+              std::is_trivially_copyable_v<TEncoderClassInfo> &&
+              std::is_trivially_copyable_v<TDeviceClassInfo> && std::is_trivially_copyable_v<TDataFormat> &&
               std::is_trivially_copyable_v<TDataFormat_AudioPcm> &&
               std::is_trivially_copyable_v<TDataFormat_ImageRgb> &&
               std::is_trivially_copyable_v<TDataFormat_VideoRgb> &&
@@ -159,8 +166,12 @@ TEST(Records, ObjectFieldsInOrder) {
 
 TEST(Records, LibraryObjectMembersInOrder) {
     const char* const begin = reinterpret_cast<const char*>(&v);
-    const std::vector<const void*> members = {begin, &v.GetClassStore(), &v.GetCodecClassStore(),
-                                              &v.GetObjectCounter(), begin + sizeof(v)};
+    const std::vector<const void*> members = {begin,
+                                              &v.GetClassStore(),
+                                              &v.GetCodecClassStore(),
+                                              &v.GetDeviceClassStore(),
+                                              &v.GetObjectCounter(),
+                                              begin + sizeof(v)};
     for (std::size_t i = 1; i < members.size(); ++i) EXPECT_LT(members[i - 1], members[i]) << i;
 }
 

@@ -2,6 +2,7 @@
 #include <vorlund/AudioPcmConverters.h>
 #include <vorlund/BinaryLock.h>
 #include <vorlund/CbVideoSource.h>
+#include <vorlund/Device.h>
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
 #include <vorlund/Generators.h>
@@ -193,6 +194,8 @@ std::vector<TSlotRow> MakeRows() {
              {"GetPath", SlotOf(&IFolder::GetPath)},
              {"Initialize", SlotOf(&IFolder::Initialize)}},
             SlotCount<IFolder>());
+    AddRows(rows, "IDevice", 7, {{"Open", SlotOf(&IDevice::Open)}, {"Close", SlotOf(&IDevice::Close)}},
+            SlotCount<IDevice>());
     AddRows(rows, "IWavChunkDecoder", 22,
             {{"EnumerateChunks", SlotOf(&IWavChunkDecoder::EnumerateChunks)},
              {"GetChunkSize", SlotOf(&IWavChunkDecoder::GetChunkSize)},
@@ -322,7 +325,7 @@ static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObject
               kIsPlain<IAudioPcmSampleFormatConverter> && kIsPlain<IAudioPcmChannelNumberConverter> &&
               kIsPlain<IResource> && kIsPlain<IResourceIs> && kIsPlain<IResourceOs> &&
               kIsPlain<IAppendingRos> && kIsPlain<IAudioClip> && kIsPlain<IVideoClip> && kIsPlain<IBitmap> &&
-              kIsPlain<IMediaControl> && kIsPlain<IPropertyPage>);
+              kIsPlain<IMediaControl> && kIsPlain<IPropertyPage> && kIsPlain<IDevice>);
 
 } // namespace
 } // namespace vorlund::test

@@ -1,4 +1,4 @@
-// What happens when the library ends while it is open, and what a factory that raises leaves behind: seen
+// What happens when the library ends while it is open, and what a failed creation leaves behind: seen
 // from outside, because it ends the process.
 #include "support/ChildProcess.h"
 
@@ -19,6 +19,9 @@ constexpr const char* kCounter =
 constexpr const char* kCodecStore =
     "Exception: type=CBugException | method=vorlund::CCodecClassStore::~CCodecClassStore | "
     "file=src/vorlund/data/CodecClassStore | line=58 | reason=Not closed";
+constexpr const char* kDeviceStore =
+    "Exception: type=CBugException | method=vorlund::CDeviceClassStore::~CDeviceClassStore | "
+    "file=src/vorlund/devices/DeviceClassStore | line=29 | reason=Not closed";
 constexpr const char* kClassStore =
     "Exception: type=CBugException | method=vorlund::CClassStore::~CClassStore | "
     "file=src/vorlund/api/ClassStore | line=28 | reason=Not closed";
@@ -67,6 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
                     // An initialisation that did not come to its end: the members report, the last one first.
                     TEndRow{"lifecycle_child", "counter-open", kCounter},
                     TEndRow{"lifecycle_child", "codec-store-open", kCodecStore},
+                    TEndRow{"lifecycle_child", "device-store-open", kDeviceStore},
                     TEndRow{"lifecycle_child", "class-store-open", kClassStore},
                     TEndRow{"unload_child", "never-opened", nullptr},
                     TEndRow{"unload_child", "closed", nullptr}, TEndRow{"unload_child", "open", kVorlund},
@@ -93,7 +97,14 @@ TEST_P(UnfinishedFactory, LeavesTheLockWithItsThread) {
 INSTANTIATE_TEST_SUITE_P(Rows, UnfinishedFactory,
                          testing::Values(TLinesRow{"lock-left-to-others",
                                                    "before went on\nthis went on\nother is blocked\n"},
-                                         TLinesRow{"lock-of-an-ended-thread", "close is blocked\n"}),
+                                         TLinesRow{"lock-of-an-ended-thread", "close is blocked\n"},
+                                         TLinesRow{"device-lock-left-to-others",
+                                                   "before went on\noutput Exception: "
+                                                   "type=CClassNotFoundException | "
+                                                   "method=vorlund::CDeviceClassStore::CreateDevice | "
+                                                   "file=src/vorlund/devices/DeviceClassStore | line=75 | "
+                                                   "reason=\ncreation failed\nthis went on\n"
+                                                   "other is blocked\n"}),
                          [](const auto& row) {
                              std::string name = row.param.mode;
                              std::replace(name.begin(), name.end(), '-', '_');

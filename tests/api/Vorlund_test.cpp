@@ -128,6 +128,7 @@ TEST_F(Vorlund, StoreThatIsOpenAlreadyKeepsWhatItHas) {
 
 TEST_F(Vorlund, StoreThatWasClosedMeanwhileIsNoObstacle) {
     v.Init();
+    v.GetDeviceClassStore().Close();
     v.GetCodecClassStore().Close();
     v.GetClassStore().Close();
     v.GetObjectCounter().Close();
@@ -144,6 +145,7 @@ TEST_F(Vorlund, EveryStoreIsClosed) {
     EXPECT_THROW(v.GetObjectCounter().OnDestroyObject({}), CBugException);
     EXPECT_THROW(v.GetClassStore().GetClassInfo(classid::CObject), CBugException);
     EXPECT_THROW(v.GetCodecClassStore().GetDecoderClassInfo({}, {}), CBugException);
+    EXPECT_THROW(v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_AUDIO), CBugException);
 }
 
 TEST_F(Vorlund, AnotherLibraryObjectHasStoresOfItsOwn) {

@@ -3,6 +3,7 @@
 #include "api/ChildReports.h"
 
 #include <vorlund/ClassIds.h>
+#include <vorlund/Exception.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/Vorlund.h>
 
@@ -70,6 +71,10 @@ int Run(std::string_view mode) {
         v.GetCodecClassStore().Init();
         return 0;
     }
+    if (mode == "device-store-open") {
+        v.GetDeviceClassStore().Init();
+        return 0;
+    }
     if (mode == "class-store-open") {
         v.GetClassStore().Init();
         return 0;
@@ -88,6 +93,23 @@ int Run(std::string_view mode) {
         CClassStore& store = MakeStore();
         std::thread([&] { LeaveTheLock(store); }).join();
         ReportEnd("close", [&] { store.Close(); });
+        return 1;
+    }
+
+    if (mode == "device-lock-left-to-others") {
+        v.Init();
+        auto& store = *new CDeviceClassStore;
+        store.Init();
+        const auto registerDevice = [&] { store.RegisterDevice({classid::CDevice, DEVICE_TYPE_AUDIO}); };
+        ReportEnd("before", registerDevice);
+        try {
+            store.CreateDevice(DEVICE_TYPE_VIDEO);
+        } catch (const CClassNotFoundException&) {
+            WriteLine("creation", "failed");
+        }
+        registerDevice();
+        WriteLine("this", "went on");
+        ReportEnd("other", registerDevice);
         return 1;
     }
 

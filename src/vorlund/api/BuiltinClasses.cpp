@@ -28,6 +28,7 @@
 #include "vorlund/devices/MediaControl.h"
 #include "vorlund/devices/PropertyPage.h"
 #include "vorlund/devices/VideoClip.h"
+#include "vorlund/devices/Device.h"
 #include "vorlund/util/Object.h"
 #include "vorlund/util/ObjectEnumerator.h"
 #include "vorlund/util/ObjectList.h"
@@ -39,6 +40,7 @@
 #include <vorlund/ClassStore.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
+#include <vorlund/Vorlund.h>
 
 namespace vorlund {
 namespace {
@@ -48,14 +50,21 @@ template <class TClass> constexpr TClassInfo Builtin(const wchar* name) {
     return {TClass::ClassId, name, &NewObject<TClass>};
 }
 
+/// No class of its own: whatever device is registered for a type, with the failures of its creation.
+template <TDeviceType type> IObject* NewDevice() {
+    return v.GetDeviceClassStore().CreateDevice(type);
+}
+
 /// In the order of registration, which is alphabetical: a new class goes to its place in the alphabet.
 constexpr TClassInfo kClasses[] = {
     Builtin<CAppendingRos>(VRL_L("vorlund::CAppendingRos")),
     Builtin<CAudioClip>(VRL_L("vorlund::CAudioClip")),
+    {classid::CAudioDevice, VRL_L("vorlund::CAudioDevice"), &NewDevice<DEVICE_TYPE_AUDIO>},
     Builtin<CAudioPcmChannelNumberConverter>(VRL_L("vorlund::CAudioPcmChannelNumberConverter")),
     Builtin<CAudioPcmSampleFormatConverter>(VRL_L("vorlund::CAudioPcmSampleFormatConverter")),
     Builtin<CBitmap>(VRL_L("vorlund::CBitmap")),
     Builtin<CCbVideoSource>(VRL_L("vorlund::CCbVideoSource")),
+    Builtin<CDevice>(VRL_L("vorlund::CDevice")),
     Builtin<CFile>(VRL_L("vorlund::CFile")),
     Builtin<CFileInputStream>(VRL_L("vorlund::CFileInputStream")),
     Builtin<CFileOutputStream>(VRL_L("vorlund::CFileOutputStream")),
@@ -82,6 +91,7 @@ constexpr TClassInfo kClasses[] = {
     Builtin<CStringObject>(VRL_L("vorlund::CStringObject")),
     Builtin<CSwBufferMediaSample>(VRL_L("vorlund::CSwBufferMediaSample")),
     Builtin<CVideoClip>(VRL_L("vorlund::CVideoClip")),
+    {classid::CVideoDevice, VRL_L("vorlund::CVideoDevice"), &NewDevice<DEVICE_TYPE_VIDEO>},
     Builtin<CWavChunkDecoder>(VRL_L("vorlund::CWavChunkDecoder")),
     Builtin<CWavDecoder>(VRL_L("vorlund::CWavDecoder")),
 };

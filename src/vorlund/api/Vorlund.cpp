@@ -27,6 +27,7 @@ void CVorlund::Init() {
     if (initialized_) return;
     classStore_.Init();
     codecClassStore_.Init();
+    deviceClassStore_.Init();
     RegisterBuiltinClasses(classStore_);
     RegisterBuiltinDecoders(codecClassStore_);
     // Registering creates no objects, so the counter may come this late.
@@ -40,6 +41,7 @@ void CVorlund::Close() {
     initialized_ = false;
     // Kept on purpose: the counter closes before anything else, which makes late destruction visible.
     objectCounter_.Close();
+    deviceClassStore_.Close();
     codecClassStore_.Close();
     classStore_.Close();
 }

@@ -1,0 +1,28 @@
+/// \file
+/// Devices: what plays sound or shows pictures, as plug-ins and applications supply it.
+#pragma once
+
+#include <vorlund/Object.h>
+
+namespace vorlund {
+
+/// A device. Classes of devices are registered with the device class store under their type, and derive from
+/// `CObjectImpl<IDevice>` or from an interface of their own that extends this one. One thread at a time.
+class IDevice : public IObject {
+public:
+    using TBase = IObject;
+    static constexpr CId InterfaceId{0x24F097B7, 0x4DFD4301, 0xA1E71E1B, 0xA6328858};
+
+    /// Takes possession of what the device stands for. What it raises is the device class's own business; the
+    /// default device does nothing.
+    virtual void Open() = 0;
+
+    /// Gives back what `Open` took; for a device that is not open it does nothing. The default device does
+    /// nothing.
+    virtual void Close() = 0;
+
+protected:
+    ~IDevice() = default;
+};
+
+} // namespace vorlund

@@ -1,0 +1,75 @@
+/// \file
+/// The registry of device classes.
+#pragma once
+
+#include <vorlund/Id.h>
+
+namespace vorlund {
+
+class IDevice;
+class IObjectList;
+
+/// What a device is for. The library uses no other value.
+enum TDeviceType : int { DEVICE_TYPE_AUDIO = 0, DEVICE_TYPE_VIDEO = 1 };
+
+/// A device class: a class of the class store that implements `IDevice`, and what it is for.
+struct TDeviceClassInfo {
+    CId classId;
+    TDeviceType deviceType;
+
+    constexpr TDeviceClassInfo(CId id, TDeviceType type) : classId(id), deviceType(type) {}
+};
+
+/// The registry of device classes. Registrations keep their order; duplicates are kept, and the first class
+/// of a type is the one that is created. The library itself registers none.
+///
+/// Registration, creation and enumeration may come from any thread; each holds the store's lock, the creation
+/// of objects included. The class store's lock is taken under it, and by the classes "vorlund::CAudioDevice"
+/// and "vorlund::CVideoDevice" the other way round: when several threads create devices at the same time, let
+/// all of them do it by `CreateDevice`, or all of them through the class store. `Init` and `Close` belong to
+/// the start and the end of the library.
+class VRL_API CDeviceClassStore {
+public:
+    /// Closed.
+    CDeviceClassStore() = default;
+    CDeviceClassStore(const CDeviceClassStore&) = delete;
+    CDeviceClassStore& operator=(const CDeviceClassStore&) = delete;
+
+    /// Raises `CBugException` "Not closed" while open.
+    ~CDeviceClassStore() noexcept(false);
+
+    /// Opens the store; nothing happens when it is open.
+    void Init();
+
+    /// Forgets every class and closes the store; nothing happens when it is closed. Gives back what the
+    /// calling thread still holds of the store's lock. When another thread has left the lock held, raises
+    /// `CBugException` "Still locked" (see `CBinaryLock`); the store is closed all the same.
+    void Close();
+
+    /// Registers a copy of `info` behind the others. Raises `CBugException` "Not initialized" while closed
+    /// and "Class must be registered first" when the class store does not know the class.
+    void RegisterDevice(const TDeviceClassInfo& info);
+
+    /// A new object of the first class registered for `type`, one reference owned by the caller.
+    ///
+    /// Raises `CClassNotFoundException` with an empty reason when there is none. The store's lock then stays
+    /// with the calling thread, which can go on using the store; other threads wait until that thread closes
+    /// it.
+    ///
+    /// Raises `CBugException` "Not initialized" while closed, "Device class not found" when the class yields
+    /// no object and "Device interface not found" when the object is no `IDevice`, and passes on what the
+    /// class store raises.
+    IDevice* CreateDevice(TDeviceType type) const;
+
+    /// A new list, owned by the caller, with one `IPtrObject` per registration, in order, that points at the
+    /// store's `TDeviceClassInfo` copy (valid until `Close`); empty while the store is closed. Raises what
+    /// creating an object raises, and `CBugException` "Cannot create object list" or "Cannot create pointer
+    /// object" when their classes were replaced by others of another kind.
+    IObjectList* EnumerateDevices() const;
+
+private:
+    struct TData;
+    TData* data_ = nullptr;
+};
+
+} // namespace vorlund
