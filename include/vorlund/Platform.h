@@ -9,6 +9,8 @@
 #if defined(_WIN32)
 /// Marks a UTF-16 literal: `VRL_L("text")`.
 #define VRL_L(text) L##text
+/// Marks the entry points of a plug-in (Plugin.h); on Windows their exports stand in the module definition.
+#define VRL_PLUGIN_ENTRY
 #if defined(VORLUND_STATIC)
 #define VRL_API
 #elif defined(VORLUND_BUILDING)
@@ -24,6 +26,7 @@ using wchar = wchar_t;
 #else
 #define VRL_L(text) u##text
 #define VRL_API __attribute__((visibility("default")))
+#define VRL_PLUGIN_ENTRY __attribute__((visibility("default")))
 namespace vorlund {
 using wchar = char16_t;
 } // namespace vorlund

@@ -7,6 +7,7 @@
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DeviceClassStore.h>
 #include <vorlund/ObjectCounter.h>
+#include <vorlund/PluginStore.h>
 
 namespace vorlund {
 
@@ -24,12 +25,14 @@ public:
     /// when the library is unloaded or the process ends.
     ~CVorlund() noexcept(false);
 
-    /// Opens the stores, registers the built-in classes and decoders and opens the object counter; does
-    /// nothing when initialised. What a step raises passes on; the steps before it stay done and `Close` does
-    /// nothing.
+    /// Opens the stores, registers the built-in classes and decoders, opens the object counter and loads
+    /// every available plug-in; does nothing when initialised. What a step raises, plug-ins included, passes
+    /// on; the steps before it stay done and `Close` does nothing. A host that wants to go on then closes
+    /// what is open in the order of `Close`: object counter, plug-in store, device, codec and class store.
     void Init();
 
-    /// Closes the object counter, then the stores; does nothing when not initialised. Objects that still
+    /// Closes the object counter, then the plug-in store, which closes and unloads the plug-ins, then the
+    /// other stores; does nothing when not initialised. Objects that still
     /// exist raise `CBugException` "Not initialized" when they are destroyed later. `Init` may be called
     /// again: the stores then start empty and serial numbers at 1.
     void Close();
@@ -37,6 +40,7 @@ public:
     CClassStore& GetClassStore() { return classStore_; }
     CCodecClassStore& GetCodecClassStore() { return codecClassStore_; }
     CDeviceClassStore& GetDeviceClassStore() { return deviceClassStore_; }
+    CPluginStore& GetPluginStore() { return pluginStore_; }
     CObjectCounter& GetObjectCounter() { return objectCounter_; }
 
 private:
@@ -44,6 +48,7 @@ private:
     CClassStore classStore_;
     CCodecClassStore codecClassStore_;
     CDeviceClassStore deviceClassStore_;
+    CPluginStore pluginStore_;
     CObjectCounter objectCounter_;
 };
 

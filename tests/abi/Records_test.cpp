@@ -170,6 +170,7 @@ TEST(Records, LibraryObjectMembersInOrder) {
                                               &v.GetClassStore(),
                                               &v.GetCodecClassStore(),
                                               &v.GetDeviceClassStore(),
+                                              &v.GetPluginStore(),
                                               &v.GetObjectCounter(),
                                               begin + sizeof(v)};
     for (std::size_t i = 1; i < members.size(); ++i) EXPECT_LT(members[i - 1], members[i]) << i;

@@ -27,8 +27,9 @@ data      include/vorlund/(StreamImpl|StreamSelector|File|Path|WavDecoder).h
 data      include/vorlund/(AudioPcmConverters|Blob|CbVideoSource|Generators|Resource|SetFormatIsf).h
 serial    include/vorlund/(BufferedReader|CharFormat|LineReader|Reader|TextReader|TextWriter|VarReader|VarWriter|Writer).h
 devices   include/vorlund/(Device|DeviceClassStore|MediaObjects|VideoOutput|VideoWindow).h
-api       include/vorlund/(PluginStore|Vorlund).h
-api       src/vorlund/api/(BuiltinClasses|ClassIndex|ClassStore|LibraryEntry_win32|ObjectServices|PluginStore|Vorlund).(h|cpp)
+api       include/vorlund/(Plugin|PluginStore|Vorlund).h
+api       src/vorlund/api/PluginModule.h
+api       src/vorlund/api/(BuiltinClasses|ClassIndex|ClassStore|LibraryEntry_win32|ObjectServices|PluginStore|PluginImage|Plugin(Image|Module)_(posix|win32)|Vorlund).(h|cpp)
 objects   src/vorlund/api/ObjectCounter.cpp
 values    src/vorlund/api/[^/]*
 system    src/vorlund/system/[^/]*

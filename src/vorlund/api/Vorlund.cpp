@@ -32,6 +32,12 @@ void CVorlund::Init() {
     RegisterBuiltinDecoders(codecClassStore_);
     // Registering creates no objects, so the counter may come this late.
     objectCounter_.Init();
+    pluginStore_.Init();
+    const unsigned int calls = pluginStore_.GetCallCount();
+    pluginStore_.LoadAvailablePlugins();
+    // The search has used objects, and none of them is left. Where it found no plug-in, the application's
+    // first object is number 1 all the same.
+    if (pluginStore_.GetCallCount() == calls) objectCounter_.Init();
     initialized_ = true;
 }
 
@@ -41,6 +47,7 @@ void CVorlund::Close() {
     initialized_ = false;
     // Kept on purpose: the counter closes before anything else, which makes late destruction visible.
     objectCounter_.Close();
+    pluginStore_.Close();
     deviceClassStore_.Close();
     codecClassStore_.Close();
     classStore_.Close();

@@ -1,0 +1,23 @@
+#include "vorlund/api/PluginImage.h"
+
+#include "vorlund/data/file/FileSystem.h"
+
+namespace vorlund {
+
+CImageFile::CImageFile(const wchar* path) : file_(filesystem::OpenInput(path, length_)) {}
+
+CImageFile::~CImageFile() {
+    if (file_ >= 0) filesystem::CloseInput(file_);
+}
+
+bool CImageFile::Read(std::uint64_t offset, void* buffer, std::size_t size) const {
+    return Has(offset, size) && filesystem::ReadAt(file_, static_cast<std::int64_t>(offset), buffer,
+                                                   static_cast<std::uint32_t>(size)) == size;
+}
+
+bool CImageFile::Has(std::uint64_t offset, std::uint64_t size) const {
+    const auto length = static_cast<std::uint64_t>(length_);
+    return offset <= length && size <= length - offset;
+}
+
+} // namespace vorlund

@@ -1,0 +1,59 @@
+// PE images. The format: Microsoft's "PE Format" specification.
+#include "vorlund/api/PluginImage.h"
+
+#include "vorlund/system/WindowsLean.h"
+
+#include <algorithm>
+#include <vector>
+
+/// The beginning of the image that this code is part of; the linker defines it.
+extern "C" const IMAGE_DOS_HEADER __ImageBase;
+
+namespace vorlund {
+namespace {
+
+using THeaders = IMAGE_NT_HEADERS;
+using TSection = IMAGE_SECTION_HEADER;
+
+const THeaders& OwnHeaders() {
+    const char* const base = reinterpret_cast<const char*>(&__ImageBase);
+    return *reinterpret_cast<const THeaders*>(base + __ImageBase.e_lfanew);
+}
+
+bool IsForThisProcess(const THeaders& headers) {
+    const THeaders& own = OwnHeaders();
+    return headers.Signature == own.Signature && headers.FileHeader.Machine == own.FileHeader.Machine &&
+           headers.OptionalHeader.Magic == own.OptionalHeader.Magic &&
+           headers.FileHeader.SizeOfOptionalHeader == sizeof(headers.OptionalHeader) &&
+           (headers.FileHeader.Characteristics & IMAGE_FILE_DLL) != 0;
+}
+
+/// Whether the mapped ranges follow each other inside the image.
+bool AreInOrder(const std::vector<TSection>& sections, const IMAGE_OPTIONAL_HEADER& image) {
+    std::uint64_t end = image.SizeOfHeaders;
+    for (const TSection& section : sections) {
+        if (section.VirtualAddress < end) return false;
+        end = std::uint64_t{section.VirtualAddress} + section.Misc.VirtualSize;
+    }
+    return !sections.empty() && end <= image.SizeOfImage;
+}
+
+} // namespace
+
+bool CImageFile::IsWhole() const {
+    IMAGE_DOS_HEADER dos;
+    if (!Read(0, &dos, sizeof(dos)) || dos.e_magic != __ImageBase.e_magic || dos.e_lfanew < 0) return false;
+    const auto at = static_cast<std::uint64_t>(dos.e_lfanew);
+    THeaders headers;
+    if (!Read(at, &headers, sizeof(headers)) || !IsForThisProcess(headers) ||
+        !Has(0, headers.OptionalHeader.SizeOfHeaders))
+        return false;
+    std::vector<TSection> sections(headers.FileHeader.NumberOfSections);
+    if (!Read(at + sizeof(headers), sections.data(), sections.size() * sizeof(TSection))) return false;
+    const bool isComplete = std::all_of(sections.begin(), sections.end(), [this](const TSection& section) {
+        return section.PointerToRawData == 0 || Has(section.PointerToRawData, section.SizeOfRawData);
+    });
+    return isComplete && AreInOrder(sections, headers.OptionalHeader);
+}
+
+} // namespace vorlund

@@ -1,0 +1,30 @@
+// What the plug-in store needs of the operating system. A port supplies everything declared here in a file
+// PluginModule_<system>.cpp. Nothing here raises, except std::bad_alloc.
+#pragma once
+
+#include <vorlund/Platform.h>
+
+namespace vorlund::pluginmodule {
+
+/// What stands between folders, and the extension of shared libraries.
+extern const wchar kSeparator;
+extern const wchar* const kExtension;
+
+using TInitEntry = bool (*)();
+using TCloseEntry = void (*)();
+
+/// The full path of the process's executable file; empty when it is not known, or longer than 255 units where
+/// the system has that limit.
+wstring GetHostPath();
+
+/// Loads a shared library; null when the system refuses. Only for files that are whole (PluginImage.h).
+void* Load(const wchar* path);
+
+/// The entry points of a loaded plug-in, or null.
+TInitEntry FindInitEntry(void* module);
+TCloseEntry FindCloseEntry(void* module);
+
+/// Gives back one `Load`.
+void Unload(void* module);
+
+} // namespace vorlund::pluginmodule
