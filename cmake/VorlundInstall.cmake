@@ -21,6 +21,11 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/VorlundConfigVersion.cmak
 install(FILES ${PROJECT_BINARY_DIR}/VorlundConfig.cmake ${PROJECT_BINARY_DIR}/VorlundConfigVersion.cmake
     DESTINATION ${package_dir})
 
+install(FILES
+    ${PROJECT_SOURCE_DIR}/cmake/VorlundPlugin.cmake ${PROJECT_SOURCE_DIR}/cmake/VorlundPlugin.def
+    ${PROJECT_SOURCE_DIR}/cmake/VorlundPlugin.ld ${PROJECT_SOURCE_DIR}/cmake/VorlundPlugin.map
+    DESTINATION ${package_dir})
+
 # The file finds its own prefix, so that an installed tree may be moved.
 file(RELATIVE_PATH VORLUND_PC_PREFIX
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})

@@ -73,10 +73,6 @@ public:
     void Dump() const;
 
 private:
-    friend class CVorlund;
-    /// How many init entries were called so far.
-    unsigned int GetCallCount() const;
-
     struct TData;
     TData* data_;
 };

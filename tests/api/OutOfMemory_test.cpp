@@ -77,12 +77,15 @@ TEST(OutOfMemory, InitLeavesWhatItHasDoneAndMayBeRepeated) {
 }
 
 TEST(OutOfMemory, RepeatedInitFindsTheCounterAndThePartOfTheClasses) {
-    // The counter is the last thing that Init allocates.
+    // The counter is the last thing that Init allocates before it looks for plug-ins.
     int last = 0;
     {
         const CAllocationCount count;
         v.Init();
-        last = static_cast<int>(count.Get()) - 1;
+        const std::size_t whole = count.Get();
+        v.GetPluginStore().LoadAvailablePlugins();
+        const std::size_t search = count.Get() - whole;
+        last = static_cast<int>(whole - search) - 1;
         v.Close();
     }
     {

@@ -2,6 +2,8 @@
 
 #include "vorlund/data/file/FileSystem.h"
 
+#include <string>
+
 namespace vorlund {
 
 CImageFile::CImageFile(const wchar* path) : file_(filesystem::OpenInput(path, length_)) {}
@@ -18,6 +20,17 @@ bool CImageFile::Read(std::uint64_t offset, void* buffer, std::size_t size) cons
 bool CImageFile::Has(std::uint64_t offset, std::uint64_t size) const {
     const auto length = static_cast<std::uint64_t>(length_);
     return offset <= length && size <= length - offset;
+}
+
+bool CImageFile::HasNames(std::uint64_t offset, std::uint64_t size, std::string_view first,
+                          std::string_view second) const {
+    if (!Has(offset, size)) return false;
+    std::string names(static_cast<std::size_t>(size), '\0');
+    if (!Read(offset, names.data(), names.size())) return false;
+    const auto has = [&names](std::string_view name) {
+        return names.find(std::string(name) + '\0') != std::string::npos;
+    };
+    return has(first) && has(second);
 }
 
 } // namespace vorlund

@@ -1,5 +1,5 @@
 // ELF images. The format: "Tool Interface Standard (TIS) Executable and Linking Format (ELF) Specification",
-// version 1.2, and the System V ABI's chapters on program loading.
+// version 1.2, and the System V ABI's chapters on program loading and dynamic linking.
 #include "vorlund/api/PluginImage.h"
 
 #include <algorithm>
@@ -16,6 +16,8 @@ namespace {
 
 using THeader = ElfW(Ehdr);
 using TSegment = ElfW(Phdr);
+using TDynamic = ElfW(Dyn);
+using TSegments = std::vector<TSegment>;
 
 bool IsForThisProcess(const THeader& header) {
     const THeader& own = __ehdr_start;
@@ -25,39 +27,66 @@ bool IsForThisProcess(const THeader& header) {
            header.e_phentsize == sizeof(TSegment);
 }
 
-/// Whether the mapped ranges follow each other, and what else the loader looks at lies in them: it puts each
-/// where it says, over whatever is there.
-bool AreInOrder(const std::vector<TSegment>& segments) {
+/// Whether the mapped ranges follow each other, and what else the loader looks at lies before their end: it
+/// puts each where it says, over whatever is there.
+bool AreInOrder(const TSegments& segments) {
     std::uint64_t end = 0;
-    bool isLoaded = false;
     for (const TSegment& segment : segments) {
         if (segment.p_type != PT_LOAD) continue;
         const std::uint64_t begin = segment.p_vaddr;
         if (segment.p_memsz < segment.p_filesz || begin < end || segment.p_memsz > UINTPTR_MAX - begin)
             return false;
         end = begin + segment.p_memsz;
-        isLoaded = true;
     }
-    return isLoaded && std::all_of(segments.begin(), segments.end(), [end](const TSegment& segment) {
-               return segment.p_filesz == 0 ||
-                      (segment.p_vaddr <= end && segment.p_filesz <= end - segment.p_vaddr);
-           });
+    return std::all_of(segments.begin(), segments.end(), [end](const TSegment& segment) {
+        return segment.p_filesz == 0 || (segment.p_vaddr <= end && segment.p_filesz <= end - segment.p_vaddr);
+    });
+}
+
+/// A part of the file.
+struct TRange {
+    std::uint64_t offset = 0;
+    std::uint64_t size = 0;
+};
+
+/// Where the names of the dynamic symbols lie; an empty range when the file does not tell.
+TRange FindNames(const TSegments& segments, const std::vector<TDynamic>& entries) {
+    std::uint64_t address = 0;
+    TRange names;
+    for (const TDynamic& entry : entries) {
+        if (entry.d_tag == DT_NULL) break;
+        if (entry.d_tag == DT_STRTAB) address = entry.d_un.d_ptr;
+        if (entry.d_tag == DT_STRSZ) names.size = entry.d_un.d_val;
+    }
+    for (const TSegment& segment : segments) {
+        if (segment.p_type != PT_LOAD || address < segment.p_vaddr) continue;
+        const std::uint64_t distance = address - segment.p_vaddr;
+        if (distance > segment.p_filesz || names.size > segment.p_filesz - distance) continue;
+        names.offset = segment.p_offset + distance;
+        return names;
+    }
+    return {};
 }
 
 } // namespace
 
-bool CImageFile::IsWhole() const {
+bool CImageFile::IsPlugin() const {
     THeader header;
     if (!Read(0, &header, sizeof(header)) || !IsForThisProcess(header)) return false;
-    std::vector<TSegment> segments(header.e_phnum);
+    TSegments segments(header.e_phnum);
     if (!Read(header.e_phoff, segments.data(), segments.size() * sizeof(TSegment))) return false;
     const bool isComplete = std::all_of(segments.begin(), segments.end(), [this](const TSegment& segment) {
         return Has(segment.p_offset, segment.p_filesz);
     });
-    const bool isLinked = std::any_of(segments.begin(), segments.end(), [](const TSegment& segment) {
-        return segment.p_type == PT_DYNAMIC && segment.p_filesz > 0;
-    });
-    return isComplete && isLinked && AreInOrder(segments);
+    if (!isComplete || !AreInOrder(segments)) return false;
+
+    const auto dynamic = std::find_if(segments.begin(), segments.end(),
+                                      [](const TSegment& segment) { return segment.p_type == PT_DYNAMIC; });
+    if (dynamic == segments.end()) return false;
+    std::vector<TDynamic> entries(dynamic->p_filesz / sizeof(TDynamic));
+    if (!Read(dynamic->p_offset, entries.data(), entries.size() * sizeof(TDynamic))) return false;
+    const TRange names = FindNames(segments, entries);
+    return HasNames(names.offset, names.size, "?VrlInitPlugin", "?VrlClosePlugin");
 }
 
 } // namespace vorlund

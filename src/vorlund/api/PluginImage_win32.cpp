@@ -14,6 +14,7 @@ namespace {
 
 using THeaders = IMAGE_NT_HEADERS;
 using TSection = IMAGE_SECTION_HEADER;
+using TSections = std::vector<TSection>;
 
 const THeaders& OwnHeaders() {
     const char* const base = reinterpret_cast<const char*>(&__ImageBase);
@@ -29,18 +30,29 @@ bool IsForThisProcess(const THeaders& headers) {
 }
 
 /// Whether the mapped ranges follow each other inside the image.
-bool AreInOrder(const std::vector<TSection>& sections, const IMAGE_OPTIONAL_HEADER& image) {
+bool AreInOrder(const TSections& sections, const IMAGE_OPTIONAL_HEADER& image) {
     std::uint64_t end = image.SizeOfHeaders;
     for (const TSection& section : sections) {
         if (section.VirtualAddress < end) return false;
         end = std::uint64_t{section.VirtualAddress} + section.Misc.VirtualSize;
     }
-    return !sections.empty() && end <= image.SizeOfImage;
+    return end <= image.SizeOfImage;
+}
+
+/// Where the range of the image lies in the file; 0 when it does not, which is never the place of a section.
+std::uint64_t FindOffset(const TSections& sections, const IMAGE_DATA_DIRECTORY& range) {
+    for (const TSection& section : sections) {
+        if (range.VirtualAddress < section.VirtualAddress || section.PointerToRawData == 0) continue;
+        const DWORD distance = range.VirtualAddress - section.VirtualAddress;
+        if (distance > section.SizeOfRawData || range.Size > section.SizeOfRawData - distance) continue;
+        return std::uint64_t{section.PointerToRawData} + distance;
+    }
+    return 0;
 }
 
 } // namespace
 
-bool CImageFile::IsWhole() const {
+bool CImageFile::IsPlugin() const {
     IMAGE_DOS_HEADER dos;
     if (!Read(0, &dos, sizeof(dos)) || dos.e_magic != __ImageBase.e_magic || dos.e_lfanew < 0) return false;
     const auto at = static_cast<std::uint64_t>(dos.e_lfanew);
@@ -48,12 +60,17 @@ bool CImageFile::IsWhole() const {
     if (!Read(at, &headers, sizeof(headers)) || !IsForThisProcess(headers) ||
         !Has(0, headers.OptionalHeader.SizeOfHeaders))
         return false;
-    std::vector<TSection> sections(headers.FileHeader.NumberOfSections);
+    TSections sections(headers.FileHeader.NumberOfSections);
     if (!Read(at + sizeof(headers), sections.data(), sections.size() * sizeof(TSection))) return false;
     const bool isComplete = std::all_of(sections.begin(), sections.end(), [this](const TSection& section) {
         return section.PointerToRawData == 0 || Has(section.PointerToRawData, section.SizeOfRawData);
     });
-    return isComplete && AreInOrder(sections, headers.OptionalHeader);
+    if (!isComplete || !AreInOrder(sections, headers.OptionalHeader)) return false;
+
+    // Linkers put the names of the exports into the range of their directory.
+    const IMAGE_DATA_DIRECTORY& exports = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
+    const std::uint64_t offset = FindOffset(sections, exports);
+    return offset != 0 && HasNames(offset, exports.Size, "?VrlInitPlugin@@YA_NXZ", "?VrlClosePlugin@@YAXXZ");
 }
 
 } // namespace vorlund

@@ -17,7 +17,7 @@ using TCloseEntry = void (*)();
 /// the system has that limit.
 wstring GetHostPath();
 
-/// Loads a shared library; null when the system refuses. Only for files that are whole (PluginImage.h).
+/// Loads a shared library; null when the system refuses. Only for plug-ins (PluginImage.h).
 void* Load(const wchar* path);
 
 /// The entry points of a loaded plug-in, or null.

@@ -103,21 +103,22 @@ struct CPluginStore::TData {
     std::vector<CString> folders;
     std::vector<CString> extensions;
     std::vector<TPlugin> plugins;
-    unsigned int calls = 0;
 
     bool IsPluginFile(const wchar* title, const wchar* extension) const {
         if (TView(title).ends_with(kDevelopmentMark)) return false;
         return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
     }
 
-    /// Whether any folder has a plug-in file, found without objects and without a word.
-    bool HasAvailable() const {
+    /// Whether any folder has a plug-in, found without objects and without a word.
+    bool HasPlugins() const {
         return std::any_of(folders.begin(), folders.end(), [this](const CString& folder) {
-            filesystem::CFolderSearch search(pathtext::AsFolder(folder));
+            const CString prefix = pathtext::AsFolder(folder);
+            filesystem::CFolderSearch search(prefix);
             while (search.Next()) {
+                const wchar* const name = search.GetName();
                 if (search.GetKind() == TEntryKind::File &&
-                    IsPluginFile(pathtext::GetTitle(search.GetName()),
-                                 pathtext::GetExtension(search.GetName())))
+                    IsPluginFile(pathtext::GetTitle(name), pathtext::GetExtension(name)) &&
+                    CImageFile(prefix + name).IsPlugin())
                     return true;
             }
             return false;
@@ -126,7 +127,7 @@ struct CPluginStore::TData {
 
     /// Loads and initialises one file, if it is a plug-in. The empty path names none.
     void Load(const CString& path, const CString& name) {
-        if (!CImageFile(path).IsWhole()) return;
+        if (!CImageFile(path).IsPlugin()) return;
         void* const module = pluginmodule::Load(path);
         if (!module) return;
         const auto init = pluginmodule::FindInitEntry(module);
@@ -135,7 +136,6 @@ struct CPluginStore::TData {
             pluginmodule::Unload(module);
             return;
         }
-        ++calls;
         if (!init()) {
             pluginmodule::Unload(module);
             return;
@@ -199,9 +199,9 @@ void CPluginStore::LoadPlugin(const wchar* name) {
 }
 
 void CPluginStore::LoadAvailablePlugins() {
-    // The enumeration makes an object of every file in the folders, so it begins only where it finds
-    // something.
-    if (!data_->HasAvailable()) return;
+    // The enumeration makes an object of every file in the folders. It begins only where there is a plug-in,
+    // so that the first object of an application without plug-ins is number 1.
+    if (!data_->HasPlugins()) return;
     ForEachText(EnumerateAvailablePlugins(), [this](const CString& name) { LoadPlugin(name); });
 }
 
@@ -242,10 +242,6 @@ void CPluginStore::Dump() const {
         if (!IsPluginLoaded(name))
             CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("Plugin %s is not loaded"), name.GetBuffer());
     });
-}
-
-unsigned int CPluginStore::GetCallCount() const {
-    return data_->calls;
 }
 
 } // namespace vorlund

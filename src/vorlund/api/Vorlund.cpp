@@ -33,11 +33,7 @@ void CVorlund::Init() {
     // Registering creates no objects, so the counter may come this late.
     objectCounter_.Init();
     pluginStore_.Init();
-    const unsigned int calls = pluginStore_.GetCallCount();
     pluginStore_.LoadAvailablePlugins();
-    // The search has used objects, and none of them is left. Where it found no plug-in, the application's
-    // first object is number 1 all the same.
-    if (pluginStore_.GetCallCount() == calls) objectCounter_.Init();
     initialized_ = true;
 }
 

@@ -1,0 +1,30 @@
+# vorlund_add_plugin(<name> <source>... [OUTPUT_DIRECTORY <folder>]): the plug-in <name> (<name>.dll, <name>.so) as a
+# target of that name. Its sources define the two functions of <vorlund/Plugin.h>, which are exported under the names
+# by which the library finds them; nothing else is. The file goes to OUTPUT_DIRECTORY, or where the project puts its
+# modules.
+#
+# A plug-in is unloaded when the library is closed. Symbols of the kind "unique", which constants of headers would
+# become, keep a module in the process for ever, and a visible symbol may be used by others; so there are neither.
+set(VORLUND_PLUGIN_FILES ${CMAKE_CURRENT_LIST_DIR}/VorlundPlugin)
+
+function(vorlund_add_plugin name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "OUTPUT_DIRECTORY" "")
+    add_library(${name} MODULE ${arg_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PRIVATE Vorlund::vorlund)
+    set_target_properties(${name} PROPERTIES
+        PREFIX ""
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
+    if(arg_OUTPUT_DIRECTORY)
+        set_target_properties(${name} PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${arg_OUTPUT_DIRECTORY})
+    endif()
+    if(WIN32)
+        target_sources(${name} PRIVATE ${VORLUND_PLUGIN_FILES}.def)
+    else()
+        target_compile_options(${name} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+        target_link_options(${name} PRIVATE
+            ${VORLUND_PLUGIN_FILES}.ld LINKER:--version-script=${VORLUND_PLUGIN_FILES}.map)
+        set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS
+            ${VORLUND_PLUGIN_FILES}.ld ${VORLUND_PLUGIN_FILES}.map)
+    endif()
+endfunction()
