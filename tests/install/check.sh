@@ -13,6 +13,9 @@ cmake --install "$folder" --prefix "$work/staged" --strip
 mv "$work/staged" "$work/prefix"
 prefix=$work/prefix
 
+# What a plug-in exports is these two names and nothing else.
+entries=$'?VrlClosePlugin@@YAXXZ\n?VrlInitPlugin@@YA_NXZ'
+
 case $target in
 win32)
     for file in vorlund.dll libgcc_s_dw2-1.dll libstdc++-6.dll libwinpthread-1.dll; do
@@ -23,11 +26,17 @@ win32)
     cmake --build "$work/build"
     # The program lies elsewhere: the loader finds the library, and with it the compiler's, by the path.
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/consumer.exe" "$recording"
+    test "$(i686-w64-mingw32-objdump -p "$work/build/plugins/consumer_plugin.dll" |
+        sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] //p' | LC_ALL=C sort)" = "$entries"
+    WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/plugin_host.exe"
     ;;
 linux)
     cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix"
     cmake --build "$work/build"
     "$work/build/consumer" "$recording"
+    test "$(nm -D --defined-only --format=posix "$work/build/plugins/consumer_plugin.so" | sed '/ A /d; s/ .*//' |
+        LC_ALL=C sort)" = "$entries"
+    "$work/build/plugin_host"
 
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
     test "$(pkg-config --modversion vorlund)" = "$(sed -n 's/^project(Vorlund VERSION \([0-9.]*\).*/\1/p' \

@@ -1,0 +1,19 @@
+// A plug-in that brings a decoder: all that it takes.
+#include "SampleDecoder.h"
+
+#include <vorlund/ObjectImpl.h>
+#include <vorlund/Plugin.h>
+#include <vorlund/Vorlund.h>
+
+using namespace vorlund;
+
+bool VrlInitPlugin() {
+    v.GetClassStore().RegisterClassVrl(
+        {CSampleDecoder::ClassId, VRL_L("sample::CSampleDecoder"), &NewObject<CSampleDecoder>});
+    // Any input: the decoder looks at the bytes.
+    v.GetCodecClassStore().RegisterDecoder(
+        {CSampleDecoder::ClassId, CId::Null(), TDataFormat_AudioPcm::FormatId});
+    return true;
+}
+
+void VrlClosePlugin() {}
