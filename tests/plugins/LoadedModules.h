@@ -2,12 +2,17 @@
 /// What tests of plug-ins need of the system.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <string>
 
 namespace vorlund::test {
 
 /// How the names of plug-in files end, with the dot.
 extern const char* const kPluginEnding;
+
+/// How many bytes of a shared library's image are its headers.
+std::size_t GetHeaderSize(const std::string& image);
 
 /// Whether the shared library of that path is in the process.
 bool IsInProcess(const std::filesystem::path& file);

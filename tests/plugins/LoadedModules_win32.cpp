@@ -1,11 +1,22 @@
 #include "plugins/LoadedModules.h"
 
+#include <cstring>
+
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
 namespace vorlund::test {
 
 const char* const kPluginEnding = ".dll";
+
+std::size_t GetHeaderSize(const std::string& image) {
+    IMAGE_DOS_HEADER dos;
+    std::memcpy(&dos, image.data(), sizeof(dos));
+    const std::size_t at = static_cast<std::size_t>(dos.e_lfanew);
+    IMAGE_NT_HEADERS headers;
+    std::memcpy(&headers, image.data() + at, sizeof(headers));
+    return at + sizeof(headers) + headers.FileHeader.NumberOfSections * sizeof(IMAGE_SECTION_HEADER);
+}
 
 bool IsInProcess(const std::filesystem::path& file) {
     std::filesystem::path path = file;

@@ -27,19 +27,41 @@ bool IsForThisProcess(const THeader& header) {
            header.e_phentsize == sizeof(TSegment);
 }
 
-/// Whether the mapped ranges follow each other, and what else the loader looks at lies before their end: it
-/// puts each where it says, over whatever is there.
+/// Whether the loader may map the segment after one that ends at `end`: it puts each where it says, over
+/// whatever is there.
+bool IsMappable(const TSegment& segment, std::uint64_t end) {
+    constexpr unsigned int kFlags = PF_R | PF_W | PF_X;
+    // Only what can be written has more memory than it has bytes in the file.
+    const bool hasItsBytes =
+        segment.p_flags & PF_W ? segment.p_filesz <= segment.p_memsz : segment.p_filesz == segment.p_memsz;
+    return hasItsBytes && (segment.p_flags & ~kFlags) == 0 && segment.p_vaddr >= end &&
+           segment.p_memsz <= UINTPTR_MAX - segment.p_vaddr;
+}
+
+/// Whether `segment` is a part of the mapped segment `whole`, in the file and in memory.
+bool IsPartOf(const TSegment& segment, const TSegment& whole) {
+    if (whole.p_type != PT_LOAD || segment.p_offset < whole.p_offset) return false;
+    const std::uint64_t distance = segment.p_offset - whole.p_offset;
+    if (distance > whole.p_filesz || segment.p_filesz > whole.p_filesz - distance ||
+        segment.p_vaddr != whole.p_vaddr + distance)
+        return false;
+    // Thread-local memory lies elsewhere; what is made read-only ends with a page.
+    const std::uint64_t room = whole.p_memsz - distance + whole.p_align;
+    return segment.p_type == PT_TLS || segment.p_memsz <= room;
+}
+
+/// Whether the mapped segments follow each other, and what else the loader looks at is a part of them.
 bool AreInOrder(const TSegments& segments) {
     std::uint64_t end = 0;
-    for (const TSegment& segment : segments) {
-        if (segment.p_type != PT_LOAD) continue;
-        const std::uint64_t begin = segment.p_vaddr;
-        if (segment.p_memsz < segment.p_filesz || begin < end || segment.p_memsz > UINTPTR_MAX - begin)
-            return false;
-        end = begin + segment.p_memsz;
-    }
-    return std::all_of(segments.begin(), segments.end(), [end](const TSegment& segment) {
-        return segment.p_filesz == 0 || (segment.p_vaddr <= end && segment.p_filesz <= end - segment.p_vaddr);
+    return std::all_of(segments.begin(), segments.end(), [&](const TSegment& segment) {
+        if (segment.p_type == PT_LOAD) {
+            if (!IsMappable(segment, end)) return false;
+            end = segment.p_vaddr + segment.p_memsz;
+            return true;
+        }
+        return segment.p_filesz == 0 ||
+               std::any_of(segments.begin(), segments.end(),
+                           [&](const TSegment& whole) { return IsPartOf(segment, whole); });
     });
 }
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 /// The beginning of the image that this code is part of; the linker defines it.
-extern "C" const IMAGE_DOS_HEADER __ImageBase;
+extern "C" const char __ImageBase[];
 
 namespace vorlund {
 namespace {
@@ -16,9 +16,12 @@ using THeaders = IMAGE_NT_HEADERS;
 using TSection = IMAGE_SECTION_HEADER;
 using TSections = std::vector<TSection>;
 
+const IMAGE_DOS_HEADER& OwnDosHeader() {
+    return *reinterpret_cast<const IMAGE_DOS_HEADER*>(__ImageBase);
+}
+
 const THeaders& OwnHeaders() {
-    const char* const base = reinterpret_cast<const char*>(&__ImageBase);
-    return *reinterpret_cast<const THeaders*>(base + __ImageBase.e_lfanew);
+    return *reinterpret_cast<const THeaders*>(__ImageBase + OwnDosHeader().e_lfanew);
 }
 
 bool IsForThisProcess(const THeaders& headers) {
@@ -39,6 +42,17 @@ bool AreInOrder(const TSections& sections, const IMAGE_OPTIONAL_HEADER& image) {
     return end <= image.SizeOfImage;
 }
 
+/// Whether what the loader looks at lies inside the image.
+bool AreDirectoriesInside(const IMAGE_OPTIONAL_HEADER& image) {
+    const auto isInside = [&image](const IMAGE_DATA_DIRECTORY& range) {
+        return range.VirtualAddress <= image.SizeOfImage &&
+               range.Size <= image.SizeOfImage - range.VirtualAddress;
+    };
+    const auto* const directories = image.DataDirectory;
+    return image.AddressOfEntryPoint < image.SizeOfImage &&
+           std::all_of(directories, directories + IMAGE_NUMBEROF_DIRECTORY_ENTRIES, isInside);
+}
+
 /// Where the range of the image lies in the file; 0 when it does not, which is never the place of a section.
 std::uint64_t FindOffset(const TSections& sections, const IMAGE_DATA_DIRECTORY& range) {
     for (const TSection& section : sections) {
@@ -54,7 +68,8 @@ std::uint64_t FindOffset(const TSections& sections, const IMAGE_DATA_DIRECTORY& 
 
 bool CImageFile::IsPlugin() const {
     IMAGE_DOS_HEADER dos;
-    if (!Read(0, &dos, sizeof(dos)) || dos.e_magic != __ImageBase.e_magic || dos.e_lfanew < 0) return false;
+    if (!Read(0, &dos, sizeof(dos)) || dos.e_magic != OwnDosHeader().e_magic || dos.e_lfanew < 0)
+        return false;
     const auto at = static_cast<std::uint64_t>(dos.e_lfanew);
     THeaders headers;
     if (!Read(at, &headers, sizeof(headers)) || !IsForThisProcess(headers) ||
@@ -65,7 +80,9 @@ bool CImageFile::IsPlugin() const {
     const bool isComplete = std::all_of(sections.begin(), sections.end(), [this](const TSection& section) {
         return section.PointerToRawData == 0 || Has(section.PointerToRawData, section.SizeOfRawData);
     });
-    if (!isComplete || !AreInOrder(sections, headers.OptionalHeader)) return false;
+    if (!isComplete || !AreInOrder(sections, headers.OptionalHeader) ||
+        !AreDirectoriesInside(headers.OptionalHeader))
+        return false;
 
     // Linkers put the names of the exports into the range of their directory.
     const IMAGE_DATA_DIRECTORY& exports = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
