@@ -1,0 +1,8 @@
+// The plug-in that does nothing.
+#include <vorlund/Plugin.h>
+
+bool VrlInitPlugin() {
+    return true;
+}
+
+void VrlClosePlugin() {}
