@@ -14,6 +14,12 @@ extern const char* const kPluginEnding;
 /// How many bytes of a shared library's image are its headers.
 std::size_t GetHeaderSize(const std::string& image);
 
+/// Ends this process at once, whatever its threads hold.
+[[noreturn]] void EndProcess(int code);
+
+/// From now on a fault ends this process without a debugger or a box in between.
+void EndProcessAtFaults();
+
 /// Whether the shared library of that path is in the process.
 bool IsInProcess(const std::filesystem::path& file);
 

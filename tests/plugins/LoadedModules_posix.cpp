@@ -3,6 +3,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <link.h>
+#include <unistd.h>
 
 namespace vorlund::test {
 
@@ -13,6 +14,12 @@ std::size_t GetHeaderSize(const std::string& image) {
     std::memcpy(&header, image.data(), sizeof(header));
     return header.e_phoff + header.e_phnum * sizeof(ElfW(Phdr));
 }
+
+void EndProcess(int code) {
+    _exit(code);
+}
+
+void EndProcessAtFaults() {}
 
 bool IsInProcess(const std::filesystem::path& file) {
     void* const module = dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD);

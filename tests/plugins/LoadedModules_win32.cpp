@@ -18,6 +18,20 @@ std::size_t GetHeaderSize(const std::string& image) {
     return at + sizeof(headers) + headers.FileHeader.NumberOfSections * sizeof(IMAGE_SECTION_HEADER);
 }
 
+void EndProcess(int code) {
+    // Not by the way that asks every module: the loader may be in the middle of something.
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
+    for (;;) Sleep(INFINITE);
+}
+
+static LONG WINAPI OnFault(EXCEPTION_POINTERS*) {
+    EndProcess(5);
+}
+
+void EndProcessAtFaults() {
+    SetUnhandledExceptionFilter(&OnFault);
+}
+
 bool IsInProcess(const std::filesystem::path& file) {
     std::filesystem::path path = file;
     return GetModuleHandleW(path.make_preferred().c_str()) != nullptr;

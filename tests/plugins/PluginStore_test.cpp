@@ -346,9 +346,9 @@ TEST_F(PluginStore, ClosesInTheOrderOfLoading) {
 }
 
 TEST_F(PluginStore, DevelopmentVariantsAreNotAvailable) {
-    for (const char* const name : {"accepting_d", "_d", "accepting_D", "accepting_d_", "d"})
+    for (const char* const name : {"accepting_d", "_d", "other_D", "accepting_d_", "d"})
         folder_.Add("accepting", folder_.PathOf(name).filename());
-    EXPECT_EQ(Sorted(Available()), (TTexts{"accepting_D", "accepting_d_", "d"}));
+    EXPECT_EQ(Sorted(Available()), (TTexts{"accepting_d_", "d", "other_D"}));
     // By its name it loads like any other.
     store_.LoadPlugin(VRL_L("accepting_d"));
     EXPECT_EQ(Loaded(), TTexts{"accepting_d"});

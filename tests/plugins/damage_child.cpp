@@ -27,7 +27,7 @@ public:
                 last = trial_;
                 std::this_thread::sleep_for(std::chrono::seconds(5));
             }
-            std::_Exit(3);
+            EndProcess(3);
         }).detach();
     }
 
@@ -38,6 +38,7 @@ private:
 };
 
 int Run(const fs::path& file, const fs::path& folder, std::size_t first, std::size_t end, std::size_t step) {
+    EndProcessAtFaults();
     SilenceDebugMessages();
     const std::string image = ReadFile(file);
     auto& watchdog = *new CWatchdog;
@@ -64,7 +65,7 @@ int Run(const fs::path& file, const fs::path& folder, std::size_t first, std::si
     }
     v.Close();
     std::fflush(stdout);
-    std::_Exit(0);
+    EndProcess(0);
 }
 
 } // namespace

@@ -42,14 +42,15 @@ bool AreInOrder(const TSections& sections, const IMAGE_OPTIONAL_HEADER& image) {
     return end <= image.SizeOfImage;
 }
 
-/// Whether what the loader looks at lies inside the image.
+/// Whether the image may lie where it says, and what the loader looks at lies inside.
 bool AreDirectoriesInside(const IMAGE_OPTIONAL_HEADER& image) {
     const auto isInside = [&image](const IMAGE_DATA_DIRECTORY& range) {
         return range.VirtualAddress <= image.SizeOfImage &&
                range.Size <= image.SizeOfImage - range.VirtualAddress;
     };
     const auto* const directories = image.DataDirectory;
-    return image.AddressOfEntryPoint < image.SizeOfImage &&
+    // Images begin at a multiple of 64 KiB.
+    return (image.ImageBase & 0xFFFF) == 0 && image.AddressOfEntryPoint < image.SizeOfImage &&
            std::all_of(directories, directories + IMAGE_NUMBEROF_DIRECTORY_ENTRIES, isInside);
 }
 
