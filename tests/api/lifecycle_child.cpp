@@ -1,6 +1,7 @@
 // The child program of the life cycle's tests: ends as an application ends, in the state that its argument
 // names.
 #include "api/ChildReports.h"
+#include "support/EndProcess.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/Exception.h>
@@ -41,7 +42,7 @@ CClassStore& MakeStore() {
 }
 
 /// Tells whether `act` comes to its end on another thread. What is blocked stays blocked, so the process must
-/// be left by `_Exit`.
+/// be left without its end.
 template <class TAct> void ReportEnd(const char* name, TAct act) {
     std::promise<void> started, ended;
     auto end = ended.get_future();
@@ -54,7 +55,7 @@ template <class TAct> void ReportEnd(const char* name, TAct act) {
     // An act that is not blocked has ended long before; one that is blocked never ends.
     const bool hasEnded = end.wait_for(std::chrono::milliseconds(500)) == std::future_status::ready;
     WriteLine(name, hasEnded ? "went on" : "is blocked");
-    if (!hasEnded) std::_Exit(0);
+    if (!hasEnded) EndProcess(0);
 }
 
 int Run(std::string_view mode) {

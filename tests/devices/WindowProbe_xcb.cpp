@@ -109,7 +109,9 @@ void CloseWindowByUser(void* handle) {
     message.data.data32[0] = connection.FindAtom("WM_DELETE_WINDOW");
     xcb_send_event(connection, 0, message.window, XCB_EVENT_MASK_NO_EVENT,
                    reinterpret_cast<const char*>(&message));
-    xcb_flush(connection);
+    // An answer to something later says that the server has taken it; a connection that just goes may lose
+    // it.
+    Own(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
 }
 
 std::optional<TWindowPixels> GetWindowPixels(void* handle) {

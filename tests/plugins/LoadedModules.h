@@ -14,9 +14,6 @@ extern const char* const kPluginEnding;
 /// How many bytes of a shared library's image are its headers.
 std::size_t GetHeaderSize(const std::string& image);
 
-/// Ends this process at once, whatever its threads hold.
-[[noreturn]] void EndProcess(int code);
-
 /// From now on a fault ends this process without a debugger or a box in between.
 void EndProcessAtFaults();
 

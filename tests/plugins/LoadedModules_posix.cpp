@@ -3,7 +3,6 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <link.h>
-#include <unistd.h>
 
 namespace vorlund::test {
 
@@ -13,10 +12,6 @@ std::size_t GetHeaderSize(const std::string& image) {
     ElfW(Ehdr) header;
     std::memcpy(&header, image.data(), sizeof(header));
     return header.e_phoff + header.e_phnum * sizeof(ElfW(Phdr));
-}
-
-void EndProcess(int code) {
-    _exit(code);
 }
 
 void EndProcessAtFaults() {}

@@ -1,5 +1,7 @@
 #include "plugins/LoadedModules.h"
 
+#include "support/EndProcess.h"
+
 #include <cstring>
 
 #define WIN32_LEAN_AND_MEAN
@@ -16,12 +18,6 @@ std::size_t GetHeaderSize(const std::string& image) {
     IMAGE_NT_HEADERS headers;
     std::memcpy(&headers, image.data() + at, sizeof(headers));
     return at + sizeof(headers) + headers.FileHeader.NumberOfSections * sizeof(IMAGE_SECTION_HEADER);
-}
-
-void EndProcess(int code) {
-    // Not by the way that asks every module: the loader may be in the middle of something.
-    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(code));
-    for (;;) Sleep(INFINITE);
 }
 
 static LONG WINAPI OnFault(EXCEPTION_POINTERS*) {

@@ -5,6 +5,7 @@
 #include "file/TemporaryFolder.h"
 #include "plugins/LoadedModules.h"
 #include "support/DebugRecorder.h"
+#include "support/EndProcess.h"
 
 #include <vorlund/PluginStore.h>
 

@@ -5,6 +5,7 @@
 
 #include <vorlund/Platform.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -18,6 +19,8 @@ struct TChildOptions {
     /// The child's controlling terminal is a pseudo-terminal, with the child in the foreground; without this
     /// it has none. Its standard streams are never the terminal. Only on POSIX.
     bool hasTerminal = false;
+    /// The child is killed when it has run for so long.
+    std::chrono::seconds limit = std::chrono::minutes(2);
     /// This process debugs the child and hears its debugger output. Only on Windows.
     bool isDebugged = false;
 };
@@ -44,7 +47,7 @@ struct TChildEnd {
     bool IsAbnormal() const;
 };
 
-/// A running child program. All waits end after two minutes at the latest.
+/// A running child program. All waits end when its limit is reached.
 class CChildProcess {
 public:
     /// Starts `program`, the name of a program beside this one, without an ending. Raises

@@ -20,7 +20,6 @@ namespace vorlund::test {
 namespace {
 
 using TClock = std::chrono::steady_clock;
-constexpr auto kLimit = std::chrono::minutes(2);
 
 void Check(bool isGood, const char* what) {
     if (!isGood) throw std::runtime_error(std::string("child process: ") + what);
@@ -127,7 +126,7 @@ struct CChildProcess::TState {
     pid_t process = 0;
     bool isRunning = false;
     bool hasTimedOut = false;
-    TClock::time_point deadline = TClock::now() + kLimit;
+    TClock::time_point deadline;
     /// Standard output, standard error, the terminal, and a pipe that the child holds as long as it lives.
     std::array<TSource, 4> sources;
 
@@ -170,6 +169,7 @@ bool TChildEnd::IsAbnormal() const {
 
 CChildProcess::CChildProcess(const std::string& program, const TChildOptions& options)
     : state_(std::make_unique<TState>()) {
+    state_->deadline = TClock::now() + options.limit;
     TPipe output;
     TPipe errors;
     TPipe life;

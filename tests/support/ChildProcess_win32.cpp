@@ -11,7 +11,8 @@ namespace vorlund::test {
 namespace {
 
 using TClock = std::chrono::steady_clock;
-constexpr auto kLimit = std::chrono::minutes(2);
+/// For a debugged child to end once it is killed.
+constexpr auto kEndLimit = std::chrono::minutes(2);
 
 void Check(bool isGood, const char* what) {
     if (!isGood)
@@ -97,7 +98,7 @@ struct CChildProcess::TState {
     DWORD processId = 0;
     bool isDebugged = false;
     bool isRunning = false;
-    TClock::time_point deadline = TClock::now() + kLimit;
+    TClock::time_point deadline;
     CPipe output;
     CPipe errors;
     TChildEnd end;
@@ -111,7 +112,7 @@ struct CChildProcess::TState {
         TerminateProcess(process.Get(), 1);
         if (isDebugged) {
             // The child ends only when its last events are taken.
-            deadline = TClock::now() + kLimit;
+            deadline = TClock::now() + kEndLimit;
             Debug();
         }
         WaitForSingleObject(process.Get(), INFINITE);
@@ -163,6 +164,7 @@ bool TChildEnd::IsAbnormal() const {
 
 CChildProcess::CChildProcess(const std::string& program, const TChildOptions& options)
     : state_(std::make_unique<TState>()) {
+    state_->deadline = TClock::now() + options.limit;
     const std::filesystem::path path = BesideProgram(program + ".exe");
     std::wstring command = L'"' + path.native() + L'"';
     for (const std::string& argument : options.arguments)
