@@ -18,8 +18,8 @@ enum TAxis : int {
 ///
 /// The arithmetic works in double precision and rounds each element of a result once. A sine or cosine in it
 /// is rounded to single precision first. It stands in the library, so that results have the same bits on
-/// every system and with whatever options an application is compiled. Infinities and NaN go through it by the
-/// rules of IEEE 754; nothing here raises.
+/// every system and with whatever options an application is compiled, and because the library takes what the
+/// processor has. Infinities and NaN go through it by the rules of IEEE 754; nothing here raises.
 ///
 /// A plain value: trivially copyable, and safe to share between threads when nobody writes to it.
 class CMatrix {
@@ -103,6 +103,7 @@ public:
 
 private:
     friend class CVector;
+    friend class CMatrixAccess;
 
     /// For results whose elements are all written next.
     struct TUnset {};
@@ -116,5 +117,18 @@ private:
 
     float elements_[16];
 };
+
+#if VRL_DOUBLES_ARE_HERE
+VRL_DOUBLES CVector CVector::operator*(const CMatrix& m) const {
+    const float* const e = m.elements_;
+    const double left[3] = {x, y, z};
+    return {static_cast<float>(left[0] * e[0] + left[1] * e[4] + left[2] * e[8] + e[12]),
+            static_cast<float>(left[0] * e[1] + left[1] * e[5] + left[2] * e[9] + e[13]),
+            static_cast<float>(left[0] * e[2] + left[1] * e[6] + left[2] * e[10] + e[14])};
+}
+VRL_DOUBLES CVector& CVector::operator*=(const CMatrix& m) {
+    return *this = *this * m;
+}
+#endif
 
 } // namespace vorlund

@@ -18,7 +18,7 @@ table='
 platform  include/vorlund/Platform.h
 platform  src/vorlund/system/WindowsLean.h
 values    include/vorlund/(ClassObject|Debug|Exception|Id|String).h
-math      include/vorlund/(Matrix|Vector).h
+math      include/vorlund/(InlineArithmetic|Matrix|Vector).h
 system    include/vorlund/(BinaryLock|Event|ReadWriteLock|Timer).h
 objects   include/vorlund/(ClassIds|ClassStore|Object|ObjectCounter|ObjectImpl|ObjectServices|RefPtr).h
 util      include/vorlund/ObjectList.h

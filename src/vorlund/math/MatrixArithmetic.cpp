@@ -16,9 +16,7 @@ float& CMatrix::OutsideCell() {
 }
 
 CMatrix CMatrix::operator*(const CMatrix& other) const {
-    CMatrix product{TUnset{}};
-    matrixKernels->multiply(elements_, other.elements_, product.elements_);
-    return product;
+    return matrixKernels->multiply(*this, other);
 }
 CMatrix& CMatrix::operator*=(const CMatrix& other) {
     return *this = *this * other;

@@ -56,17 +56,14 @@ float CMatrix::Determinant(int n) const {
     case 3:
         return Determinant3(elements_);
     case 4:
-        return matrixKernels->determinant(elements_);
+        return matrixKernels->determinant(*this);
     default:
         return 0;
     }
 }
 
 CMatrix CMatrix::Inverse() const {
-    CMatrix inverse{TUnset{}};
-    // The limit is absolute on purpose; so a matrix that scales by less than a tenth has no inverse.
-    if (!matrixKernels->invert(elements_, inverse.elements_)) inverse = Identity;
-    return inverse;
+    return matrixKernels->invert(*this);
 }
 
 } // namespace vorlund

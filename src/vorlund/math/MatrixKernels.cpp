@@ -6,12 +6,12 @@
 namespace vorlund {
 
 constinit const TMatrixKernels kPlainMatrixKernels{
-    "plain", [] { return true; }, Multiply<CRow>, Transform<CRow>, Determinant<CRow>, Invert<CRow>,
+    "plain", [] { return true; }, Multiply<CRow>, Determinant<CRow>, Invert<CRow>,
 };
 
 constinit const TMatrixKernels* const kAllMatrixKernels[] = {
     &kPlainMatrixKernels,
-#if defined(VORLUND_MATRIX_AVX2)
+#if defined(__SSE2__)
     &kAvx2MatrixKernels,
 #endif
     nullptr,

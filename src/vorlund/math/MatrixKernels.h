@@ -4,29 +4,38 @@
 /// same bits.
 #pragma once
 
+#include <vorlund/Matrix.h>
+
 namespace vorlund {
 
-/// Elements are passed row by row. Results overlap no argument.
+/// The signatures are those of the members of `CMatrix`, which so become jumps.
 struct TMatrixKernels {
     const char* name;
     bool (*isSupported)();
-    void (*multiply)(const float* a, const float* b, float* product);
-    /// The point (x, y, z, 1) times `m`; writes four elements, the last of which means nothing.
-    void (*transform)(float x, float y, float z, const float* m, float* result);
-    float (*determinant)(const float* m);
-    /// False when the determinant is too small; nothing is written then.
-    bool (*invert)(const float* m, float* inverse);
+    CMatrix (*multiply)(const CMatrix& a, const CMatrix& b);
+    /// Of all four rows.
+    float (*determinant)(const CMatrix& m);
+    CMatrix (*invert)(const CMatrix& m);
 };
 
 extern const TMatrixKernels kPlainMatrixKernels;
-#if defined(VORLUND_MATRIX_AVX2)
+/// Only in builds for x86.
 extern const TMatrixKernels kAvx2MatrixKernels;
-#endif
 
 /// The set in use.
 extern const TMatrixKernels* matrixKernels;
 
 /// Ends with null.
 extern const TMatrixKernels* const kAllMatrixKernels[];
+
+/// The elements of matrices, row by row, for the loops. Always inline: files that are compiled for certain
+/// processors share no function with others.
+class CMatrixAccess {
+public:
+    /// For results whose elements are all written next.
+    [[gnu::always_inline]] static CMatrix Unset() { return CMatrix(CMatrix::TUnset{}); }
+    [[gnu::always_inline]] static float* Elements(CMatrix& m) { return m.elements_; }
+    [[gnu::always_inline]] static const float* Elements(const CMatrix& m) { return m.elements_; }
+};
 
 } // namespace vorlund

@@ -6,6 +6,8 @@
 /// in one go has the roundings of the expansion step by step.
 #pragma once
 
+#include "vorlund/math/MatrixKernels.h"
+
 #if defined(__SSE2__)
 #include <xmmintrin.h>
 #endif
@@ -13,23 +15,29 @@
 namespace vorlund {
 namespace {
 
-template <class TRow> void Multiply(const float* a, const float* b, float* product) {
-    const TRow b0 = TRow::Load(b), b1 = TRow::Load(b + 4), b2 = TRow::Load(b + 8), b3 = TRow::Load(b + 12);
-    for (int row = 0; row < 16; row += 4) {
-        const float* const left = a + row;
-        (TRow::Repeat(left[0]) * b0)
-            .Plus(TRow::Repeat(left[1]), b1)
-            .Plus(TRow::Repeat(left[2]), b2)
-            .Plus(TRow::Repeat(left[3]), b3)
-            .Store(product + row);
-    }
+/// One row of a product.
+template <class TRow>
+void MultiplyRow(const float* left, const TRow& b0, const TRow& b1, const TRow& b2, const TRow& b3,
+                 float* product) {
+    const TRow a = TRow::Load(left);
+    (a.template Shuffle<0, 0, 0, 0>() * b0)
+        .Plus(a.template Shuffle<1, 1, 1, 1>(), b1)
+        .Plus(a.template Shuffle<2, 2, 2, 2>(), b2)
+        .Plus(a.template Shuffle<3, 3, 3, 3>(), b3)
+        .Store(product);
 }
 
-template <class TRow> void Transform(float x, float y, float z, const float* m, float* result) {
-    const TRow turned = (TRow::Repeat(x) * TRow::Load(m))
-                            .Plus(TRow::Repeat(y), TRow::Load(m + 4))
-                            .Plus(TRow::Repeat(z), TRow::Load(m + 8));
-    (turned + TRow::Load(m + 12)).Store(result);
+template <class TRow> CMatrix Multiply(const CMatrix& left, const CMatrix& right) {
+    CMatrix product = CMatrixAccess::Unset();
+    const float* const a = CMatrixAccess::Elements(left);
+    const float* const b = CMatrixAccess::Elements(right);
+    float* const to = CMatrixAccess::Elements(product);
+    const TRow b0 = TRow::Load(b), b1 = TRow::Load(b + 4), b2 = TRow::Load(b + 8), b3 = TRow::Load(b + 12);
+    MultiplyRow(a, b0, b1, b2, b3, to);
+    MultiplyRow(a + 4, b0, b1, b2, b3, to + 4);
+    MultiplyRow(a + 8, b0, b1, b2, b3, to + 8);
+    MultiplyRow(a + 12, b0, b1, b2, b3, to + 12);
+    return product;
 }
 
 /// A row for the minors that lack column 0 to 3, one a lane: their first, second and third elements.
@@ -52,23 +60,20 @@ template <class TRow> struct TMinorPairs {
     TRow first, second, third;
 };
 
-/// Writes four determinants: element i is that of the minor without column i.
-template <class TRow> void Expand(const TMinorRow<TRow>& a, const TMinorPairs<TRow>& pairs, float* minors) {
-    (a.first * pairs.first).Minus(a.second, pairs.second).Plus(a.third, pairs.third).Store(minors);
+/// Four determinants, not yet rounded: lane i is that of the minor without column i.
+template <class TRow> TRow Expand(const TMinorRow<TRow>& a, const TMinorPairs<TRow>& pairs) {
+    return (a.first * pairs.first).Minus(a.second, pairs.second).Plus(a.third, pairs.third);
 }
 
-/// The determinant from row 0 and those of its minors.
-inline float Expand(const float* row, const float* minors) {
-    const double sum = double{row[0]} * minors[0] - double{row[1]} * minors[1] + double{row[2]} * minors[2] -
-                       double{row[3]} * minors[3];
-    return static_cast<float>(sum);
+/// The determinant from row 0 and the rounded ones of its minors.
+template <class TRow> float Determinant(const float* row, const TRow& minors) {
+    return (TRow::Load(row) * minors).AlternatingSum();
 }
 
-template <class TRow> float Determinant(const float* m) {
+template <class TRow> float Determinant(const CMatrix& matrix) {
+    const float* const m = CMatrixAccess::Elements(matrix);
     const TMinorRow<TRow> b(m + 8), c(m + 12);
-    float minors[4];
-    Expand(TMinorRow<TRow>(m + 4), TMinorPairs<TRow>(b, c), minors);
-    return Expand(m, minors);
+    return Determinant(m, Expand(TMinorRow<TRow>(m + 4), TMinorPairs<TRow>(b, c)).Round());
 }
 
 /// Element (i, j) is (-1)^(i+j) times minor (j, i), divided. A quotient of two floats needs no doubles.
@@ -96,19 +101,24 @@ inline void DivideAdjugate(const float* minors, float determinant, float* invers
 #endif
 }
 
-template <class TRow> bool Invert(const float* m, float* inverse) {
+/// The identity when the determinant is small. The limit is absolute on purpose; so a matrix that scales by
+/// less than a tenth has no inverse.
+template <class TRow> CMatrix Invert(const CMatrix& matrix) {
+    const float* const m = CMatrixAccess::Elements(matrix);
     const TMinorRow<TRow> a(m), b(m + 4), c(m + 8), d(m + 12);
     const TMinorPairs<TRow> lower(c, d);
     // Row j holds the determinants of the minors without row j.
     float minors[16];
-    Expand(b, lower, minors);
-    const float determinant = Expand(m, minors);
-    if (determinant < 0.001 && determinant > -0.001) return false;
-    Expand(a, lower, minors + 4);
-    Expand(a, TMinorPairs<TRow>(b, d), minors + 8);
-    Expand(a, TMinorPairs<TRow>(b, c), minors + 12);
-    DivideAdjugate(minors, determinant, inverse);
-    return true;
+    const TRow first = Expand(b, lower);
+    first.Store(minors);
+    const float determinant = Determinant(m, first.Round());
+    if (determinant < 0.001 && determinant > -0.001) return CMatrix::Identity;
+    Expand(a, lower).Store(minors + 4);
+    Expand(a, TMinorPairs<TRow>(b, d)).Store(minors + 8);
+    Expand(a, TMinorPairs<TRow>(b, c)).Store(minors + 12);
+    CMatrix inverse = CMatrixAccess::Unset();
+    DivideAdjugate(minors, determinant, CMatrixAccess::Elements(inverse));
+    return inverse;
 }
 
 } // namespace

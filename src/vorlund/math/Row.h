@@ -19,11 +19,6 @@ public:
 
     /// Four floats from an address of any alignment.
     static CRow Load(const float* row) { return Widen(_mm_loadu_ps(row)); }
-    /// One float in all four places.
-    static CRow Repeat(float value) {
-        const __m128d pair = _mm_set1_pd(value);
-        return {pair, pair};
-    }
 
     /// Lanes I0 to I3 in lanes 0 to 3.
     template <int I0, int I1, int I2, int I3> CRow Shuffle() const {
@@ -36,10 +31,18 @@ public:
     /// Each lane as its nearest float.
     CRow Round() const { return {_mm_cvtps_pd(_mm_cvtpd_ps(low_)), _mm_cvtps_pd(_mm_cvtpd_ps(high_))}; }
 
-    CRow operator+(const CRow& b) const { return {_mm_add_pd(low_, b.low_), _mm_add_pd(high_, b.high_)}; }
+    /// Lane 0 - lane 1 + lane 2 - lane 3, from left to right, rounded.
+    float AlternatingSum() const {
+        const __m128d three = _mm_add_sd(_mm_sub_sd(low_, _mm_unpackhi_pd(low_, low_)), high_);
+        return static_cast<float>(_mm_cvtsd_f64(_mm_sub_sd(three, _mm_unpackhi_pd(high_, high_))));
+    }
+
     CRow operator*(const CRow& b) const { return {_mm_mul_pd(low_, b.low_), _mm_mul_pd(high_, b.high_)}; }
     /// This plus, or minus, a product of two rows of floats.
-    CRow Plus(const CRow& a, const CRow& b) const { return *this + a * b; }
+    CRow Plus(const CRow& a, const CRow& b) const {
+        const CRow product = a * b;
+        return {_mm_add_pd(low_, product.low_), _mm_add_pd(high_, product.high_)};
+    }
     CRow Minus(const CRow& a, const CRow& b) const {
         const CRow product = a * b;
         return {_mm_sub_pd(low_, product.low_), _mm_sub_pd(high_, product.high_)};
@@ -63,7 +66,6 @@ public:
     CRow(double a, double b, double c, double d) : lanes_{a, b, c, d} {}
 
     static CRow Load(const float* row) { return {row[0], row[1], row[2], row[3]}; }
-    static CRow Repeat(float value) { return {value, value, value, value}; }
 
     template <int I0, int I1, int I2, int I3> CRow Shuffle() const {
         return {lanes_[I0], lanes_[I1], lanes_[I2], lanes_[I3]};
@@ -78,15 +80,17 @@ public:
         return Load(row);
     }
 
-    CRow operator+(const CRow& b) const {
-        return {lanes_[0] + b.lanes_[0], lanes_[1] + b.lanes_[1], lanes_[2] + b.lanes_[2],
-                lanes_[3] + b.lanes_[3]};
-    }
+    float AlternatingSum() const { return static_cast<float>(lanes_[0] - lanes_[1] + lanes_[2] - lanes_[3]); }
+
     CRow operator*(const CRow& b) const {
         return {lanes_[0] * b.lanes_[0], lanes_[1] * b.lanes_[1], lanes_[2] * b.lanes_[2],
                 lanes_[3] * b.lanes_[3]};
     }
-    CRow Plus(const CRow& a, const CRow& b) const { return *this + a * b; }
+    CRow Plus(const CRow& a, const CRow& b) const {
+        const CRow p = a * b;
+        return {lanes_[0] + p.lanes_[0], lanes_[1] + p.lanes_[1], lanes_[2] + p.lanes_[2],
+                lanes_[3] + p.lanes_[3]};
+    }
     CRow Minus(const CRow& a, const CRow& b) const {
         const CRow p = a * b;
         return {lanes_[0] - p.lanes_[0], lanes_[1] - p.lanes_[1], lanes_[2] - p.lanes_[2],
