@@ -105,20 +105,50 @@ example() {
     (cd examples/data && on_target "$program" </dev/null)
 }
 
+# start_builds TARGET...: builds the targets one after the other in the background, so that the next one is built while
+# one is tested. The status and the seconds of each go to a file.
+start_builds() {
+    local target
+    for target in "$@"; do rm -f "$logs/$target-built"; done
+    # With a process group of its own, which can be ended as a whole.
+    set -m
+    build_targets "$@" &
+    builder=$!
+    set +m
+}
+
+build_targets() {
+    local target start status
+    local -a options
+    for target in "$@"; do
+        start=$SECONDS
+        status=0
+        options=()
+        [[ $target == win64 ]] && options=(-- --target vorlund_smoke)
+        vorlund_build "$target" "build/$target" "${options[@]}" >"$logs/$target-build.log" 2>&1 || status=$?
+        echo "$status $((SECONDS - start))" >"$logs/$target-built.new"
+        mv "$logs/$target-built.new" "$logs/$target-built"
+    done
+}
+
+stop_builds() {
+    [[ -z ${builder-} ]] || kill -- "-$builder" 2>/dev/null || true
+}
+
 test_target() {
     target=$1
-    local folder=build/$target exe="" passed=0 failed=0 skipped_total=0 start=$SECONDS built name
-    local -a options=()
+    local folder=build/$target exe="" passed=0 failed=0 skipped_total=0 start status=1 built=0 name
     [[ $target == win* ]] && exe=.exe
-    [[ $target == win64 ]] && options=(-- --target vorlund_smoke)
     echo "== $target"
-    if ! vorlund_build "$target" "$folder" "${options[@]}" >"$logs/$target-build.log" 2>&1; then
+    while [[ ! -e $logs/$target-built ]] && kill -0 "$builder" 2>/dev/null; do sleep 0.2; done
+    [[ ! -e $logs/$target-built ]] || read -r status built <"$logs/$target-built"
+    if ((status)); then
         count 0 1
         complain "it could not be built" "$logs/$target-build.log"
         row "not built"
         return
     fi
-    built=$((SECONDS - start))
+    start=$SECONDS
 
     step smoke on_target "$folder/bin/vorlund_smoke$exe" examples/data/strings.wav
     if [[ $target != win64 ]]; then
@@ -138,7 +168,7 @@ test_target() {
         step install tests/install/check.sh "$target" "$folder"
     fi
     if [[ $target == linux ]]; then step includes tests/abi/check_includes.sh; fi
-    row "built in ${built} s, tested in $((SECONDS - start - built)) s"
+    row "built in $built s, tested in $((SECONDS - start)) s"
 }
 
 # Runs every fuzz target for some minutes, two at a time. New inputs are kept in the build folder; inputs that
