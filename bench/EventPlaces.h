@@ -18,7 +18,8 @@ public:
 /// Processor time that this process has used, in seconds.
 double ProcessorSeconds();
 
-/// Counts the ticks of a bare 1 ms multimedia timer from its construction on; 0 on systems without one.
+/// Counts the ticks of a bare 1 ms multimedia timer that sets an event, as ours does, from its construction
+/// on; 0 on systems without one.
 class CBareTicks {
 public:
     CBareTicks();
@@ -28,9 +29,11 @@ public:
 
     long Count() const { return count_; }
 
-    std::atomic<long> count_{0};
-
 private:
+    std::atomic<long> count_{0};
+    std::atomic<bool> isOver_{false};
+    std::thread counter_;
+    void* tick_ = nullptr;
     unsigned int timer_ = 0;
 };
 

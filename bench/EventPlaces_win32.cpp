@@ -23,23 +23,25 @@ double ProcessorSeconds() {
     return seconds(kernel) + seconds(user);
 }
 
-namespace {
-
-void CALLBACK CountTick(UINT, UINT, DWORD_PTR ticks, DWORD_PTR, DWORD_PTR) {
-    ++reinterpret_cast<CBareTicks*>(ticks)->count_;
-}
-
-} // namespace
-
-CBareTicks::CBareTicks() {
+CBareTicks::CBareTicks() : tick_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {
     timeBeginPeriod(1);
-    timer_ = timeSetEvent(1, 1, &CountTick, reinterpret_cast<DWORD_PTR>(this),
-                          TIME_PERIODIC | TIME_CALLBACK_FUNCTION | TIME_KILL_SYNCHRONOUS);
+    timer_ = timeSetEvent(1, 1, reinterpret_cast<LPTIMECALLBACK>(tick_), 0,
+                          TIME_PERIODIC | TIME_CALLBACK_EVENT_SET);
+    counter_ = std::thread([this] {
+        while (!isOver_) {
+            WaitForSingleObject(tick_, INFINITE);
+            ++count_;
+        }
+    });
 }
 
 CBareTicks::~CBareTicks() {
+    isOver_ = true;
+    SetEvent(tick_);
+    counter_.join();
     timeKillEvent(timer_);
     timeEndPeriod(1);
+    CloseHandle(tick_);
 }
 
 } // namespace vorlund::bench
