@@ -1,5 +1,5 @@
-// ELF images. The format: "Tool Interface Standard (TIS) Executable and Linking Format (ELF) Specification",
-// version 1.2, and the System V ABI's chapters on program loading and dynamic linking.
+// ELF images. The format: System V Application Binary Interface (gABI), chapters 4 "Object Files" and 5
+// "Program Loading and Dynamic Linking".
 #include "vorlund/api/PluginImage.h"
 
 #include <algorithm>

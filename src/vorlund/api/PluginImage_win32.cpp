@@ -1,4 +1,4 @@
-// PE images. The format: Microsoft's "PE Format" specification.
+// PE images. The format: "PE Format" in the Windows documentation.
 #include "vorlund/api/PluginImage.h"
 
 #include "vorlund/system/WindowsLean.h"
