@@ -74,17 +74,18 @@ function(vorlund_sources)
     endforeach()
 endfunction()
 
-# vorlund_platform_sources(<name>...): adds <name>_win32.cpp or <name>_posix.cpp.
+# vorlund_platform_sources(<name>...): adds <name>_win32.cpp, or <name>_posix.cpp, which is <name>_linux.cpp where it
+# needs what only Linux has.
 function(vorlund_platform_sources)
-    string(TOLOWER ${VORLUND_PLATFORM} platform)
-    list(TRANSFORM ARGN APPEND _${platform}.cpp)
-    vorlund_sources(${ARGN})
-endfunction()
-
-# vorlund_platform_sources_camel(<name>...): adds <name>Win32.cpp or <name>Posix.cpp.
-function(vorlund_platform_sources_camel)
-    list(TRANSFORM ARGN APPEND ${VORLUND_PLATFORM}.cpp)
-    vorlund_sources(${ARGN})
+    foreach(name IN LISTS ARGN)
+        if(WIN32)
+            vorlund_sources(${name}_win32.cpp)
+        elseif(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${name}_linux.cpp)
+            vorlund_sources(${name}_linux.cpp)
+        else()
+            vorlund_sources(${name}_posix.cpp)
+        endif()
+    endforeach()
 endfunction()
 
 # vorlund_avx2_sources(<file>...): adds files that only processors with AVX2 and fused multiply-add may enter.

@@ -2,7 +2,7 @@
 /// Runs of operations on a resource and its streams against a model: a vector of bytes and three positions.
 /// The resource is the library's own or one of an application.
 #include "WavFuzz.h"
-#include "resource/ForeignResource.h"
+#include "data/resource/ForeignResource.h"
 #include "support/Streams.h"
 
 #include <vorlund/ClassIds.h>

@@ -4,7 +4,8 @@
 # Prints the packages of a purpose, one word each.
 vorlund_packages() {
     local build="g++ cmake ninja-build libcli11-dev libstb-dev"
-    local tests="$build googletest pkgconf"
+    # Checks of texts and structure are written in Python.
+    local tests="$build googletest pkgconf python3"
     # What tests/realfiles compares with.
     local recordings="alsa-utils sox sndfile-programs"
     # A display for the tests of windows, and what windows on Linux are built with.

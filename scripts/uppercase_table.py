@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Writes src/vorlund/api/UpperCaseRanges.inc from the Unicode Character Database.
+"""Writes src/vorlund/api/text/UpperCaseRanges.inc from the Unicode Character Database.
 
-Usage: uppercase_table.py UnicodeData.txt > src/vorlund/api/UpperCaseRanges.inc
+Usage: uppercase_table.py UnicodeData.txt > src/vorlund/api/text/UpperCaseRanges.inc
 
 UnicodeData.txt comes from https://www.unicode.org/Public/15.0.0/ucd/ or from Debian's package unicode-data. Field 12
 is the simple upper-case mapping: one character to one. Only the Basic Multilingual Plane is kept, because the table

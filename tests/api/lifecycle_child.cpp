@@ -1,6 +1,6 @@
 // The child program of the life cycle's tests: ends as an application ends, in the state that its argument
 // names.
-#include "api/ChildReports.h"
+#include "support/ChildReports.h"
 #include "support/EndProcess.h"
 
 #include <vorlund/ClassIds.h>

@@ -1,6 +1,6 @@
 // A module that uses the library, as a plug-in host's module would: loading it loads the library, unloading
 // it unloads the library.
-#include "api/ChildReports.h"
+#include "support/ChildReports.h"
 #include "support/Leaks.h"
 
 #include <vorlund/ClassIds.h>

@@ -1,5 +1,5 @@
 // The sample plug-in, through the program: a file that the library alone cannot read.
-#include "file/TemporaryFolder.h"
+#include "data/file/TemporaryFolder.h"
 #include "support/ChildProcess.h"
 #include "support/WavBuilder.h"
 

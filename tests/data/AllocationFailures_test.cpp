@@ -1,6 +1,6 @@
 // Samples, selectors and the codec class store when memory runs out: each operation is repeated with every
 // one of its allocations refused in turn, and must leave things as they were, with nothing leaked.
-#include "vorlund/data/SwBufferMediaSample.h"
+#include "vorlund/data/resource/SwBufferMediaSample.h"
 
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/ObjectList.h>

@@ -1,6 +1,6 @@
 // Audio clips, video clips and bitmaps: each is the resource that it holds.
-#include "resource/ForeignResource.h"
-#include "resource/ResourceTest.h"
+#include "data/resource/ForeignResource.h"
+#include "data/resource/ResourceTest.h"
 
 #include "support/Failures.h"
 

@@ -7,7 +7,7 @@
 #include <vorlund/VideoOutput.h>
 
 #include "devices/WindowProbe.h"
-#include "file/TemporaryFolder.h"
+#include "data/file/TemporaryFolder.h"
 #include "support/ChildProcess.h"
 #include "support/Failures.h"
 #include "support/LibraryScope.h"

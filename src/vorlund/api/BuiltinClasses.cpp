@@ -1,12 +1,12 @@
 // The one place that knows every concrete class.
 #include "vorlund/api/BuiltinClasses.h"
 
-#include "vorlund/data/InputStream.h"
-#include "vorlund/data/InputStreamFilter.h"
-#include "vorlund/data/MediaSample.h"
-#include "vorlund/data/OutputStream.h"
-#include "vorlund/data/OutputStreamFilter.h"
-#include "vorlund/data/SwBufferMediaSample.h"
+#include "vorlund/data/base/InputStream.h"
+#include "vorlund/data/base/InputStreamFilter.h"
+#include "vorlund/data/base/MediaSample.h"
+#include "vorlund/data/base/OutputStream.h"
+#include "vorlund/data/base/OutputStreamFilter.h"
+#include "vorlund/data/resource/SwBufferMediaSample.h"
 #include "vorlund/data/file/File.h"
 #include "vorlund/data/file/FileInputStream.h"
 #include "vorlund/data/file/FileOutputStream.h"

@@ -1,3 +1,4 @@
+#include <vorlund/Exception.h>
 #include <vorlund/ObjectServices.h>
 #include <vorlund/Vorlund.h>
 
@@ -17,6 +18,14 @@ CClassStore& ClassStore() {
 }
 CCodecClassStore& CodecClassStore() {
     return v.GetCodecClassStore();
+}
+
+void RequireClass(const CId& classId, const TFailure& failure) {
+    try {
+        v.GetClassStore().GetClassInfo(classId);
+    } catch (const CClassNotFoundException&) {
+        Raise<CBugException>(failure);
+    }
 }
 
 } // namespace vorlund::services

@@ -2,11 +2,10 @@
 //
 // One recursive lock guards the list. Creation and enumeration hold it while they create objects, so the
 // class store's lock comes after this one; a registration asks the class store first.
-#include "vorlund/util/CreateOrRaise.h"
+#include "vorlund/api/objects/CreateOrRaise.h"
 
 #include <vorlund/BinaryLock.h>
 #include <vorlund/ClassIds.h>
-#include <vorlund/ClassStore.h>
 #include <vorlund/Device.h>
 #include <vorlund/DeviceClassStore.h>
 #include <vorlund/Exception.h>
@@ -64,11 +63,7 @@ void CDeviceClassStore::Close() {
 
 void CDeviceClassStore::RegisterDevice(const TDeviceClassInfo& info) {
     if (!data_) Raise<CBugException>(kRegisterNotInitialized);
-    try {
-        services::ClassStore().GetClassInfo(info.classId);
-    } catch (const CClassNotFoundException&) {
-        Raise<CBugException>(kClassMissing);
-    }
+    services::RequireClass(info.classId, kClassMissing);
     const CBinaryLockGuard guard(data_->lock);
     // Kept on purpose: no check for duplicates; the first class of a type wins.
     data_->classes.push_back(info);

@@ -1,5 +1,5 @@
 #include "vorlund/devices/NativeWindow.h"
-#include "vorlund/system/WindowsLean.h"
+#include "vorlund/api/platform/WindowsLean.h"
 
 namespace vorlund {
 namespace {

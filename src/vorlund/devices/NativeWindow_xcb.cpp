@@ -1,6 +1,6 @@
 // Windows of the X Window System, by the core protocol and the conventions of clients with window managers
 // (ICCCM 4.1 and 4.2.8, EWMH `_NET_WM_NAME`).
-#include "vorlund/api/Utf8.h"
+#include "vorlund/api/text/Utf8.h"
 #include "vorlund/devices/NativeWindow.h"
 #include "vorlund/devices/XcbLibrary.h"
 

@@ -1,6 +1,6 @@
 #include "vorlund/devices/ResourceHolder.h"
 
-#include "vorlund/util/CreateOrRaise.h"
+#include "vorlund/api/objects/CreateOrRaise.h"
 
 #include <vorlund/ClassIds.h>
 

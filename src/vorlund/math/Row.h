@@ -1,6 +1,6 @@
 /// \file
 /// A row of a matrix as four doubles: two SSE2 registers, or a plain array for processors without them. Each
-/// lane computes what plain double arithmetic does, so that both forms give the same bits. RowAvx2.h is the
+/// lane computes what plain double arithmetic does, so that both forms give the same bits. Row_avx2.h is the
 /// third.
 #pragma once
 

@@ -1,7 +1,7 @@
 #include <vorlund/TextWriter.h>
 
-#include "vorlund/api/TextFormat.h"
-#include "vorlund/api/TextKernels.h"
+#include "vorlund/api/text/TextFormat.h"
+#include "vorlund/api/text/TextKernels.h"
 
 #include <bit>
 #include <cstdarg>

@@ -1,6 +1,6 @@
 #include <vorlund/VarReader.h>
 
-#include "vorlund/api/TextKernels.h"
+#include "vorlund/api/text/TextKernels.h"
 #include "vorlund/serial/GrowText.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include <vorlund/VarWriter.h>
 
-#include "vorlund/api/TextKernels.h"
+#include "vorlund/api/text/TextKernels.h"
 
 #include <bit>
 #include <cstddef>

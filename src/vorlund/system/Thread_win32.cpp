@@ -1,6 +1,6 @@
 #include "vorlund/system/ParkingLot.h"
 #include "vorlund/system/Thread.h"
-#include "vorlund/system/WindowsLean.h"
+#include "vorlund/api/platform/WindowsLean.h"
 
 namespace vorlund {
 namespace {

@@ -1,7 +1,7 @@
 // Seconds as the system counts them.
 #pragma once
 
-#include "vorlund/api/Arithmetic.h"
+#include "vorlund/api/values/Arithmetic.h"
 
 #include <cstdint>
 

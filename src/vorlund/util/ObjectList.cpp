@@ -1,6 +1,6 @@
 #include "vorlund/util/ObjectList.h"
 
-#include "vorlund/util/CreateOrRaise.h"
+#include "vorlund/api/objects/CreateOrRaise.h"
 
 #include <vorlund/Exception.h>
 

@@ -1,6 +1,6 @@
 #include "vorlund/data/file/FileOutputStream.h"
 
-#include "vorlund/api/PathReason.h"
+#include "vorlund/api/values/PathReason.h"
 #include "vorlund/data/file/FileSystem.h"
 
 #include <vorlund/Exception.h>

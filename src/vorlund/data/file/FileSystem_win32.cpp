@@ -1,6 +1,6 @@
 #include "vorlund/data/file/FileSystem.h"
 
-#include "vorlund/system/WindowsLean.h"
+#include "vorlund/api/platform/WindowsLean.h"
 
 #include <string>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "vorlund/system/WindowsLean.h"
+#include "vorlund/api/platform/WindowsLean.h"
 
 #include <vorlund/Path.h>
 

@@ -1,5 +1,5 @@
 // The rules as they are written: the reference of the other sets.
-#include "vorlund/api/Arithmetic.h"
+#include "vorlund/api/values/Arithmetic.h"
 #include "vorlund/data/filters/PcmConversions.h"
 
 #include <cstring>

@@ -1,7 +1,7 @@
 // The filter that gives a stream another format.
 #pragma once
 
-#include "vorlund/data/FormatRecord.h"
+#include "vorlund/data/base/FormatRecord.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/SetFormatIsf.h>

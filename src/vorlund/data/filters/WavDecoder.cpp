@@ -2,7 +2,7 @@
 
 #include "vorlund/data/filters/LittleEndian.h"
 #include "vorlund/data/filters/ReadWhole.h"
-#include "vorlund/util/CreateOrRaise.h"
+#include "vorlund/api/objects/CreateOrRaise.h"
 
 #include <vorlund/Exception.h>
 

@@ -4,7 +4,7 @@
 #include "vorlund/data/resource/Resource.h"
 
 #include "vorlund/data/resource/ResourceLock.h"
-#include "vorlund/util/CreateOrRaise.h"
+#include "vorlund/api/objects/CreateOrRaise.h"
 
 #include <vorlund/StreamFilter.h>
 #include <vorlund/StreamSelector.h>

@@ -1,7 +1,7 @@
 // Bytes in memory with their format.
 #pragma once
 
-#include "vorlund/data/FormatRecord.h"
+#include "vorlund/data/base/FormatRecord.h"
 #include "vorlund/data/resource/ByteBlock.h"
 
 #include <vorlund/ClassIds.h>

@@ -1,7 +1,7 @@
 // The generator of random bytes.
 #pragma once
 
-#include "vorlund/data/FormatRecord.h"
+#include "vorlund/data/base/FormatRecord.h"
 #include "vorlund/data/sources/EndlessSourceImpl.h"
 
 #include <vorlund/ClassIds.h>

@@ -1,0 +1,247 @@
+// The plug-in store: where plug-ins are looked for, and which are loaded.
+//
+// A plug-in's entry points may use the store, so nothing here holds on to a position in its lists while one
+// runs: lists are walked by index, and what is needed afterwards is copied. A module is unloaded only when
+// its entry point has returned; one that has raised stays, because the exception may point into it.
+#include "vorlund/api/plugins/PluginImage.h"
+#include "vorlund/api/plugins/PluginModule.h"
+#include "vorlund/data/file/FileSystem.h"
+#include "vorlund/data/file/PathText.h"
+#include "vorlund/api/objects/CreateOrRaise.h"
+
+#include <vorlund/ClassIds.h>
+#include <vorlund/Debug.h>
+#include <vorlund/Exception.h>
+#include <vorlund/File.h>
+#include <vorlund/ObjectList.h>
+#include <vorlund/PluginStore.h>
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace vorlund {
+namespace {
+
+using filesystem::TEntryKind;
+using TView = std::basic_string_view<wchar>;
+
+constexpr const wchar* kFile = VRL_L("src/vorlund/api/PluginStore");
+constexpr const wchar* kEnumerateAvailable = VRL_L("vorlund::CPluginStore::EnumerateAvailablePlugins");
+constexpr const wchar* kEnumerateLoaded = VRL_L("vorlund::CPluginStore::EnumerateLoadedPlugins");
+constexpr const wchar* kNoEnumerator = VRL_L("Cannot create enumerator");
+constexpr const wchar* kNoString = VRL_L("Cannot create string object");
+
+constexpr TFailure kNoAvailableEnumerator{kEnumerateAvailable, kFile, 138, kNoEnumerator};
+constexpr TFailure kNoFolder{kEnumerateAvailable, kFile, 147, VRL_L("Cannot create folder")};
+constexpr TFailure kNoAvailableString{kEnumerateAvailable, kFile, 162, kNoString};
+constexpr TFailure kNoLoadedEnumerator{kEnumerateLoaded, kFile, 176, kNoEnumerator};
+constexpr TFailure kNoLoadedString{kEnumerateLoaded, kFile, 181, kNoString};
+
+/// The end of the names of development variants.
+constexpr TView kDevelopmentMark = VRL_L("_d");
+
+struct TPlugin {
+    /// Null when it has been closed.
+    void* module;
+    pluginmodule::TInitEntry init;
+    pluginmodule::TCloseEntry close;
+    /// The name under which it was loaded.
+    CString name;
+};
+
+CString WithoutSeparator(const CString& folder) {
+    TView view(folder.GetBuffer());
+    // A root stays one.
+    if (view.size() > 1 && view.back() == pluginmodule::kSeparator) view.remove_suffix(1);
+    return CString(wstring(view).c_str());
+}
+
+/// The path of `name` in `folder`.
+CString Join(const CString& folder, const wchar* name) {
+    wstring path = folder.GetBuffer();
+    if (path.empty() || path.back() != pluginmodule::kSeparator) path += pluginmodule::kSeparator;
+    return CString((path + name).c_str());
+}
+
+/// The full path of a file through a file object; empty when there is none that could be loaded. What does
+/// not exist is asked for first: the file object would say so by an exception, which reaches the debugger
+/// output.
+CString ResolveFile(const CString& candidate) {
+    if (filesystem::GetKind(candidate) != TEntryKind::File) return {};
+    const auto file = CreateAs<IFile>(classid::CFile);
+    if (!file) return {};
+    try {
+        file->Initialize(candidate);
+    } catch (const CFileAccessException&) {
+        // It has vanished meanwhile; otherwise it is no business of the store's.
+        if (filesystem::GetKind(candidate) == TEntryKind::File) throw;
+        return {};
+    }
+    return file->GetPath();
+}
+
+void PushName(IPushObjectEnumerator& enumerator, const wchar* name, const TFailure& failure) {
+    const auto item = CreateOrRaise<IStringObject>(classid::CStringObject, failure);
+    item->SetString(name);
+    enumerator.Push(item.Get());
+}
+
+/// Calls `act` with each text of an enumeration, which it releases.
+template <class TAct> void ForEachText(IObjectEnumerator* texts, TAct act) {
+    const auto owner = CRefPtr<IObjectEnumerator>::Adopt(texts);
+    while (owner->HasNext()) {
+        const auto item = CRefPtr<IObject>::Adopt(owner->GetNext()).Query<IStringObject>();
+        act(item->GetString());
+    }
+}
+
+} // namespace
+
+struct CPluginStore::TData {
+    std::vector<CString> folders;
+    std::vector<CString> extensions;
+    std::vector<TPlugin> plugins;
+
+    bool IsPluginFile(const wchar* title, const wchar* extension) const {
+        if (TView(title).ends_with(kDevelopmentMark)) return false;
+        return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
+    }
+
+    /// Whether any folder has a plug-in, found without objects and without a word.
+    bool HasPlugins() const {
+        return std::any_of(folders.begin(), folders.end(), [this](const CString& folder) {
+            const CString prefix = pathtext::AsFolder(folder);
+            filesystem::CFolderSearch search(prefix);
+            while (search.Next()) {
+                const wchar* const name = search.GetName();
+                if (search.GetKind() == TEntryKind::File &&
+                    IsPluginFile(pathtext::GetTitle(name), pathtext::GetExtension(name)) &&
+                    CImageFile(prefix + name).IsPlugin())
+                    return true;
+            }
+            return false;
+        });
+    }
+
+    /// Loads and initialises one file, if it is a plug-in. The empty path names none.
+    void Load(const CString& path, const CString& name) {
+        if (!CImageFile(path).IsPlugin()) return;
+        void* const module = pluginmodule::Load(path);
+        if (!module) return;
+        const auto init = pluginmodule::FindInitEntry(module);
+        const auto close = pluginmodule::FindCloseEntry(module);
+        if (!init || !close) {
+            pluginmodule::Unload(module);
+            return;
+        }
+        if (!init()) {
+            pluginmodule::Unload(module);
+            return;
+        }
+        try {
+            plugins.push_back({module, init, close, name});
+        } catch (...) {
+            close();
+            pluginmodule::Unload(module);
+            throw;
+        }
+    }
+};
+
+CPluginStore::CPluginStore() : data_(new TData) {
+    AddPluginExtension(pluginmodule::kExtension);
+    // The application's executable on purpose, not the file of this library.
+    const wstring host = pluginmodule::GetHostPath();
+    const std::size_t separator = host.rfind(pluginmodule::kSeparator);
+    if (separator == wstring::npos || separator == 0) return;
+    const CString folder(host.substr(0, separator).c_str());
+    AddPluginPath(folder);
+    AddPluginPath(Join(folder, VRL_L("plugins")));
+}
+
+CPluginStore::~CPluginStore() {
+    delete data_;
+}
+
+void CPluginStore::Init() {}
+
+void CPluginStore::Close() {
+    // Kept on purpose: the records stay, and with them the names. A library that is opened again must not
+    // close them again, so each gives up its module first.
+    for (std::size_t i = 0; i < data_->plugins.size(); ++i) {
+        void* const module = std::exchange(data_->plugins[i].module, nullptr);
+        if (!module) continue;
+        data_->plugins[i].close();
+        pluginmodule::Unload(module);
+    }
+}
+
+void CPluginStore::AddPluginPath(const wchar* path) {
+    data_->folders.push_back(path);
+}
+
+void CPluginStore::AddPluginExtension(const wchar* extension) {
+    data_->extensions.push_back(extension);
+}
+
+void CPluginStore::LoadPlugin(const wchar* name) {
+    const CString wanted(name);
+    // Kept on purpose: nobody asks whether it is loaded already, and a success does not end the search.
+    for (std::size_t folder = 0; folder < data_->folders.size(); ++folder) {
+        const CString prefix = Join(data_->folders[folder], wanted);
+        for (std::size_t i = 0; i < data_->extensions.size(); ++i) {
+            const CString candidate = prefix + VRL_L(".") + data_->extensions[i];
+            data_->Load(ResolveFile(candidate), wanted);
+        }
+    }
+}
+
+void CPluginStore::LoadAvailablePlugins() {
+    // The enumeration makes an object of every file in the folders. It begins only where there is a plug-in,
+    // so that the first object of an application without plug-ins is number 1.
+    if (!data_->HasPlugins()) return;
+    ForEachText(EnumerateAvailablePlugins(), [this](const CString& name) { LoadPlugin(name); });
+}
+
+bool CPluginStore::IsPluginLoaded(const wchar* name) const {
+    return std::any_of(data_->plugins.begin(), data_->plugins.end(),
+                       [name](const TPlugin& plugin) { return plugin.name == name; });
+}
+
+IObjectEnumerator* CPluginStore::EnumerateLoadedPlugins() const {
+    auto names = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoLoadedEnumerator);
+    for (const TPlugin& plugin : data_->plugins) PushName(*names, plugin.name, kNoLoadedString);
+    return names.Detach();
+}
+
+IObjectEnumerator* CPluginStore::EnumerateAvailablePlugins() const {
+    auto names = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoAvailableEnumerator);
+    for (const CString& path : data_->folders) {
+        const CString plainPath = WithoutSeparator(path);
+        // Asked for first, as for files.
+        if (filesystem::GetKind(plainPath) == TEntryKind::Missing) continue;
+        const auto folder = CreateOrRaise<IFolder>(classid::CFolder, kNoFolder);
+        folder->Initialize(plainPath);
+        const auto files = CRefPtr<IObjectList>::Adopt(folder->EnumerateFiles());
+        const auto entries = CRefPtr<IObjectEnumerator>::Adopt(files->EnumerateObjects());
+        while (entries->HasNext()) {
+            const auto file = CRefPtr<IObject>::Adopt(entries->GetNext()).Query<IFile>();
+            const CString title = file->GetTitle();
+            if (data_->IsPluginFile(title, file->GetExtension())) PushName(*names, title, kNoAvailableString);
+        }
+    }
+    return names.Detach();
+}
+
+void CPluginStore::Dump() const {
+    for (const TPlugin& plugin : data_->plugins)
+        CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("Plugin %s is loaded"), plugin.name.GetBuffer());
+    ForEachText(EnumerateAvailablePlugins(), [this](const CString& name) {
+        if (!IsPluginLoaded(name))
+            CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("Plugin %s is not loaded"), name.GetBuffer());
+    });
+}
+
+} // namespace vorlund

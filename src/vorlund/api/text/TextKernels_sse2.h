@@ -1,0 +1,327 @@
+/// \file
+/// The loops behind TextKernels.h for SSE2, eight units at a time.
+///
+/// Where a length is given, blocks stay inside the text; the last one overlaps the one before. A terminated
+/// text is read in blocks that may reach beyond its terminator, but never into another page than some unit of
+/// the text, so they cannot fault; only the sanitizers would object, and are told not to look at those
+/// functions.
+#pragma once
+
+#include "vorlund/api/text/TextKernels.h"
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <emmintrin.h>
+
+namespace vorlund::sse2 {
+
+/// Marks a function that reads whole blocks around a terminator.
+#define VRL_READS_BLOCKS __attribute__((no_sanitize("address", "thread")))
+
+constexpr std::size_t kBlock = 8;
+constexpr std::size_t kBlockBytes = 16;
+/// No x86 system has smaller pages.
+constexpr std::size_t kPageBytes = 4096;
+
+/// Inlined even where nothing else is: then it is looked at as its caller is.
+inline __attribute__((always_inline)) __m128i Load(const void* place) {
+    return _mm_loadu_si128(static_cast<const __m128i*>(place));
+}
+
+inline __m128i Spread(wchar unit) {
+    return _mm_set1_epi16(static_cast<short>(unit));
+}
+
+inline __m128i Equal(__m128i left, __m128i right) {
+    return _mm_cmpeq_epi16(left, right);
+}
+
+/// Two bits for each of the eight units of a comparison.
+inline unsigned int Mask(__m128i comparison) {
+    return static_cast<unsigned int>(_mm_movemask_epi8(comparison));
+}
+
+/// One bit for each of the sixteen units of two comparisons.
+inline unsigned int Mask(__m128i low, __m128i high) {
+    return Mask(_mm_packs_epi16(low, high));
+}
+
+inline std::size_t FirstUnitOf(unsigned int mask) {
+    return static_cast<unsigned int>(std::countr_zero(mask)) / 2;
+}
+
+inline std::size_t LastUnitOf(unsigned int mask) {
+    return (31 - static_cast<unsigned int>(std::countl_zero(mask))) / 2;
+}
+
+/// Walks the aligned blocks of a terminated text to the first unit that `TWanted` makes 0. Packing with
+/// saturation keeps what is 0 and what is not, so four blocks cost little more than one.
+template <class TWanted>
+VRL_READS_BLOCKS inline __attribute__((always_inline)) std::size_t Walk(const wchar* text, TWanted wanted) {
+    const __m128i zero = _mm_setzero_si128();
+    const auto address = reinterpret_cast<std::uintptr_t>(text);
+    // The first block may begin before the text.
+    const std::size_t before = address % kBlockBytes;
+    const auto* block = reinterpret_cast<const __m128i*>(address - before);
+    unsigned int mask = Mask(Equal(wanted(block[0]), zero)) >> before;
+    if (mask) return FirstUnitOf(mask);
+    ++block;
+    while (reinterpret_cast<std::uintptr_t>(block) % (4 * kBlockBytes)) {
+        mask = Mask(Equal(wanted(block[0]), zero));
+        if (mask)
+            return static_cast<std::size_t>(reinterpret_cast<const wchar*>(block) - text) + FirstUnitOf(mask);
+        ++block;
+    }
+    for (;; block += 4) {
+        const __m128i low = _mm_packs_epi16(wanted(block[0]), wanted(block[1]));
+        const __m128i high = _mm_packs_epi16(wanted(block[2]), wanted(block[3]));
+        if (!Mask(_mm_cmpeq_epi8(_mm_min_epu8(low, high), zero))) continue;
+        const unsigned int lowMask = Mask(_mm_cmpeq_epi8(low, zero));
+        const unsigned int highMask = Mask(_mm_cmpeq_epi8(high, zero));
+        const std::size_t base = static_cast<std::size_t>(reinterpret_cast<const wchar*>(block) - text);
+        return base + static_cast<unsigned int>(std::countr_zero(lowMask | highMask << 16));
+    }
+}
+
+VRL_READS_BLOCKS inline std::size_t TextLength(const wchar* text) {
+    struct TWanted {
+        __attribute__((always_inline)) __m128i operator()(__m128i units) const { return units; }
+    };
+    return Walk(text, TWanted{});
+}
+
+VRL_READS_BLOCKS inline std::size_t TextLength(const wchar* text, std::size_t limit) {
+    const __m128i zero = _mm_setzero_si128();
+    const std::size_t before = reinterpret_cast<std::uintptr_t>(text) % kBlockBytes;
+    const auto* block = reinterpret_cast<const __m128i*>(reinterpret_cast<std::uintptr_t>(text) - before);
+    // `next` is the first unit behind the block; it stays in reach of the limit.
+    std::size_t next = (kBlockBytes - before) / sizeof(wchar);
+    if (limit == 0) return 0;
+    unsigned int mask = Mask(Equal(*block, zero)) >> before << before;
+    while (!mask && next < limit) {
+        mask = Mask(Equal(*++block, zero));
+        next += kBlock;
+    }
+    const std::size_t length = mask ? next - kBlock + FirstUnitOf(mask) : limit;
+    return length < limit ? length : limit;
+}
+
+VRL_READS_BLOCKS inline std::size_t FindFirstUnit(const wchar* text, wchar unit) {
+    struct TWanted {
+        __m128i unit;
+        __attribute__((always_inline)) __m128i operator()(__m128i units) const {
+            return _mm_andnot_si128(Equal(units, unit), units);
+        }
+    };
+    const std::size_t place = Walk(text, TWanted{Spread(unit)});
+    return text[place] == unit ? place : kTextNotFound;
+}
+
+inline std::size_t FindFirstUnit(const wchar* text, std::size_t length, wchar unit) {
+    const __m128i wanted = Spread(unit);
+    std::size_t i = 0;
+    for (; i + 4 * kBlock <= length; i += 4 * kBlock) {
+        const unsigned int low = Mask(Equal(Load(text + i), wanted), Equal(Load(text + i + kBlock), wanted));
+        const unsigned int high =
+            Mask(Equal(Load(text + i + 2 * kBlock), wanted), Equal(Load(text + i + 3 * kBlock), wanted));
+        const unsigned int mask = low | high << 16;
+        if (mask) return i + static_cast<unsigned int>(std::countr_zero(mask));
+    }
+    for (; i + kBlock <= length; i += kBlock)
+        if (const unsigned int mask = Mask(Equal(Load(text + i), wanted))) return i + FirstUnitOf(mask);
+    for (; i < length; ++i)
+        if (text[i] == unit) return i;
+    return kTextNotFound;
+}
+
+inline std::size_t FindLastUnit(const wchar* text, std::size_t length, wchar unit) {
+    const __m128i wanted = Spread(unit);
+    std::size_t end = length;
+    for (; end >= 4 * kBlock; end -= 4 * kBlock) {
+        const wchar* at = text + end - 4 * kBlock;
+        const unsigned int low = Mask(Equal(Load(at), wanted), Equal(Load(at + kBlock), wanted));
+        const unsigned int high =
+            Mask(Equal(Load(at + 2 * kBlock), wanted), Equal(Load(at + 3 * kBlock), wanted));
+        const unsigned int mask = low | high << 16;
+        if (mask) return end - 1 - static_cast<unsigned int>(std::countl_zero(mask));
+    }
+    for (; end >= kBlock; end -= kBlock)
+        if (const unsigned int mask = Mask(Equal(Load(text + end - kBlock), wanted)))
+            return end - kBlock + LastUnitOf(mask);
+    for (; end > 0; --end)
+        if (text[end - 1] == unit) return end - 1;
+    return kTextNotFound;
+}
+
+inline std::size_t FindLastUnit(const wchar* text, wchar unit) {
+    const std::size_t length = TextLength(text);
+    return unit ? FindLastUnit(text, length, unit) : length;
+}
+
+/// How many units can be read from both places within their pages.
+inline std::size_t RoomInPages(const wchar* left, const wchar* right) {
+    const std::size_t leftUsed = reinterpret_cast<std::uintptr_t>(left) % kPageBytes;
+    const std::size_t rightUsed = reinterpret_cast<std::uintptr_t>(right) % kPageBytes;
+    return (kPageBytes - (leftUsed > rightUsed ? leftUsed : rightUsed)) / sizeof(wchar);
+}
+
+VRL_READS_BLOCKS inline int CompareText(const wchar* left, const wchar* right) {
+    const __m128i zero = _mm_setzero_si128();
+    const auto order = [](wchar a, wchar b) { return a == b ? 0 : a > b ? 1 : -1; };
+    for (;;) {
+        std::size_t room = RoomInPages(left, right);
+        for (; room >= kBlock; room -= kBlock, left += kBlock, right += kBlock) {
+            const __m128i units = Load(left);
+            const __m128i same = _mm_andnot_si128(Equal(units, zero), Equal(units, Load(right)));
+            const unsigned int end = Mask(same) ^ 0xFFFF;
+            if (end) return order(left[FirstUnitOf(end)], right[FirstUnitOf(end)]);
+        }
+        // The few units before one of the pages ends.
+        for (; room > 0; --room, ++left, ++right)
+            if (*left != *right || !*left) return order(*left, *right);
+    }
+}
+
+/// Whether `length` units, at least 3, are the same; reads nothing else.
+inline bool SameUnits(const wchar* left, const wchar* right, std::size_t length) {
+    const auto differ = [&](std::size_t place, auto word) {
+        auto other = word;
+        std::memcpy(&word, left + place, sizeof(word));
+        std::memcpy(&other, right + place, sizeof(other));
+        return word != other;
+    };
+    if (length < 4) return !differ(0, std::uint32_t{}) && !differ(length - 2, std::uint32_t{});
+    if (length < kBlock) return !differ(0, std::uint64_t{}) && !differ(length - 4, std::uint64_t{});
+    for (std::size_t i = 0; i + kBlock < length; i += kBlock)
+        if (Mask(Equal(Load(left + i), Load(right + i))) != 0xFFFF) return false;
+    return Mask(Equal(Load(left + length - kBlock), Load(right + length - kBlock))) == 0xFFFF;
+}
+
+/// A needle that is not empty, with the two places that choose candidates: the first, and the last that holds
+/// another unit than the first, because runs of one unit are what texts hold most of.
+class CNeedle {
+public:
+    CNeedle(const wchar* units, std::size_t length)
+        : units_(units), length_(length), probe_(length - 1), first_(Spread(units[0])) {
+        while (probe_ > 0 && units[probe_] == units[0]) --probe_;
+        if (probe_ == 0) probe_ = length - 1;
+        other_ = Spread(units[probe_]);
+    }
+
+    /// Which of the eight places from `text` on hold both chosen units.
+    __m128i Candidates(const wchar* text) const {
+        return _mm_and_si128(Equal(Load(text), first_), Equal(Load(text + probe_), other_));
+    }
+    bool IsCandidate(const wchar* text) const {
+        return text[0] == units_[0] && text[probe_] == units_[probe_];
+    }
+
+    /// Whether the needle stands at a candidate.
+    bool StandsAt(const wchar* text) const { return length_ <= 2 || SameUnits(text, units_, length_); }
+
+private:
+    const wchar* units_;
+    std::size_t length_;
+    std::size_t probe_;
+    __m128i first_;
+    __m128i other_;
+};
+
+inline std::size_t FindFirstText(const wchar* text, std::size_t length, const wchar* needle,
+                                 std::size_t needleLength) {
+    if (needleLength > length) return kTextNotFound;
+    if (needleLength == 0) return 0;
+    if (needleLength == 1) return FindFirstUnit(text, length, *needle);
+    const CNeedle wanted(needle, needleLength);
+    const std::size_t places = length - needleLength + 1;
+    std::size_t i = 0;
+    for (; i + 2 * kBlock <= places; i += 2 * kBlock) {
+        unsigned int mask = Mask(wanted.Candidates(text + i), wanted.Candidates(text + i + kBlock));
+        for (; mask; mask &= mask - 1) {
+            const std::size_t place = i + static_cast<unsigned int>(std::countr_zero(mask));
+            if (wanted.StandsAt(text + place)) return place;
+        }
+    }
+    for (; i < places; ++i)
+        if (wanted.IsCandidate(text + i) && wanted.StandsAt(text + i)) return i;
+    return kTextNotFound;
+}
+
+inline std::size_t FindAllText(const wchar* text, std::size_t length, const wchar* needle,
+                               std::size_t needleLength, std::uint32_t* places, std::size_t capacity) {
+    if (needleLength > length || !capacity) return 0;
+    const CNeedle wanted(needle, needleLength);
+    const std::size_t end = length - needleLength + 1;
+    std::size_t count = 0;
+    // The first place behind the last occurrence.
+    std::size_t free = 0;
+    const auto take = [&](std::size_t place) {
+        if (place < free || !wanted.StandsAt(text + place)) return false;
+        places[count++] = static_cast<std::uint32_t>(place);
+        free = place + needleLength;
+        return count == capacity;
+    };
+    std::size_t i = 0;
+    for (; i + 2 * kBlock <= end; i += 2 * kBlock) {
+        unsigned int mask = Mask(wanted.Candidates(text + i), wanted.Candidates(text + i + kBlock));
+        for (; mask; mask &= mask - 1)
+            if (take(i + static_cast<unsigned int>(std::countr_zero(mask)))) return count;
+    }
+    for (; i < end; ++i)
+        if (wanted.IsCandidate(text + i) && take(i)) return count;
+    return count;
+}
+
+inline std::size_t FindLastText(const wchar* text, std::size_t length, const wchar* needle,
+                                std::size_t needleLength) {
+    if (needleLength > length) return kTextNotFound;
+    if (needleLength == 0) return length;
+    if (needleLength == 1) return FindLastUnit(text, length, *needle);
+    const CNeedle wanted(needle, needleLength);
+    std::size_t end = length - needleLength + 1;
+    for (; end >= 2 * kBlock; end -= 2 * kBlock) {
+        const wchar* at = text + end - 2 * kBlock;
+        unsigned int mask = Mask(wanted.Candidates(at), wanted.Candidates(at + kBlock));
+        while (mask) {
+            const unsigned int bit = 31 - static_cast<unsigned int>(std::countl_zero(mask));
+            const std::size_t place = end - 2 * kBlock + bit;
+            if (wanted.StandsAt(text + place)) return place;
+            mask ^= 1u << bit;
+        }
+    }
+    for (; end > 0; --end)
+        if (wanted.IsCandidate(text + end - 1) && wanted.StandsAt(text + end - 1)) return end - 1;
+    return kTextNotFound;
+}
+
+inline void ReplaceUnit(wchar* text, std::size_t length, wchar from, wchar to) {
+    const __m128i wanted = Spread(from);
+    const __m128i replacement = Spread(to);
+    std::size_t i = 0;
+    for (; i + kBlock <= length; i += kBlock) {
+        const __m128i units = Load(text + i);
+        const __m128i chosen = Equal(units, wanted);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(text + i),
+                         _mm_or_si128(_mm_and_si128(chosen, replacement), _mm_andnot_si128(chosen, units)));
+    }
+    for (; i < length; ++i)
+        if (text[i] == from) text[i] = to;
+}
+
+inline void WidenText(wchar* destination, const char* source, std::size_t length) {
+    std::size_t i = 0;
+    for (; i + 2 * kBlock <= length; i += 2 * kBlock) {
+        // Each byte becomes the high half of a unit, and the shift brings it down with its sign.
+        const __m128i bytes = Load(source + i);
+        const __m128i low = _mm_srai_epi16(_mm_unpacklo_epi8(bytes, bytes), 8);
+        const __m128i high = _mm_srai_epi16(_mm_unpackhi_epi8(bytes, bytes), 8);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(destination + i), low);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(destination + i + kBlock), high);
+    }
+    for (; i < length; ++i) destination[i] = WidenUnit(source[i]);
+}
+
+#undef VRL_READS_BLOCKS
+
+} // namespace vorlund::sse2

@@ -1,0 +1,103 @@
+// The way of a message: formatted on the stack, given to the handler of its destination, or else to the
+// default destination.
+//
+// Handler and user pointer belong together, so they are read and replaced as a pair under a mutex. It is held
+// for the copying alone: handlers and boxes run without it, and a handler may replace handlers. Everything
+// here is constant-initialised and never destroyed, as exceptions are printed before the library's own
+// objects are built and after they are destroyed.
+#include <vorlund/Debug.h>
+
+#include "vorlund/api/values/DebugOutput.h"
+#include "vorlund/api/text/TextFormat.h"
+
+#include <cstdarg>
+#include <mutex>
+
+namespace vorlund {
+namespace {
+
+constexpr int kMessageCapacity = 1024;
+constexpr int kDestinationCount = 4;
+
+struct THandler {
+    TDebugHandler function;
+    void* user;
+};
+THandler handlers[kDestinationCount];
+std::mutex handlersMutex;
+
+/// Set while this thread is inside a handler.
+thread_local bool isInHandler;
+
+bool IsDestination(TDebugMessageType type) {
+    return type >= 0 && type < kDestinationCount;
+}
+
+THandler GetHandler(TDebugMessageType type) {
+    const std::lock_guard guard(handlersMutex);
+    return handlers[type];
+}
+
+void CallHandler(const THandler& handler, TDebugMessageType type, const wchar* text) {
+    struct TMark {
+        TMark() { isInHandler = true; }
+        ~TMark() { isInHandler = false; }
+    } const mark;
+    handler.function(type, text, handler.user);
+}
+
+void WriteDefault(TDebugMessageType type, const wchar* text) {
+    switch (type) {
+    case DEBUG_MESSAGE_OUTPUT:
+        debugoutput::WriteToDebugger(text);
+        break;
+    case DEBUG_MESSAGE_BOX:
+        debugoutput::ShowBox(text);
+        break;
+    case DEBUG_MESSAGE_STDOUT:
+        debugoutput::WriteToStandardOutput(text);
+        break;
+    case DEBUG_MESSAGE_STDERR:
+        debugoutput::WriteToStandardError(text);
+        break;
+    }
+}
+
+} // namespace
+
+void EmitDebugText(TDebugMessageType type, const wchar* text) {
+    // A handler that fails builds exceptions, which would come back to it without end.
+    if (!IsDestination(type) || isInHandler) return;
+    try {
+        const THandler handler = GetHandler(type);
+        if (handler.function) {
+            CallHandler(handler, type, text);
+        } else {
+            WriteDefault(type, text);
+        }
+    } catch (...) {
+        // This runs inside the raising of another failure, which must not be lost to one of the reporting.
+    }
+}
+
+void CDebug::PrintMessage(TDebugMessageType type, const wchar* format, ...) {
+    if (!IsDestination(type)) return;
+    wchar text[kMessageCapacity];
+    std::va_list arguments;
+    va_start(arguments, format);
+    FormatText(text, kMessageCapacity, format, arguments);
+    va_end(arguments);
+    EmitDebugText(type, text);
+}
+
+void CDebug::SetHandler(TDebugMessageType type, TDebugHandler handler, void* user) {
+    if (!IsDestination(type)) return;
+    const std::lock_guard guard(handlersMutex);
+    handlers[type] = {handler, user};
+}
+
+void CDebug::Break() {
+    debugoutput::BreakIntoDebugger();
+}
+
+} // namespace vorlund

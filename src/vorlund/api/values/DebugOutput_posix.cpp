@@ -1,0 +1,197 @@
+// Where messages go on a system without a debugger output and without boxes of its own: the system log, a
+// notice on the process's terminal, and the two standard streams.
+#include "vorlund/api/values/DebugOutput.h"
+
+#include "vorlund/api/values/FramedNotice.h"
+#include "vorlund/api/text/Utf8.h"
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdio>
+#include <cwchar>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <syslog.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace vorlund::debugoutput {
+namespace {
+
+/// How often a wait looks whether the process is still in the foreground.
+constexpr int kPollMilliseconds = 250;
+
+constexpr int kUsualColumns = 80;
+
+/// Bytes that UTF-8 takes at most for a text.
+std::size_t Utf8Bound(const wchar* text) {
+    return std::char_traits<wchar>::length(text) * 3;
+}
+
+/// Keeps the job control from stopping this thread: what a background process may not do then fails instead.
+class CJobControlBlock {
+public:
+    CJobControlBlock() {
+        sigset_t signals;
+        sigemptyset(&signals);
+        sigaddset(&signals, SIGTTIN);
+        sigaddset(&signals, SIGTTOU);
+        pthread_sigmask(SIG_BLOCK, &signals, &former_);
+    }
+    CJobControlBlock(const CJobControlBlock&) = delete;
+    CJobControlBlock& operator=(const CJobControlBlock&) = delete;
+    ~CJobControlBlock() { pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
+
+private:
+    sigset_t former_;
+};
+
+/// The process's controlling terminal, whatever its standard streams are. Its mode is left alone.
+class CTerminal {
+public:
+    /// A file description of its own, so that O_NONBLOCK touches nobody else's.
+    CTerminal() : handle_(open("/dev/tty", O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {}
+    CTerminal(const CTerminal&) = delete;
+    CTerminal& operator=(const CTerminal&) = delete;
+    ~CTerminal() {
+        if (IsOpen()) close(handle_);
+    }
+
+    bool IsOpen() const { return handle_ >= 0; }
+    bool IsInForeground() const { return tcgetpgrp(handle_) == getpgrp(); }
+
+    int GetColumns() const {
+        winsize size{};
+        return ioctl(handle_, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualColumns;
+    }
+
+    /// A terminal that is held back (Ctrl-S) is waited for by a foreground process only.
+    void Write(const std::pmr::string& text) {
+        std::size_t done = 0;
+        while (done < text.size()) {
+            const ssize_t count = write(handle_, text.data() + done, text.size() - done);
+            if (count > 0) {
+                done += static_cast<std::size_t>(count);
+            } else if (errno == EAGAIN) {
+                if (!IsInForeground()) return;
+                WaitOnce(POLLOUT);
+            } else if (errno != EINTR) {
+                return;
+            }
+        }
+    }
+
+    /// Returns at the end of a line (in every mode of the terminal), at the end of the input, when the
+    /// terminal goes away and when the process leaves the foreground. Takes no byte behind the line.
+    void WaitForEnter() {
+        while (IsInForeground()) {
+            // First the wait, as there are modes in which a read without input returns nothing, like an end.
+            if (!WaitOnce(POLLIN)) continue;
+            char unit = 0;
+            const ssize_t count = read(handle_, &unit, 1);
+            if (count == 0 || (count == 1 && (unit == '\n' || unit == '\r'))) return;
+            if (count < 0 && errno != EINTR && errno != EAGAIN) return;
+        }
+    }
+
+private:
+    /// Returns true when the terminal is ready or gone.
+    bool WaitOnce(short event) {
+        pollfd request{handle_, event, 0};
+        return poll(&request, 1, kPollMilliseconds) > 0;
+    }
+
+    int handle_;
+};
+
+/// Appends the text in the encoding of the locale. Returns false when that cannot say all of it.
+bool AppendInLocale(std::pmr::string& out, const wchar* text) {
+    std::mbstate_t state{};
+    char bytes[MB_LEN_MAX];
+    while (const char32_t code = NextCodePoint(text)) {
+        const std::size_t count = std::wcrtomb(bytes, static_cast<wchar_t>(code), &state);
+        if (count == static_cast<std::size_t>(-1)) return false;
+        out.append(bytes, count);
+    }
+    // What returns to the initial shift state, without the terminator.
+    const std::size_t count = std::wcrtomb(bytes, L'\0', &state);
+    if (count != static_cast<std::size_t>(-1)) out.append(bytes, count - 1);
+    return true;
+}
+
+void WriteToFile(int file, const std::pmr::string& text) {
+    std::size_t done = 0;
+    while (done < text.size()) {
+        const ssize_t count = write(file, text.data() + done, text.size() - done);
+        if (count > 0) {
+            done += static_cast<std::size_t>(count);
+        } else if (count < 0 && errno == EAGAIN) {
+            pollfd request{file, POLLOUT, 0};
+            poll(&request, 1, kPollMilliseconds);
+        } else if (count < 0 && errno != EINTR) {
+            return;
+        }
+    }
+}
+
+/// A stream that has printed bytes gets bytes. One that prints wide characters would refuse bytes, and be
+/// silenced by a character that it cannot encode; one that has printed nothing would be bound to bytes for
+/// good. Both have their file written to, behind what they hold back.
+void WriteLine(std::FILE* stream, const wchar* text) {
+    CMessageMemory memory;
+    const std::size_t bound = Utf8Bound(text) + 1;
+    std::pmr::string line = ReserveMessage(memory, bound);
+    if (!AppendInLocale(line, text)) {
+        line.clear();
+        AppendUtf8(line, text);
+    }
+    line += '\n';
+
+    flockfile(stream);
+    const int file = fileno(stream);
+    if (fwide(stream, 0) < 0 || file < 0) {
+        std::fwrite(line.data(), 1, line.size(), stream);
+        std::fflush(stream);
+    } else {
+        std::fflush(stream);
+        WriteToFile(file, line);
+    }
+    funlockfile(stream);
+}
+
+} // namespace
+
+void WriteToDebugger(const wchar* text) {
+    CMessageMemory memory;
+    std::pmr::string line = ReserveMessage(memory, Utf8Bound(text));
+    AppendUtf8(line, text);
+    syslog(LOG_USER | LOG_DEBUG, "%s", line.c_str());
+}
+
+void ShowBox(const wchar* text) {
+    const CJobControlBlock block;
+    CTerminal terminal;
+    if (!terminal.IsOpen()) return;
+    const bool isWaiting = terminal.IsInForeground();
+    CMessageMemory memory;
+    std::pmr::string notice = ReserveMessage(memory, 4096);
+    AppendFramedNotice(notice, VRL_L("Vorlund message"), text, terminal.GetColumns(), isWaiting);
+    terminal.Write(notice);
+    if (isWaiting) terminal.WaitForEnter();
+}
+
+void WriteToStandardOutput(const wchar* text) {
+    WriteLine(stdout, text);
+}
+
+void WriteToStandardError(const wchar* text) {
+    WriteLine(stderr, text);
+}
+
+void BreakIntoDebugger() {
+    raise(SIGTRAP);
+}
+
+} // namespace vorlund::debugoutput

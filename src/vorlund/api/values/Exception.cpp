@@ -1,0 +1,58 @@
+#include <vorlund/Exception.h>
+
+#include "vorlund/api/text/TextFormat.h"
+
+#include <vorlund/String.h>
+
+namespace vorlund {
+namespace {
+
+constexpr const wchar* kTypeNames[] = {VRL_L("CException"),
+#define VRL_TYPE_NAME(value, className, enumerator) VRL_L(#className),
+                                       VRL_EXCEPTION_SUBCLASSES(VRL_TYPE_NAME)
+#undef VRL_TYPE_NAME
+};
+constexpr int kTypeCount = sizeof(kTypeNames) / sizeof(kTypeNames[0]);
+
+constexpr int kLineCapacity = 256;
+
+void FormatLine(wchar (&line)[kLineCapacity], const CException& exception) {
+    FormatArguments(line, kLineCapacity,
+                    VRL_L("Exception: type=%s | method=%s | file=%s | line=%d | reason=%s"),
+                    CException::GetTypeName(exception.GetType()), exception.GetMethod(), exception.GetFile(),
+                    exception.GetLine(), exception.GetReason());
+}
+
+} // namespace
+
+CException::CException(const wchar* method, const wchar* file, int line, const wchar* reason,
+                       TExceptionType type)
+    : method_(method), file_(file), line_(line), reason_(reason), type_(type) {
+    PrintMessage(DEBUG_MESSAGE_OUTPUT);
+    if (type == EXCEPTION_TYPE_BUG) PrintMessage(DEBUG_MESSAGE_BOX);
+}
+
+// Out of line: each is its class's key function, so the type information exists once, in the library, and an
+// exception is caught by its type on both sides of the library's border.
+CException::~CException() = default;
+#define VRL_DESTRUCTOR(value, className, enumerator) className::~className() = default;
+VRL_EXCEPTION_SUBCLASSES(VRL_DESTRUCTOR)
+#undef VRL_DESTRUCTOR
+
+const wchar* CException::GetTypeName(TExceptionType type) {
+    return type >= 0 && type < kTypeCount ? kTypeNames[type] : nullptr;
+}
+
+CString CException::ToString() const {
+    wchar line[kLineCapacity];
+    FormatLine(line, *this);
+    return line;
+}
+
+void CException::PrintMessage(TDebugMessageType destination) const {
+    wchar line[kLineCapacity];
+    FormatLine(line, *this);
+    CDebug::PrintMessage(destination, VRL_L("%s"), line);
+}
+
+} // namespace vorlund

@@ -1,9 +1,0 @@
-#include "vorlund/data/MediaSample.h"
-
-namespace vorlund {
-
-IMediaSample* CMediaSample::Clone() {
-    return static_cast<IMediaSample*>(NewObject<CMediaSample>());
-}
-
-} // namespace vorlund

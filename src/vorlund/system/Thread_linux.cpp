@@ -1,0 +1,54 @@
+#include "vorlund/system/Thread_linux.h"
+
+#include <ctime>
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace vorlund {
+
+constinit thread_local unsigned int notedThreadId = kUnknownThread;
+
+namespace {
+
+constexpr std::int64_t kSecond = 1000000000;
+
+std::timespec TimeOf(std::int64_t nanoseconds) noexcept {
+    std::timespec time{};
+    time.tv_sec = static_cast<std::time_t>(nanoseconds / kSecond);
+    time.tv_nsec = static_cast<long>(nanoseconds % kSecond);
+    return time;
+}
+
+} // namespace
+
+unsigned int CurrentThreadId() noexcept {
+    // A process made by fork keeps the number of the thread that forked, and so the locks that this thread
+    // held.
+    if (notedThreadId == kUnknownThread) notedThreadId = static_cast<unsigned int>(syscall(SYS_gettid));
+    return notedThreadId;
+}
+
+std::int64_t MonotonicNanoseconds() noexcept {
+    std::timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * kSecond + now.tv_nsec;
+}
+
+void ParkWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) noexcept {
+    static_assert(sizeof word == sizeof value && std::atomic<std::uint32_t>::is_always_lock_free);
+    syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, value, nullptr, nullptr, 0);
+}
+
+void ParkWhileUntil(const std::atomic<std::uint32_t>& word, std::uint32_t value,
+                    std::int64_t deadline) noexcept {
+    const std::timespec time = TimeOf(deadline);
+    // Unlike the plain wait, the one with a mask takes a point in time.
+    syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, value, &time, nullptr, FUTEX_BITSET_MATCH_ANY);
+}
+
+void UnparkOne(const void* address) noexcept {
+    syscall(SYS_futex, address, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
+}
+
+} // namespace vorlund

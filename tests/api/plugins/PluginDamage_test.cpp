@@ -1,0 +1,136 @@
+// Plug-in files that are damaged. What their headers show is refused before they are loaded; damaged code is
+// nobody's promise, so those files are tried in child processes, and all that is asked is that every trial
+// ends.
+#include <vorlund/PluginStore.h>
+
+#include "api/plugins/TestPlugins.h"
+#include "support/ChildProcess.h"
+#include "support/DebugRecorder.h"
+#include "support/LibraryScope.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace vorlund::test {
+namespace {
+
+/// Whether these bytes are loaded as a plug-in, by this process.
+bool Loads(const std::string& bytes) {
+    const CPluginFolder folder;
+    WriteFile(folder.PathOf("damaged"), bytes);
+    CPluginStore store;
+    store.AddPluginPath(folder.GetPath().c_str());
+    store.LoadPlugin(VRL_L("damaged"));
+    const bool isLoaded = store.IsPluginLoaded(VRL_L("damaged"));
+    store.Close();
+    return isLoaded;
+}
+
+class PluginDamage : public testing::Test {
+protected:
+    CLibraryScope library_;
+    const std::string image_ = ReadFile(PluginFile("accepting"));
+};
+
+TEST_F(PluginDamage, WholeFileLoads) {
+    EXPECT_TRUE(Loads(image_));
+    EXPECT_TRUE(Loads(image_ + std::string(1000, 'x')));
+}
+
+TEST_F(PluginDamage, FilesThatWereCutShortAreRefused) {
+    // What is loaded ends where the tables for linkers and debuggers begin, in the second half at the latest.
+    const CDebugRecorder recorder;
+    for (std::size_t size = 0; size < 1024; size += 13) EXPECT_FALSE(Loads(image_.substr(0, size))) << size;
+    const std::size_t step = image_.size() / 64 + 1;
+    for (std::size_t size = 1024; size < image_.size() / 4; size += step)
+        EXPECT_FALSE(Loads(image_.substr(0, size))) << size;
+    EXPECT_TRUE(recorder.GetEntries().empty());
+}
+
+TEST_F(PluginDamage, FilesOfOtherSystemsAreRefused) {
+    const std::string heads[] = {
+        std::string("\x7f"
+                    "ELF\x01\x01\x01",
+                    7),
+        std::string("\x7f"
+                    "ELF\x02\x01\x01",
+                    7),
+        std::string("\x7f"
+                    "ELF\x01\x02\x01",
+                    7),
+        "MZ",
+        "#!/bin/sh\n",
+        std::string("\xCF\xFA\xED\xFE"),
+    };
+    for (const std::string& head : heads) {
+        std::string bytes = image_;
+        bytes.replace(0, head.size(), head);
+        // The one that changes nothing is this system's own.
+        EXPECT_EQ(Loads(bytes), bytes == image_) << head;
+        EXPECT_FALSE(Loads(head + std::string(4096, '\0'))) << head;
+    }
+}
+
+/// What came of damaged files 0, `step`, 2 * `step` ... in child processes.
+struct TTally {
+    int loaded = 0;
+    int refused = 0;
+    int ended = 0;
+};
+
+/// Damages one byte at a time from `first` on, `step` bytes apart, up to `end`. A child that the damage keeps
+/// from ending is killed and counts as ended: the loader's own locks may be held for ever.
+TTally Try(const fs::path& image, std::size_t first, std::size_t end, std::size_t step) {
+    const CPluginFolder folder;
+    TTally tally;
+    // A few trials at a time, so that a limit for them can be short.
+    constexpr std::size_t kBatch = 64;
+    constexpr std::chrono::seconds kLimit(15);
+    while (first < end) {
+        const std::size_t stop = std::min(end, first + kBatch * step);
+        const TChildEnd child = RunChild(
+            "damage_child", {.arguments = {image.string(), folder.GetFolder().string(), std::to_string(first),
+                                           std::to_string(stop), std::to_string(step)},
+                             .limit = kLimit});
+        const auto count = [&child](char mark) {
+            return static_cast<int>(std::count(child.output.begin(), child.output.end(), mark));
+        };
+        const int loaded = count('L');
+        const int refused = count('R');
+        tally.loaded += loaded;
+        tally.refused += refused;
+        first += static_cast<std::size_t>(loaded + refused) * step;
+        if (first >= stop) continue;
+        // The child ended at this one.
+        EXPECT_FALSE(child.IsSuccess()) << child.output;
+        ++tally.ended;
+        first += step;
+    }
+    return tally;
+}
+
+TEST_F(PluginDamage, DamagedHeadersAreRefusedOrHarmless) {
+    // Each byte of the headers, turned over. What is loaded all the same is of no account to the loader.
+    const std::size_t size = GetHeaderSize(image_);
+    const TTally tally = Try(PluginFile("accepting"), 0, size, 1);
+    EXPECT_EQ(tally.loaded + tally.refused + tally.ended, static_cast<int>(size));
+    EXPECT_GT(tally.refused, 0);
+    // PE headers hold some addresses that only the linker could check, such as where the image was meant to
+    // lie.
+    EXPECT_LE(tally.ended, static_cast<int>(size / 100));
+}
+
+TEST_F(PluginDamage, EveryTrialOfADamagedImageEnds) {
+    const TTally tally = Try(PluginFile("accepting"), 0, image_.size(), 64);
+    EXPECT_EQ(tally.loaded + tally.refused + tally.ended, static_cast<int>((image_.size() + 63) / 64));
+    EXPECT_GT(tally.loaded, 0);
+    EXPECT_GT(tally.refused, 0);
+    std::printf("%d loaded, %d refused, %d ended the process\n", tally.loaded, tally.refused, tally.ended);
+}
+
+} // namespace
+} // namespace vorlund::test

@@ -1,0 +1,64 @@
+// What only POSIX systems have: files that nobody may read, pipes, links, and names that are bytes.
+#include <vorlund/PluginStore.h>
+
+#include "api/plugins/TestPlugins.h"
+#include "support/DebugRecorder.h"
+#include "support/LibraryScope.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+namespace vorlund::test {
+namespace {
+
+class PluginFilesPosix : public testing::Test {
+protected:
+    PluginFilesPosix() { store_.AddPluginPath(folder_.GetPath().c_str()); }
+    ~PluginFilesPosix() noexcept override {
+        store_.Close();
+        for (const auto& entry : recorder_.GetEntries()) {
+            const std::string text = Narrow(entry.text);
+            EXPECT_TRUE(text == "init accepting" || text == "close accepting") << text;
+        }
+    }
+
+    CPluginFolder folder_;
+    CLibraryScope library_;
+    CDebugRecorder recorder_;
+    CPluginStore store_;
+};
+
+TEST_F(PluginFilesPosix, FileThatCannotBeReadIsPassedOver) {
+    const fs::path file = folder_.Add("accepting");
+    ASSERT_EQ(chmod(file.c_str(), 0), 0);
+    store_.LoadAvailablePlugins();
+    // The superuser may read everything.
+    const bool mayRead = std::ifstream(file).is_open();
+    EXPECT_EQ(store_.IsPluginLoaded(VRL_L("accepting")), mayRead);
+}
+
+TEST_F(PluginFilesPosix, PipeIsNoPluginAndNobodyWaitsForIt) {
+    ASSERT_EQ(mkfifo(folder_.PathOf("pipe").c_str(), 0600), 0);
+    store_.LoadAvailablePlugins();
+    store_.LoadPlugin(VRL_L("pipe"));
+    EXPECT_FALSE(store_.IsPluginLoaded(VRL_L("pipe")));
+}
+
+TEST_F(PluginFilesPosix, LinksCountAsWhatTheyLeadTo) {
+    fs::create_symlink(PluginFile("accepting"), folder_.PathOf("link"));
+    fs::create_symlink(folder_.At("nowhere"), folder_.PathOf("broken"));
+    store_.LoadAvailablePlugins();
+    EXPECT_TRUE(store_.IsPluginLoaded(VRL_L("link")));
+    EXPECT_FALSE(store_.IsPluginLoaded(VRL_L("broken")));
+}
+
+TEST_F(PluginFilesPosix, NamesThatAreNoText) {
+    const fs::path name("not-text-\xFF");
+    folder_.Add("accepting", folder_.PathOf(name).filename());
+    store_.LoadAvailablePlugins();
+    EXPECT_TRUE(store_.IsPluginLoaded(PathFromUtf8(name.c_str()).c_str()));
+}
+
+} // namespace
+} // namespace vorlund::test

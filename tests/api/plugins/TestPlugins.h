@@ -1,0 +1,42 @@
+/// \file
+/// Folders with plug-ins of the tests' own.
+#pragma once
+
+#include "data/file/TemporaryFolder.h"
+#include "api/plugins/LoadedModules.h"
+#include "support/ChildProcess.h"
+
+#include <filesystem>
+#include <string>
+
+namespace vorlund::test {
+
+/// The file of a plug-in of the tests.
+inline fs::path PluginFile(const std::string& name) {
+    return BesideProgram("testplugins") / (name + kPluginEnding);
+}
+
+/// A new folder with copies of plug-ins, removed at the end.
+class CPluginFolder {
+public:
+    fs::path At(const fs::path& file) const { return folder_.GetPath() / file; }
+    /// A path with the ending of plug-ins.
+    fs::path PathOf(const fs::path& name) const {
+        return At(name.native() + fs::path(kPluginEnding).native());
+    }
+
+    /// Copies plug-in `name` to the folder, under another file name if one is given; returns its path there.
+    fs::path Add(const std::string& name, const fs::path& file = {}) const {
+        const fs::path to = file.empty() ? PathOf(name) : At(file);
+        fs::copy_file(PluginFile(name), to);
+        return to;
+    }
+
+    wstring GetPath() const { return ToVorlund(folder_.GetPath()); }
+    const fs::path& GetFolder() const { return folder_.GetPath(); }
+
+private:
+    CTemporaryFolder folder_;
+};
+
+} // namespace vorlund::test

@@ -1,0 +1,50 @@
+#include "vorlund/api/text/Utf8.h"
+
+#include "support/Allocations.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace vorlund::test {
+namespace {
+
+struct TRow {
+    const char* name;
+    const wchar* text;
+    const char* expected;
+};
+
+class Utf8 : public testing::TestWithParam<TRow> {};
+
+TEST_P(Utf8, Encodes) {
+    std::pmr::string out = "<";
+    AppendUtf8(out, GetParam().text);
+    EXPECT_EQ(std::string(out), std::string("<") + GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, Utf8,
+    testing::Values(TRow{"Empty", VRL_L(""), ""}, TRow{"Ascii", VRL_L("a\x7F"), "a\x7F"},
+                    TRow{"TwoBytes", VRL_L("\u0080\u07FF"), "\xC2\x80\xDF\xBF"},
+                    TRow{"ThreeBytes", VRL_L("\u0800\uFFFF"), "\xE0\xA0\x80\xEF\xBF\xBF"},
+                    TRow{"FourBytes", VRL_L("\U00010000\U0010FFFF"), "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
+                    TRow{"LoneHigh", VRL_L("\xD800") VRL_L("a"), "\xEF\xBF\xBD\x61"},
+                    TRow{"LoneLow", VRL_L("\xDFFF") VRL_L("a"), "\xEF\xBF\xBD\x61"},
+                    TRow{"HighAtTheEnd", VRL_L("a\xDBFF"), "a\xEF\xBF\xBD"},
+                    TRow{"TwoHighs", VRL_L("\xD83D\xD83D\xDE00"), "\xEF\xBF\xBD\xF0\x9F\x98\x80"},
+                    TRow{"WrongOrder", VRL_L("\xDE00\xD83D"), "\xEF\xBF\xBD\xEF\xBF\xBD"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(MessageMemory, LongestMessageNeedsNoHeap) {
+    const wstring text(1023, VRL_L('\u65E5'));
+    const CAllocationCount count;
+    CMessageMemory memory;
+    std::pmr::string out = ReserveMessage(memory, 3 * 1023 + 1);
+    AppendUtf8(out, text.c_str());
+    EXPECT_EQ(count.Get(), 0u);
+    EXPECT_EQ(out.size(), 3u * 1023);
+}
+
+} // namespace
+} // namespace vorlund::test

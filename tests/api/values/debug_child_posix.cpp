@@ -1,0 +1,133 @@
+#include "api/values/debug_child.h"
+
+#include <csignal>
+#include <cstdarg>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+// The program's own function comes before the C library's, also for the calls of the library under test: the
+// system log is what stands on this program's standard output.
+extern "C" __attribute__((visibility("default"))) void syslog(int priority, const char* format, ...) {
+    char text[8192];
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text, sizeof(text), format, arguments);
+    va_end(arguments);
+    std::printf("log %d: %s\n", priority, text);
+}
+
+namespace vorlund::test {
+namespace {
+
+/// Builds a bug exception, whose box is the point, and tells that it was built.
+int ReportBug(const char* what) {
+    const CBugException bug(kChildFailure.method, kChildFailure.file, kChildFailure.line,
+                            kChildFailure.reason);
+    std::printf("%s\n", what);
+    std::fflush(stdout);
+    return 0;
+}
+
+int WaitForChild(pid_t process) {
+    int status = 0;
+    if (waitpid(process, &status, WUNTRACED) != process) return 2;
+    if (WIFSTOPPED(status)) {
+        kill(process, SIGKILL);
+        return 3;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 4;
+}
+
+/// From a process group that is not the terminal's, on a terminal that stops such writers.
+int ReportFromBackground() {
+    const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
+    termios mode{};
+    tcgetattr(terminal, &mode);
+    mode.c_lflag |= TOSTOP;
+    tcsetattr(terminal, TCSANOW, &mode);
+    const pid_t process = fork();
+    if (process == 0) {
+        setpgid(0, 0);
+        _exit(ReportBug("from the background"));
+    }
+    return WaitForChild(process);
+}
+
+/// From a process group that is the terminal's until this program is told, by SIGUSR1, to take it back.
+int ReportUntilBackground() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGUSR1);
+    sigaddset(&signals, SIGTTOU);
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
+    const pid_t process = fork();
+    if (process == 0) {
+        setpgid(0, 0);
+        tcsetpgrp(terminal, getpid());
+        _exit(ReportBug("until the background"));
+    }
+    sigdelset(&signals, SIGTTOU);
+    int received = 0;
+    sigwait(&signals, &received);
+    tcsetpgrp(terminal, getpid());
+    return WaitForChild(process);
+}
+
+/// While a timer interrupts every call.
+int ReportInterrupted() {
+    struct sigaction action {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGALRM, &action, nullptr);
+    const itimerval often{{0, 2000}, {0, 2000}};
+    setitimer(ITIMER_REAL, &often, nullptr);
+    return ReportBug("interrupted");
+}
+
+/// On a terminal whose Enter key gives a carriage return, and which reads nothing rather than wait.
+int ReportInRawMode() {
+    const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
+    termios mode{};
+    tcgetattr(terminal, &mode);
+    cfmakeraw(&mode);
+    mode.c_cc[VMIN] = 0;
+    mode.c_cc[VTIME] = 0;
+    tcsetattr(terminal, TCSANOW, &mode);
+    const int result = ReportBug("raw");
+    // What was typed behind Enter is still there.
+    char rest[8] = {};
+    const ssize_t count = read(terminal, rest, sizeof(rest) - 1);
+    std::printf("left: %s\n", count > 0 ? rest : "nothing");
+    return result;
+}
+
+/// All 1023 units of the longest message.
+int LogLongText() {
+    const wstring text(2000, VRL_L('\u65E5'));
+    CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("%s"), text.c_str());
+    return 0;
+}
+
+/// Control characters, which could command the terminal.
+int ShowControls() {
+    CDebug::PrintMessage(DEBUG_MESSAGE_BOX, VRL_L("<\x1B[2J>\ntwo rows"));
+    return 0;
+}
+
+} // namespace
+
+int RunSystemMode(const std::string& mode) {
+    if (mode == "background") return ReportFromBackground();
+    if (mode == "until-background") return ReportUntilBackground();
+    if (mode == "interrupted") return ReportInterrupted();
+    if (mode == "raw") return ReportInRawMode();
+    if (mode == "long-log") return LogLongText();
+    if (mode == "controls") return ShowControls();
+    return kUnknownMode;
+}
+
+} // namespace vorlund::test

@@ -1,7 +1,0 @@
-// The shared library that has one entry point of a plug-in only.
-#include "plugins/Report.h"
-
-bool VrlInitPlugin() {
-    vorlund::test::Report("init", "half");
-    return true;
-}

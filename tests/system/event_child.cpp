@@ -1,0 +1,143 @@
+// The child program of the tests of events and timers at the end of a process: ends as an application ends,
+// in the state that its argument names. What it returns is its own judgement: 0 when all was well.
+#include "support/ChildReports.h"
+#include "support/Leaks.h"
+
+#include <vorlund/Timer.h>
+#include <vorlund/Vorlund.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+#include <thread>
+
+namespace vorlund::test {
+namespace {
+
+using TData = CEvent::TAsyncCbData;
+
+void DoNothing(TData&) {}
+
+/// An object that is never destroyed.
+CEvent& MakeEvent() {
+    const CExpectedLeak leak;
+    return *new CEvent;
+}
+
+void StartWaits() {
+    CEvent& a = MakeEvent();
+    CEvent& b = MakeEvent();
+    a.WaitAsync(&DoNothing, nullptr);
+    CEvent::WaitOneAsync(&DoNothing, nullptr, 2, &a, &b);
+    CEvent::WaitAllAsync(&DoNothing, nullptr, 2, &a, &b);
+}
+
+/// A running timer whose thread is known to run.
+void StartTimer() {
+    CTimer& timer = *new CTimer(0.001f);
+    timer.Start();
+    timer.Wait();
+}
+
+/// 0 when the first waits of the process are numbered from 0.
+int LookAtFirstNumbers() {
+    CEvent event;
+    for (unsigned int number = 0; number < 5; ++number) {
+        if (event.WaitAsync(&DoNothing, nullptr) != number) return 1;
+        if (number % 2) CEvent::StopAsync(number - 1);
+    }
+    return 0;
+}
+
+/// A callback that has begun and never ends.
+void EnterACallbackForEver() {
+    static CEvent& isInside = MakeEvent();
+    static CEvent& never = MakeEvent();
+    CEvent& event = MakeEvent();
+    event.SetState(true);
+    event.WaitAsync(
+        [](TData&) {
+            isInside.SetState(true);
+            never.Wait();
+        },
+        nullptr);
+    isInside.Wait();
+}
+
+/// Callbacks that come over and over.
+void StartCallbacks() {
+    static CEvent& isCalled = MakeEvent();
+    for (int wait = 0; wait < 4; ++wait) {
+        CEvent& event = MakeEvent();
+        event.SetState(true);
+        event.WaitAsync([](TData&) { isCalled.SetState(true); }, nullptr);
+    }
+    isCalled.Wait();
+}
+
+/// Threads of the application that go on working while the process ends.
+void StartThreads() {
+    static CEvent& isWorking = MakeEvent();
+    for (int thread = 0; thread < 2; ++thread) {
+        std::thread([] {
+            for (;;) {
+                CEvent event;
+                CEvent::StopAsync(event.WaitAsync(&DoNothing, nullptr));
+                isWorking.SetState(true);
+            }
+        }).detach();
+    }
+    isWorking.Wait();
+}
+
+/// Objects of the application that are destroyed while it ends, before the library.
+void UseStaticObjects() {
+    static CEvent event;
+    static CTimer timer(0.001f);
+    event.WaitAsync(&DoNothing, nullptr);
+    timer.Start();
+    timer.Wait();
+}
+
+int Run(std::string_view mode) {
+    SendReportsToParent();
+    if (mode == "first-numbers") return LookAtFirstNumbers();
+    if (mode == "timer-alive") {
+        StartTimer();
+    } else if (mode == "timer-just-started") {
+        (new CTimer(0.001f))->Start();
+    } else if (mode == "timer-stopped") {
+        CTimer timer(0.001f);
+        timer.Start();
+        timer.Wait();
+    } else if (mode == "timer-alive-and-open") {
+        StartTimer();
+        v.Init();
+    } else if (mode == "waits-at-return") {
+        StartWaits();
+    } else if (mode == "waits-at-exit") {
+        StartWaits();
+        std::exit(0);
+    } else if (mode == "waits-that-fail") {
+        CEvent::WaitOneAsync(&DoNothing, nullptr, 0);
+        CEvent::WaitAllAsync(&DoNothing, nullptr, -1);
+    } else if (mode == "callback-at-return") {
+        EnterACallbackForEver();
+    } else if (mode == "callbacks-at-return") {
+        StartCallbacks();
+    } else if (mode == "threads-at-return") {
+        StartThreads();
+    } else if (mode == "static-objects") {
+        UseStaticObjects();
+    } else {
+        return 64;
+    }
+    return 0;
+}
+
+} // namespace
+} // namespace vorlund::test
+
+int main(int argc, char** argv) {
+    return argc == 2 ? vorlund::test::Run(argv[1]) : 64;
+}
