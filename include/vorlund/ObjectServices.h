@@ -1,7 +1,7 @@
 /// \file
 /// What every object, list, file and filter needs of the library object: the object counter and the stores.
-/// This is the one way up from the lower floors. Not an interface for applications and plug-ins, which use `v`
-/// (Vorlund.h) instead: it stands here because the templates of ObjectImpl.h and RefPtr.h call it.
+/// This is the one way up from the lower floors. Not an interface for applications and plug-ins, which use
+/// `v` (Vorlund.h) instead: it stands here because the templates of ObjectImpl.h and RefPtr.h call it.
 #pragma once
 
 #include <vorlund/Id.h>
@@ -30,8 +30,8 @@ VRL_API CClassStore& ClassStore();
 /// `v`'s codec class store.
 VRL_API CCodecClassStore& CodecClassStore();
 
-/// Raises `CBugException` from `failure` unless `v`'s class store knows the class. Not exported: for the library's own
-/// stores, whose records name classes.
+/// Raises `CBugException` from `failure` unless `v`'s class store knows the class. Not exported: for the
+/// library's own stores, whose records name classes.
 void RequireClass(const CId& classId, const TFailure& failure);
 
 } // namespace services

@@ -9,8 +9,8 @@ namespace vorlund {
 
 struct TDataFormat_VideoRgb;
 
-/// A video device that shows frames on a surface, such as a window. `Close` takes the surface away. One thread
-/// at a time.
+/// A video device that shows frames on a surface, such as a window. `Close` takes the surface away. One
+/// thread at a time.
 class IVideoOutput : public IDevice {
 public:
     using TBase = IDevice;
@@ -19,10 +19,10 @@ public:
     /// `Open` of `IDevice` opens for the defaults of `TDataFormat_VideoRgb`.
     using IDevice::Open;
 
-    /// Shows a surface for frames of `format`, after closing the one before. Returns false when the system has
-    /// none to give, such as without a display. Raises `CDataFormatException` "Unsupported format ID" unless
-    /// the format is RGB video, and "Unsupported pixel format" unless pixels have 32 bits with red, green and
-    /// blue of 8 bits at any shifts, or the frame is empty or too big.
+    /// Shows a surface for frames of `format`, after closing the one before. Returns false when the system
+    /// has none to give, such as without a display. Raises `CDataFormatException` "Unsupported format ID"
+    /// unless the format is RGB video, and "Unsupported pixel format" unless pixels have 32 bits with red,
+    /// green and blue of 8 bits at any shifts, or the frame is empty or too big.
     virtual bool Open(const TDataFormat_VideoRgb& format, const wchar* title) = 0;
 
     /// Shows a frame of the format given to `Open`: rows from top to bottom without padding. Returns

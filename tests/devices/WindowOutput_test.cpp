@@ -6,8 +6,8 @@
 #include <vorlund/RefPtr.h>
 #include <vorlund/VideoOutput.h>
 
-#include "devices/WindowProbe.h"
 #include "data/file/TemporaryFolder.h"
+#include "devices/WindowProbe.h"
 #include "support/ChildProcess.h"
 #include "support/Failures.h"
 #include "support/LibraryScope.h"

@@ -3,8 +3,8 @@
 // One recursive lock guards the registrations. It is held while a factory runs, so that a factory may create
 // further objects through the store, and it is the innermost lock of the library that runs foreign code.
 #include "vorlund/api/ClassIndex.h"
-#include "vorlund/api/values/DebugOutput.h"
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/api/values/DebugOutput.h"
 
 #include <vorlund/BinaryLock.h>
 #include <vorlund/ClassIds.h>

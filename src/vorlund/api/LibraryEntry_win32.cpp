@@ -1,7 +1,7 @@
 // The DLL's entry point. It does no work of its own: the C++ run-time builds `v` after it, and destroys what
 // ends with the library after it.
-#include "vorlund/system/ProcessEnd_win32.h"
 #include "vorlund/api/platform/WindowsLean.h"
+#include "vorlund/system/ProcessEnd_win32.h"
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID reserved) {
     // Nothing here is kept per thread, so threads need not be announced.

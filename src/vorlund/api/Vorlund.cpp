@@ -1,8 +1,8 @@
 // The library object: the order of start-up and shut-down.
 //
-// `v` is the one object of the library that is built dynamically at load; everything else that lives as long as
-// the library is constant-initialised, so it is usable before and after `v`. What else has an end of its own
-// stands in LibraryEnd.cpp and ends after `v`.
+// `v` is the one object of the library that is built dynamically at load; everything else that lives as long
+// as the library is constant-initialised, so it is usable before and after `v`. What else has an end of its
+// own stands in LibraryEnd.cpp and ends after `v`.
 #include "vorlund/api/BuiltinClasses.h"
 
 #include <vorlund/Exception.h>

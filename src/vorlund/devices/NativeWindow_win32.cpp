@@ -1,5 +1,5 @@
-#include "vorlund/devices/NativeWindow.h"
 #include "vorlund/api/platform/WindowsLean.h"
+#include "vorlund/devices/NativeWindow.h"
 
 namespace vorlund {
 namespace {

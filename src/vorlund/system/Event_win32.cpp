@@ -1,5 +1,5 @@
-#include "vorlund/system/Waiting.h"
 #include "vorlund/api/platform/WindowsLean.h"
+#include "vorlund/system/Waiting.h"
 
 namespace vorlund::waiting {
 

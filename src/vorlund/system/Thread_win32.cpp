@@ -1,6 +1,6 @@
+#include "vorlund/api/platform/WindowsLean.h"
 #include "vorlund/system/ParkingLot.h"
 #include "vorlund/system/Thread.h"
-#include "vorlund/api/platform/WindowsLean.h"
 
 namespace vorlund {
 namespace {

@@ -1,5 +1,5 @@
-#include "vorlund/system/TickSource.h"
 #include "vorlund/api/platform/WindowsLean.h"
+#include "vorlund/system/TickSource.h"
 
 #include <mmsystem.h>
 #include <new>

@@ -5,9 +5,9 @@
 // A thread that will be interrupted holds a reference to the library, from before it is made until the system
 // ends it, so the library is never unloaded under it. Waiting for it while the library is unloaded would
 // not do: the system lets no thread begin or end meanwhile.
+#include "vorlund/api/platform/WindowsLean.h"
 #include "vorlund/system/ProcessEnd_win32.h"
 #include "vorlund/system/WaitThread.h"
-#include "vorlund/api/platform/WindowsLean.h"
 
 #include <atomic>
 #include <cstdlib>

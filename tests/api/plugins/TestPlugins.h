@@ -2,8 +2,8 @@
 /// Folders with plug-ins of the tests' own.
 #pragma once
 
-#include "data/file/TemporaryFolder.h"
 #include "api/plugins/LoadedModules.h"
+#include "data/file/TemporaryFolder.h"
 #include "support/ChildProcess.h"
 
 #include <filesystem>

@@ -2,8 +2,8 @@
 // turned over one at a time. Prints "L" for each that loaded and "R" for each that was refused. One that ends
 // the process, or does not come back, is the parent's to count.
 //   damage_child FILE FOLDER FIRST END STEP
-#include "data/file/TemporaryFolder.h"
 #include "api/plugins/LoadedModules.h"
+#include "data/file/TemporaryFolder.h"
 #include "support/DebugRecorder.h"
 #include "support/EndProcess.h"
 

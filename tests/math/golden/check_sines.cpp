@@ -1,6 +1,6 @@
 // Run by hand on x86-64 Linux, about a minute: shows that the single-precision sine and cosine are the
-// correctly rounded ones for angles from 0 to 1,000 radians: for every float from 2^-12 on, and for every 61st
-// below that.
+// correctly rounded ones for angles from 0 to 1,000 radians: for every float from 2^-12 on, and for every
+// 61st below that.
 //
 //   g++ -std=c++20 -O2 -ffp-contract=off -Isrc tests/math/golden/check_sines.cpp
 //   src/vorlund/math/Trigonometry.cpp

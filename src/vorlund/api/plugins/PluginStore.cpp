@@ -3,11 +3,11 @@
 // A plug-in's entry points may use the store, so nothing here holds on to a position in its lists while one
 // runs: lists are walked by index, and what is needed afterwards is copied. A module is unloaded only when
 // its entry point has returned; one that has raised stays, because the exception may point into it.
+#include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/plugins/PluginImage.h"
 #include "vorlund/api/plugins/PluginModule.h"
 #include "vorlund/data/file/FileSystem.h"
 #include "vorlund/data/file/PathText.h"
-#include "vorlund/api/objects/CreateOrRaise.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/Debug.h>

@@ -7,8 +7,8 @@
 // objects are built and after they are destroyed.
 #include <vorlund/Debug.h>
 
-#include "vorlund/api/values/DebugOutput.h"
 #include "vorlund/api/text/TextFormat.h"
+#include "vorlund/api/values/DebugOutput.h"
 
 #include <cstdarg>
 #include <mutex>

@@ -2,8 +2,8 @@
 // notice on the process's terminal, and the two standard streams.
 #include "vorlund/api/values/DebugOutput.h"
 
-#include "vorlund/api/values/FramedNotice.h"
 #include "vorlund/api/text/Utf8.h"
+#include "vorlund/api/values/FramedNotice.h"
 
 #include <cerrno>
 #include <climits>

@@ -1,7 +1,7 @@
 #include "vorlund/api/values/DebugOutput.h"
 
-#include "vorlund/api/text/Utf8.h"
 #include "vorlund/api/platform/WindowsLean.h"
+#include "vorlund/api/text/Utf8.h"
 
 #include <cstddef>
 #include <cstdio>

@@ -4,9 +4,9 @@
 // reading. It is a leaf: no object is created, no exception raised and no other lock taken while it is held,
 // so it cannot be left behind and `Close` finds it free as soon as other threads are through. Records never
 // move and never change, so a pointer to one stays good until `Close`.
+#include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/values/PathReason.h"
 #include "vorlund/data/codecs/DecoderSearch.h"
-#include "vorlund/api/objects/CreateOrRaise.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>

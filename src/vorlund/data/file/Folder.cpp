@@ -1,9 +1,9 @@
 #include "vorlund/data/file/Folder.h"
 
+#include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/values/PathReason.h"
 #include "vorlund/data/file/FileSystem.h"
 #include "vorlund/data/file/PathText.h"
-#include "vorlund/api/objects/CreateOrRaise.h"
 
 #include <vorlund/Exception.h>
 

@@ -1,8 +1,8 @@
 #include "vorlund/data/filters/WavChunkDecoder.h"
 
+#include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/data/filters/LittleEndian.h"
 #include "vorlund/data/filters/ReadWhole.h"
-#include "vorlund/api/objects/CreateOrRaise.h"
 
 #include <vorlund/Exception.h>
 #include <vorlund/ObjectList.h>

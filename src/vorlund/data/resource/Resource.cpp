@@ -3,8 +3,8 @@
 // and the size is 0 as long as a block is being filled.
 #include "vorlund/data/resource/Resource.h"
 
-#include "vorlund/data/resource/ResourceLock.h"
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/data/resource/ResourceLock.h"
 
 #include <vorlund/StreamFilter.h>
 #include <vorlund/StreamSelector.h>
