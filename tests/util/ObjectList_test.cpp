@@ -324,7 +324,7 @@ TEST_F(ObjectList, MemberThatDiesMayChangeTheList) {
     auto member = NewProbe();
     IObject* const dying = member.Get();
     CTestListener listener([&](IObject*) {
-        EXPECT_THROW(list_->FindObject(dying), CObjectNotFoundException);
+        ExpectRaises<CObjectNotFoundException>(kFindNotFound, [&] { list_->FindObject(dying); });
         list_->AddObject(At(0));
     });
     member->AddListener(&listener);

@@ -129,7 +129,7 @@ struct TFarRow {
     std::int64_t told;
     bool isDecoded;
 };
-class WavFarData : public WavFiles, public testing::WithParamInterface<TFarRow> {
+class WavFilesFarData : public WavFiles, public testing::WithParamInterface<TFarRow> {
 protected:
     static constexpr std::uint64_t kDataSize = 64;
 
@@ -174,7 +174,7 @@ protected:
     }
 };
 
-TEST_P(WavFarData, GoesByTheLow32BitsOfItsOffset) {
+TEST_P(WavFilesFarData, GoesByTheLow32BitsOfItsOffset) {
     const wstring path = PutFarWav(GetParam().offset);
     const auto file = CreateAs<IFileInputStream>(classid::CFileInputStream);
     file->Open(path.c_str());
@@ -218,7 +218,7 @@ TEST_P(WavFarData, GoesByTheLow32BitsOfItsOffset) {
               GetParam().told == static_cast<std::int64_t>(GetParam().offset));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, WavFarData,
+INSTANTIATE_TEST_SUITE_P(Rows, WavFilesFarData,
                          testing::Values(TFarRow{"Near", 0x10000, 0x10000, true},
                                          TFarRow{"Across2GiB", 0x7FFFFFE0, 0x7FFFFFE0, true},
                                          TFarRow{"LastBelow2GiB", 0x7FFFFFFF, 0x7FFFFFFF, true},
