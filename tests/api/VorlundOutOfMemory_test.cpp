@@ -36,7 +36,7 @@ TEST(VorlundOutOfMemory, InitLeavesWhatItHasDoneAndMayBeRepeated) {
                 EXPECT_EQ(v.GetClassStore().GetClassInfo(info->id)->name, info->name);
             }
             v.Close();
-            ExpectRaises<CBugException>(kGetByIdClosed, [] { v.GetClassStore().GetClassInfo({}); });
+            ExpectRaises<CBugException>(kGetByIdClosed, [] { v.GetClassStore().GetClassInfo(CId::Null()); });
             ExpectRaises<CBugException>(counterfailures::kCreateClosed,
                                         [] { v.GetObjectCounter().OnCreateObject({}); });
         },

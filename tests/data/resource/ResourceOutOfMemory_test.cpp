@@ -1,6 +1,7 @@
 // Resources and their streams when memory runs out.
 #include "data/resource/ForeignResource.h"
 #include "data/resource/ResourceTest.h"
+#include "support/Failures.h"
 #include "support/RefuseEachAllocation.h"
 
 #include <vorlund/StreamFilter.h>
@@ -9,6 +10,9 @@
 
 namespace vorlund::test {
 namespace {
+
+constexpr TFailure kCannotCopy{VRL_L("vorlund::CAppendingRos::Write"),
+                               VRL_L("src/vorlund/data/resource/AppendingRos"), 118, VRL_L("malloc failed")};
 
 class ResourceOutOfMemory : public CResourceTest {
 protected:
@@ -90,12 +94,14 @@ TEST_F(ResourceOutOfMemory, ForeignResourceWithoutRoomForACopy) {
     const auto stream = CreateAs<IAppendingRos>(classid::CAppendingRos);
     stream->SetResource(foreign.Get());
     const std::uint8_t byte = 9;
-    EXPECT_GE(RefuseEachAllocation([&] { stream->Write(&byte, 1); },
-                                   [&] {
-                                       EXPECT_EQ(foreign->bytes, Ramp(4));
-                                       EXPECT_TRUE(foreign->locks.empty());
-                                   }),
-              1U);
+    // The first allocation is the stream's own, the others are the foreign resource's.
+    {
+        const CAllocationFailure failure(0);
+        ExpectRaises<COutOfMemoryException>(kCannotCopy, [&] { stream->Write(&byte, 1); });
+        EXPECT_TRUE(failure.HasFailed());
+    }
+    EXPECT_EQ(foreign->bytes, Ramp(4));
+    EXPECT_TRUE(foreign->locks.empty());
 }
 
 TEST_F(ResourceOutOfMemory, CreationOfStreams) {
