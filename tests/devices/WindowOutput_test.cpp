@@ -1,4 +1,4 @@
-// The plug-in "window-output": what stands on the screen.
+// The plug-in "window-output": what is on the screen.
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>

@@ -169,7 +169,7 @@ TEST_F(RefPtrAfterClose, UnwindingGoesOn) {
     } catch (const std::runtime_error& error) {
         EXPECT_STREQ(error.what(), "original");
     }
-    // Dropped, but not unheard: each release reported itself to the debugger output and to the box.
+    // Dropped, but reported: each release wrote to the debugger output and to the box.
     EXPECT_EQ(recorder.GetEntries().size(), 6u);
 }
 

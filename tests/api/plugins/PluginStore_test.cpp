@@ -383,7 +383,7 @@ TEST_F(PluginStore, ExceptionOfACloseEntryPassesOn) {
     EXPECT_TRUE(IsInProcess(raising));
     EXPECT_TRUE(IsInProcess(behind));
     recorder_.Clear();
-    // The next one is next.
+    // The next Close goes on with the plug-in before it.
     store_.Close();
     EXPECT_EQ(Reports(), TTexts{"close accepting"});
     EXPECT_FALSE(IsInProcess(behind));

@@ -167,7 +167,7 @@ TEST(TextFormatModelBounds, NothingIsReadBehindTheCut) {
 }
 
 TEST(TextFormatModelBounds, NumberLongerThanItsBuffer) {
-    // 1500 characters are kept; the padding goes by the full length.
+    // 1500 characters are kept; the padding is counted from the full length.
     std::array<wchar, 3000> buffer;
     FormatArguments(buffer.data(), buffer.size(), VRL_L("%.2000f|"), 1.0);
     EXPECT_EQ(Narrow(buffer.data()), "1." + std::string(1498, '0') + '|');

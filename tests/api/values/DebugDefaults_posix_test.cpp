@@ -97,7 +97,7 @@ TEST(DebugDefaults, LongestMessageIsLoggedWhole) {
 
 // The box.
 
-/// What stands between the left and right edges of a frame, rows joined by blanks; what is outside is cut.
+/// What is between the left and right edges of a frame, rows joined by blanks; what is outside is cut.
 std::string TextInFrame(const std::string& terminal) {
     std::string text;
     for (const std::string& line : Lines(terminal)) {

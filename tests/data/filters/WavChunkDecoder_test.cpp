@@ -70,7 +70,7 @@ protected:
     CRefPtr<IWavChunkDecoder> decoder_ = CreateAs<IWavChunkDecoder>(classid::CWavChunkDecoder);
 };
 
-// Identity ------------------------------------------------------------------------------------------------
+// Identity.
 
 TEST_F(WavChunkDecoder, KnowsItsClass) {
     EXPECT_EQ(decoder_->GetClassId(), CId(0x9196075E, 0x9CA345E2, 0x824A41F7, 0x414D7EE9));
@@ -104,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(
                     TQueryRow{"Null", {}, false}),
     [](const auto& row) { return row.param.name; });
 
-// Failures ------------------------------------------------------------------------------------------------
+// Failures.
 
 struct TFailureRow {
     const char* name;
@@ -237,7 +237,7 @@ TEST_F(WavChunkDecoder, SaysThatItCannotMakeTheTextsOfItsList) {
               ":297 Cannot create string object");
 }
 
-// Operations by state --------------------------------------------------------------------------------------
+// Operations by state.
 
 TEST_F(WavChunkDecoder, UnconnectedIsEmpty) {
     decoder_->Close();
@@ -313,7 +313,7 @@ TEST_F(WavChunkDecoder, AddsTheThreeLowestBitsToTheCapabilities) {
     }
 }
 
-// Connect ---------------------------------------------------------------------------------------------------
+// Connect.
 
 TEST_F(WavChunkDecoder, WalksTheFileOnce) {
     stream_->bytes = CWavBuilder().Chunk("ab\tc", Ramp(3)).Chunk("data", {}).Build();
@@ -429,8 +429,7 @@ TEST_F(WavChunkDecoder, AStreamThatCannotSeekEndsTheFormerConnection) {
     EXPECT_FALSE(IsConnected());
 }
 
-// Faults from below
-// -------------------------------------------------------------------------------------------
+// Faults from below.
 
 struct TFaultRow {
     const char* name;
@@ -505,8 +504,7 @@ TEST_F(WavChunkDecoder, AFailedSeekLeavesTheChunkSelected) {
     EXPECT_EQ(decoder_->Tell(), 0);
 }
 
-// Chunks
-// ------------------------------------------------------------------------------------------------------
+// Chunks.
 
 TEST_F(WavChunkDecoder, FindsAChunkInEitherCase) {
     Connect(SampleFile());
@@ -670,8 +668,7 @@ TEST_F(WavChunkDecoder, StepsIn64Bits) {
                                             "Read 4", "Tell", "Skip 4294967288", "Read 4", "Seek 0"}));
 }
 
-// Reading, seeking, skipping
-// ---------------------------------------------------------------------------------
+// Reading, seeking, skipping.
 
 TEST_F(WavChunkDecoder, ReadsNoFurtherThanTheChunk) {
     ConnectAndSelect();
@@ -764,8 +761,7 @@ TEST_F(WavChunkDecoder, AnEmptyChunkIsAtItsEnd) {
     EXPECT_EQ(ReadAll(), TBytes{});
 }
 
-// End of life
-// --------------------------------------------------------------------------------------------------
+// End of life.
 
 TEST_F(WavChunkDecoder, DisconnectForgetsEverything) {
     ConnectAndSelect();

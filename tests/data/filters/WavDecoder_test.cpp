@@ -60,7 +60,7 @@ protected:
     CRefPtr<IWavDecoder> decoder_ = CreateAs<IWavDecoder>(classid::CWavDecoder);
 };
 
-// Identity ------------------------------------------------------------------------------------------------
+// Identity.
 
 TEST_F(WavDecoder, KnowsItsClass) {
     EXPECT_EQ(decoder_->GetClassId(), CId(0x521C3225, 0x5C8F4D10, 0xBE3A0AB0, 0x62E4711B));
@@ -106,8 +106,7 @@ TEST_F(WavDecoder, HasAFormatBeforeAnyConnection) {
     EXPECT_EQ(&decoder_->GetFormat(), &format);
 }
 
-// The chunk decoder inside
-// --------------------------------------------------------------------------------------
+// The chunk decoder inside.
 
 struct TOperationRow {
     const char* name;
@@ -345,7 +344,7 @@ INSTANTIATE_TEST_SUITE_P(
                                 "request"}),
     [](const auto& row) { return row.param.name; });
 
-// Connect ---------------------------------------------------------------------------------------------------
+// Connect.
 
 struct TFileRow {
     const char* name;
@@ -539,8 +538,7 @@ TEST_F(WavDecoder, ConnectReplacesTheConnection) {
     EXPECT_EQ(other->GetReferences(), 1);
 }
 
-// Faults from below
-// -------------------------------------------------------------------------------------------
+// Faults from below.
 
 // The calls of a file with two chunks: 0 capabilities, 1 seek, 2 read, 3 seek, 4 to 11 the chunks, 12 read at
 // the end, 13 seek, 14 seek to "fmt ", 15 read, 16 seek to "data".
@@ -601,8 +599,7 @@ TEST_F(WavDecoder, AFailureWhileReadingLeavesItConnected) {
     EXPECT_EQ(ReadAll(), Ramp(8, 50));
 }
 
-// End of life
-// --------------------------------------------------------------------------------------------------
+// End of life.
 
 TEST_F(WavDecoder, TellsItsListenersWhileItIsWhole) {
     ConnectOutcome(WavOf({.channels = 2}));

@@ -119,11 +119,10 @@ TEST_F(WavFiles, AFileThatShrinksEndsEarly) {
 }
 
 // Data beyond 2 GiB. The files are sparse: two unused chunks bring the data to its place.
-// ----------------------
 
 struct TFarRow {
     const char* name;
-    /// Where the first data byte stands.
+    /// Where the first data byte is.
     std::uint64_t offset;
     /// What the chunk decoder answers.
     std::int64_t told;
@@ -205,7 +204,7 @@ TEST_P(WavFilesFarData, GoesByTheLow32BitsOfItsOffset) {
         EXPECT_EQ(Refusal(path), CannotDecode(path));
         return;
     }
-    // What stands at the offset that was told.
+    // What is at the offset that was told.
     file->Seek(GetParam().told);
     const TBytes expected = ReadSome(*file, kDataSize);
     EXPECT_EQ(expected.size(), kDataSize);
@@ -229,8 +228,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, WavFilesFarData,
                                          TFarRow{"Behind4GiBInTheHeads", 0x100000000, 0, true}),
                          [](const auto& row) { return row.param.name; });
 
-// Time
-// -----------------------------------------------------------------------------------------------------------
+// Time.
 
 /// The size of the hostile file; the sanitizers' machinery makes it too slow for them.
 constexpr std::size_t kHostileSize = kIsSanitized ? 4u << 20 : 64u << 20;
