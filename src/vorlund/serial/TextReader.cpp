@@ -39,9 +39,9 @@ public:
 
 private:
     void Grow(std::size_t count) {
-        constexpr std::size_t kMost = std::numeric_limits<int>::max();
-        if (count > kMost - length_) throw std::bad_alloc();
-        const std::size_t capacity = std::min(std::max(2 * capacity_, length_ + count), kMost);
+        constexpr std::size_t kMaxLength = std::numeric_limits<int>::max();
+        if (count > kMaxLength - length_) throw std::bad_alloc();
+        const std::size_t capacity = std::min(std::max(2 * capacity_, length_ + count), kMaxLength);
         GrowText(text_, length_, static_cast<int>(capacity));
         capacity_ = capacity;
     }

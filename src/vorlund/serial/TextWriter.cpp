@@ -17,12 +17,12 @@ static_assert(std::endian::native == std::endian::little);
 constexpr std::size_t kCapacity = 1024;
 
 /// No unit is converted once so many have come of the text: two more and the terminator have their place.
-constexpr std::size_t kConvertedLimit = 1020;
+constexpr std::size_t kMaxConverted = 1020;
 
 /// Copies `text` with a carriage return before each line feed; returns the number of units.
 std::size_t ConvertLineFeeds(wchar (&converted)[kCapacity], const wchar* text) {
     std::size_t count = 0;
-    for (; *text && count < kConvertedLimit; ++text) {
+    for (; *text && count < kMaxConverted; ++text) {
         if (*text == 10) converted[count++] = 13;
         converted[count++] = *text;
     }

@@ -1,5 +1,7 @@
 #include "vorlund/data/base/InputStreamFilter.h"
 
+#include "vorlund/data/base/NoMediaSamples.h"
+
 #include <vorlund/Exception.h>
 
 namespace vorlund {
@@ -30,8 +32,7 @@ void filterdefaults::RaiseInputNotConnected(TOperation operation) {
 }
 
 void filterdefaults::ReadSample(IMediaSample* sample) {
-    if (!sample) Raise<CNullPtrException>(kSampleIsNull);
-    Raise<CInvalidParameterException>(kNoMediaSamples);
+    RefuseMediaSample(sample, kSampleIsNull, kNoMediaSamples);
 }
 
 std::uint64_t filterdefaults::Read(IInputStream* stream, void* buffer, std::uint64_t size) {

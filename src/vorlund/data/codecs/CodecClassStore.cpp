@@ -7,6 +7,7 @@
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/values/PathReason.h"
 #include "vorlund/data/codecs/DecoderSearch.h"
+#include "vorlund/util/PtrObjects.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>
@@ -113,11 +114,8 @@ struct CCodecClassStore::TData {
                                         const TFailure& failure) {
         auto enumerator = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, failure);
         if (data) {
-            for (TInfo* const info : data->Snapshot(data->*records)) {
-                const auto item = CreateOrRaise<IPtrObject>(classid::CPtrObject, failure);
-                item->SetPtr(info);
-                enumerator->Push(item.Get());
-            }
+            const std::vector<TInfo*> snapshot = data->Snapshot(data->*records);
+            TakePtrObjects(snapshot, failure, [&](IPtrObject* item) { enumerator->Push(item); });
         }
         return enumerator.Detach();
     }

@@ -25,7 +25,7 @@ constexpr CId kMediaFormats[] = {TDataFormat_AudioPcm::FormatId, TDataFormat_Ima
                                  TDataFormat_VideoRgb::FormatId, OTHER_MEDIA_FORMAT_ID};
 
 /// A chain of one more decoder is the longest that is tried.
-constexpr int kMaximumDepth = 8;
+constexpr int kMaxDepth = 8;
 
 /// Media data are final: nothing decodes them further.
 bool IsMediaFormat(const CId& format) {
@@ -56,6 +56,8 @@ bool CDecoderSearch::IsUseful(const TDecoderClassInfo& decoder) const {
 }
 
 void CDecoderSearch::Collect(IObjectEnumerator& decoders) {
+    // The records come through an enumeration, as they come to applications: its objects take numbers, and
+    // whoever replaces their classes decides what a search sees. So what arrives is a pointer without a type.
     while (decoders.HasNext()) {
         const auto item = CRefPtr<IObject>::Adopt(decoders.GetNext()).Query<IPtrObject>();
         const auto* const decoder = item ? static_cast<const TDecoderClassInfo*>(item->GetPtr()) : nullptr;
@@ -71,7 +73,7 @@ CRefPtr<IInputStream> CDecoderSearch::Run(IInputStream& stream) {
 
 CRefPtr<IInputStream> CDecoderSearch::FindWanted(IInputStream& current) {
     if (current.GetFormat().id == wanted_) return CRefPtr<IInputStream>::Share(&current);
-    if (depth_ > kMaximumDepth) return {};
+    if (depth_ > kMaxDepth) return {};
     ++depth_;
     CRefPtr<IInputStream> found;
     for (std::size_t i = 0; i < candidates_.GetCount() && !found; ++i) {

@@ -1,6 +1,7 @@
 #include "vorlund/data/file/FileInputStream.h"
 
 #include "vorlund/api/values/PathReason.h"
+#include "vorlund/data/base/NoMediaSamples.h"
 
 #include <vorlund/Exception.h>
 
@@ -64,8 +65,7 @@ bool CFileInputStream::Eof() {
 }
 
 void CFileInputStream::Read(IMediaSample* sample) {
-    if (!sample) Raise<CNullPtrException>(kReadNullSample);
-    Raise<CInvalidParameterException>(kReadNoSamples);
+    RefuseMediaSample(sample, kReadNullSample, kReadNoSamples);
 }
 
 std::uint64_t CFileInputStream::Read(void* buffer, std::uint64_t size) {

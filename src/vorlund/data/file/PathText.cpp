@@ -43,6 +43,18 @@ CString AsFolder(const wchar* path) {
     return result;
 }
 
+CString Join(const wchar* folder, const wchar* name, wchar separator) {
+    wstring path(ViewOf(folder));
+    if (!path.ends_with(separator)) path += separator;
+    return ToString(path += ViewOf(name));
+}
+
+CString WithoutSeparator(const wchar* folder, wchar separator) {
+    TView view = ViewOf(folder);
+    if (view.size() > 1 && view.ends_with(separator)) view.remove_suffix(1);
+    return ToString(view);
+}
+
 CString GetName(const wchar* path) {
     return ToString(After(ViewOf(path), kSeparator));
 }

@@ -1,9 +1,9 @@
 #include "vorlund/data/filters/WavDecoder.h"
 
 #include "vorlund/api/objects/CreateOrRaise.h"
-#include "vorlund/data/filters/LittleEndian.h"
-#include "vorlund/data/filters/ReadWhole.h"
+#include "vorlund/data/base/FilterConnection.h"
 
+#include <vorlund/DecoderSupport.h>
 #include <vorlund/Exception.h>
 
 #include <exception>
@@ -39,11 +39,8 @@ CWavDecoder::~CWavDecoder() noexcept(false) {
         chunks_->Disconnect();
         return;
     }
-    try {
-        chunks_->Disconnect();
-    } catch (...) {
-        // A second exception in flight would end the process.
-    }
+    // A second exception in flight would end the process.
+    DisconnectQuietly(*chunks_);
 }
 
 void CWavDecoder::Connect(IInputStream* stream) {

@@ -4,6 +4,7 @@
 #include "vorlund/data/resource/Resource.h"
 
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/data/base/FilterConnection.h"
 #include "vorlund/data/resource/ResourceLock.h"
 
 #include <vorlund/StreamFilter.h>
@@ -34,37 +35,6 @@ constexpr TFailure kFormatLocked{kSetFormat, kFile, 325, kFormatIsLocked};
 /// What a filter is given room for beyond the bytes that go in, so that the end is seen without growing.
 constexpr std::uint64_t kSpare = 4096;
 
-/// A filter connected to a stream, and disconnected at the end in any case.
-class CConnection {
-public:
-    CConnection(IInputStreamFilter& filter, IInputStream* stream) : filter_(&filter) {
-        try {
-            filter.Connect(stream);
-        } catch (...) {
-            // Filters that refuse should be unconnected; this one may hold the stream all the same.
-            DisconnectQuietly();
-            throw;
-        }
-    }
-    CConnection(const CConnection&) = delete;
-    CConnection& operator=(const CConnection&) = delete;
-    ~CConnection() { DisconnectQuietly(); }
-
-    void Disconnect() { std::exchange(filter_, nullptr)->Disconnect(); }
-
-private:
-    void DisconnectQuietly() {
-        if (!filter_) return;
-        try {
-            filter_->Disconnect();
-        } catch (...) {
-            // Another exception is on its way; this one has been reported when it was built.
-        }
-    }
-
-    IInputStreamFilter* filter_;
-};
-
 /// Reads once into the free part of a block; the number of bytes added, 0 at the end. A stream may claim more
 /// than it was asked for.
 std::uint64_t ReadOnce(IInputStream& stream, const CByteBlock& block, std::uint64_t filled,
@@ -79,7 +49,7 @@ void CResource::ApplyFilter(IInputStreamFilter* filter) {
     if (!filter) Raise<CNullPtrException>(kFilterIsNull);
     const auto input = CreateOrRaise<IResourceIs>(classid::CResourceIs, kNoInputStream);
     input->SetResource(this);
-    CConnection connection(*filter, input.Get());
+    CFilterConnection connection(*filter, input.Get());
 
     CByteBlock filtered;
     if (!filtered.Allocate(GetFilterRoom())) Raise<COutOfMemoryException>(kFilterOutOfMemory);
