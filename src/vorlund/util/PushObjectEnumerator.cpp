@@ -5,8 +5,8 @@
 namespace vorlund {
 namespace {
 
-/// Reserving is a hint: a wild count takes no more memory than this many pointers, and pushing never needs
-/// it.
+/// Reserving is only a hint, which `Push` does not need: even a wild count takes no more memory than this
+/// many pointers.
 constexpr unsigned int kMaxReserved = 65536;
 
 } // namespace

@@ -23,7 +23,7 @@ public:
         try {
             filter.Connect(stream);
         } catch (...) {
-            // Filters that refuse should be unconnected; this one may hold the stream all the same.
+            // A filter that refuses should be unconnected, but this one may still hold the stream.
             DisconnectQuietly(filter);
             throw;
         }

@@ -24,7 +24,7 @@ namespace {
 constexpr CId kMediaFormats[] = {TDataFormat_AudioPcm::FormatId, TDataFormat_ImageRgb::FormatId,
                                  TDataFormat_VideoRgb::FormatId, OTHER_MEDIA_FORMAT_ID};
 
-/// A chain of one more decoder is the longest that is tried.
+/// A chain has at most one decoder more than this.
 constexpr int kMaxDepth = 8;
 
 /// Media data are final: nothing decodes them further.
@@ -77,7 +77,7 @@ CRefPtr<IInputStream> CDecoderSearch::FindWanted(IInputStream& current) {
     ++depth_;
     CRefPtr<IInputStream> found;
     for (std::size_t i = 0; i < candidates_.GetCount() && !found; ++i) {
-        // Kept on purpose: a candidate that led nowhere stays connected, and so is not tried again.
+        // Kept for callers: a candidate that led nowhere stays connected, and so is not tried again.
         if (TryConnect(i, current)) found = FindWanted(*candidates_[i]);
     }
     --depth_;
@@ -100,7 +100,7 @@ CRefPtr<IInputStream> CDecoderSearch::FindLongest(IInputStream& stream) {
 
 bool CDecoderSearch::TryConnect(std::size_t candidate, IInputStream& current) {
     IInputStreamFilter& filter = *candidates_[candidate];
-    // Asking the filter alone would never end with one that does not tell what it is connected to.
+    // Asking the filter alone is not enough: one that hides its stream would be connected for ever.
     if (IsConnected(filter) || taken_[candidate]) return false;
     try {
         filter.Connect(&current);

@@ -71,7 +71,7 @@ void CFileInputStream::Read(IMediaSample* sample) {
 std::uint64_t CFileInputStream::Read(void* buffer, std::uint64_t size) {
     if (!buffer) Raise<CNullPtrException>(kReadNullBuffer);
     if (!reader_.IsOpen()) Raise<CIOException>(kReadNotOpen);
-    // Kept on purpose: only the low 32 bits of the size count.
+    // Kept for callers: only the low 32 bits of the size count.
     return reader_.Read(buffer, static_cast<std::uint32_t>(size));
 }
 

@@ -47,7 +47,7 @@ template <class TEntry> IObjectList* Enumerate(const TSelection& selection, cons
     if (!*folderPath) return list.Detach();
     filesystem::CFolderSearch search(folderPath);
     while (search.Next()) {
-        // Kept on purpose: no name is special, so "." and ".." are directories like any other.
+        // Kept for callers: no name is special, so "." and ".." are directories like any other.
         if (search.GetKind() != selection.kind) continue;
         CString path(folderPath);
         path += search.GetName();

@@ -6,7 +6,7 @@
 namespace vorlund::pathtext {
 namespace {
 
-// Searches go through views: for a text the absence of a unit is a failure, for a path it is normal.
+// Searches use views: those of CString raise when a unit is missing, which is normal in a path.
 using TView = std::basic_string_view<wchar>;
 
 constexpr wchar kSeparator = VRL_L('/');

@@ -28,7 +28,7 @@ constexpr TPcmConverterFailures kAudioPcmSampleFormatConverterFailures{
      VRL_L("Unsupported format in decoded stream")}};
 
 IAudioPcmSampleFormatConverter* CAudioPcmSampleFormatConverter::SetSampleFormat(std::uint32_t sampleFormat) {
-    // Kept on purpose: the routine, and with it the step, stays until the next Connect.
+    // Kept for callers: the routine, and with it the step, stays until the next Connect.
     format_.sampleFormat = sampleFormat;
     followsSource_ = false;
     SetRatio();
@@ -46,7 +46,7 @@ void CAudioPcmSampleFormatConverter::OnConnected() {
         return;
     }
     const std::uint64_t channels = input_.channels;
-    // A sample that has come in part is dropped; a routine that has a frame converts its samples.
+    // A sample that arrives only in part is dropped; the units of the routine are the samples of a frame.
     step_ = {routine,      channels * ratio_.input, channels * ratio_.output, ratio_,
              ratio_.input, input_.channels};
 }

@@ -55,7 +55,7 @@ public:
         return std::min(enough / smallOutputFrame_ * smallInputFrame_, kMaxPcmConverterInput);
     }
 
-    /// What `inputSize` bytes become. Kept on purpose: a partial frame at the end counts here although it is
+    /// What `inputSize` bytes become. Kept for callers: a partial frame at the end counts here although it is
     /// not converted.
     std::uint32_t GetOutputSize(std::uint32_t inputSize) const {
         return (inputSize & grainMask_) * ratio_.output / ratio_.input;

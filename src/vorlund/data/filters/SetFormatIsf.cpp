@@ -34,7 +34,7 @@ std::int64_t CSetFormatIsf::GetLength() {
 }
 
 void CSetFormatIsf::Flush() {
-    // Kept on purpose: the other filters raise COperationNotSupportedException here.
+    // Kept for callers: the other filters raise COperationNotSupportedException here.
     Connected<CIOException>(kSetFormatIsfFailures.flushNotConnected).Flush();
 }
 

@@ -31,7 +31,7 @@ constexpr std::size_t kWordSize = 4;
 
 } // namespace
 
-// Kept on purpose: what is raised for an unconnected stream differs by operation.
+// Kept for callers: what is raised for an unconnected stream differs by operation.
 constexpr TGuardedFilterFailures kWavChunkDecoderFailures{
     .seekNotConnected{VRL_L("vorlund::CWavChunkDecoder::Seek"), kFile, 161, kNotConnected},
     .tellNotConnected{VRL_L("vorlund::CWavChunkDecoder::Tell"), kFile, 178, kNotConnected},
@@ -87,7 +87,7 @@ std::uint64_t CWavChunkDecoder::Read(void* buffer, std::uint64_t size) {
 }
 
 void CWavChunkDecoder::Skip(std::uint64_t count) {
-    // Kept on purpose: only the connected stream moves, the position in the chunk does not.
+    // Kept for callers: only the connected stream moves, the position in the chunk does not.
     CGuardedFilterImpl::Skip(Clamp(count));
 }
 
@@ -154,7 +154,7 @@ bool CWavChunkDecoder::ReadFileHeader() {
     } catch (const CIOException&) {
         return false;
     }
-    // Between the two stands the size of the file, which many writers leave wrong: it is not looked at.
+    // Between the two is the size of the file, which many writers leave wrong: nothing reads it.
     return std::memcmp(header, "RIFF", kWordSize) == 0 && std::memcmp(header + 8, "WAVE", kWordSize) == 0;
 }
 
@@ -166,7 +166,7 @@ void CWavChunkDecoder::IndexChunks() {
     while (ReadWhole(*stream_, id, sizeof id) && ReadWhole(*stream_, size, sizeof size)) {
         const std::uint32_t dataSize = LoadLittleEndian32(size);
         chunks_.Append(id, stream_->Tell(), dataSize);
-        // Kept on purpose: no pad byte follows a chunk of odd size.
+        // Kept for callers: no pad byte follows a chunk of odd size.
         stream_->Skip(dataSize);
     }
 }

@@ -105,7 +105,7 @@ void CResource::Fill(IInputStream& stream) {
         data_ = std::move(block);
         size_ = length;
     } catch (const COperationNotSupportedException&) {
-        // Kept on purpose: a stream that does not know its length leaves the resource empty, without a word.
+        // Kept for callers: a stream that does not know its length leaves the resource empty, silently.
     }
 }
 
@@ -134,14 +134,14 @@ void CResource::SetFormat(const TDataFormat* format) {
 void CResource::SetSize(std::uint64_t size) {
     size_ = 0;
     data_.Allocate(0);
-    // Kept on purpose: without the memory, the size stands and there are no data.
+    // Kept for callers: without the memory the resource has that size, and no data.
     size_ = size;
     data_.Allocate(size);
 }
 
 void CResource::Unlock() {
     const int mode = lock_.GetLockMode();
-    // Kept on purpose: other values lock for writing too, but are not counted.
+    // Kept for callers: other values lock for writing too, but are not counted.
     if (mode == LOCK_MODE_WRITE || mode == 2) ++modificationCount_;
     lock_.Unlock();
 }

@@ -69,7 +69,7 @@ std::uint64_t CResourceIs::Read(void* buffer, std::uint64_t size) {
     if (!resource_) Raise<CIOException>(kReadUnbound);
     if (position_ >= resource_->GetSize()) return 0;
     const CResourceLock lock(*resource_, LOCK_MODE_READ);
-    // Asked for again: a writer may have been at work.
+    // Asked for again under the lock: a writer may have changed it.
     const std::uint64_t length = lock.GetSize();
     if (position_ >= length) return 0;
     const std::uint64_t count = std::min(size, length - position_);
