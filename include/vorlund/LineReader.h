@@ -8,7 +8,8 @@ namespace vorlund {
 
 /// A `CTextReader` whose lines arrive: it copies the bytes of a line before they leave the buffer, and
 /// catches the exception that ends each `CTextReader::ReadLine`. That exception is still reported on
-/// `DEBUG_MESSAGE_OUTPUT`, once a line; who reads many lines sets a handler for it.
+/// `DEBUG_MESSAGE_OUTPUT`, once a line: a program that reads many lines sets a handler for that
+/// (`CDebug::SetHandler`).
 ///
 /// A line comes without its line feed and without any carriage return. The last line needs no line feed.
 /// Of UTF-16 text, half a unit at the end of the data is dropped; a stream may deliver in odd pieces.

@@ -36,6 +36,8 @@ public:
     virtual std::uint32_t GetCapabilities() = 0;
     /// Length in bytes.
     virtual std::int64_t GetLength() = 0;
+    /// Writes out what the stream has buffered. Where there is nothing to write, it does nothing or raises
+    /// `COperationNotSupportedException`, by class.
     virtual void Flush() = 0;
     /// Sets the position, in bytes from the start.
     virtual void Seek(std::int64_t position) = 0;
