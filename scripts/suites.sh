@@ -170,6 +170,7 @@ test_target() {
     if [[ $target == linux ]]; then
         step layers tests/abi/check_layers.py
         step failures tests/abi/check_failures.py
+        step "test names" tests/check_names.py
     fi
     row "built in $built s, tested in $((SECONDS - start)) s"
 }
