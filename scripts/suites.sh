@@ -164,7 +164,7 @@ test_target() {
         done <"$folder/examples.txt"
         step "real files" real_files
         step exports scripts/exports.sh --check "$target" "$folder"
-        step headers scripts/headers.sh "$target"
+        step headers scripts/headers.sh "$target" "$folder"
         step install tests/install/check.sh "$target" "$folder"
     fi
     if [[ $target == linux ]]; then
