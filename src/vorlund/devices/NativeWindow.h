@@ -1,5 +1,6 @@
-// What the video window needs of the window system. A port supplies one file NativeWindow_<system>.cpp with a
-// class derived from this one and `Create`.
+// What the video window needs of the window system: NativeWindow_win32.cpp, NativeWindow_xcb.cpp for the X
+// Window System, and NativeWindow_none.cpp for builds without one. A port supplies such a file with a class
+// derived from this one, and `Create`.
 #pragma once
 
 #include <vorlund/Platform.h>
@@ -8,6 +9,7 @@
 
 namespace vorlund {
 
+/// In pixels.
 struct TWindowSize {
     int width = 0;
     int height = 0;
@@ -18,8 +20,8 @@ struct TWindowSize {
 /// raise, `std::bad_alloc`.
 class CNativeWindow {
 public:
-    /// Creates a window with the system's own size and place, shows and paints it. Null when there is none to
-    /// be had.
+    /// Creates a window with the system's own size and place, shows and paints it. Null when the system has
+    /// no window to give.
     static std::unique_ptr<CNativeWindow> Create(const wchar* title);
 
     CNativeWindow() = default;
