@@ -16,8 +16,8 @@ struct TWindowSize {
 };
 
 /// A window on the screen. It is created, and its loop runs, on one thread; everything else may be called
-/// from another thread meanwhile, also when the user has just closed the window. Only `Create` and `SetTitle`
-/// raise, `std::bad_alloc`.
+/// from another thread at the same time, even when the user has just closed the window. Only `Create` and
+/// `SetTitle` raise, `std::bad_alloc`.
 class CNativeWindow {
 public:
     /// Creates a window with the system's own size and place, shows and paints it. Null when the system has

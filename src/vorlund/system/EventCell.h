@@ -20,7 +20,7 @@ struct CEvent::TCell : TClassMemory {
     std::atomic<waiting::TEventHandle> handle;
 };
 
-/// The way from an object to its platform event.
+/// Gives the library access to an object's platform event.
 struct TEventAccess {
     /// For a null object, the null handle, with which no wait succeeds.
     static waiting::TEventHandle HandleOf(const CEvent* event) {

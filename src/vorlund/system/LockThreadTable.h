@@ -79,7 +79,7 @@ private:
 
 /// The entries by thread number.
 ///
-/// Blocks of slots, each twice as large as the one before, are chained and stay until the table goes. A
+/// Blocks of slots, each twice as large as the one before, are chained and stay as long as the table. A
 /// thread takes a free slot with one atomic operation, at one of a few places that its number determines in
 /// each block, and gives it back with a store; so looking for one's own entry needs neither a lock nor a long
 /// search. Only a thread itself ever writes its number into a slot or takes it out, so what others do

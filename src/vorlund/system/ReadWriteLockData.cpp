@@ -238,7 +238,7 @@ void TReadWriteLockData::LeaveManaged() {
     while (released) {
         TWaiter& waiter = *released;
         released = waiter.next;
-        // From the store on the waiter may be gone.
+        // After the store the waiter may be gone.
         const void* const address = &waiter.released;
         waiter.released.store(1, std::memory_order_release);
         UnparkOne(address);

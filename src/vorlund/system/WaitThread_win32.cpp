@@ -3,8 +3,8 @@
 // could not end a wait for all.
 //
 // A thread that will be interrupted holds a reference to the library, from before it is made until the system
-// ends it, so the library is never unloaded while it runs. Waiting for it during the unloading is no way: the
-// system lets no thread begin or end then.
+// ends it, so the library is never unloaded while it runs. To wait for it during the unloading is impossible:
+// the system lets no thread begin or end then.
 #include "vorlund/api/platform/WindowsLean.h"
 #include "vorlund/system/ProcessEnd_win32.h"
 #include "vorlund/system/WaitThread.h"

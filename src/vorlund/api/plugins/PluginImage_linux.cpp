@@ -47,7 +47,7 @@ bool IsPartOf(const TSegment& segment, const TSegment& whole) {
     if (distance > whole.p_filesz || segment.p_filesz > whole.p_filesz - distance ||
         segment.p_vaddr != whole.p_vaddr + distance)
         return false;
-    // Thread-local memory lies elsewhere; what is made read-only ends with a page.
+    // Thread-local memory is not in the image; a range that is made read-only ends with a page.
     const std::uint64_t room = whole.p_memsz - distance + whole.p_align;
     return segment.p_type == PT_TLS || segment.p_memsz <= room;
 }

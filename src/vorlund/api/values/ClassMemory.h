@@ -1,5 +1,5 @@
 /// \file
-/// Where the records behind the service classes lie.
+/// The memory of the records behind the service classes.
 #pragma once
 
 #include <vorlund/ClassObject.h>

@@ -1,6 +1,6 @@
 /// \file
-/// What lies behind `CDebug`: the way to a destination, and the four default destinations, which differ from
-/// system to system.
+/// The inside of `CDebug`: how a text reaches its destination, and the four default destinations, which
+/// differ from system to system.
 #pragma once
 
 #include <vorlund/Debug.h>

@@ -49,7 +49,7 @@ private:
     sigset_t former_;
 };
 
-/// The process's controlling terminal, whatever its standard streams are. Its mode is left alone.
+/// The process's controlling terminal, whatever its standard streams are. Its mode is not changed.
 class CTerminal {
 public:
     /// Opened anew, so that O_NONBLOCK applies to nobody else.
@@ -85,7 +85,7 @@ public:
     }
 
     /// Returns at the end of a line (in every mode of the terminal), at the end of the input, when the
-    /// terminal goes away and when the process leaves the foreground. Takes no byte behind the line.
+    /// terminal goes away and when the process leaves the foreground. Reads no byte after the line.
     void WaitForEnter() {
         while (IsInForeground()) {
             // The wait comes first, as there are modes in which a read without input returns 0, like the end.
