@@ -1,7 +1,6 @@
 /// \file
 /// What every object, list, file and filter needs of the library object: the object counter and the stores.
-/// This is the one way up from the lower floors. Not an interface for applications and plug-ins, which use
-/// `v` (Vorlund.h) instead: it stands here because the templates of ObjectImpl.h and RefPtr.h call it.
+/// This is the one way up from the lower floors. Any thread, as far as the stores allow it.
 #pragma once
 
 #include <vorlund/Id.h>
@@ -13,6 +12,8 @@ class CCodecClassStore;
 class IObject;
 struct TFailure;
 
+/// Not for applications and plug-ins, which use `v` (Vorlund.h) instead: exported because the templates of
+/// ObjectImpl.h and RefPtr.h call it.
 namespace services {
 
 /// Takes the next serial number. Raises `CBugException` "Not initialized" while the library is closed.
