@@ -41,7 +41,9 @@ protected:
 
 TEST_F(ParkingLot, DoesNotSleepWhenTheWordIsDifferent) {
     words_[0] = 3;
-    lot_.ParkWhile(words_[0], 0);
+    CActor sleeper;
+    sleeper.Start([this] { lot_.ParkWhile(words_[0], 0); });
+    EXPECT_TRUE(sleeper.Finishes());
 }
 
 TEST_F(ParkingLot, WakesTheSleeperOfTheWordAndNoOther) {
@@ -94,9 +96,9 @@ TEST_F(ParkingLot, OneWakeForOneSleeper) {
 TEST_F(ParkingLot, SleepersOfAllWordsWake) {
     // Many in few buckets, woken in another order than they came, some from the middle of a list.
     constexpr std::size_t kSleepers = 24;
-    std::vector<std::thread> sleepers;
+    std::vector<CActor> sleepers(kSleepers);
     for (std::size_t sleeper = 0; sleeper < kSleepers; ++sleeper) {
-        sleepers.emplace_back([this, sleeper] {
+        sleepers[sleeper].Start([this, sleeper] {
             for (std::size_t turn = 0; turn < 20; ++turn) {
                 TWord& word = words_[(sleeper * 20 + turn) % kWords];
                 while (word == 0) lot_.ParkWhile(word, 0);
@@ -108,7 +110,7 @@ TEST_F(ParkingLot, SleepersOfAllWordsWake) {
         word = 1;
         for (std::size_t sleeper = 0; sleeper < kSleepers; ++sleeper) lot_.UnparkOne(&word);
     }
-    for (std::thread& sleeper : sleepers) sleeper.join();
+    for (CActor& sleeper : sleepers) EXPECT_TRUE(sleeper.Finishes()) << "a sleeper was forgotten";
 }
 
 } // namespace

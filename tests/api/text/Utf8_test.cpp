@@ -36,7 +36,7 @@ INSTANTIATE_TEST_SUITE_P(
                     TRow{"WrongOrder", VRL_L("\xDE00\xD83D"), "\xEF\xBF\xBD\xEF\xBF\xBD"}),
     [](const auto& row) { return row.param.name; });
 
-TEST(MessageMemory, LongestMessageNeedsNoHeap) {
+TEST(Utf8Memory, LongestMessageNeedsNoHeap) {
     const wstring text(1023, VRL_L('\u65E5'));
     const CAllocationCount count;
     CMessageMemory memory;

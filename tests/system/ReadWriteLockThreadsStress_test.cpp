@@ -20,7 +20,7 @@ void DawdleSometimes(std::minstd_rand& random) {
     if (random() % 32 == 0) std::this_thread::yield();
 }
 
-TEST(ReadWriteLockStress, ManyThreadsHoldItAtOnce) {
+TEST(ReadWriteLockThreadsStress, ManyThreadsHoldItAtOnce) {
     constexpr int kThreads = 60;
     CReadWriteLock lock;
     CLatch allHold(kThreads);
@@ -59,11 +59,11 @@ constexpr TMixRow kMixRows[] = {
     {"OneUpgrader", 4, 0, 30},
 };
 
-class ReadWriteLockMix : public testing::TestWithParam<TMixRow> {};
+class ReadWriteLockThreadsStressMix : public testing::TestWithParam<TMixRow> {};
 
 /// Readers must see the two halves equal and nothing change while they hold; only the threads that the lock
 /// admits write. The halves are plain, so that a sanitizer sees every way past the lock.
-TEST_P(ReadWriteLockMix, KeepsWhatItGuardsWhole) {
+TEST_P(ReadWriteLockThreadsStressMix, KeepsWhatItGuardsWhole) {
     const TMixRow& row = GetParam();
     constexpr int kTurns = 20000;
     CReadWriteLock lock;
@@ -125,10 +125,10 @@ TEST_P(ReadWriteLockMix, KeepsWhatItGuardsWhole) {
     ExpectFree(lock);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, ReadWriteLockMix, testing::ValuesIn(kMixRows),
+INSTANTIATE_TEST_SUITE_P(Rows, ReadWriteLockThreadsStressMix, testing::ValuesIn(kMixRows),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST(ReadWriteLockStress, AllUpgradersAndWritersGetThroughInTheEnd) {
+TEST(ReadWriteLockThreadsStress, AllUpgradersAndWritersGetThroughInTheEnd) {
     // Upgrades do not exclude each other or writers, so there is nothing to guard here; but nobody may be
     // forgotten, and the lock must be free at the end.
     constexpr int kThreads = 6;

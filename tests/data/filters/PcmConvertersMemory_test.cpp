@@ -10,8 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <new>
-
 namespace vorlund::test {
 namespace {
 
@@ -34,7 +32,7 @@ std::size_t AllocationsOfReading(IInputStream& stream) {
     return allocations;
 }
 
-TEST(PcmConverterMemory, NoAllocationPerRead) {
+TEST(PcmConvertersMemory, NoAllocationPerRead) {
     const CLibraryScope library;
     const auto source = PcmSource({SAMPLE_FORMAT_16BIT, 2, 44100}, TBytes(100000));
     const auto format = CreateAs<IAudioPcmSampleFormatConverter>(classid::CAudioPcmSampleFormatConverter);
@@ -52,18 +50,6 @@ TEST(PcmConverterMemory, NoAllocationPerRead) {
     }
     setter->Connect(source.Get());
     EXPECT_EQ(AllocationsOfReading(*setter), 0u);
-}
-
-TEST(PcmConverterMemory, AFormatThatFindsNoMemoryLeavesTheOldOne) {
-    const CLibraryScope library;
-    const auto setter = CreateAs<ISetFormatIsf>(classid::CSetFormatIsf);
-    {
-        const CAllocationFailure failure(0);
-        EXPECT_THROW(setter->SetFormat(&TDataFormat_AudioPcm::FORMAT_44100HZ_16BIT_51), std::bad_alloc);
-        EXPECT_TRUE(failure.HasFailed());
-    }
-    EXPECT_EQ(PcmText(*setter), "no PCM");
-    EXPECT_EQ(setter->GetFormat().size, 20u);
 }
 
 } // namespace

@@ -33,7 +33,7 @@ int RoundsOf(int all) {
 #endif
 }
 
-TEST(EventStress, StartsAndStopsLeaveNothingBehind) {
+TEST(EventThreads, StartsAndStopsLeaveNothingBehind) {
     const int starts = RoundsOf(100000);
     CEvent never;
     CEvent always;
@@ -66,7 +66,7 @@ TEST(EventStress, StartsAndStopsLeaveNothingBehind) {
     EXPECT_LT(CountHandles(), handles + 50);
 }
 
-TEST(EventStress, StoppedWaitsForClosedEventsEnd) {
+TEST(EventThreads, StoppedWaitsForClosedEventsEnd) {
     const auto nothing = [](TData&) {};
     const int threads = CountThreads();
     for (int round = 0; round < 50; ++round) {
@@ -199,7 +199,7 @@ void DoOneThing(TMix& mix, std::minstd_rand& random) {
 }
 
 /// VORLUND_STRESS_SECONDS sets how long; by default a second.
-TEST(EventStress, EverythingTogetherOnEightThreads) {
+TEST(EventThreads, EverythingTogetherOnEightThreads) {
     constexpr int kThreads = 8;
     const char* const seconds = std::getenv("VORLUND_STRESS_SECONDS");
     const auto length = std::chrono::duration<double>(seconds ? std::atof(seconds) : 1.0);
