@@ -4,6 +4,8 @@
 
 #include <vorlund/Id.h>
 
+#include <vorlund/NamesBegin.h>
+
 namespace vorlund {
 
 class IObject;
@@ -56,6 +58,11 @@ public:
     /// `CClassNotFoundException` with an empty reason, and `CBugException` "Not initialized" while closed.
     const TClassInfo* GetClassInfo(const CId& id) const;
     const TClassInfo* GetClassInfo(const wchar* name) const;
+    /// `GetClassInfo` under the names that it has after `<windows.h>` (see NamesBegin.h).
+    const TClassInfo* GetClassInfoA(const CId& id) const { return GetClassInfo(id); }
+    const TClassInfo* GetClassInfoA(const wchar* name) const { return GetClassInfo(name); }
+    const TClassInfo* GetClassInfoW(const CId& id) const { return GetClassInfo(id); }
+    const TClassInfo* GetClassInfoW(const wchar* name) const { return GetClassInfo(name); }
 
     /// Creates an object of the first class registered under `id`: the result of its factory, one reference
     /// owned by the caller, or null when the factory yields nothing. The factory runs under the store's lock,
@@ -85,3 +92,5 @@ private:
 };
 
 } // namespace vorlund
+
+#include <vorlund/NamesEnd.h>

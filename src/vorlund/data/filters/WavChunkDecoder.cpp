@@ -6,6 +6,7 @@
 
 #include <vorlund/Exception.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/StringObject.h>
 
 #include <algorithm>
 #include <cstring>

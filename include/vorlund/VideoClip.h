@@ -1,0 +1,19 @@
+/// \file
+/// `IVideoClip`, a piece of video. One thread at a time, except that the data are guarded as those of a resource.
+#pragma once
+
+#include <vorlund/Resource.h>
+
+namespace vorlund {
+
+/// A piece of video, in the same way.
+class IVideoClip : public IResource {
+public:
+    using TBase = IResource;
+    static constexpr CId InterfaceId{0x7C5FD705, 0x3DD86D87, 0x870814AF, 0xE9EC320D};
+
+protected:
+    ~IVideoClip() = default;
+};
+
+} // namespace vorlund
