@@ -1,6 +1,7 @@
 #!/bin/bash
 # Every public header stands alone. On Windows also before, after and between the system's headers, whose macros would
-# rename methods, and without a clash of names. usage: scripts/headers.sh linux|win32|win64
+# rename methods, and without a clash of names. usage: scripts/headers.sh linux|win32|win64 [BUILD-FOLDER]
+# BUILD-FOLDER has the public headers that the build makes.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 compiler=g++
@@ -9,7 +10,8 @@ win32) compiler=i686-w64-mingw32-g++-posix ;;
 win64) compiler=x86_64-w64-mingw32-g++-posix ;;
 esac
 # Alone each of the two does nothing that a compiler could check.
-mapfile -t headers < <(ls include/vorlund/*.h | grep -vE '/Names(Begin|End)\.h$')
+mapfile -t headers < <(ls include/vorlund/*.h ${2:+"$2"/include/vorlund/*.h} | grep -vE '/Names(Begin|End)\.h$')
+folders="-Iinclude ${2:+-I$2/include}"
 
 # commands: one compilation a line, each with the headers that it includes in that order.
 commands() {
@@ -26,11 +28,11 @@ commands() {
         read -ra names <<<"$order"
         for lean in "" "-DWIN32_LEAN_AND_MEAN" "-DUNICODE" "-DUNICODE -DWIN32_LEAN_AND_MEAN"; do
             echo "$lean ${names[*]/#/-include } -include windows.h"
-            echo "$lean ${names[*]:0:half} -include windows.h ${names[*]:half}" | sed 's, include/, -include include/,g'
+            echo "$lean ${names[*]/#/-include } " | sed "s,-include ,-include windows.h &,$((half + 1))"
         done
     done
 }
 
-commands "$1" | sed "s,^,$compiler -std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Werror -Iinclude ,; s,\$, -x c++ /dev/null," |
+commands "$1" | sed "s,^,$compiler -std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Werror $folders ,; s,\$, -x c++ /dev/null," |
     xargs -P "$(nproc)" -d '\n' -I{} sh -c '{} || { echo "failed: {}" >&2; exit 1; }'
-[[ $1 != win* ]] || tests/abi/check_names.py "$compiler"
+[[ $1 != win* ]] || tests/abi/check_names.py "$compiler" ${2:+"$2"}

@@ -1,5 +1,6 @@
 /// \file
-/// `IBitmap`, a picture. One thread at a time, except that the data are guarded as those of a resource.
+/// `IBitmap`, a picture. Device plug-ins may register a better class than the library's plain one. One thread
+/// at a time, except that the data are guarded as those of a resource.
 #pragma once
 
 #include <vorlund/Resource.h>
@@ -8,7 +9,8 @@ namespace vorlund {
 
 struct TDataFormat_ImageRgb;
 
-/// A picture, in the same way.
+/// A picture: a resource, usable wherever a resource is. The library's class works as that of `IAudioClip`
+/// (AudioClip.h).
 class IBitmap : public IResource {
 public:
     using TBase = IResource;

@@ -11,8 +11,10 @@ namespace vorlund {
 class IObject;
 class IObjectEnumerator;
 
-/// Makes a new object with one reference, or null. Must not raise: the class store would stay locked by the
-/// calling thread.
+/// Creates an object with one reference, or returns null. Called under the class store's lock.
+///
+/// \warning A factory must not raise: the class store then stays locked by the calling thread, and every
+/// other thread that uses the store waits without limit.
 using TObjectFactory = IObject* (*)();
 
 /// A class of the store.
@@ -44,8 +46,8 @@ public:
     /// Opens the store; nothing happens when it is open.
     void Init();
 
-    /// Forgets every class and closes the store; nothing happens when it is closed. Gives back what the
-    /// calling thread still holds of the store's lock, and waits for other threads that hold it.
+    /// Forgets every class and closes the store; nothing happens when it is closed. Gives back the store's
+    /// lock where the calling thread still holds it, and waits for other threads that hold it.
     void Close();
 
     /// Forgets every class; nothing happens when the store is closed.

@@ -1,5 +1,6 @@
 /// \file
-/// The former name of two headers, kept for programs that include it: PlasmaVideoGenerator.h and RandomGenerator.h.
+/// The former name of two headers, kept for programs that include it: PlasmaVideoGenerator.h and
+/// RandomGenerator.h.
 #pragma once
 
 #include <vorlund/PlasmaVideoGenerator.h>

@@ -30,18 +30,21 @@ public:
     virtual void Rewind() = 0;
     /// `TMediaControlCapability` bits.
     virtual std::uint32_t GetCapabilities() = 0;
-    /// How long the media last.
+    /// The length of the media in seconds.
     virtual float GetDuration() = 0;
+    /// True while the media play.
     virtual bool IsPlaying() = 0;
-    /// Stops for a while: `Play` goes on from here.
+    /// Stops playing and keeps the time: `Play` continues from there.
     virtual void Pause() = 0;
+    /// Plays from the current time on.
     virtual void Play() = 0;
-    /// Goes to a time.
+    /// Sets the time, in seconds from the start.
     virtual void Seek(float time) = 0;
-    /// Limits playing to the part from `begin` to `end`.
+    /// Limits playing to the part from `begin` to `end`, in seconds from the start.
     virtual void SetRange(float begin, float end) = 0;
+    /// Stops playing.
     virtual void Stop() = 0;
-    /// The time at which playing stands.
+    /// The current time, in seconds from the start.
     virtual float GetTime() = 0;
 
 protected:

@@ -1,6 +1,6 @@
 /// \file
-/// `IObjectList`, a list of objects. One thread at a time. The enumerators and wrappers that usually come with it are
-/// included.
+/// `IObjectList`, a list of objects. One thread at a time. The enumerators and wrappers that usually come
+/// with it are included.
 #pragma once
 
 #include <vorlund/Object.h>
@@ -12,19 +12,20 @@
 
 namespace vorlund {
 
-/// An ordered list that holds one reference to each member; an object may stand in it several times.
+/// An ordered list that holds one reference to each member; an object may be in it several times.
 class IObjectList : public IObject {
 public:
     using TBase = IObject;
     static constexpr CId InterfaceId{0xD1768FC0, 0x42BB48E7, 0x87E11D7D, 0x6AFB9D1E};
 
-    /// Appends `object`, which must not be null, and adds a reference.
+    /// Appends `object`, which must not be null, and adds a reference. Raises `std::bad_alloc`, with the list
+    /// as it was.
     virtual void AddObject(IObject* object) = 0;
 
     /// Removes and releases the member at `index`. Raises `CBadIndexException` "Index out of bounds".
     virtual void RemoveObject(unsigned int index) = 0;
 
-    /// Removes and releases the first position of `object`. Raises `CObjectNotFoundException` "Cannot find
+    /// Removes and releases the first occurrence of `object`. Raises `CObjectNotFoundException` "Cannot find
     /// object".
     virtual void RemoveObject(IObject* object) = 0;
 
@@ -35,7 +36,7 @@ public:
     /// raises.
     virtual IObjectEnumerator* EnumerateObjects() = 0;
 
-    /// The same over the members that have the interface `interfaceId`.
+    /// The same over those members that answer `QueryInterface(interfaceId)`.
     virtual IObjectEnumerator* EnumerateObjects(CId interfaceId) = 0;
 
     /// The number of members.
@@ -48,7 +49,8 @@ public:
     IObject* GetObjectA(unsigned int index) { return GetObject(index); }
     IObject* GetObjectW(unsigned int index) { return GetObject(index); }
 
-    /// The first position of `object`. Raises `CObjectNotFoundException` "Cannot find object".
+    /// The position of the first occurrence of `object`. Raises `CObjectNotFoundException` "Cannot find
+    /// object".
     virtual int FindObject(IObject* object) = 0;
 
 protected:

@@ -1,9 +1,10 @@
 /// \file
-/// `IPlasmaVideoGenerator`, an endless input stream of animated frames, as a source for tests and demonstrations.
-/// 
-/// A generator never ends and has no length and no position: `Eof` is always false, `GetCapabilities` is 0, `GetLength`,
-/// `Seek` and `Tell` raise `COperationNotSupportedException` "... is not supported", and `Skip`, `Close` and
-/// `Flush` do nothing. `Read` of a media sample raises `CNullPtrException` "sample is NULL", else
+/// `IPlasmaVideoGenerator`, an endless input stream of animated frames, as a source for tests and
+/// demonstrations.
+///
+/// A generator never ends and has no length and no position: `Eof` is always false, `GetCapabilities` is 0,
+/// `GetLength`, `Seek` and `Tell` raise `COperationNotSupportedException` "... is not supported", and `Skip`,
+/// `Close` and `Flush` do nothing. `Read` of a media sample raises `CNullPtrException` "sample is NULL", else
 /// `CInvalidParameterException` "Media samples are not supported". One thread at a time.
 #pragma once
 
@@ -16,10 +17,13 @@ namespace vorlund {
 /// pixels at 30 frames per second; nothing paces the frames. Go by its shifts:
 /// `TPixelFormat::FORMAT_A8R8G8B8`, of the same name as this layout, has others.
 ///
-/// `Read` is meant for one whole frame at a time. It makes the next frame when the bytes delivered since the
-/// last one add up to exactly its size, and always delivers from the frame's first byte on, at most one
-/// frame: smaller pieces are its first bytes again and again, and once their sum is beyond the frame's size
-/// no other frame comes. A frame of more than 2^32 - 1 bytes is refused with `std::bad_alloc`.
+/// `Read` is meant for one whole frame at a time. Every call delivers from the frame's first byte on, at most
+/// one frame. The next frame is made when the bytes delivered of the current one add up to exactly its size.
+///
+/// \warning Reading in smaller pieces does not work: every piece is the first bytes of the frame again, and
+/// once their sum exceeds the frame's size, the frame never changes.
+///
+/// A frame of more than 2^32 - 1 bytes is refused with `std::bad_alloc`.
 class IPlasmaVideoGenerator : public IInputStream {
 public:
     using TBase = IInputStream;

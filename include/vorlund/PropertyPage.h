@@ -9,8 +9,8 @@
 namespace vorlund {
 
 /// A page of settings in a dialogue. What `argument` means is agreed between the page and the dialogue that
-/// shows it, for example the number of a window. The library's class is a placeholder: it agrees to
-/// everything and shows a message.
+/// shows it, for example the number of a window. The library's class is a placeholder: `Open`, `Apply`,
+/// `Reset` and `Close` return true, and `Show` shows a message.
 class IPropertyPage : public IObject {
 public:
     using TBase = IObject;
@@ -18,11 +18,11 @@ public:
 
     /// Prepares the page; false when that failed.
     virtual bool Open(std::uint32_t argument) = 0;
-    /// Takes the settings over; false when they are not valid.
+    /// Applies the settings; false when they are not valid.
     virtual bool Apply(std::uint32_t argument) = 0;
-    /// Goes back to the settings that hold; false when that failed.
+    /// Returns to the settings that are in force; false when that failed.
     virtual bool Reset(std::uint32_t argument) = 0;
-    /// The page goes; false to keep it open.
+    /// Called before the page goes away; false keeps it open.
     virtual bool Close(std::uint32_t argument) = 0;
     /// Shows the page; false when there is nothing to show. The library's class prints the
     /// `DEBUG_MESSAGE_BOX` message "This is the default property page object" and returns false.

@@ -16,7 +16,7 @@ public:
     /// A copy of the text.
     virtual CString GetString() = 0;
 
-    /// Copies `text`, which must not be null.
+    /// Copies `text`, which must not be null. Raises `std::bad_alloc`, with the text as it was.
     virtual void SetString(const wchar* text) = 0;
 
 protected:

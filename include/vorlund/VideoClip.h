@@ -1,12 +1,14 @@
 /// \file
-/// `IVideoClip`, a piece of video. One thread at a time, except that the data are guarded as those of a resource.
+/// `IVideoClip`, a piece of video. Device plug-ins may register a better class than the library's plain one.
+/// One thread at a time, except that the data are guarded as those of a resource.
 #pragma once
 
 #include <vorlund/Resource.h>
 
 namespace vorlund {
 
-/// A piece of video, in the same way.
+/// A piece of video: a resource, usable wherever a resource is. The library's class works as that of
+/// `IAudioClip` (AudioClip.h).
 class IVideoClip : public IResource {
 public:
     using TBase = IResource;

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The macros of the Windows headers against the names of the public headers.  usage: check_names.py COMPILER
+"""The macros of the Windows headers against the names of the public headers.  usage: check_names.py COMPILER [BUILD-FOLDER]
 
 A macro of <windows.h> that has the name of a method renames it in some files and not in others. Every such name must be
 in the list of NamesBegin.h, and be bracketed and have its two other names, A and W, where it is declared. The headers
@@ -13,6 +13,8 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PUBLIC = ROOT / "include/vorlund"
+# The build's own folder has the headers that it makes.
+FOLDERS = [PUBLIC, *(pathlib.Path(folder).resolve() / "include/vorlund" for folder in sys.argv[2:])]
 
 # What programs for Windows include. winsock2.h has to come before windows.h.
 SYSTEM = """winsock2 ws2tcpip windows windowsx shellapi shlobj shlwapi shobjidl commdlg commctrl mmsystem mmreg msacm vfw ole2
@@ -32,7 +34,8 @@ def includes(names, form="<{}.h>"):
 
 def macros(compiler, text, *options):
     """Every macro that is defined at the end of `text`, with its definition."""
-    command = [compiler, "-std=c++20", "-dM", "-E", f"-I{ROOT / 'include'}", *options, "-x", "c++", "-"]
+    folders = [f"-I{folder.parent}" for folder in FOLDERS]
+    command = [compiler, "-std=c++20", "-dM", "-E", *folders, *options, "-x", "c++", "-"]
     out = subprocess.run(command, input=text, capture_output=True, text=True, check=True).stdout
     return dict(re.findall(r"^#define (\w+)(.*)$", out, re.MULTILINE))
 
@@ -82,7 +85,7 @@ def check_macros(compiler, system, ours, *options):
 
 def main():
     compiler = sys.argv[1]
-    headers = sorted(path for path in PUBLIC.glob("*.h") if path.stem not in BRACKETS)
+    headers = sorted(path for folder in FOLDERS for path in folder.glob("*.h") if path.stem not in BRACKETS)
     listed = re.findall(r'^#pragma push_macro\("(\w+)"\)$', (PUBLIC / "NamesBegin.h").read_text(), re.MULTILINE)
     standard = includes(STANDARD, "<{}>")
     clashing = set()
