@@ -168,7 +168,10 @@ test_target() {
         step headers scripts/headers.sh "$target"
         step install tests/install/check.sh "$target" "$folder"
     fi
-    if [[ $target == linux ]]; then step layers tests/abi/check_layers.py; fi
+    if [[ $target == linux ]]; then
+        step layers tests/abi/check_layers.py
+        step failures tests/abi/check_failures.py
+    fi
     row "built in $built s, tested in $((SECONDS - start)) s"
 }
 

@@ -8,7 +8,7 @@ namespace vorlund {
 
 /// A `CTextReader` that returns its lines: it copies the bytes of a line before they leave the buffer, and
 /// catches the exception that ends each `CTextReader::ReadLine`. That exception is still reported on
-/// `DEBUG_MESSAGE_OUTPUT`, once a line; programs that read many lines set a handler for it
+/// `DEBUG_MESSAGE_OUTPUT`, once a line: a program that reads many lines sets a handler for that
 /// (`CDebug::SetHandler`). One thread at a time.
 ///
 /// A line comes without its line feed and without any carriage return. The last line needs no line feed. Of

@@ -36,7 +36,8 @@ public:
     virtual std::uint32_t GetCapabilities() = 0;
     /// Length in bytes. Raises `COperationNotSupportedException` where the stream has none.
     virtual std::int64_t GetLength() = 0;
-    /// Passes on what is buffered. Raises what the stream's class documents.
+    /// Writes out what the stream has buffered. Where there is nothing to write, it does nothing or raises
+    /// `COperationNotSupportedException`, by class.
     virtual void Flush() = 0;
     /// Sets the position, in bytes from the start. Raises `COperationNotSupportedException` where the stream
     /// has no positions.

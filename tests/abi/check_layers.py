@@ -25,7 +25,7 @@ FLOORS = {
     "system": "BinaryLock Event ReadWriteLock Timer",
     "api/objects": "ClassIds Object ObjectCounter ObjectImpl RefPtr",
     "util": "ObjectEnumerator ObjectList PtrObject StringObject",
-    "data/base": "DataFormat MediaSample Stream StreamFilter StreamFilterImpl StreamImpl",
+    "data/base": "DataFormat DecoderSupport MediaSample Stream StreamFilter StreamFilterImpl StreamImpl",
     "data/file": "File Path",
     "data/sources": "CbVideoSource Generators PlasmaVideoGenerator RandomGenerator",
     "data/codecs": "CodecClassStore",

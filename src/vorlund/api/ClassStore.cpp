@@ -5,6 +5,7 @@
 #include "vorlund/api/ClassIndex.h"
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/values/DebugOutput.h"
+#include "vorlund/util/PtrObjects.h"
 
 #include <vorlund/BinaryLock.h>
 #include <vorlund/ClassIds.h>
@@ -158,12 +159,7 @@ IObjectEnumerator* CClassStore::EnumerateClasses() const {
     auto enumerator = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoEnumerator);
     if (data_) {
         const CBinaryLockGuard guard(data_->lock);
-        // By index, because the factory of the items may register classes.
-        for (std::size_t i = 0; i < data_->classes.size(); ++i) {
-            const auto item = CreateOrRaise<IPtrObject>(classid::CPtrObject, kNoItem);
-            item->SetPtr(&data_->classes[i]);
-            enumerator->Push(item.Get());
-        }
+        TakePtrObjects(data_->classes, kNoItem, [&](IPtrObject* item) { enumerator->Push(item); });
     }
     return enumerator.Detach();
 }

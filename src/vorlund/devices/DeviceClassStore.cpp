@@ -3,6 +3,7 @@
 // One recursive lock guards the list. Creation and enumeration hold it while they create objects, so the
 // class store's lock comes after this one; a registration asks the class store first.
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/util/PtrObjects.h"
 
 #include <vorlund/BinaryLock.h>
 #include <vorlund/ClassIds.h>
@@ -99,12 +100,7 @@ IObjectList* CDeviceClassStore::EnumerateDevices() const {
     auto list = CreateOrRaise<IObjectList>(classid::CObjectList, kNoList);
     if (data_) {
         const CBinaryLockGuard guard(data_->lock);
-        // By index, because the factory of the items may register devices.
-        for (std::size_t i = 0; i < data_->classes.size(); ++i) {
-            const auto item = CreateOrRaise<IPtrObject>(classid::CPtrObject, kNoItem);
-            item->SetPtr(&data_->classes[i]);
-            list->AddObject(item.Get());
-        }
+        TakePtrObjects(data_->classes, kNoItem, [&](IPtrObject* item) { list->AddObject(item); });
     }
     return list.Detach();
 }

@@ -84,6 +84,27 @@ INSTANTIATE_TEST_SUITE_P(Rows, FolderText,
                                          TFolderRow{"Empty", VRL_L(""), "/", ""}),
                          [](const auto& row) { return row.param.test; });
 
+TEST(JoinedText, HasOneSeparator) {
+    using pathtext::Join;
+    EXPECT_EQ(Narrow(Join(VRL_L("data"), VRL_L("song"), VRL_L('/'))), "data/song");
+    EXPECT_EQ(Narrow(Join(VRL_L("data/"), VRL_L("song"), VRL_L('/'))), "data/song");
+    EXPECT_EQ(Narrow(Join(VRL_L("/"), VRL_L("song"), VRL_L('/'))), "/song");
+    EXPECT_EQ(Narrow(Join(VRL_L("C:\\data"), VRL_L("song"), VRL_L('\\'))), "C:\\data\\song");
+    EXPECT_EQ(Narrow(Join(VRL_L("data/"), VRL_L("song"), VRL_L('\\'))), "data/\\song");
+    EXPECT_EQ(Narrow(Join(VRL_L(""), VRL_L("song"), VRL_L('/'))), "/song");
+    EXPECT_EQ(Narrow(Join(VRL_L("data"), VRL_L(""), VRL_L('/'))), "data/");
+}
+
+TEST(TextWithoutSeparator, KeepsARoot) {
+    using pathtext::WithoutSeparator;
+    EXPECT_EQ(Narrow(WithoutSeparator(VRL_L("data/"), VRL_L('/'))), "data");
+    EXPECT_EQ(Narrow(WithoutSeparator(VRL_L("data"), VRL_L('/'))), "data");
+    EXPECT_EQ(Narrow(WithoutSeparator(VRL_L("data//"), VRL_L('/'))), "data/");
+    EXPECT_EQ(Narrow(WithoutSeparator(VRL_L("data\\"), VRL_L('/'))), "data\\");
+    EXPECT_EQ(Narrow(WithoutSeparator(VRL_L("/"), VRL_L('/'))), "/");
+    EXPECT_EQ(Narrow(WithoutSeparator(VRL_L(""), VRL_L('/'))), "");
+}
+
 TEST(FolderTextOfNothing, HasNoName) {
     EXPECT_EQ(Narrow(pathtext::GetFolderName(VRL_L(""))), "");
     EXPECT_EQ(Narrow(pathtext::GetFolderName(nullptr)), "");

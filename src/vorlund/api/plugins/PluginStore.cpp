@@ -6,7 +6,7 @@
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/plugins/PluginImage.h"
 #include "vorlund/api/plugins/PluginModule.h"
-#include "vorlund/data/file/FileSystem.h"
+#include "vorlund/data/file/EntryObject.h"
 #include "vorlund/data/file/PathText.h"
 
 #include <vorlund/ClassIds.h>
@@ -53,34 +53,13 @@ struct TPlugin {
     CString name;
 };
 
-CString WithoutSeparator(const CString& folder) {
-    TView view(folder.GetBuffer());
-    // A root stays one.
-    if (view.size() > 1 && view.back() == pluginmodule::kSeparator) view.remove_suffix(1);
-    return CString(wstring(view).c_str());
-}
-
-/// The path of `name` in `folder`.
-CString Join(const CString& folder, const wchar* name) {
-    wstring path = folder.GetBuffer();
-    if (path.empty() || path.back() != pluginmodule::kSeparator) path += pluginmodule::kSeparator;
-    return CString((path + name).c_str());
-}
-
 /// The full path of a file through a file object; empty when there is none that could be loaded. What does
 /// not exist is asked for first: the file object would say so by an exception, which reaches the debugger
 /// output.
 CString ResolveFile(const CString& candidate) {
     if (filesystem::GetKind(candidate) != TEntryKind::File) return {};
     const auto file = CreateAs<IFile>(classid::CFile);
-    if (!file) return {};
-    try {
-        file->Initialize(candidate);
-    } catch (const CFileAccessException&) {
-        // It has vanished meanwhile; otherwise it is no business of the store's.
-        if (filesystem::GetKind(candidate) == TEntryKind::File) throw;
-        return {};
-    }
+    if (!file || !filesystem::InitializeIfThere(*file, candidate, TEntryKind::File)) return {};
     return file->GetPath();
 }
 
@@ -160,7 +139,7 @@ CPluginStore::CPluginStore() : data_(new TData) {
     if (separator == wstring::npos || separator == 0) return;
     const CString folder(host.substr(0, separator).c_str());
     AddPluginPath(folder);
-    AddPluginPath(Join(folder, VRL_L("plugins")));
+    AddPluginPath(pathtext::Join(folder, VRL_L("plugins"), pluginmodule::kSeparator));
 }
 
 CPluginStore::~CPluginStore() {
@@ -192,7 +171,7 @@ void CPluginStore::LoadPlugin(const wchar* name) {
     const CString wanted(name);
     // Kept on purpose: nobody asks whether it is loaded already, and a success does not end the search.
     for (std::size_t folder = 0; folder < data_->folders.size(); ++folder) {
-        const CString prefix = Join(data_->folders[folder], wanted);
+        const CString prefix = pathtext::Join(data_->folders[folder], wanted, pluginmodule::kSeparator);
         for (std::size_t i = 0; i < data_->extensions.size(); ++i) {
             const CString candidate = prefix + VRL_L(".") + data_->extensions[i];
             data_->Load(ResolveFile(candidate), wanted);
@@ -221,7 +200,7 @@ IObjectEnumerator* CPluginStore::EnumerateLoadedPlugins() const {
 IObjectEnumerator* CPluginStore::EnumerateAvailablePlugins() const {
     auto names = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoAvailableEnumerator);
     for (const CString& path : data_->folders) {
-        const CString plainPath = WithoutSeparator(path);
+        const CString plainPath = pathtext::WithoutSeparator(path, pluginmodule::kSeparator);
         // Asked for first, as for files.
         if (filesystem::GetKind(plainPath) == TEntryKind::Missing) continue;
         const auto folder = CreateOrRaise<IFolder>(classid::CFolder, kNoFolder);

@@ -113,7 +113,7 @@ bool Encode(const wchar* text, std::string& bytes) {
     bytes.clear();
     if (!text) return false;
     bytes.reserve(std::char_traits<wchar>::length(text));
-    // Mostly all of it.
+    // In most paths, this is all of it.
     const wchar* const afterAscii = SkipAscii(text);
     bytes.assign(text, afterAscii);
     for (text = afterAscii; *text; ++text) {
