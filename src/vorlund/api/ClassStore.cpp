@@ -12,7 +12,8 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/ClassStore.h>
 #include <vorlund/Exception.h>
-#include <vorlund/ObjectList.h>
+#include <vorlund/ObjectEnumerator.h>
+#include <vorlund/PtrObject.h>
 #include <vorlund/RefPtr.h>
 
 #include <deque>

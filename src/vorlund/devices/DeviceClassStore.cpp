@@ -12,6 +12,7 @@
 #include <vorlund/Exception.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/ObjectServices.h>
+#include <vorlund/PtrObject.h>
 
 #include <algorithm>
 #include <deque>

@@ -20,8 +20,10 @@
 #include <vorlund/Debug.h>
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
+#include <vorlund/ObjectEnumerator.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/PluginStore.h>
+#include <vorlund/StringObject.h>
 
 #include <algorithm>
 #include <string_view>
