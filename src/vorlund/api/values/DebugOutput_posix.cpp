@@ -2,6 +2,7 @@
 // notice on the process's terminal, and the two standard streams.
 #include "vorlund/api/values/DebugOutput.h"
 
+#include "vorlund/api/text/StackArena.h"
 #include "vorlund/api/text/Utf8.h"
 #include "vorlund/api/values/FramedNotice.h"
 
@@ -140,9 +141,9 @@ void WriteToFile(int file, const std::pmr::string& text) {
 /// silenced by a character that it cannot encode; one that has printed nothing would be bound to bytes for
 /// good. Both have their file written to, behind what they hold back.
 void WriteLine(std::FILE* stream, const wchar* text) {
-    CMessageMemory memory;
+    CStackArena arena;
     const std::size_t bound = Utf8Bound(text) + 1;
-    std::pmr::string line = ReserveMessage(memory, bound);
+    std::pmr::string line = ReserveString(arena, bound);
     if (!AppendInLocale(line, text)) {
         line.clear();
         AppendUtf8(line, text);
@@ -164,8 +165,8 @@ void WriteLine(std::FILE* stream, const wchar* text) {
 } // namespace
 
 void WriteToDebugger(const wchar* text) {
-    CMessageMemory memory;
-    std::pmr::string line = ReserveMessage(memory, Utf8Bound(text));
+    CStackArena arena;
+    std::pmr::string line = ReserveString(arena, Utf8Bound(text));
     AppendUtf8(line, text);
     syslog(LOG_USER | LOG_DEBUG, "%s", line.c_str());
 }
@@ -175,8 +176,8 @@ void ShowBox(const wchar* text) {
     CTerminal terminal;
     if (!terminal.IsOpen()) return;
     const bool isWaiting = terminal.IsInForeground();
-    CMessageMemory memory;
-    std::pmr::string notice = ReserveMessage(memory, 4096);
+    CStackArena arena;
+    std::pmr::string notice = ReserveString(arena, 4096);
     AppendFramedNotice(notice, VRL_L("Vorlund message"), text, terminal.GetColumns(), isWaiting);
     terminal.Write(notice);
     if (isWaiting) terminal.WaitForEnter();
