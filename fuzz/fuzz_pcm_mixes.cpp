@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<std::uint8_t> expected(end + kBehind, kGuard);
     pcm::kScalarMixes.routines[pair][format](&expected[shift], data + 2, frames);
     for (const pcm::TMixSet* set : pcm::GetMixSets()) {
-        const pcm::TMix mix = set->routines[pair][format];
+        const pcm::TRoutine mix = set->routines[pair][format];
         if (!set->isSupported() || !mix) continue;
         std::vector<std::uint8_t> result(end + kBehind, kGuard);
         mix(&result[shift], data + 2, frames);

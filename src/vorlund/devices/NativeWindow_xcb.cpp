@@ -1,5 +1,6 @@
 // Windows of the X Window System, by the core protocol and the conventions of clients with window managers
 // (ICCCM 4.1 and 4.2.8, EWMH `_NET_WM_NAME`).
+#include "vorlund/api/text/StackArena.h"
 #include "vorlund/api/text/Utf8.h"
 #include "vorlund/devices/NativeWindow.h"
 #include "vorlund/devices/XcbLibrary.h"
@@ -109,8 +110,8 @@ void CNativeWindowXcb::Resize(TWindowSize outer) {
 }
 
 void CNativeWindowXcb::SetTitle(const wchar* title) {
-    CMessageMemory memory;
-    std::pmr::string text(memory.Get());
+    CStackArena arena;
+    std::pmr::string text(arena.Get());
     AppendUtf8(text, title);
     // The first is for window managers of today, the second for old ones and for tools that list windows.
     for (const xcb_atom_t name : {atoms_.netWmName, xcb_atom_t{XCB_ATOM_WM_NAME}}) {

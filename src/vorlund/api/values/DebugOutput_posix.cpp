@@ -2,6 +2,7 @@
 // notice on the process's terminal, and the two standard streams.
 #include "vorlund/api/values/DebugOutput.h"
 
+#include "vorlund/api/text/StackArena.h"
 #include "vorlund/api/text/Utf8.h"
 #include "vorlund/api/values/FramedNotice.h"
 
@@ -141,9 +142,9 @@ void WriteToFile(int file, const std::pmr::string& text) {
 /// stop printing at a character that it cannot encode; one that has printed nothing would be bound to bytes
 /// for good. For both the line goes to the file below the stream, after what the stream still holds.
 void WriteLine(std::FILE* stream, const wchar* text) {
-    CMessageMemory memory;
+    CStackArena arena;
     const std::size_t maxSize = MaxUtf8Size(text) + 1;
-    std::pmr::string line = ReserveMessage(memory, maxSize);
+    std::pmr::string line = ReserveString(arena, maxSize);
     if (!AppendInLocale(line, text)) {
         line.clear();
         AppendUtf8(line, text);
@@ -165,8 +166,8 @@ void WriteLine(std::FILE* stream, const wchar* text) {
 } // namespace
 
 void WriteToDebugger(const wchar* text) {
-    CMessageMemory memory;
-    std::pmr::string line = ReserveMessage(memory, MaxUtf8Size(text));
+    CStackArena arena;
+    std::pmr::string line = ReserveString(arena, MaxUtf8Size(text));
     AppendUtf8(line, text);
     syslog(LOG_USER | LOG_DEBUG, "%s", line.c_str());
 }
@@ -176,8 +177,8 @@ void ShowBox(const wchar* text) {
     CTerminal terminal;
     if (!terminal.IsOpen()) return;
     const bool isWaiting = terminal.IsInForeground();
-    CMessageMemory memory;
-    std::pmr::string notice = ReserveMessage(memory, 4096);
+    CStackArena arena;
+    std::pmr::string notice = ReserveString(arena, 4096);
     AppendFramedNotice(notice, VRL_L("Vorlund message"), text, terminal.GetColumns(), isWaiting);
     terminal.Write(notice);
     if (isWaiting) terminal.WaitForEnter();
