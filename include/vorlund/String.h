@@ -74,6 +74,7 @@ public:
 
     bool operator==(const char* text) const { return CompareTo(text) == 0; }
     bool operator==(const wchar* text) const { return CompareTo(text) == 0; }
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): exported with this signature.
     bool operator==(CString other) const { return CompareTo(other.buffer_) == 0; }
     bool operator!=(const char* text) const { return CompareTo(text) != 0; }
     bool operator!=(const wchar* text) const { return CompareTo(text) != 0; }

@@ -113,11 +113,13 @@ bool AppendInLocale(std::pmr::string& out, const wchar* text) {
     std::mbstate_t state{};
     char bytes[MB_LEN_MAX];
     while (const char32_t code = NextCodePoint(text)) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is our own.
         const std::size_t count = std::wcrtomb(bytes, static_cast<wchar_t>(code), &state);
         if (count == static_cast<std::size_t>(-1)) return false;
         out.append(bytes, count);
     }
     // The sequence that returns to the initial shift state, without the terminator.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is our own.
     const std::size_t count = std::wcrtomb(bytes, L'\0', &state);
     if (count != static_cast<std::size_t>(-1)) out.append(bytes, count - 1);
     return true;

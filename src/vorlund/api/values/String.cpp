@@ -65,7 +65,8 @@ wchar Widened(char unit) {
 template <class TUnit> int CompareIgnoreCase(const wchar* left, const TUnit* right) {
     for (;; ++left, ++right) {
         const wchar leftUnit = *left;
-        const wchar rightUnit = Widened(*right);
+        // The analyzer follows `right` past its terminator, where the loop has ended.
+        const wchar rightUnit = Widened(*right); // NOLINT(clang-analyzer-core.CallAndMessage)
         if (leftUnit == rightUnit) {
             if (!leftUnit) return 0;
             continue;
