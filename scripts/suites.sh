@@ -171,6 +171,8 @@ test_target() {
     if [[ $target == linux ]]; then
         step layers tests/abi/check_layers.py
         step failures tests/abi/check_failures.py
+        step pages tests/docs/check_pages.py
+        step readme tests/docs/check_readme.py "$folder"
     fi
     row "built in $built s, tested in $((SECONDS - start)) s"
 }
