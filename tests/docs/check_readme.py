@@ -82,7 +82,8 @@ class Sandbox:
 
 
 def console(block):
-    """The commands of a block, each with the lines below it; None when nothing in the block prints."""
+    """The commands of a block, each with the lines below it; None when there are none."""
+    block = re.sub(r" \\\n *", " ", block)
     parts = re.split(r"^\$ (.*)\n", block, flags=re.MULTILINE)[1:]
     return [(command, output or None) for command, output in zip(parts[::2], parts[1::2])]
 
