@@ -181,6 +181,11 @@ def check_commands():
             if option not in options:
                 complaints.append(f"{page}: CMakeLists.txt has no option {option}")
 
+    benchmarks = read("bench/CMakeLists.txt")
+    for name in set(re.findall(r"\bbench_(\w+)", read("docs/performance.md"))):
+        if not re.search(rf"\b(vorlund_bench\(|add_executable\(bench_){name}\b", benchmarks):
+            complaints.append(f"docs/performance.md: there is no benchmark bench_{name}")
+
 
 def main():
     tree = dict(folders_and_files())
