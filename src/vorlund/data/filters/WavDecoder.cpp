@@ -35,12 +35,9 @@ constexpr std::uint16_t kIntegerPcm = 1;
 
 CWavDecoder::~CWavDecoder() noexcept(false) {
     if (!chunks_) return;
-    if (std::uncaught_exceptions() == 0) {
-        chunks_->Disconnect();
-        return;
-    }
     // A second exception in flight would end the process.
-    DisconnectQuietly(*chunks_);
+    if (std::uncaught_exceptions() > 0) return DisconnectQuietly(*chunks_);
+    chunks_->Disconnect();
 }
 
 void CWavDecoder::Connect(IInputStream* stream) {
