@@ -36,8 +36,10 @@ constexpr std::uint16_t kIntegerPcm = 1;
 CWavDecoder::~CWavDecoder() noexcept(false) {
     if (!chunks_) return;
     // A second exception in flight would end the process.
-    if (std::uncaught_exceptions() > 0) return DisconnectQuietly(*chunks_);
-    chunks_->Disconnect();
+    if (std::uncaught_exceptions() > 0)
+        DisconnectQuietly(*chunks_);
+    else
+        chunks_->Disconnect();
 }
 
 void CWavDecoder::Connect(IInputStream* stream) {
