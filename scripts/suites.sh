@@ -173,6 +173,7 @@ test_target() {
         step failures tests/abi/check_failures.py
         step pages tests/docs/check_pages.py
         step readme tests/docs/check_readme.py "$folder"
+        step "test names" tests/check_names.py
     fi
     row "built in $built s, tested in $((SECONDS - start)) s"
 }
