@@ -8,6 +8,7 @@ failed. Results are kept in tests/mutation/results.tsv, so a run that was ended 
 needs a test, or a line in tests/mutation/equivalent.tsv that says why nobody can notice the change.
 """
 import argparse
+import signal
 import sys
 import threading
 import time
@@ -96,6 +97,8 @@ class Session:
         if not self.next_place():
             return
         trials = [Trial(place, suites) for place in places]
+        for number in (signal.SIGINT, signal.SIGTERM):
+            signal.signal(number, self.stop)
         try:
             for trial in trials:
                 trial.start_display()
@@ -105,15 +108,15 @@ class Session:
                 worker.start()
             for worker in workers:
                 worker.join()
-        except KeyboardInterrupt:
-            self.end = 0
-            for worker in workers:
-                worker.join()
         finally:
             for trial in trials:
                 trial.stop_display()
         if self.problem:
             sys.exit(f"mutate: {self.problem}")
+
+    def stop(self, *_):
+        """Lets the workers finish what they have begun."""
+        self.end = 0
 
     def check_original(self, trial):
         """A failure of the unchanged library would count every mutant as caught."""
@@ -124,6 +127,8 @@ class Session:
             if steps in seen:
                 continue
             seen.add(steps)
+            if self.is_over():
+                return
             outcome = trial.run(place.file)
             if outcome.kind != "passed":
                 sys.exit(f"mutate: {outcome.test} fails on the unchanged library")
@@ -142,16 +147,15 @@ class Session:
         return self.arguments.changed and self.records.results[place.key].code != self.sources[place.file].digest()
 
     def next_place(self):
-        with self.lock:
-            if self.problem or self.end is not None and time.monotonic() > self.end:
-                return None
-            return next(iter(self.pending()), None)
+        return next(iter(self.pending()), None)
+
+    def is_over(self):
+        return self.problem or self.end is not None and time.monotonic() > self.end
 
     def take(self):
+        """The next place to try; none is tried twice."""
         with self.lock:
-            if self.problem or self.end is not None and time.monotonic() > self.end:
-                return None
-            place = next(iter(self.pending()), None)
+            place = None if self.is_over() else self.next_place()
             if place:
                 self.tried.add(place.key)
             return place

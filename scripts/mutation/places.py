@@ -232,10 +232,12 @@ class SourceFile:
         if end is None:
             return
         if token.text in ("return", "throw", "break", "continue"):
-            if token.text == "return" and end > i + 2:
+            if token.text == "return" and end > i + 2 and self._text(i + 1) != "{":
                 self._add("result", self.tokens[i + 1].start, self.tokens[end - 1].end, "{}")
             if not self._is_guarded(i):
                 return
+        elif self._text(end - 1) in ("delete", "default"):
+            return
         elif token.text != "delete" and not self._is_expression(i, end):
             return
         self._add("statement", token.start, self.tokens[end].end, ";")

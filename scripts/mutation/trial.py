@@ -98,7 +98,8 @@ class Trial:
             return Outcome("failed", "linking the internal tests")
         shutil.rmtree(self.place.temporary, ignore_errors=True)
         self.place.temporary.mkdir()
-        environment = dict(os.environ, TMPDIR=str(self.place.temporary), LC_ALL="C.UTF-8")
+        # What was never written, or is freed, is no zero by chance.
+        environment = dict(os.environ, TMPDIR=str(self.place.temporary), LC_ALL="C.UTF-8", MALLOC_PERTURB_="165")
         environment.pop("DISPLAY", None)
         if self.display:
             environment["DISPLAY"] = f":{self.display}"
