@@ -1,3 +1,4 @@
+#include "vorlund/api/text/StackArena.h"
 #include "vorlund/api/text/Utf8.h"
 
 #include "support/Allocations.h"
@@ -36,11 +37,27 @@ INSTANTIATE_TEST_SUITE_P(
                     TRow{"WrongOrder", VRL_L("\xDE00\xD83D"), "\xEF\xBF\xBD\xEF\xBF\xBD"}),
     [](const auto& row) { return row.param.name; });
 
-TEST(MessageMemory, LongestMessageNeedsNoHeap) {
+TEST(Utf8CodePoints, SurrogatesJoin) {
+    for (const char32_t unit : {0xD7FF, 0xE000, 0x1D800, 0x1DC00}) {
+        EXPECT_FALSE(IsHighSurrogate(unit)) << unit;
+        EXPECT_FALSE(IsLowSurrogate(unit)) << unit;
+    }
+    for (const char32_t unit : {0xD800, 0xDBFF}) EXPECT_TRUE(IsHighSurrogate(unit) && !IsLowSurrogate(unit));
+    for (const char32_t unit : {0xDC00, 0xDFFF}) EXPECT_TRUE(IsLowSurrogate(unit) && !IsHighSurrogate(unit));
+    EXPECT_EQ(JoinSurrogates(0xD800, 0xDC00), U'\U00010000');
+    EXPECT_EQ(JoinSurrogates(0xDBFF, 0xDFFF), U'\U0010FFFF');
+}
+
+TEST(Utf8CodePoints, ALoneSurrogateHasThreeBytes) {
+    const TUtf8 low = EncodeUtf8(0xDC80);
+    EXPECT_EQ(std::string(low.bytes, low.length), "\xED\xB2\x80");
+}
+
+TEST(StackArena, LongestMessageNeedsNoHeap) {
     const wstring text(1023, VRL_L('\u65E5'));
     const CAllocationCount count;
-    CMessageMemory memory;
-    std::pmr::string out = ReserveMessage(memory, 3 * 1023 + 1);
+    CStackArena arena;
+    std::pmr::string out = ReserveString(arena, 3 * 1023 + 1);
     AppendUtf8(out, text.c_str());
     EXPECT_EQ(count.Get(), 0u);
     EXPECT_EQ(out.size(), 3u * 1023);
