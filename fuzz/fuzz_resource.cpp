@@ -207,7 +207,7 @@ private:
         if (how & 4) source->claimedLength = input.Position();
         if (how & 8) source->failAt = input.Position();
         const std::int64_t claimed = source->claimedLength.value_or(length);
-        // Memory for that may be there or not, and an overcommitted one is worth nothing here.
+        // Such an allocation succeeds or fails by the state of the machine.
         if (claimed > 100000 && claimed < std::int64_t{1} << 32) return;
         const TExceptionType raised = TypeOf([&] { resource_->Load(source.Get()); });
         const TBytes now = Get();
@@ -219,7 +219,7 @@ private:
                                            source->bytes.begin() + static_cast<std::ptrdiff_t>(claimed))
                                   : TBytes()));
         } else {
-            // What a lying stream counts stands for bytes: the length is right, or there are none.
+            // The stream claims more than it delivers: the length is the claimed one, or nothing is kept.
             Check(now.empty() || static_cast<std::int64_t>(now.size()) == claimed);
         }
         model_ = now;

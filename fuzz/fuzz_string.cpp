@@ -20,7 +20,7 @@ using vorlund::wchar;
 using vorlund::wstring;
 using vorlund::fuzz::Check;
 
-/// How the model answers for a call that never ends, and for one that it gave up.
+/// The model's answers for a call that never ends, and for one that it gave up.
 constexpr int kEndless = -1;
 constexpr int kUnknown = -2;
 
@@ -342,7 +342,7 @@ void Step(CStringInput& input, CString& text, wstring& model) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    // Failures are ordinary here, and nobody reads about them.
+    // Failures are frequent here, and their messages have no reader.
     vorlund::CDebug::SetHandler(
         vorlund::DEBUG_MESSAGE_OUTPUT, [](vorlund::TDebugMessageType, const wchar*, void*) {}, nullptr);
     CStringInput input(data, size);

@@ -33,7 +33,7 @@ def main():
     for path in sorted(TESTS.rglob("*_test.cpp")):
         name = path.relative_to(TESTS)
         text = path.read_text(encoding="utf-8")
-        stem = re.sub(r"_(posix|win32)$", "", path.name[: -len("_test.cpp")])
+        stem = re.sub(r"_(posix|win32|linux)$", "", path.name[: -len("_test.cpp")])
         if OLD_WORDS.search(path.name) and "ThreadsStress" not in path.name:
             faults.append(f"{name}: not a kind of tests/README.md")
         if name.parts[0] not in OWN_PREFIX:

@@ -4,8 +4,8 @@
 
 #include "support/Failures.h"
 
+#include <vorlund/Bitmap.h>
 #include <vorlund/ClassStore.h>
-#include <vorlund/MediaObjects.h>
 #include <vorlund/StreamFilter.h>
 #include <vorlund/Vorlund.h>
 

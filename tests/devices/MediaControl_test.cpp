@@ -1,6 +1,7 @@
 // The default media control.
 #include <vorlund/ClassIds.h>
-#include <vorlund/MediaObjects.h>
+#include <vorlund/MediaControl.h>
+#include <vorlund/PropertyPage.h>
 #include <vorlund/RefPtr.h>
 
 #include "support/DebugRecorder.h"

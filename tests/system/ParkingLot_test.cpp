@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -13,17 +12,8 @@
 namespace vorlund::test {
 namespace {
 
-struct TMutex {
-    void Lock() { mutex.lock(); }
-    void Unlock() { mutex.unlock(); }
-    std::mutex mutex;
-};
-
 struct TCondition {
-    void Wait(TMutex& held) { condition.wait(held.mutex); }
-    bool WaitUntil(TMutex& held, std::chrono::steady_clock::time_point deadline) {
-        return condition.wait_until(held.mutex, deadline) == std::cv_status::no_timeout;
-    }
+    void Wait(std::mutex& held) { condition.wait(held); }
     void Notify() { condition.notify_one(); }
     std::condition_variable_any condition;
 };
@@ -45,7 +35,7 @@ protected:
         lot_.UnparkOne(&word);
     }
 
-    CParkingLot<TMutex, TCondition> lot_;
+    CParkingLot<std::mutex, TCondition> lot_;
     std::vector<TWord> words_ = std::vector<TWord>(kWords);
 };
 
@@ -70,33 +60,6 @@ TEST_F(ParkingLot, WakesTheSleeperOfTheWordAndNoOther) {
     EXPECT_TRUE(a.StaysBusy());
     Wake(words_[0]);
     EXPECT_TRUE(a.Finishes());
-}
-
-TEST_F(ParkingLot, ALimitEndsTheSleepAndOnlyThat) {
-    using TClock = std::chrono::steady_clock;
-    const auto far = TClock::now() + std::chrono::minutes(10);
-    CActor before;
-    CActor limited;
-    CActor after;
-    StartSleep(before, words_[3]);
-    EXPECT_TRUE(before.StaysBusy());
-    limited.Start([&] { lot_.ParkWhileUntil(words_[3], 0, TClock::now() + std::chrono::milliseconds(100)); });
-    StartSleep(after, words_[3]);
-    EXPECT_TRUE(after.StaysBusy());
-    EXPECT_TRUE(limited.Finishes());
-    lot_.ParkWhileUntil(words_[3], 0, TClock::now() - std::chrono::seconds(1));
-    lot_.ParkWhileUntil(words_[3], 7, far);
-    EXPECT_TRUE(before.StaysBusy());
-    limited.Start([&] {
-        while (words_[5] == 0) lot_.ParkWhileUntil(words_[5], 0, far);
-    });
-    EXPECT_TRUE(limited.StaysBusy());
-    Wake(words_[5]);
-    EXPECT_TRUE(limited.Finishes());
-    Wake(words_[3]);
-    lot_.UnparkOne(&words_[3]);
-    EXPECT_TRUE(before.Finishes());
-    EXPECT_TRUE(after.Finishes());
 }
 
 TEST_F(ParkingLot, OneWakeForOneSleeper) {

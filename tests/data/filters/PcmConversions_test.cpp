@@ -202,11 +202,11 @@ protected:
     const std::uint32_t to_ = GetParam().to;
     const std::size_t inSize_ = kSizes[from_];
     const std::size_t outSize_ = kSizes[to_];
-    const TConversion reference_ = kScalarConversions.routines[from_][to_];
+    const TRoutine reference_ = kScalarConversions.routines[from_][to_];
 
     /// The routines of every set that this processor supports.
-    std::vector<std::pair<const char*, TConversion>> Routines() const {
-        std::vector<std::pair<const char*, TConversion>> routines;
+    std::vector<std::pair<const char*, TRoutine>> Routines() const {
+        std::vector<std::pair<const char*, TRoutine>> routines;
         for (const TConversionSet* set : GetConversionSets()) {
             if (set->isSupported() && set->routines[from_][to_])
                 routines.emplace_back(set->name, set->routines[from_][to_]);

@@ -86,13 +86,13 @@ std::vector<const TMixSet*> SupportedSets() {
 /// Each supported set in turn; the name of the test says which one ran.
 class PcmMixes : public testing::TestWithParam<const TMixSet*> {
 protected:
-    static pcm::TMix Find(TMixPair pair, std::uint32_t code) {
+    static pcm::TRoutine Find(TMixPair pair, std::uint32_t code) {
         return pcm::FindMix(*GetParam(), pair.inputChannels, pair.outputChannels, code);
     }
 
     /// Mixes the samples, any whole number of frames, and compares.
     template <class TSample> static void Check(TMixPair pair, const std::vector<TSample>& samples) {
-        const pcm::TMix mix = Find(pair, kCode<TSample>);
+        const pcm::TRoutine mix = Find(pair, kCode<TSample>);
         if (!mix) return;
         const std::size_t frames = samples.size() / pair.inputChannels;
         std::vector<TSample> expected(frames * pair.outputChannels);
@@ -279,9 +279,9 @@ TEST_P(PcmMixes, EveryLengthAndAlignment) {
     std::mt19937 random(10);
     for (const TMixPair pair : pcm::kMixPairs) {
         for (std::uint32_t code = 0; code < pcm::kMixFormatCount; ++code) {
-            const pcm::TMix mix = Find(pair, code);
+            const pcm::TRoutine mix = Find(pair, code);
             if (!mix) continue;
-            const pcm::TMix reference =
+            const pcm::TRoutine reference =
                 pcm::FindMix(pcm::kScalarMixes, pair.inputChannels, pair.outputChannels, code);
             const std::size_t inputSize = pair.inputChannels * kSizes[code];
             const std::size_t outputSize = pair.outputChannels * kSizes[code];
@@ -326,7 +326,7 @@ TEST(PcmMixesChoice, EqualAndOtherNumbersPassThrough) {
 TEST(PcmMixesChoice, TheLastSupportedSetWithARoutineIsTaken) {
     for (const TMixPair pair : pcm::kMixPairs) {
         for (std::uint32_t code = 0; code < pcm::kMixFormatCount; ++code) {
-            pcm::TMix last = nullptr;
+            pcm::TRoutine last = nullptr;
             for (const TMixSet* set : SupportedSets()) {
                 const auto own = pcm::FindMix(*set, pair.inputChannels, pair.outputChannels, code);
                 if (own) last = own;
@@ -340,7 +340,7 @@ TEST(PcmMixesChoice, TheReferenceIsComplete) {
     ASSERT_EQ(pcm::GetMixSets()[0], &pcm::kScalarMixes);
     EXPECT_TRUE(pcm::kScalarMixes.isSupported());
     for (const auto& byFormat : pcm::kScalarMixes.routines)
-        for (const pcm::TMix routine : byFormat) EXPECT_NE(routine, nullptr);
+        for (const pcm::TRoutine routine : byFormat) EXPECT_NE(routine, nullptr);
 }
 
 // ---- results known by hand

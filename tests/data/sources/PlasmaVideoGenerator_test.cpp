@@ -1,6 +1,6 @@
 // The plasma generator.
 #include <vorlund/ClassIds.h>
-#include <vorlund/Generators.h>
+#include <vorlund/PlasmaVideoGenerator.h>
 
 #include "data/base/InterfaceChain.h"
 #include "data/sources/EndlessSources.h"

@@ -46,7 +46,7 @@ void CAudioPcmChannelNumberConverter::OnConnected() {
 
 void CAudioPcmChannelNumberConverter::ChooseStep() {
     ratio_ = {input_.channels, format_.channels};
-    const pcm::TMix mix = pcm::FindMix(input_.channels, format_.channels, format_.sampleFormat);
+    const pcm::TRoutine mix = pcm::FindMix(input_.channels, format_.channels, format_.sampleFormat);
     // Kept for callers: a full step need not end with a whole frame; the input is then inside one.
     step_ = mix ? pcm::CStep(mix, input_.GetBlockSize(), format_.GetBlockSize(), ratio_, 1, 1) : pcm::CStep();
 }

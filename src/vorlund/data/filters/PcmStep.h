@@ -1,16 +1,14 @@
 // The arithmetic of one Read of a PCM converter.
 #pragma once
 
+#include "vorlund/data/filters/PcmBlocks.h"
+
 #include <vorlund/AudioPcmConverters.h>
 
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 
 namespace vorlund::pcm {
-
-/// Converts `count` units, which are samples or frames, from `source` to `destination`.
-using TRoutine = void (*)(void* destination, const void* source, std::size_t count);
 
 /// How byte counts of the input become byte counts of the output.
 struct TRatio {

@@ -1,8 +1,8 @@
-// The ticks lie one millisecond apart, from the construction on. A wait ends at the next one, and ticks that
-// have passed meanwhile are skipped, so there is nothing to drift.
-#include "vorlund/system/Thread_linux.h"
+// The ticks are one millisecond apart, from the construction on. A wait ends at the next one, and ticks that
+// have passed by then are skipped, so the ticks never drift away from the clock.
+#include "vorlund/system/Thread_posix.h"
 #include "vorlund/system/TickSource.h"
-#include "vorlund/system/Waits_posix.h"
+#include "vorlund/system/Waiting_posix.h"
 
 #include <new>
 

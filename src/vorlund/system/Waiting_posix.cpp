@@ -1,20 +1,20 @@
 // An event is one word: a bit for its state, a bit that says that somebody waits, and the number of times it
 // was set. While nobody waits, setting and resetting are one atomic operation each, and a wait for an event
-// that is set is one load. A list is looked through twice: if no word has changed between, what was seen was
-// true at one moment, because every way back to the same state would have counted a setting.
+// that is set is one load. A wait for several reads their words twice: if none has changed in between, what
+// was seen was true at one moment, because every way back to the same state would have counted a setting.
 //
 // Whoever must sleep joins, under one lock for all waits, the lists of all its events and marks them watched.
 // A watched event changes only under that lock. So the thread that sets it knows whom that satisfies, takes
-// those out of all lists, notes their results and wakes them: being released is the setter's doing, and
-// what happens to the events afterwards changes nothing. A wait for all counts how many of its events are
-// not set, which settings and resettings keep up to date. Each sleeper sleeps on a word of its own.
+// those waiters out of all lists, notes their results and wakes them: the setter alone releases them, and
+// what happens to the events afterwards changes nothing. A wait for all counts how many of its events are not
+// set, and every setting and resetting corrects that count. Each sleeper sleeps on a word of its own.
 //
-// A waiter lies on its thread's stack. From the moment its word says that it is released, it may be gone.
+// A waiter is on its thread's stack. From the moment its word says that it is released, it may be gone.
 // The event may be gone as soon as setting it has released somebody, or has shown a state that somebody reads
 // without sleeping; nothing touches it after that.
+#include "vorlund/system/Waiting_posix.h"
 #include "vorlund/system/PlainLock.h"
-#include "vorlund/system/Thread_linux.h"
-#include "vorlund/system/Waits_posix.h"
+#include "vorlund/system/Thread_posix.h"
 
 #include <algorithm>
 #include <limits>
@@ -27,10 +27,10 @@ constexpr std::uint32_t kSet = 1;
 constexpr std::uint32_t kWatched = 2;
 constexpr std::uint32_t kOneSetting = 4;
 
-/// As a waiter's result: none yet.
+/// The result of a waiter that has none yet.
 constexpr std::uint32_t kPending = 0xFFFFFFFE;
 
-/// As a deadline.
+/// The deadline of a wait without a limit.
 constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 
 /// Guards who waits for what, and the states of watched events.
@@ -48,7 +48,8 @@ struct TLink {
 
 struct TEvent {
     std::atomic<std::uint32_t> word{0};
-    /// Handles. It becomes 0 under the lock when the event is watched; the last link then frees it.
+    /// How many handles there are. For a watched event it becomes 0 under the lock, and the last link frees
+    /// it.
     std::atomic<std::uint32_t> references{1};
     TLink* first = nullptr;
 };
@@ -61,13 +62,13 @@ struct TWaiter {
     bool isForAll = false;
     std::uint32_t missing = 0; ///< when waiting for all: how many are not set
     std::uint32_t linked = 0;
-    TLink links[kMostEvents]; // as many as are linked mean something
+    TLink links[kMaxEvents]; ///< the first `linked` are in use
 };
 
 namespace {
 
-/// Adds `event` to what the waiter waits for, and returns whether it is set. Under the lock, like the next
-/// ones.
+/// Adds `event` to what the waiter waits for, and returns whether it is set. Under the lock, like
+/// `UnlinkAll`.
 bool Link(TWaiter& waiter, TEvent& event) {
     TLink& link = waiter.links[waiter.linked++];
     link = {&event, &waiter, event.first, &event.first};
@@ -87,8 +88,8 @@ void UnlinkAll(TWaiter& waiter) {
             delete &event;
             continue;
         }
-        // Nobody else changes a watched event. Last, because whoever closes one that is not watched frees it
-        // without the lock.
+        // A plain store, as nobody else changes a watched event. It comes last: from then on whoever closes
+        // the event frees it without the lock.
         const std::uint32_t word = event.word.load(std::memory_order_relaxed);
         event.word.store(word & ~kWatched, std::memory_order_release);
     }
@@ -107,8 +108,8 @@ void WakeAll(TWaiter* waiter) {
     }
 }
 
-/// Notes the results of those that the setting of a watched event satisfies, takes them out of all lists and
-/// returns them in a chain.
+/// Notes the results of the waiters that the setting of a watched event satisfies, takes them out of all
+/// lists and returns them in a chain. Under the lock.
 TWaiter* TakeSatisfied(const TEvent& event) {
     TWaiter* satisfied = nullptr;
     for (const TLink* link = event.first; link; link = link->next) {
@@ -118,7 +119,7 @@ TWaiter* TakeSatisfied(const TEvent& event) {
             waiter.nextReleased = satisfied;
             satisfied = &waiter;
         }
-        // An event may stand in a list twice.
+        // A wait may name an event twice; the lowest position counts.
         const auto index = static_cast<std::uint32_t>(link - waiter.links);
         waiter.result = waiter.isForAll ? 0 : std::min(waiter.result, index);
     }
@@ -126,12 +127,12 @@ TWaiter* TakeSatisfied(const TEvent& event) {
     return satisfied;
 }
 
-/// Sets the event unless it is watched and `isWatchedToo` is false. Returns the word from which it changed,
+/// Sets the event unless it is watched and `evenIfWatched` is false. Returns the word from which it changed,
 /// or the word that kept it from changing. Setting an event that is set is a change too: what the caller did
 /// before must be seen by whoever resets it.
-std::uint32_t SetWord(TEvent& event, bool isWatchedToo) {
+std::uint32_t SetWord(TEvent& event, bool evenIfWatched) {
     std::uint32_t seen = event.word.load(std::memory_order_relaxed);
-    while (isWatchedToo || !(seen & kWatched)) {
+    while (evenIfWatched || !(seen & kWatched)) {
         const std::uint32_t set = seen & kSet ? seen : (seen + kOneSetting) | kSet;
         if (event.word.compare_exchange_weak(seen, set, std::memory_order_release, std::memory_order_relaxed))
             break;
@@ -140,9 +141,9 @@ std::uint32_t SetWord(TEvent& event, bool isWatchedToo) {
 }
 
 /// The same for resetting; nothing needs to change when the event is not set.
-std::uint32_t ResetWord(TEvent& event, bool isWatchedToo) {
+std::uint32_t ResetWord(TEvent& event, bool evenIfWatched) {
     std::uint32_t seen = event.word.load(std::memory_order_relaxed);
-    while ((seen & kSet) && (isWatchedToo || !(seen & kWatched))) {
+    while ((seen & kSet) && (evenIfWatched || !(seen & kWatched))) {
         if (event.word.compare_exchange_weak(seen, seen & ~kSet, std::memory_order_acquire,
                                              std::memory_order_relaxed))
             break;
@@ -152,10 +153,11 @@ std::uint32_t ResetWord(TEvent& event, bool isWatchedToo) {
 
 [[gnu::noinline]] void SetWatched(TEvent& event) {
     TWaiter* released = nullptr;
-    lock.Lock();
-    // When nobody watches any more, the event may be gone once it is set.
-    if ((SetWord(event, true) & (kWatched | kSet)) == kWatched) released = TakeSatisfied(event);
-    lock.Unlock();
+    {
+        const CPlainLockGuard guard(lock);
+        // When nobody watches any more, the event may be gone once it is set.
+        if ((SetWord(event, true) & (kWatched | kSet)) == kWatched) released = TakeSatisfied(event);
+    }
     WakeAll(released);
 }
 
@@ -166,7 +168,7 @@ std::uint32_t ResetWord(TEvent& event, bool isWatchedToo) {
         if (link->waiter->isForAll) ++link->waiter->missing;
 }
 
-/// The end of a wait of that length. 0 has always come.
+/// The time at which a wait of that length ends; 0, which is always in the past, for no wait at all.
 std::int64_t DeadlineAfter(std::uint32_t milliseconds) {
     if (milliseconds == kForever) return kNever;
     return milliseconds == 0 ? 0 : MonotonicNanoseconds() + std::int64_t{milliseconds} * 1000000;
@@ -182,7 +184,7 @@ void LinkAll(TWaiter& waiter, std::uint32_t count, const TEventHandle* events) {
         if (!Link(waiter, *events[index])) {
             ++waiter.missing;
         } else if (!waiter.isForAll) {
-            // Those before cannot change any more, so this is the lowest.
+            // The events before it are watched and not set, so this is the lowest.
             waiter.result = index;
             return;
         }
@@ -190,7 +192,7 @@ void LinkAll(TWaiter& waiter, std::uint32_t count, const TEventHandle* events) {
     if (waiter.isForAll && waiter.missing == 0) waiter.result = 0;
 }
 
-/// Sleeps until the waiter is released or the time has come, and returns the result.
+/// Sleeps until the waiter is released or `deadline` has passed, and returns the result.
 std::uint32_t Sleep(TWaiter& waiter, std::int64_t deadline) {
     while (deadline != kNever && !waiter.released.load(std::memory_order_acquire)) {
         if (MonotonicNanoseconds() < deadline) {
@@ -211,22 +213,22 @@ std::uint32_t Sleep(TWaiter& waiter, std::int64_t deadline) {
 /// Waits in the lists of the events.
 [[gnu::noinline]] std::uint32_t WaitInLists(TWaiter& waiter, std::uint32_t count, const TEventHandle* events,
                                             std::int64_t deadline) {
-    lock.Lock();
-    LinkAll(waiter, count, events);
-    if (waiter.result == kPending && deadline == 0) waiter.result = kTimeout;
-    if (waiter.result != kPending) {
-        UnlinkAll(waiter);
-        lock.Unlock();
-        return waiter.result;
+    {
+        const CPlainLockGuard guard(lock);
+        LinkAll(waiter, count, events);
+        if (waiter.result == kPending && deadline == 0) waiter.result = kTimeout;
+        if (waiter.result != kPending) {
+            UnlinkAll(waiter);
+            return waiter.result;
+        }
     }
-    lock.Unlock();
     return Sleep(waiter, deadline);
 }
 
-/// A wait for several that is already satisfied: the result, or `kPending` when that is not certain.
+/// The result of a wait for several that is already satisfied, or `kPending` when that is not certain.
 std::uint32_t LookAtAll(std::uint32_t count, const TEventHandle* events, bool isForAll) {
-    // All events that this passes are set, or none of them is. So they are unchanged when they are still like
-    // that and the number of their settings is the same.
+    // The events that the first loop passes are all set, or all not set. So none has changed in between when
+    // they are still like that and the number of their settings is the same.
     const std::uint32_t passed = isForAll ? kSet : 0;
     const auto look = [=](std::uint32_t index) {
         return events[index]->word.load(std::memory_order_acquire) & ~kWatched;
@@ -239,7 +241,7 @@ std::uint32_t LookAtAll(std::uint32_t count, const TEventHandle* events, bool is
         if ((word & kSet) != passed) break;
         sum += word;
     }
-    // The first that is not set, or the first that is set.
+    // A wait for all ends here at an event that is not set, a wait for any when none is set.
     if (isForAll ? index < count : index == count) return kPending;
     for (std::uint32_t again = 0; again < index; ++again) {
         const std::uint32_t word = look(again);
@@ -267,7 +269,7 @@ void Close(TEventHandle event) noexcept {
     while (seen > 1) {
         if (event->references.compare_exchange_weak(seen, seen - 1, std::memory_order_acq_rel)) return;
     }
-    // The last one: from now on only those who wait already know the event.
+    // The last handle: from now on only threads that already wait know the event.
     bool isWatched = false;
     if (event->word.load(std::memory_order_acquire) & kWatched) {
         const CPlainLockGuard guard(lock);
@@ -303,7 +305,7 @@ std::uint32_t WaitUntil(TEventHandle event, std::int64_t deadline) noexcept {
 
 std::uint32_t WaitForSeveral(std::uint32_t count, const TEventHandle* events, bool isForAll,
                              std::uint32_t milliseconds) noexcept {
-    if (count == 0 || count > kMostEvents) return kFailed;
+    if (count == 0 || count > kMaxEvents) return kFailed;
     const std::uint32_t result = LookAtAll(count, events, isForAll);
     if (result != kPending) return result;
     TWaiter waiter;
@@ -311,37 +313,39 @@ std::uint32_t WaitForSeveral(std::uint32_t count, const TEventHandle* events, bo
     return WaitInLists(waiter, count, events, DeadlineAfter(milliseconds));
 }
 
-void Raise(TInterrupt& interrupt) noexcept {
-    lock.Lock();
-    interrupt.isRaised = true;
-    TWaiter* const waiter = interrupt.waiter;
-    if (waiter) {
-        waiter->result = interrupt.result;
-        UnlinkAll(*waiter);
+void EndWaits(TInterrupt& interrupt) noexcept {
+    TWaiter* waiter = nullptr;
+    {
+        const CPlainLockGuard guard(lock);
+        interrupt.isEnding = true;
+        waiter = interrupt.waiter;
+        if (waiter) {
+            waiter->result = interrupt.result;
+            UnlinkAll(*waiter);
+        }
     }
-    lock.Unlock();
-    // The chain of one.
+    // A chain of one, or none.
     WakeAll(waiter);
 }
 
-std::uint32_t WaitUnlessRaised(TInterrupt& interrupt, std::uint32_t count, const TEventHandle* events,
-                               bool isForAll) noexcept {
+std::uint32_t WaitUnlessEnded(TInterrupt& interrupt, std::uint32_t count, const TEventHandle* events,
+                              bool isForAll) noexcept {
     TWaiter waiter;
     waiter.isForAll = isForAll;
     waiter.interrupt = &interrupt;
-    lock.Lock();
-    if (interrupt.isRaised) {
-        waiter.result = interrupt.result;
-    } else {
-        if (count > 0) LinkAll(waiter, count, events);
-        interrupt.waiter = &waiter;
+    {
+        const CPlainLockGuard guard(lock);
+        if (interrupt.isEnding) {
+            waiter.result = interrupt.result;
+        } else {
+            if (count > 0) LinkAll(waiter, count, events);
+            interrupt.waiter = &waiter;
+        }
+        if (waiter.result != kPending) {
+            UnlinkAll(waiter);
+            return waiter.result;
+        }
     }
-    if (waiter.result != kPending) {
-        UnlinkAll(waiter);
-        lock.Unlock();
-        return waiter.result;
-    }
-    lock.Unlock();
     return Sleep(waiter, kNever);
 }
 

@@ -4,7 +4,7 @@
 namespace vorlund::waiting {
 
 static_assert(kTimeout == WAIT_TIMEOUT && kFailed == WAIT_FAILED);
-static_assert(kForever == INFINITE && kMostEvents == MAXIMUM_WAIT_OBJECTS);
+static_assert(kForever == INFINITE && kMaxEvents == MAXIMUM_WAIT_OBJECTS);
 
 namespace {
 
