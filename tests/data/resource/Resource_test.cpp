@@ -12,6 +12,9 @@ constexpr TFailure kFormatLocked{VRL_L("vorlund::CResource::SetFormat"), kFile, 
 constexpr TFailure kFormatIsNull{VRL_L("vorlund::CResource::SetFormat"), kFile, 321, VRL_L("format is NULL")};
 constexpr TFailure kNothingToSaveTo{VRL_L("vorlund::CResource::Save"), kFile, 289,
                                     VRL_L("Stream pointer is NULL")};
+constexpr TFailure kNothingToEncodeTo{VRL_L("vorlund::COutputStreamSelector::EncodeStream"),
+                                      VRL_L("src/vorlund/data/OutputStreamSelector"), 97,
+                                      VRL_L("Stream pointer is NULL")};
 
 constexpr std::uint64_t k4GiB = std::uint64_t{1} << 32;
 
@@ -218,7 +221,7 @@ TEST_F(Resource, SaveNeedsAStream) {
     ExpectRaises<CNullPtrException>(kNothingToSaveTo, [&] { resource_->Save(target.Get(), false); });
     EXPECT_EQ(target->closed, 0);
     EXPECT_EQ(ReferencesOf(target.Get()), 1);
-    ExpectRaises<CNullPtrException>(kNothingToSaveTo, [&] { resource_->Save(nothing, false); });
+    ExpectRaises<CNullPtrException>(kNothingToEncodeTo, [&] { resource_->Save(nothing, false); });
     EXPECT_TRUE(IsUnlocked(*resource_));
 }
 
