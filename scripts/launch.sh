@@ -5,8 +5,9 @@
 #   scripts/launch.sh stop BUILD-FOLDER     ends it; its number and process are in BUILD-FOLDER/display
 set -uo pipefail
 here=$(dirname "${BASH_SOURCE[0]}")
-# shellcheck source-path=SCRIPTDIR
+# shellcheck source=scripts/wine.sh
 source "$here/wine.sh"
+# shellcheck source=scripts/target.sh
 source "$here/target.sh"
 export LC_ALL=C.UTF-8
 

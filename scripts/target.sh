@@ -8,6 +8,7 @@ export UBSAN_OPTIONS=print_stacktrace=1
 export TSAN_OPTIONS=allocator_may_return_null=1:halt_on_error=1:second_deadlock_stack=1
 
 # target_launcher native|sanitized|wine: sets the array `launcher`, the words in front of a program.
+# shellcheck disable=SC2034
 target_launcher() {
     launcher=()
     case $1 in
