@@ -27,10 +27,12 @@ case $mode in
     xz -dc "$kept/libvorlund.abi.xz" >"$work/kept.abi"
     dump "$work/built.abi"
     # Added functions are not shown: they break nothing, and the lists of exports hold them.
-    abidiff --suppressions "$kept/abidiff.suppr" --no-added-syms --no-show-locs "$work/kept.abi" "$work/built.abi" || {
-        status=$?
-        echo "abi: status $status; if the change is allowed, run scripts/abi.sh --update $folder" >&2
-        exit "$status"
+    status=0
+    abidiff --suppressions "$kept/abidiff.suppr" --no-added-syms --no-show-locs "$work/kept.abi" "$work/built.abi" || status=1
+    python3 "$(dirname "${BASH_SOURCE[0]}")/abi_layouts.py" "$work/kept.abi" "$work/built.abi" || status=1
+    ((status == 0)) || {
+        echo "abi: the interface changed; if that is allowed, run scripts/abi.sh --update $folder" >&2
+        exit 1
     }
     ;;
 --update)
