@@ -115,7 +115,7 @@ template <class TConvert> void Run(benchmark::State& state, const TCase& convers
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(conversion.count));
 }
 
-void Vorlund(benchmark::State& state, TCase conversion, pcm::TConversion routine) {
+void Vorlund(benchmark::State& state, TCase conversion, pcm::TRoutine routine) {
     Run(state, conversion,
         [&](std::uint8_t* out, const std::uint8_t* in) { routine(out, in, conversion.count); });
 }
@@ -199,7 +199,7 @@ void RegisterCase(TCase conversion) {
     benchmark::RegisterBenchmark((name + "vorlund").c_str(), Vorlund, conversion,
                                  pcm::FindConversion(conversion.from, conversion.to));
     for (const pcm::TConversionSet* set : pcm::GetConversionSets()) {
-        const pcm::TConversion routine = set->routines[conversion.from][conversion.to];
+        const pcm::TRoutine routine = set->routines[conversion.from][conversion.to];
         if (!set->isSupported() || !routine) continue;
         benchmark::RegisterBenchmark((name + set->name).c_str(), Vorlund, conversion, routine);
     }
@@ -253,7 +253,7 @@ void Step(benchmark::State& state, TCase conversion) {
 
 /// The same copy and the same routine with nothing around them.
 void StepBare(benchmark::State& state, TCase conversion) {
-    const pcm::TConversion routine = pcm::FindConversion(conversion.from, conversion.to);
+    const pcm::TRoutine routine = pcm::FindConversion(conversion.from, conversion.to);
     alignas(32) std::byte scratch[kStepInput];
     Run(state, conversion, [&](std::uint8_t* out, const std::uint8_t* in) {
         std::memcpy(scratch, in, conversion.GetInputSize());

@@ -59,7 +59,7 @@ void CountFrames(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kFrames));
 }
 
-void Vorlund(benchmark::State& state, TCase mix, pcm::TMix routine) {
+void Vorlund(benchmark::State& state, TCase mix, pcm::TRoutine routine) {
     const std::vector<std::uint8_t> input = MakeInput(mix);
     std::vector<std::uint8_t> output(mix.GetOutputSize());
     for (auto _ : state) {

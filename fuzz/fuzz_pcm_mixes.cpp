@@ -24,7 +24,7 @@ float LoadFloat(const std::uint8_t* from) {
     return value;
 }
 
-/// The same bytes; where both have something that is not a number, its bits do not count.
+/// The same bytes; where both have a NaN, its bits may differ.
 bool IsSame(const std::vector<std::uint8_t>& left, const std::vector<std::uint8_t>& right, std::size_t begin,
             std::size_t end, bool isFloat) {
     for (std::size_t i = 0; i < left.size(); ++i) {
@@ -49,7 +49,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<std::uint8_t> expected(end + kBehind, kGuard);
     pcm::kScalarMixes.routines[pair][format](&expected[shift], data + 2, frames);
     for (const pcm::TMixSet* set : pcm::GetMixSets()) {
-        const pcm::TMix mix = set->routines[pair][format];
+        const pcm::TRoutine mix = set->routines[pair][format];
         if (!set->isSupported() || !mix) continue;
         std::vector<std::uint8_t> result(end + kBehind, kGuard);
         mix(&result[shift], data + 2, frames);

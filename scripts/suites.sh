@@ -132,7 +132,7 @@ build_targets() {
         # What a target should have must not be left out without a word.
         options=(-DVORLUND_REQUIRE_ALL=ON)
         [[ $target == linux ]] && options+=(-DVORLUND_DEBUG_INFO=ON)
-        [[ $target == win64 ]] && options+=(-- --target vorlund_smoke)
+        [[ $target == win64 ]] && options+=(-- --target vorlund_smoke vorlund_windows_names)
         vorlund_build "$target" "build/$target" "${options[@]}" >"$logs/$target-build.log" 2>&1 || status=$?
         echo "$status $((SECONDS - start))" >"$logs/$target-built.new"
         mv "$logs/$target-built.new" "$logs/$target-built"
@@ -159,6 +159,7 @@ test_target() {
     start=$SECONDS
 
     step smoke on_target "$folder/bin/vorlund_smoke$exe" examples/data/strings.wav
+    if [[ $target == win* ]]; then step "windows names" on_target "$folder/bin/vorlund_windows_names$exe"; fi
     if [[ $target != win64 ]]; then
         gtest_program vorlund_tests
         gtest_program vorlund_internal_tests
@@ -177,6 +178,10 @@ test_target() {
     fi
     if [[ $target == linux ]]; then
         step layers tests/abi/check_layers.py
+        step failures tests/abi/check_failures.py
+        step pages tests/docs/check_pages.py
+        step readme tests/docs/check_readme.py "$folder"
+        step "test names" tests/check_names.py
         step abi scripts/abi.sh --check "$folder"
         step format scripts/format.sh
         step tidy scripts/tidy.sh "$folder"

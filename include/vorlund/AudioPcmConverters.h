@@ -16,10 +16,11 @@
 /// `COperationNotSupportedException`, `Read` and `Skip` `CIOException`, all of them "Stream is not
 /// connected".
 ///
-/// A `Read` that converts takes at most 1,024 bytes from its input and allocates nothing, so callers loop. It
-/// asks for whole frames as long as they fit; of an input that stops inside a frame, the last, partial frame
-/// counts in the result while its bytes in the buffer stay as they were. Where that matters, ask for counts
-/// whose input stays under 1,024 bytes. Before `Eof`, a result of 0 means that the buffer holds no frame.
+/// A `Read` that converts takes at most `kMaxPcmConverterInput` bytes from its input and allocates nothing,
+/// so callers loop. It asks for whole frames as long as they fit; of an input that stops inside a frame, the
+/// last, partial frame counts in the result while its bytes in the buffer stay as they were. Where that
+/// matters, ask for counts whose input stays under `kMaxPcmConverterInput` bytes. Before `Eof`, a result of 0
+/// means that the buffer holds no frame.
 ///
 /// One thread uses a converter at a time.
 #pragma once
@@ -29,6 +30,9 @@
 #include <cstdint>
 
 namespace vorlund {
+
+/// The most bytes that one `Read` of a converter takes from its input when it converts, at any ratio.
+constexpr std::uint32_t kMaxPcmConverterInput = 1024;
 
 /// Delivers PCM audio in another sample format, with the channels and the rate of its source.
 ///

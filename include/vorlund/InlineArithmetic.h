@@ -1,6 +1,6 @@
 /// \file
-/// Which arithmetic stands in the headers. An application may be compiled with options that change results;
-/// where they would, it calls the library, and everywhere else the compiler sees the arithmetic.
+/// Which arithmetic is inline. An application may be compiled with options that change results; where they
+/// would, it calls the library, and everywhere else the compiler sees the arithmetic.
 ///
 /// `VRL_DOUBLES` declares a function that computes in double precision from floats: products are exact then,
 /// so that a compiler that fuses multiplications with additions changes nothing. Registers with more digits

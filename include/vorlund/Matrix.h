@@ -1,5 +1,5 @@
 /// \file
-/// `CMatrix`, a four by four matrix of single-precision numbers.
+/// `CMatrix`, a four by four matrix of single-precision numbers, and its products with vectors.
 #pragma once
 
 #include <vorlund/Platform.h>
@@ -17,9 +17,9 @@ enum TAxis : int {
 /// fourth row. Elements are stored row by row: row r, column c is element 4r + c. Angles are radians.
 ///
 /// The arithmetic works in double precision and rounds each element of a result once. A sine or cosine in it
-/// is rounded to single precision first. It stands in the library, so that results have the same bits on
-/// every system and with whatever options an application is compiled, and because the library takes what the
-/// processor has. Infinities and NaN go through it by the rules of IEEE 754; nothing here raises.
+/// is rounded to single precision first. It is compiled in the library, so that results have the same bits on
+/// every system and with all compiler options of an application, and so that the library can use what the
+/// processor has. Infinities and NaN follow the rules of IEEE 754; nothing here raises.
 ///
 /// A plain value: trivially copyable, and safe to share between threads when nobody writes to it.
 class CMatrix {
@@ -32,8 +32,8 @@ public:
                       float m8, float m9, float m10, float m11, float m12, float m13, float m14, float m15)
         : elements_{m0, m1, m2, m3, m4, m5, m6, m7, m8, m9, m10, m11, m12, m13, m14, m15} {}
 
-    /// Rows 0 to 2 from `r0` to `r2`. On purpose, the whole fourth column is 1 and the fourth vector is not
-    /// used; elements 12 to 14 are 0.
+    /// Rows 0 to 2 from `r0` to `r2`. The whole fourth column is 1, the fourth vector is not used, and
+    /// elements 12 to 14 are 0; this is kept for applications that rely on it.
     constexpr CMatrix(const CVector& r0, const CVector& r1, const CVector& r2, const CVector& /*r3*/)
         : elements_{r0.x, r0.y, r0.z, 1, r1.x, r1.y, r1.z, 1, r2.x, r2.y, r2.z, 1, 0, 0, 0, 1} {}
 
@@ -56,7 +56,7 @@ public:
     VRL_API CMatrix Transpose() const;
 
     /// An identity matrix whose top left corner is filled with the elements of columns [x, x + w) and rows
-    /// [y, y + h), without column `skipX` and row `skipY`. A range that the left-out one lies in is one
+    /// [y, y + h), without column `skipX` and row `skipY`. A range that contains the left-out one is one
     /// wider, so `SubMatrix(0, 0, 3, 3, j, i)` is what is left without row i and column j. Columns and rows
     /// that the matrix does not have are left out, too; any numbers are allowed.
     VRL_API CMatrix SubMatrix(int x, int y, int w, int h, int skipX, int skipY) const;
@@ -65,15 +65,15 @@ public:
     /// the determinants of the minors being results of this function, rounded as such.
     VRL_API float Determinant(int n) const;
 
-    /// The inverse: the adjugate divided by the determinant. On purpose, it is the identity when the
-    /// determinant lies between -0.001 and 0.001.
+    /// The inverse: the adjugate divided by the determinant. It is the identity when the
+    /// determinant is between -0.001 and 0.001; this is kept for applications that rely on it.
     VRL_API CMatrix Inverse() const;
 
     VRL_API static CMatrix Translation(float x, float y, float z);
     VRL_API static CMatrix Scale(float x, float y, float z);
 
-    /// Rotations around one axis. On purpose, `RotationX` has its sine twice with a positive sign and is
-    /// symmetric, unlike the other two.
+    /// Rotations around one axis. For applications that rely on it, `RotationX` keeps a positive sign for
+    /// both of its sines and is symmetric, unlike the other two.
     VRL_API static CMatrix RotationX(float a);
     VRL_API static CMatrix RotationY(float a);
     VRL_API static CMatrix RotationZ(float a);
@@ -81,7 +81,7 @@ public:
     VRL_API static CMatrix Rotation(float ax, float ay, float az);
 
     /// A perspective for divided depths from 0 at `zNear` to 1 at `zFar`. `fov` is the horizontal angle of
-    /// view; on purpose, the vertical one is the angle `fov` / `aspect`.
+    /// view; the vertical one is the angle `fov` / `aspect`, which is kept for applications that rely on it.
     VRL_API static CMatrix PerspectiveFov(float fov, float aspect, float zNear, float zFar);
 
     /// The length of the first three elements of row 0, 1 or 2; any other axis gives 1.

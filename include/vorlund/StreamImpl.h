@@ -9,7 +9,8 @@
 
 namespace vorlund {
 
-/// What the default input stream raises, under the name "vorlund::CInputStream::Read".
+/// Not for applications and plug-ins: the out-of-line parts of `CInputStreamImpl` below, exported because
+/// that template calls them. What they raise names "vorlund::CInputStream::Read".
 namespace streamdefaults {
 /// Raises `CNullPtrException` "buffer is NULL" for null; otherwise reads nothing and returns 0.
 VRL_API std::uint64_t Read(void* buffer, std::uint64_t size);
@@ -18,9 +19,8 @@ VRL_API std::uint64_t Read(void* buffer, std::uint64_t size);
 [[noreturn]] VRL_API void ReadSample(IMediaSample* sample);
 } // namespace streamdefaults
 
-/// An input stream without data: at its end, at position 0 and of length 0, in the empty format, with
-/// capabilities
-/// 15. Bit 8 (write) is part of the default.
+/// An input stream without data: at its end, at position 0 and of length 0, in the empty format, with all
+/// four capabilities (15). The bit of writing is part of the default.
 template <class TInterface> class CInputStreamImpl : public CObjectImpl<TInterface> {
 public:
     void Close() override {}

@@ -1,5 +1,6 @@
 /// \file
-/// `CVector`, three single-precision numbers.
+/// `CVector`, three single-precision numbers. Matrix.h includes this file and defines the products of vectors
+/// with matrices.
 #pragma once
 
 #include <vorlund/InlineArithmetic.h>
@@ -8,12 +9,12 @@ namespace vorlund {
 
 class CMatrix;
 
-/// A vector or a point in space. Vectors are row vectors: a matrix stands to their right (`v * m`).
+/// A vector or a point in space. Vectors are row vectors: a matrix multiplies from the right (`v * m`).
 ///
 /// The arithmetic works in double precision and rounds each component of a result once. Results have the same
-/// bits on every system and with whatever options an application is compiled: what options could change
-/// stands in the library (InlineArithmetic.h). Infinities and NaN go through it by the rules of IEEE 754;
-/// nothing here raises.
+/// bits on every system and with all compiler options of an application: what options could change is
+/// compiled in the library (InlineArithmetic.h). Infinities and NaN follow the rules of IEEE 754; nothing
+/// here raises.
 ///
 /// A plain value: trivially copyable, usable in constant expressions, and safe to share between threads when
 /// nobody writes to it.
@@ -52,7 +53,8 @@ public:
     /// Makes the length 1; a vector of length 0 stays as it is.
     VRL_API void Normalize();
 
-    /// The point (x, y, z, 1) times `m`. The fourth column is ignored: nothing is divided by w.
+    /// The point (x, y, z, 1) times `m`. The fourth column is ignored: nothing is divided by w. Defined in
+    /// Matrix.h.
     VRL_DOUBLES CVector operator*(const CMatrix& m) const;
     VRL_DOUBLES CVector& operator*=(const CMatrix& m);
 
@@ -124,6 +126,3 @@ VRL_DOUBLES float CVector::Length2() const {
 #endif
 
 } // namespace vorlund
-
-// Defines the products with matrices.
-#include <vorlund/Matrix.h>

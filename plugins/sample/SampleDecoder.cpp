@@ -1,5 +1,6 @@
 #include "SampleDecoder.h"
 
+#include <vorlund/DecoderSupport.h>
 #include <vorlund/Exception.h>
 
 #include <algorithm>
@@ -26,12 +27,7 @@ constexpr std::size_t kBitsAt = 5;
 constexpr std::size_t kReservedAt = 6;
 constexpr std::size_t kRateAt = 8;
 constexpr std::size_t kFramesAt = 12;
-constexpr unsigned int kMaximalChannels = 8;
-
-std::uint32_t Load32(const std::uint8_t* bytes) {
-    return bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
-           std::uint32_t{bytes[3]} << 24;
-}
+constexpr unsigned int kMaxChannels = 8;
 
 } // namespace
 
@@ -52,21 +48,18 @@ void CSampleDecoder::ReadHeader() {
     // Another decoder may have looked at the stream before.
     stream_->Seek(0);
     std::uint8_t header[kHeaderSize];
-    std::size_t filled = 0;
-    while (filled < sizeof header) {
-        const std::uint64_t count = stream_->Read(header + filled, sizeof header - filled);
-        if (count == 0 || count > sizeof header - filled) Raise<CDataFormatException>(kNoFile);
-        filled += static_cast<std::size_t>(count);
-    }
+    if (!ReadWhole(*stream_, header, sizeof header)) Raise<CDataFormatException>(kNoFile);
     if (std::memcmp(header, kMagic, sizeof kMagic) != 0) Raise<CDataFormatException>(kNoFile);
 
     const unsigned int channels = header[kChannelsAt];
     const unsigned int bits = header[kBitsAt];
-    const bool isValid = channels >= 1 && channels <= kMaximalChannels && (bits == 8 || bits == 16) &&
+    const bool isValid = channels >= 1 && channels <= kMaxChannels && (bits == 8 || bits == 16) &&
                          header[kReservedAt] == 0 && header[kReservedAt + 1] == 0;
     if (!isValid) Raise<CDataFormatException>(kInvalidHeader);
-    format_ = {bits == 8 ? SAMPLE_FORMAT_8BIT : SAMPLE_FORMAT_16BIT, channels, Load32(header + kRateAt)};
-    const std::int64_t declared = std::int64_t{Load32(header + kFramesAt)} * format_.GetBlockSize();
+    format_ = {bits == 8 ? SAMPLE_FORMAT_8BIT : SAMPLE_FORMAT_16BIT, channels,
+               LoadLittleEndian32(header + kRateAt)};
+    const std::int64_t declared =
+        std::int64_t{LoadLittleEndian32(header + kFramesAt)} * format_.GetBlockSize();
     length_ = std::min(declared, std::max<std::int64_t>(stream_->GetLength() - kHeaderSize, 0));
     position_ = 0;
 }
@@ -79,7 +72,7 @@ const TDataFormat& CSampleDecoder::GetFormat() {
 void CSampleDecoder::Seek(std::int64_t position) {
     if (!stream_) return TLayer::Seek(position);
     if (position < 0) Raise<CIOException>(kBeforeSamples);
-    // What lies behind the end is all the same.
+    // Every position behind the end counts as the end.
     position_ = std::min(position, length_);
     stream_->Seek(kHeaderSize + position_);
 }

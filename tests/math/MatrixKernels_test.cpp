@@ -1,4 +1,4 @@
-// Every set of loops that the processor has, against the plain one, bit for bit.
+// Every set of loops that the processor has, against the reference, bit for bit.
 #include "vorlund/math/MatrixKernels.h"
 
 #include <gtest/gtest.h>
@@ -7,11 +7,11 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <iterator>
 #include <limits>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace vorlund::test {
 namespace {
@@ -57,36 +57,39 @@ CMatrix MatrixOf(const TElements& elements) {
     return m;
 }
 
-void ExpectEqualSets(const TMatrixKernels& set, const TMatrixKernels& plain, const TElements& a,
-                     const TElements& b) {
-    const CMatrix left = MatrixOf(a), right = MatrixOf(b);
-    ExpectSame(set.multiply(left, right), plain.multiply(left, right), "product");
-    const float determinants[] = {set.determinant(left), plain.determinant(left)};
-    ExpectSame(&determinants[0], &determinants[1], 1, "determinant");
-    ExpectSame(set.invert(left), plain.invert(left), "inverse");
+std::vector<const TMatrixSet*> SupportedSets() {
+    std::vector<const TMatrixSet*> sets;
+    for (const TMatrixSet* set : GetMatrixSets())
+        if (set->isSupported()) sets.push_back(set);
+    return sets;
 }
 
-TEST(MatrixKernels, AllSetsGiveTheSameBits) {
-    std::string tested;
-    for (const TMatrixKernels* const* set = kAllMatrixKernels; *set; ++set) {
-        if (!(*set)->isSupported()) continue;
-        tested += std::string(" ") + (*set)->name;
-        SCOPED_TRACE((*set)->name);
-        std::mt19937 random(1);
-        for (int i = 0; i < 6000 && !HasFatalFailure(); ++i) {
-            const TElements a = Numbers(random, i % 3), b = Numbers(random, i % 3);
-            ExpectEqualSets(**set, kPlainMatrixKernels, a, b);
-        }
+/// Each supported set in turn; the name of the test says which one ran.
+class MatrixKernels : public testing::TestWithParam<const TMatrixSet*> {};
+
+INSTANTIATE_TEST_SUITE_P(Sets, MatrixKernels, testing::ValuesIn(SupportedSets()),
+                         [](const auto& set) { return std::string(set.param->name); });
+
+TEST_P(MatrixKernels, GivesTheBitsOfTheReference) {
+    const TMatrixRoutines& set = GetParam()->routines;
+    const TMatrixRoutines& reference = kScalarMatrices.routines;
+    std::mt19937 random(1);
+    for (int i = 0; i < 6000 && !HasFatalFailure(); ++i) {
+        const CMatrix left = MatrixOf(Numbers(random, i % 3)), right = MatrixOf(Numbers(random, i % 3));
+        ExpectSame(set.multiply(left, right), reference.multiply(left, right), "product");
+        const float determinants[] = {set.determinant(left), reference.determinant(left)};
+        ExpectSame(&determinants[0], &determinants[1], 1, "determinant");
+        ExpectSame(set.invert(left), reference.invert(left), "inverse");
     }
-    RecordProperty("sets", tested);
-    std::printf("sets:%s; in use: %s\n", tested.c_str(), matrixKernels->name);
 }
 
-TEST(MatrixKernels, TheLastSupportedSetIsInUse) {
-    const TMatrixKernels* last = nullptr;
-    for (const TMatrixKernels* const* set = kAllMatrixKernels; *set; ++set)
-        if ((*set)->isSupported()) last = *set;
-    EXPECT_EQ(matrixKernels, last);
+TEST(MatrixKernelSets, TheReferenceComesFirst) {
+    ASSERT_EQ(GetMatrixSets().front(), &kScalarMatrices);
+    EXPECT_TRUE(kScalarMatrices.isSupported());
+}
+
+TEST(MatrixKernelSets, TheLastSupportedSetIsInUse) {
+    EXPECT_EQ(matrixKernels, SupportedSets().back());
 }
 
 } // namespace

@@ -17,9 +17,6 @@ using namespace vorlund;
 
 namespace {
 
-/// What a converter reads at a time.
-constexpr std::uint32_t kMostInput = 1024;
-
 const std::map<std::string, std::uint32_t> kSampleFormats{{"u8", SAMPLE_FORMAT_8BIT},
                                                           {"s16", SAMPLE_FORMAT_16BIT},
                                                           {"s32", SAMPLE_FORMAT_32BIT},
@@ -54,7 +51,7 @@ CPcmPipeline::CPcmPipeline(CRefPtr<IInputStream> decoded, const TPcmTarget& targ
     if (target.sampleFormat) {
         if (*target.sampleFormat != format_.sampleFormat) {
             frame = std::uint64_t{format_.GetSampleSize()} * format_.channels;
-            if (frame == 0 || frame > kMostInput)
+            if (frame == 0 || frame > kMaxPcmConverterInput)
                 Refuse(VRL_L("Cannot convert"), name, "Its frames have " + std::to_string(frame) + " bytes");
         }
         const auto converter =
@@ -77,7 +74,7 @@ CPcmPipeline::CPcmPipeline(CRefPtr<IInputStream> decoded, const TPcmTarget& targ
         end_ = CRefPtr<IInputStream>::Share(converter.Get());
         format_ = GetPcmFormat(*end_);
     }
-    if (frame > 0) step_ = kMostInput / frame * format_.GetBlockSize();
+    if (frame > 0) step_ = kMaxPcmConverterInput / frame * format_.GetBlockSize();
 }
 
 std::uint64_t CPcmPipeline::Read(std::uint8_t* buffer, std::uint64_t size) {

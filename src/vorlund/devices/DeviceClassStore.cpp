@@ -3,6 +3,7 @@
 // One recursive lock guards the list. Creation and enumeration hold it while they create objects, so the
 // class store's lock comes after this one; a registration asks the class store first.
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/util/PtrObjects.h"
 
 #include <vorlund/BinaryLock.h>
 #include <vorlund/ClassIds.h>
@@ -11,6 +12,7 @@
 #include <vorlund/Exception.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/ObjectServices.h>
+#include <vorlund/PtrObject.h>
 
 #include <algorithm>
 #include <deque>
@@ -55,8 +57,9 @@ void CDeviceClassStore::Init() {
 void CDeviceClassStore::Close() {
     if (!data_) return;
     TData* const data = std::exchange(data_, nullptr);
-    // A creation that failed has left the lock with its thread. When that is another thread it may never
-    // come back, so nobody waits for it: the lock raises in its destruction, after everything else is freed.
+    // A creation that found no class has left the lock with its thread. When that is another thread, it may
+    // never give it back, so nobody waits for it: the lock raises in its destruction, after everything else
+    // is freed.
     while (data->lock.GetHoldCount() > 0) data->lock.Unlock();
     delete data;
 }
@@ -65,7 +68,7 @@ void CDeviceClassStore::RegisterDevice(const TDeviceClassInfo& info) {
     if (!data_) Raise<CBugException>(kRegisterNotInitialized);
     services::RequireClass(info.classId, kClassMissing);
     const CBinaryLockGuard guard(data_->lock);
-    // Kept on purpose: no check for duplicates; the first class of a type wins.
+    // Kept for existing plug-ins: no check for duplicates; the first class of a type wins.
     data_->classes.push_back(info);
 }
 
@@ -76,7 +79,8 @@ IDevice* CDeviceClassStore::CreateDevice(TDeviceType type) const {
     const auto found = std::find_if(classes.begin(), classes.end(),
                                     [type](const TDeviceClassInfo& info) { return info.deviceType == type; });
     if (found == classes.end()) {
-        // Kept on purpose: here, and only here, the lock stays with this thread.
+        // Kept for existing callers: here, and only here, the lock stays with this thread. The caller can go
+        // on, as the lock is recursive; `Close` gives it back.
         guard.Leave();
         Raise<CClassNotFoundException>(kNoClass);
     }
@@ -98,12 +102,7 @@ IObjectList* CDeviceClassStore::EnumerateDevices() const {
     auto list = CreateOrRaise<IObjectList>(classid::CObjectList, kNoList);
     if (data_) {
         const CBinaryLockGuard guard(data_->lock);
-        // By index, because the factory of the items may register devices.
-        for (std::size_t i = 0; i < data_->classes.size(); ++i) {
-            const auto item = CreateOrRaise<IPtrObject>(classid::CPtrObject, kNoItem);
-            item->SetPtr(&data_->classes[i]);
-            list->AddObject(item.Get());
-        }
+        TakePtrObjects(data_->classes, kNoItem, [&](IPtrObject* item) { list->AddObject(item); });
     }
     return list.Detach();
 }

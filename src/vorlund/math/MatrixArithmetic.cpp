@@ -16,7 +16,7 @@ float& CMatrix::OutsideCell() {
 }
 
 CMatrix CMatrix::operator*(const CMatrix& other) const {
-    return matrixKernels->multiply(*this, other);
+    return matrixKernels->routines.multiply(*this, other);
 }
 CMatrix& CMatrix::operator*=(const CMatrix& other) {
     return *this = *this * other;

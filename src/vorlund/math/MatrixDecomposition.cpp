@@ -29,7 +29,7 @@ float CMatrix::GetRotation(TAxis axis) const {
     if (axis == AXIS_Y) return static_cast<float>(ay);
     const double c = SineAndCosine(ay).cosine;
     if (std::fabs(c) <= 0.001) {
-        // Both other axes turn the same way here (gimbal lock): all of it goes to z.
+        // Both other axes turn the same way here (gimbal lock): z gets the whole angle.
         return axis == AXIS_X ? 0 : static_cast<float>(ArcTangent(m[1], m[5]));
     }
     const double angle = axis == AXIS_X ? ArcTangent(-m[9] / c, m[10] / c) : ArcTangent(-m[4] / c, m[0] / c);

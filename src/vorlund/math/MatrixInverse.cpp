@@ -56,14 +56,14 @@ float CMatrix::Determinant(int n) const {
     case 3:
         return Determinant3(elements_);
     case 4:
-        return matrixKernels->determinant(*this);
+        return matrixKernels->routines.determinant(*this);
     default:
         return 0;
     }
 }
 
 CMatrix CMatrix::Inverse() const {
-    return matrixKernels->invert(*this);
+    return matrixKernels->routines.invert(*this);
 }
 
 } // namespace vorlund

@@ -1,41 +1,40 @@
 /// \file
-/// The loops of matrices. There are two sets: one for every processor, with SSE2 where the compiler may use
-/// it, and one for AVX2 and FMA, taken when the library is loaded and the processor has them. Both give the
-/// same bits.
+/// The loops of matrices. The fastest set is chosen when the library is loaded; all give the same bits.
 #pragma once
+
+#include "vorlund/api/platform/Kernels.h"
 
 #include <vorlund/Matrix.h>
 
 namespace vorlund {
 
 /// The signatures are those of the members of `CMatrix`, which so become jumps.
-struct TMatrixKernels {
-    const char* name;
-    bool (*isSupported)();
+struct TMatrixRoutines {
     CMatrix (*multiply)(const CMatrix& a, const CMatrix& b);
     /// Of all four rows.
     float (*determinant)(const CMatrix& m);
     CMatrix (*invert)(const CMatrix& m);
 };
 
-extern const TMatrixKernels kPlainMatrixKernels;
+using TMatrixSet = TKernelSet<TMatrixRoutines>;
+
+TKernelSets<TMatrixSet> GetMatrixSets();
+
+extern const TMatrixSet kScalarMatrices;
 /// Only in builds for x86.
-extern const TMatrixKernels kAvx2MatrixKernels;
+extern const TMatrixSet kSse2Matrices;
+extern const TMatrixSet kAvx2Matrices;
 
 /// The set in use.
-extern const TMatrixKernels* matrixKernels;
+extern const TMatrixSet* matrixKernels;
 
-/// Ends with null.
-extern const TMatrixKernels* const kAllMatrixKernels[];
-
-/// The elements of matrices, row by row, for the loops. Always inline: files that are compiled for certain
-/// processors share no function with others.
+/// The elements of matrices, row by row, for the loops.
 class CMatrixAccess {
 public:
     /// For results whose elements are all written next.
-    [[gnu::always_inline]] static CMatrix Unset() { return CMatrix(CMatrix::TUnset{}); }
-    [[gnu::always_inline]] static float* Elements(CMatrix& m) { return m.elements_; }
-    [[gnu::always_inline]] static const float* Elements(const CMatrix& m) { return m.elements_; }
+    VRL_INLINE static CMatrix Unset() { return CMatrix(CMatrix::TUnset{}); }
+    VRL_INLINE static float* Elements(CMatrix& m) { return m.elements_; }
+    VRL_INLINE static const float* Elements(const CMatrix& m) { return m.elements_; }
 };
 
 } // namespace vorlund

@@ -1,5 +1,5 @@
-// Compiled with AVX2 and FMA, and run only where the processor has them: nothing of this file may be shared
-// with others, so all of it but the table has internal linkage or is always inline.
+// Run only where the processor has AVX2 and FMA: nothing of this file may be shared with others, so all of it
+// but the table has internal linkage or is always inline.
 #include "vorlund/math/MatrixKernels.h"
 
 #include "vorlund/math/MatrixLoops.h"
@@ -7,13 +7,10 @@
 
 namespace vorlund {
 
-constinit const TMatrixKernels kAvx2MatrixKernels{
+constinit const TMatrixSet kAvx2Matrices{
     "avx2",
-    // Asks for the system's support of the registers, too.
-    [] { return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"); },
-    Multiply<CRowAvx2>,
-    Determinant<CRowAvx2>,
-    Invert<CRowAvx2>,
+    [] { return HasAvx2(); },
+    {Multiply<CRowAvx2>, Determinant<CRowAvx2>, Invert<CRowAvx2>},
 };
 
 } // namespace vorlund

@@ -1,16 +1,12 @@
 /// \file
-/// The loops behind MatrixKernels.h, over either kind of row. Sums are added from left to right, as in the
-/// plain loops that tests compare them with.
+/// The loops behind MatrixKernels.h, over any kind of row. Sums are added from left to right, as in the plain
+/// loops that tests compare them with.
 ///
 /// Determinants of minors are results of `CMatrix::Determinant` and therefore floats: what is computed here
 /// in one go has the roundings of the expansion step by step.
 #pragma once
 
 #include "vorlund/math/MatrixKernels.h"
-
-#if defined(__SSE2__)
-#include <xmmintrin.h>
-#endif
 
 namespace vorlund {
 namespace {
@@ -76,33 +72,8 @@ template <class TRow> float Determinant(const CMatrix& matrix) {
     return Determinant(m, Expand(TMinorRow<TRow>(m + 4), TMinorPairs<TRow>(b, c)).Round());
 }
 
-/// Element (i, j) is (-1)^(i+j) times minor (j, i), divided. A quotient of two floats needs no doubles.
-inline void DivideAdjugate(const float* minors, float determinant, float* inverse) {
-#if defined(__SSE2__)
-    const __m128 even = _mm_setr_ps(0.0f, -0.0f, 0.0f, -0.0f);
-    const __m128 odd = _mm_setr_ps(-0.0f, 0.0f, -0.0f, 0.0f);
-    const __m128 divisor = _mm_set1_ps(determinant);
-    __m128 row0 = _mm_div_ps(_mm_xor_ps(_mm_loadu_ps(minors), even), divisor);
-    __m128 row1 = _mm_div_ps(_mm_xor_ps(_mm_loadu_ps(minors + 4), odd), divisor);
-    __m128 row2 = _mm_div_ps(_mm_xor_ps(_mm_loadu_ps(minors + 8), even), divisor);
-    __m128 row3 = _mm_div_ps(_mm_xor_ps(_mm_loadu_ps(minors + 12), odd), divisor);
-    _MM_TRANSPOSE4_PS(row0, row1, row2, row3);
-    _mm_storeu_ps(inverse, row0);
-    _mm_storeu_ps(inverse + 4, row1);
-    _mm_storeu_ps(inverse + 8, row2);
-    _mm_storeu_ps(inverse + 12, row3);
-#else
-    for (int i = 0; i < 4; ++i) {
-        for (int j = 0; j < 4; ++j) {
-            const float minor = minors[4 * j + i];
-            inverse[4 * i + j] = ((i + j) % 2 ? -minor : minor) / determinant;
-        }
-    }
-#endif
-}
-
-/// The identity when the determinant is small. The limit is absolute on purpose; so a matrix that scales by
-/// less than a tenth has no inverse.
+/// The identity when the determinant is small. Kept for callers: the limit is absolute, so a
+/// matrix that scales by less than a tenth has no inverse.
 template <class TRow> CMatrix Invert(const CMatrix& matrix) {
     const float* const m = CMatrixAccess::Elements(matrix);
     const TMinorRow<TRow> a(m), b(m + 4), c(m + 8), d(m + 12);
@@ -117,7 +88,7 @@ template <class TRow> CMatrix Invert(const CMatrix& matrix) {
     Expand(a, TMinorPairs<TRow>(b, d)).Store(minors + 8);
     Expand(a, TMinorPairs<TRow>(b, c)).Store(minors + 12);
     CMatrix inverse = CMatrixAccess::Unset();
-    DivideAdjugate(minors, determinant, CMatrixAccess::Elements(inverse));
+    TRow::DivideAdjugate(minors, determinant, CMatrixAccess::Elements(inverse));
     return inverse;
 }
 

@@ -1,7 +1,9 @@
 /// \file
-/// A row of a matrix as four doubles in one AVX register; for files that are compiled with AVX2 and FMA. The
+/// A row of a matrix as four doubles in one AVX register; see Row_scalar.h for what its functions do. The
 /// product of two floats is exact in a double, so a fused addition gives the same bits as a separate one.
 #pragma once
+
+#include "vorlund/math/Adjugate_sse2.h"
 
 #include <immintrin.h>
 
@@ -25,6 +27,10 @@ public:
         const __m128d low = _mm256_castpd256_pd128(lanes_), high = _mm256_extractf128_pd(lanes_, 1);
         const __m128d three = _mm_add_sd(_mm_sub_sd(low, _mm_unpackhi_pd(low, low)), high);
         return static_cast<float>(_mm_cvtsd_f64(_mm_sub_sd(three, _mm_unpackhi_pd(high, high))));
+    }
+
+    static void DivideAdjugate(const float* minors, float determinant, float* inverse) {
+        DivideAdjugateSse2(minors, determinant, inverse);
     }
 
     CRowAvx2 operator*(const CRowAvx2& b) const { return CRowAvx2(_mm256_mul_pd(lanes_, b.lanes_)); }

@@ -99,7 +99,7 @@ double ArcTangentUpToOne(double t) {
 
 TSineAndCosine SineAndCosine(double angle) {
     const TReducedAngle reduced = Reduce(angle);
-    // Without branches: nobody foresees the quadrant.
+    // Without branches: the quadrant is not predictable.
     const TSineAndCosine rest = NearZero(reduced.rest);
     const double both[] = {rest.sine, rest.cosine};
     static constexpr double kSigns[] = {1, 1, -1, -1};

@@ -1,7 +1,7 @@
 /// \file
 /// Trigonometric functions in double precision that give the same bits on every system: the C runtimes differ
 /// in their last digits, and a result that is rounded to a float must not depend on those. Errors are below
-/// two units in the last place of a double, which leaves 27 digits to the rounding.
+/// two units in the last place of a double, so that 27 digits are left for the rounding.
 #pragma once
 
 namespace vorlund {

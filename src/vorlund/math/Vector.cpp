@@ -1,4 +1,4 @@
-// The arithmetic that stands in the headers is compiled here once more, for applications that call it.
+// The arithmetic of the headers is compiled here once more, for applications that call it.
 #define VORLUND_DEFINES_VECTORS
 #include <vorlund/Matrix.h>
 #include <vorlund/Vector.h>

@@ -7,10 +7,10 @@
 #include <algorithm>
 #include <cstddef>
 
-// `CTextReader::ReadLine` takes a line out of the buffer by any number of `Flush`, for pieces without a line
-// feed, and one `RemoveBufferedData`, for the piece with it; or, at the end of the data, by a `FillBuffer`
-// that leaves nothing buffered. Behind the latter two the line is complete and only the closing exception can
-// come. One that comes before is the stream's.
+// `CTextReader::ReadLine` calls `Flush` once for each piece of a line without a line feed. The line ends
+// with one `RemoveBufferedData`, for the piece with the line feed, or, at the end of the data, with a
+// `FillBuffer` that leaves nothing buffered. From then on the line is complete, and the only exception still
+// to come is the one that ends every `ReadLine`. An exception that comes earlier is the stream's.
 
 namespace vorlund {
 
@@ -43,7 +43,7 @@ void CLineReader::Flush() {
 void CLineReader::FillBuffer() {
     CTextReader::FillBuffer();
     if (UnitSize(GetCharFormat()) == 2) {
-        // Half a unit would be lost, and all units behind it put together wrongly.
+        // Half a unit would be lost, and every unit after it would be made of the wrong halves.
         for (std::int32_t former = 0; buffered_ % 2 != 0 && buffered_ != former;) {
             former = buffered_;
             CTextReader::FillBuffer();

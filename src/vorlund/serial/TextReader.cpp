@@ -39,9 +39,9 @@ public:
 
 private:
     void Grow(std::size_t count) {
-        constexpr std::size_t kMost = std::numeric_limits<int>::max();
-        if (count > kMost - length_) throw std::bad_alloc();
-        const std::size_t capacity = std::min(std::max(2 * capacity_, length_ + count), kMost);
+        constexpr std::size_t kMaxLength = std::numeric_limits<int>::max();
+        if (count > kMaxLength - length_) throw std::bad_alloc();
+        const std::size_t capacity = std::min(std::max(2 * capacity_, length_ + count), kMaxLength);
         GrowText(text_, length_, static_cast<int>(capacity));
         capacity_ = capacity;
     }
@@ -66,7 +66,7 @@ CString CTextReader::ReadLine() {
         if (buffered_ == 0) break;
         const std::size_t count = static_cast<std::size_t>(buffered_) / unitSize;
         const std::size_t lineFeed = Find(buffer_, count, 10, charFormat_);
-        // Kept on purpose: a zero unit ends the piece, and an odd byte goes with it.
+        // Kept for callers: a zero unit ends the piece, and an odd byte goes with it.
         line.Append(buffer_, Find(buffer_, lineFeed, 0, charFormat_), charFormat_);
         if (lineFeed < count) {
             RemoveBufferedData(static_cast<int>((lineFeed + 1) * unitSize));
@@ -74,7 +74,7 @@ CString CTextReader::ReadLine() {
         }
         Flush();
     }
-    // Kept on purpose: this never returns. The search for one more carriage return finds none and raises.
+    // Kept for callers: this never returns. The search for one more carriage return finds none and raises.
     line.Get().Remove(wchar{13});
     return line.Get();
 }

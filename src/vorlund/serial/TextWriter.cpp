@@ -16,13 +16,13 @@ static_assert(std::endian::native == std::endian::little);
 /// Units of a piece of text and its terminator.
 constexpr std::size_t kCapacity = 1024;
 
-/// No unit is converted once so many have come of the text: two more and the terminator have their place.
-constexpr std::size_t kConvertedLimit = 1020;
+/// Conversion stops at this many units: after one less, there is room for two more and the terminator.
+constexpr std::size_t kMaxConverted = 1020;
 
 /// Copies `text` with a carriage return before each line feed; returns the number of units.
 std::size_t ConvertLineFeeds(wchar (&converted)[kCapacity], const wchar* text) {
     std::size_t count = 0;
-    for (; *text && count < kConvertedLimit; ++text) {
+    for (; *text && count < kMaxConverted; ++text) {
         if (*text == 10) converted[count++] = 13;
         converted[count++] = *text;
     }
@@ -50,7 +50,7 @@ void CTextWriter::Write(const wchar* format, ...) {
         length = ConvertLineFeeds(converted, formatted);
         text = converted;
     } else {
-        // Not what was formatted: `%c` can print a zero unit, where the text ends.
+        // Not the number of formatted units: `%c` can print a zero unit, where the text ends.
         length = TextLength(formatted);
     }
 
@@ -59,7 +59,7 @@ void CTextWriter::Write(const wchar* format, ...) {
         return;
     }
     std::uint8_t bytes[kCapacity];
-    // Kept on purpose: no code page, the low byte of each unit.
+    // Kept for callers: no code page, the low byte of each unit.
     for (std::size_t i = 0; i < length; ++i) bytes[i] = static_cast<std::uint8_t>(text[i]);
     stream_->Write(bytes, length);
 }

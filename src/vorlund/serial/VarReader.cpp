@@ -13,11 +13,11 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little);
 
-/// Texts up to here are read at once. Longer ones grow as they arrive.
+/// Texts of up to this many units are read at once. Longer ones grow as they arrive.
 constexpr int kFirstUnits = 65536;
 
-/// What a 32-bit system can hold, and the limit everywhere: what one system refuses, all refuse.
-constexpr std::int32_t kMostUnits = 0x3FFFFFFE;
+/// The most units that a 32-bit system can hold, and the limit on every system, so that all refuse the same.
+constexpr std::int32_t kMaxUnits = 0x3FFFFFFE;
 
 /// Reads at most `count` units with one call; returns how many whole ones arrived.
 int ReadUnits(IInputStream& stream, wchar* units, int count) {
@@ -38,9 +38,9 @@ CVarReader::~CVarReader() noexcept(false) = default;
 CVarReader& CVarReader::operator>>(CString& text) {
     std::int32_t count = 0;
     if (stream_->Read(&count, sizeof(count)) < sizeof(count)) return *this;
-    if (count > kMostUnits) throw std::bad_alloc();
+    if (count > kMaxUnits) throw std::bad_alloc();
     int capacity = std::min(count, kFirstUnits);
-    // A text that is as long has the room: `Allocate` would only give it an equal buffer.
+    // A text of that length has the room already: `Allocate` would only replace its buffer by an equal one.
     if (capacity < 0 || !HasLength(text, static_cast<std::size_t>(capacity))) text.Allocate(capacity);
     try {
         int filled = ReadUnits(*stream_, text.GetBuffer(), capacity);

@@ -6,7 +6,7 @@
 
 namespace vorlund {
 
-/// A base for listeners: hears and does nothing.
+/// A base for listeners: does nothing about what it is told.
 class CObjectListener : public CObjectImpl<IObjectListener> {
 public:
     static constexpr CId ClassId = classid::CObjectListener;

@@ -5,9 +5,9 @@
 namespace vorlund {
 namespace {
 
-/// Reserving is a hint: a wild count takes no more memory than this many pointers, and pushing never needs
-/// it.
-constexpr unsigned int kMostReserved = 65536;
+/// Reserving is only a hint, which `Push` does not need: even a wild count takes no more memory than this
+/// many pointers.
+constexpr unsigned int kMaxReserved = 65536;
 
 } // namespace
 
@@ -28,7 +28,7 @@ void CPushObjectEnumerator::Push(IObject* object) {
 }
 
 void CPushObjectEnumerator::Reserve(unsigned int count) {
-    if (!started_ && objects_.GetCount() == 0) objects_.Reserve(std::min(count, kMostReserved));
+    if (!started_ && objects_.GetCount() == 0) objects_.Reserve(std::min(count, kMaxReserved));
 }
 
 } // namespace vorlund

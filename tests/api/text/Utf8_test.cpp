@@ -1,9 +1,11 @@
+#include "vorlund/api/text/StackArena.h"
 #include "vorlund/api/text/Utf8.h"
 
 #include "support/Allocations.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 
 namespace vorlund::test {
@@ -36,11 +38,25 @@ INSTANTIATE_TEST_SUITE_P(
                     TRow{"WrongOrder", VRL_L("\xDE00\xD83D"), "\xEF\xBF\xBD\xEF\xBF\xBD"}),
     [](const auto& row) { return row.param.name; });
 
-TEST(MessageMemory, LongestMessageNeedsNoHeap) {
+TEST(Utf8CodePoints, SurrogatesAreToldApartAndJoined) {
+    for (const char32_t unit : {0xD800, 0xDBFF, 0x1D800, 0x1DC00, 0xD7FF, 0xDC00, 0xDFFF, 0xE000}) {
+        EXPECT_EQ(IsHighSurrogate(unit), unit == 0xD800 || unit == 0xDBFF) << std::uint32_t{unit};
+        EXPECT_EQ(IsLowSurrogate(unit), unit == 0xDC00 || unit == 0xDFFF) << std::uint32_t{unit};
+    }
+    EXPECT_EQ(std::uint32_t{JoinSurrogates(0xD800, 0xDC00)}, 0x10000u);
+    EXPECT_EQ(std::uint32_t{JoinSurrogates(0xDBFF, 0xDFFF)}, 0x10FFFFu);
+}
+
+TEST(Utf8CodePoints, ALoneSurrogateHasThreeBytes) {
+    const TUtf8 low = EncodeUtf8(0xDC80);
+    EXPECT_EQ(std::string(low.bytes, low.length), "\xED\xB2\x80");
+}
+
+TEST(StackArena, LongestMessageNeedsNoHeap) {
     const wstring text(1023, VRL_L('\u65E5'));
     const CAllocationCount count;
-    CMessageMemory memory;
-    std::pmr::string out = ReserveMessage(memory, 3 * 1023 + 1);
+    CStackArena arena;
+    std::pmr::string out = ReserveString(arena, 3 * 1023 + 1);
     AppendUtf8(out, text.c_str());
     EXPECT_EQ(count.Get(), 0u);
     EXPECT_EQ(out.size(), 3u * 1023);

@@ -7,6 +7,7 @@
 #include <vorlund/File.h>
 #include <vorlund/RefPtr.h>
 
+#include <cstring>
 #include <map>
 #include <vector>
 

@@ -2,6 +2,8 @@
 
 #include <vorlund/Path.h>
 
+#include <gtest/gtest.h>
+
 using namespace vorlund;
 using vorlund::test::Narrow;
 

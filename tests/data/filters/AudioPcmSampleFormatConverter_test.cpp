@@ -156,6 +156,7 @@ TEST_F(AudioPcmSampleFormatConverter, Examples) {
 // How much.
 
 TEST_F(AudioPcmSampleFormatConverter, ReadsAtMost1024BytesAtOnce) {
+    static_assert(kMaxPcmConverterInput == 1024);
     converter_->SetSampleFormat(SAMPLE_FORMAT_16BIT);
     Connect(SAMPLE_FORMAT_8BIT, 1, TBytes(3000, 0x81));
     EXPECT_EQ(ReadOnce(*converter_, 4096).size(), 2048u);

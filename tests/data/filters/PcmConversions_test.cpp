@@ -202,11 +202,11 @@ protected:
     const std::uint32_t to_ = GetParam().to;
     const std::size_t inSize_ = kSizes[from_];
     const std::size_t outSize_ = kSizes[to_];
-    const TConversion reference_ = kScalarConversions.routines[from_][to_];
+    const TRoutine reference_ = kScalarConversions.routines[from_][to_];
 
     /// The routines of every set that this processor supports.
-    std::vector<std::pair<const char*, TConversion>> Routines() const {
-        std::vector<std::pair<const char*, TConversion>> routines;
+    std::vector<std::pair<const char*, TRoutine>> Routines() const {
+        std::vector<std::pair<const char*, TRoutine>> routines;
         for (const TConversionSet* set : GetConversionSets()) {
             if (set->isSupported() && set->routines[from_][to_])
                 routines.emplace_back(set->name, set->routines[from_][to_]);
@@ -315,7 +315,7 @@ std::vector<TPair> Pairs() {
 INSTANTIATE_TEST_SUITE_P(Pairs, PcmConversions, testing::ValuesIn(Pairs()),
                          [](const auto& pair) { return NameOf(pair.param); });
 
-TEST(PcmConversionSets, TheReferenceIsCompleteAndAlwaysThere) {
+TEST(PcmConversionsSets, TheReferenceIsCompleteAndAlwaysThere) {
     const auto sets = GetConversionSets();
     ASSERT_FALSE(sets.empty());
     EXPECT_EQ(sets[0], &kScalarConversions);
@@ -325,7 +325,7 @@ TEST(PcmConversionSets, TheReferenceIsCompleteAndAlwaysThere) {
             EXPECT_EQ(sets[0]->routines[from][to] != nullptr, from != to);
 }
 
-TEST(PcmConversionSets, NothingToDoHasNoRoutine) {
+TEST(PcmConversionsSets, NothingToDoHasNoRoutine) {
     for (std::uint32_t format = 0; format < kFormatCount; ++format) {
         EXPECT_EQ(FindConversion(format, format), nullptr);
         for (const std::uint32_t other : {4u, 7u, 0x80000000u, 0xFFFFFFFFu}) {

@@ -86,13 +86,13 @@ std::vector<const TMixSet*> SupportedSets() {
 /// Each supported set in turn; the name of the test says which one ran.
 class PcmMixes : public testing::TestWithParam<const TMixSet*> {
 protected:
-    static pcm::TMix Find(TMixPair pair, std::uint32_t code) {
+    static pcm::TRoutine Find(TMixPair pair, std::uint32_t code) {
         return pcm::FindMix(*GetParam(), pair.inputChannels, pair.outputChannels, code);
     }
 
     /// Mixes the samples, any whole number of frames, and compares.
     template <class TSample> static void Check(TMixPair pair, const std::vector<TSample>& samples) {
-        const pcm::TMix mix = Find(pair, kCode<TSample>);
+        const pcm::TRoutine mix = Find(pair, kCode<TSample>);
         if (!mix) return;
         const std::size_t frames = samples.size() / pair.inputChannels;
         std::vector<TSample> expected(frames * pair.outputChannels);
@@ -279,9 +279,9 @@ TEST_P(PcmMixes, EveryLengthAndAlignment) {
     std::mt19937 random(10);
     for (const TMixPair pair : pcm::kMixPairs) {
         for (std::uint32_t code = 0; code < pcm::kMixFormatCount; ++code) {
-            const pcm::TMix mix = Find(pair, code);
+            const pcm::TRoutine mix = Find(pair, code);
             if (!mix) continue;
-            const pcm::TMix reference =
+            const pcm::TRoutine reference =
                 pcm::FindMix(pcm::kScalarMixes, pair.inputChannels, pair.outputChannels, code);
             const std::size_t inputSize = pair.inputChannels * kSizes[code];
             const std::size_t outputSize = pair.outputChannels * kSizes[code];
@@ -309,7 +309,7 @@ TEST_P(PcmMixes, EveryLengthAndAlignment) {
 
 // ---- the choice
 
-TEST(PcmMixChoice, EqualAndOtherNumbersPassThrough) {
+TEST(PcmMixesChoice, EqualAndOtherNumbersPassThrough) {
     for (std::uint32_t from = 0; from < 9; ++from) {
         for (std::uint32_t to = 0; to < 9; ++to) {
             const auto isMixed = [](std::uint32_t count) { return count == 1 || count == 2 || count == 6; };
@@ -323,10 +323,10 @@ TEST(PcmMixChoice, EqualAndOtherNumbersPassThrough) {
     }
 }
 
-TEST(PcmMixChoice, TheLastSupportedSetWithARoutineIsTaken) {
+TEST(PcmMixesChoice, TheLastSupportedSetWithARoutineIsTaken) {
     for (const TMixPair pair : pcm::kMixPairs) {
         for (std::uint32_t code = 0; code < pcm::kMixFormatCount; ++code) {
-            pcm::TMix last = nullptr;
+            pcm::TRoutine last = nullptr;
             for (const TMixSet* set : SupportedSets()) {
                 const auto own = pcm::FindMix(*set, pair.inputChannels, pair.outputChannels, code);
                 if (own) last = own;
@@ -336,11 +336,11 @@ TEST(PcmMixChoice, TheLastSupportedSetWithARoutineIsTaken) {
     }
 }
 
-TEST(PcmMixChoice, TheReferenceIsComplete) {
+TEST(PcmMixesChoice, TheReferenceIsComplete) {
     ASSERT_EQ(pcm::GetMixSets()[0], &pcm::kScalarMixes);
     EXPECT_TRUE(pcm::kScalarMixes.isSupported());
     for (const auto& byFormat : pcm::kScalarMixes.routines)
-        for (const pcm::TMix routine : byFormat) EXPECT_NE(routine, nullptr);
+        for (const pcm::TRoutine routine : byFormat) EXPECT_NE(routine, nullptr);
 }
 
 // ---- results known by hand
@@ -352,7 +352,7 @@ template <class TSample> std::vector<TSample> MixByChoice(TMixPair pair, const s
     return out;
 }
 
-TEST(PcmMixResults, TermsAreDividedBeforeTheSum) {
+TEST(PcmMixesResults, TermsAreDividedBeforeTheSum) {
     using T16 = std::vector<std::int16_t>;
     using T8 = std::vector<std::uint8_t>;
     EXPECT_EQ(MixByChoice<std::int16_t>({2, 1}, {1000, -1001}), (T16{0}));

@@ -2,9 +2,9 @@
 // correctly rounded ones for angles from 0 to 1,000 radians: for every float from 2^-12 on, and for every
 // 61st below that.
 //
-//   g++ -std=c++20 -O2 -ffp-contract=off -Isrc tests/math/golden/check_sines.cpp
-//   src/vorlund/math/Trigonometry.cpp
-//       src/vorlund/math/LargeAngle.cpp -o /tmp/check_sines && /tmp/check_sines
+//   sources="src/vorlund/math/Trigonometry.cpp src/vorlund/math/LargeAngle.cpp"
+//   g++ -std=c++20 -O2 -ffp-contract=off -Isrc tests/math/golden/check_sines.cpp $sources -o /tmp/check_sines
+//   /tmp/check_sines
 //
 // The other side is the C library's long double, whose 64 digits are right to less than two units in the last
 // place. It decides the rounding unless it lies within a few units of the middle between two floats; such

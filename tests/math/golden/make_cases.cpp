@@ -1,9 +1,11 @@
 // Writes the golden cases to standard output. Run by hand when operations are added, and confirm_cases.py on
 // what it writes:
 //
-//   g++ -std=c++20 -O2 -Iinclude tests/math/golden/make_cases.cpp -Lbuild/linux/bin -lvorlund -o
-//   /tmp/make_cases LD_LIBRARY_PATH=build/linux/bin /tmp/make_cases >tests/math/golden/cases.inc python3
-//   tests/math/golden/confirm_cases.py tests/math/golden/cases.inc
+//   cd tests/math/golden
+//   library=../../../build/linux/bin
+//   g++ -std=c++20 -O2 -I../../../include make_cases.cpp -L$library -lvorlund -o /tmp/make_cases
+//   LD_LIBRARY_PATH=$library /tmp/make_cases >cases.inc
+//   python3 confirm_cases.py cases.inc
 #include "../GoldenOperations.h"
 
 #include <bit>

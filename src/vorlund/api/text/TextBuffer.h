@@ -47,7 +47,7 @@ inline void CopyText(wchar* destination, const wchar* source, std::size_t length
 class CWidenedText {
 public:
     explicit CWidenedText(const char* text) : length_(text ? std::strlen(text) : 0) {
-        if (length_ > kLocalUnits) heap_ = NewTextBuffer(length_);
+        if (length_ > kMaxLocalUnits) heap_ = NewTextBuffer(length_);
         wchar* units = heap_ ? heap_.get() : local_;
         WidenText(units, text, length_);
         units[length_] = 0;
@@ -59,11 +59,11 @@ public:
     std::size_t Length() const { return length_; }
 
 private:
-    static constexpr std::size_t kLocalUnits = 127;
+    static constexpr std::size_t kMaxLocalUnits = 127;
 
     std::size_t length_;
     TTextBuffer heap_;
-    wchar local_[kLocalUnits + 1];
+    wchar local_[kMaxLocalUnits + 1];
 };
 
 } // namespace vorlund

@@ -37,11 +37,11 @@ private:
     const wchar* Parse(const wchar* format, TFormatDirective& directive);
     const wchar* ParseFlags(const wchar* format, TFormatDirective& directive);
     const wchar* ParseNumber(const wchar* format, int& number);
-    const wchar* ParseLength(const wchar* format, EFormatLength& length);
+    const wchar* ParseLength(const wchar* format, TFormatLength& length);
     bool Convert(const TFormatDirective& directive);
 
-    std::int64_t NextSigned(EFormatLength length);
-    std::uint64_t NextUnsigned(EFormatLength length);
+    std::int64_t NextSigned(TFormatLength length);
+    std::uint64_t NextUnsigned(TFormatLength length);
 
     template <class TUnit> void PutText(const TFormatDirective& directive, const TUnit* text);
     template <class TUnit>
@@ -98,39 +98,38 @@ const wchar* CFormatter::ParseNumber(const wchar* format, int& number) {
         return format + 1;
     }
     std::int64_t value = 0;
-    constexpr std::int64_t kLimit = std::numeric_limits<int>::max();
+    constexpr std::int64_t kMaxNumber = std::numeric_limits<int>::max();
     for (; *format >= '0' && *format <= '9'; ++format) {
         value = value * 10 + (*format - '0');
-        if (value > kLimit) value = kLimit;
+        if (value > kMaxNumber) value = kMaxNumber;
     }
     number = static_cast<int>(value);
     return format;
 }
 
-const wchar* CFormatter::ParseLength(const wchar* format, EFormatLength& length) {
-    using enum EFormatLength;
-    const auto take = [&](EFormatLength found, int count) {
+const wchar* CFormatter::ParseLength(const wchar* format, TFormatLength& length) {
+    const auto take = [&](TFormatLength found, int count) {
         length = found;
         return format + count;
     };
     switch (*format) {
     case 'h':
-        return format[1] == 'h' ? take(kChar, 2) : take(kShort, 1);
+        return format[1] == 'h' ? take(TFormatLength::Char, 2) : take(TFormatLength::Short, 1);
     case 'l':
-        return format[1] == 'l' ? take(kLongLong, 2) : take(kLong, 1);
+        return format[1] == 'l' ? take(TFormatLength::LongLong, 2) : take(TFormatLength::Long, 1);
     case 'I':
-        if (format[1] == '6' && format[2] == '4') return take(kLongLong, 3);
-        if (format[1] == '3' && format[2] == '2') return take(kNone, 3);
-        return take(kSize, 1);
+        if (format[1] == '6' && format[2] == '4') return take(TFormatLength::LongLong, 3);
+        if (format[1] == '3' && format[2] == '2') return take(TFormatLength::None, 3);
+        return take(TFormatLength::Size, 1);
     case 'w':
-        return take(kWide, 1);
+        return take(TFormatLength::Wide, 1);
     case 'z':
     case 't':
-        return take(kSize, 1);
+        return take(TFormatLength::Size, 1);
     case 'j':
-        return take(kMaximum, 1);
+        return take(TFormatLength::Maximum, 1);
     case 'L':
-        return take(kLongDouble, 1);
+        return take(TFormatLength::LongDouble, 1);
     default:
         return format;
     }
@@ -138,10 +137,10 @@ const wchar* CFormatter::ParseLength(const wchar* format, EFormatLength& length)
 
 /// Returns false for an unknown conversion.
 bool CFormatter::Convert(const TFormatDirective& directive) {
-    using enum EFormatLength;
-    const bool isShort = directive.length == kShort || directive.length == kChar;
-    const bool isLong =
-        directive.length == kLong || directive.length == kLongLong || directive.length == kWide;
+    const bool isShort = directive.length == TFormatLength::Short || directive.length == TFormatLength::Char;
+    const bool isLong = directive.length == TFormatLength::Long ||
+                        directive.length == TFormatLength::LongLong ||
+                        directive.length == TFormatLength::Wide;
     switch (directive.conversion) {
     case '%':
         output_.Put('%');
@@ -195,7 +194,7 @@ bool CFormatter::Convert(const TFormatDirective& directive) {
     case 'G':
     case 'a':
     case 'A':
-        if (directive.length == kLongDouble) {
+        if (directive.length == TFormatLength::LongDouble) {
             PutFloat(output_, directive, va_arg(arguments_, long double));
         } else {
             PutFloat(output_, directive, va_arg(arguments_, double));
@@ -206,42 +205,40 @@ bool CFormatter::Convert(const TFormatDirective& directive) {
     }
 }
 
-std::int64_t CFormatter::NextSigned(EFormatLength length) {
-    using enum EFormatLength;
+std::int64_t CFormatter::NextSigned(TFormatLength length) {
     switch (length) {
-    case kChar:
+    case TFormatLength::Char:
         return static_cast<signed char>(va_arg(arguments_, int));
-    case kShort:
+    case TFormatLength::Short:
         return static_cast<short>(va_arg(arguments_, int));
-    case kLong:
+    case TFormatLength::Long:
         return va_arg(arguments_, long);
-    case kLongLong:
-    case kLongDouble:
+    case TFormatLength::LongLong:
+    case TFormatLength::LongDouble:
         return va_arg(arguments_, long long);
-    case kMaximum:
+    case TFormatLength::Maximum:
         return va_arg(arguments_, std::intmax_t);
-    case kSize:
+    case TFormatLength::Size:
         return va_arg(arguments_, std::ptrdiff_t);
     default:
         return va_arg(arguments_, int);
     }
 }
 
-std::uint64_t CFormatter::NextUnsigned(EFormatLength length) {
-    using enum EFormatLength;
+std::uint64_t CFormatter::NextUnsigned(TFormatLength length) {
     switch (length) {
-    case kChar:
+    case TFormatLength::Char:
         return static_cast<unsigned char>(va_arg(arguments_, unsigned int));
-    case kShort:
+    case TFormatLength::Short:
         return static_cast<unsigned short>(va_arg(arguments_, unsigned int));
-    case kLong:
+    case TFormatLength::Long:
         return va_arg(arguments_, unsigned long);
-    case kLongLong:
-    case kLongDouble:
+    case TFormatLength::LongLong:
+    case TFormatLength::LongDouble:
         return va_arg(arguments_, unsigned long long);
-    case kMaximum:
+    case TFormatLength::Maximum:
         return va_arg(arguments_, std::uintmax_t);
-    case kSize:
+    case TFormatLength::Size:
         return va_arg(arguments_, std::size_t);
     default:
         return va_arg(arguments_, unsigned int);

@@ -19,10 +19,10 @@ namespace vorlund {
 /// `I` `w` `z` `t` `j` `L`, conversions `d i u o x X c C s S p e E f F g G a A %` as in C, with these rules:
 /// - `%s` and `%c` take wide text; `%S`, `%hs`, `%C` and `%hc` take narrow text, widened byte by byte with
 ///   sign extension; `l` and `w` always mean wide. A null text prints as "(null)".
-/// - Numbers with a fraction have a "." whatever the locale.
+/// - Numbers with a fraction have a ".", in every locale.
 /// - `%p` prints all digits of the address, in upper case and without a prefix.
 /// - `%n` takes its argument, writes nothing to it and prints nothing.
-/// - From an unknown conversion on, the rest of the format is printed as it stands.
+/// - From an unknown conversion on, the rest of the format is printed unchanged.
 ///
 /// Never raises and never allocates. A number with more than 1500 characters keeps the first 1500.
 int FormatText(wchar* buffer, std::size_t capacity, const wchar* format, std::va_list arguments);

@@ -1,64 +1,75 @@
 #include "vorlund/api/text/TextKernels.h"
 
+#include "vorlund/api/text/TextKernels_scalar.h"
 #if defined(__SSE2__)
 #include "vorlund/api/text/TextKernels_sse2.h"
-#define VRL_TEXT_SET sse2
-#else
-#include "vorlund/api/text/TextKernels_scalar.h"
-#define VRL_TEXT_SET scalar
 #endif
 
 namespace vorlund {
+namespace {
+
+constexpr const TTextSet* kSets[] = {&scalar::kText, VRL_X86_SETS(&sse2::kText)};
+constexpr const TTextSet& kInUse = FindFastestSet<TTextSet>(kSets);
+
+} // namespace
+
+TKernelSets<TTextSet> GetTextSets() {
+    return kSets;
+}
+
+const TTextSet& GetTextSetInUse() {
+    return kInUse;
+}
 
 std::size_t TextLength(const wchar* text) {
-    return VRL_TEXT_SET::TextLength(text);
+    return kInUse.routines.length(text);
 }
 
 std::size_t TextLength(const wchar* text, std::size_t limit) {
-    return VRL_TEXT_SET::TextLength(text, limit);
+    return kInUse.routines.boundedLength(text, limit);
 }
 
 int CompareText(const wchar* left, const wchar* right) {
-    return VRL_TEXT_SET::CompareText(left, right);
+    return kInUse.routines.compare(left, right);
 }
 
 std::size_t FindFirstUnit(const wchar* text, wchar unit) {
-    return VRL_TEXT_SET::FindFirstUnit(text, unit);
+    return kInUse.routines.findFirstUnitOfTerminated(text, unit);
 }
 
 std::size_t FindLastUnit(const wchar* text, wchar unit) {
-    return VRL_TEXT_SET::FindLastUnit(text, unit);
+    return kInUse.routines.findLastUnitOfTerminated(text, unit);
 }
 
 std::size_t FindFirstUnit(const wchar* text, std::size_t length, wchar unit) {
-    return VRL_TEXT_SET::FindFirstUnit(text, length, unit);
+    return kInUse.routines.findFirstUnit(text, length, unit);
 }
 
 std::size_t FindLastUnit(const wchar* text, std::size_t length, wchar unit) {
-    return VRL_TEXT_SET::FindLastUnit(text, length, unit);
+    return kInUse.routines.findLastUnit(text, length, unit);
 }
 
 std::size_t FindFirstText(const wchar* text, std::size_t length, const wchar* needle,
                           std::size_t needleLength) {
-    return VRL_TEXT_SET::FindFirstText(text, length, needle, needleLength);
+    return kInUse.routines.findFirstText(text, length, needle, needleLength);
 }
 
 std::size_t FindLastText(const wchar* text, std::size_t length, const wchar* needle,
                          std::size_t needleLength) {
-    return VRL_TEXT_SET::FindLastText(text, length, needle, needleLength);
+    return kInUse.routines.findLastText(text, length, needle, needleLength);
 }
 
 std::size_t FindAllText(const wchar* text, std::size_t length, const wchar* needle, std::size_t needleLength,
                         std::uint32_t* places, std::size_t capacity) {
-    return VRL_TEXT_SET::FindAllText(text, length, needle, needleLength, places, capacity);
+    return kInUse.routines.findAllText(text, length, needle, needleLength, places, capacity);
 }
 
 void ReplaceUnit(wchar* text, std::size_t length, wchar from, wchar to) {
-    VRL_TEXT_SET::ReplaceUnit(text, length, from, to);
+    kInUse.routines.replaceUnit(text, length, from, to);
 }
 
 void WidenText(wchar* destination, const char* source, std::size_t length) {
-    VRL_TEXT_SET::WidenText(destination, source, length);
+    kInUse.routines.widen(destination, source, length);
 }
 
 } // namespace vorlund

@@ -2,11 +2,13 @@
 /// The inner loops over UTF-16 text: length, order and search. None of them raises or allocates, and absence
 /// is an ordinary answer, so library code that expects to find nothing searches here, not through `CString`.
 ///
-/// There are two sets behind these functions: one for SSE2, and the plain loops of TextKernels_scalar.h for
-/// other processors. The compiler's target chooses.
+/// Texts are short, so no call may be wasted on the choice of a set: the compiler makes it, from its target,
+/// and the functions call their routines directly.
 #pragma once
 
 #include <vorlund/Platform.h>
+
+#include "vorlund/api/platform/Kernels.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -35,15 +37,15 @@ std::size_t FindLastUnit(const wchar* text, wchar unit);
 std::size_t FindFirstUnit(const wchar* text, std::size_t length, wchar unit);
 std::size_t FindLastUnit(const wchar* text, std::size_t length, wchar unit);
 
-/// The first and the last place where the needle stands among `length` units. An empty needle stands at 0,
-/// and last at `length`.
+/// The first and the last place of the needle among `length` units. An empty needle is found at 0, and its
+/// last place is `length`.
 std::size_t FindFirstText(const wchar* text, std::size_t length, const wchar* needle,
                           std::size_t needleLength);
 std::size_t FindLastText(const wchar* text, std::size_t length, const wchar* needle,
                          std::size_t needleLength);
 
-/// The first `capacity` places, from the front, where the needle stands among `length` units without
-/// overlapping the one before; gives their number. The needle must not be empty.
+/// The first `capacity` places, from the front, where the needle is among `length` units and does not overlap
+/// the one before; gives their number. The needle must not be empty.
 std::size_t FindAllText(const wchar* text, std::size_t length, const wchar* needle, std::size_t needleLength,
                         std::uint32_t* places, std::size_t capacity);
 
@@ -57,5 +59,32 @@ constexpr wchar WidenUnit(char unit) {
 
 /// Widens `length` narrow units.
 void WidenText(wchar* destination, const char* source, std::size_t length);
+
+// ---- the sets behind it, for tests and benchmarks
+
+struct TTextRoutines {
+    std::size_t (*length)(const wchar* text);
+    std::size_t (*boundedLength)(const wchar* text, std::size_t limit);
+    int (*compare)(const wchar* left, const wchar* right);
+    std::size_t (*findFirstUnitOfTerminated)(const wchar* text, wchar unit);
+    std::size_t (*findLastUnitOfTerminated)(const wchar* text, wchar unit);
+    std::size_t (*findFirstUnit)(const wchar* text, std::size_t length, wchar unit);
+    std::size_t (*findLastUnit)(const wchar* text, std::size_t length, wchar unit);
+    std::size_t (*findFirstText)(const wchar* text, std::size_t length, const wchar* needle,
+                                 std::size_t needleLength);
+    std::size_t (*findLastText)(const wchar* text, std::size_t length, const wchar* needle,
+                                std::size_t needleLength);
+    std::size_t (*findAllText)(const wchar* text, std::size_t length, const wchar* needle,
+                               std::size_t needleLength, std::uint32_t* places, std::size_t capacity);
+    void (*replaceUnit)(wchar* text, std::size_t length, wchar from, wchar to);
+    void (*widen)(wchar* destination, const char* source, std::size_t length);
+};
+
+using TTextSet = TKernelSet<TTextRoutines>;
+
+TKernelSets<TTextSet> GetTextSets();
+
+/// The set that the functions above call.
+const TTextSet& GetTextSetInUse();
 
 } // namespace vorlund

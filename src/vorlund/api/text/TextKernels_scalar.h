@@ -1,6 +1,5 @@
 /// \file
-/// The plain loops behind TextKernels.h, for processors without a set of their own; to every other set they
-/// are the reference.
+/// The plain loops behind TextKernels.h: the reference of the other sets.
 #pragma once
 
 #include "vorlund/api/text/TextKernels.h"
@@ -62,9 +61,9 @@ inline std::size_t FindAllText(const wchar* text, std::size_t length, const wcha
                                std::size_t needleLength, std::uint32_t* places, std::size_t capacity) {
     std::size_t count = 0;
     for (std::size_t i = 0; count < capacity && i + needleLength <= length;) {
-        const bool stands = std::equal(needle, needle + needleLength, text + i);
-        if (stands) places[count++] = static_cast<std::uint32_t>(i);
-        i += stands ? needleLength : 1;
+        const bool isHere = std::equal(needle, needle + needleLength, text + i);
+        if (isHere) places[count++] = static_cast<std::uint32_t>(i);
+        i += isHere ? needleLength : 1;
     }
     return count;
 }
@@ -84,5 +83,11 @@ inline void ReplaceUnit(wchar* text, std::size_t length, wchar from, wchar to) {
 inline void WidenText(wchar* destination, const char* source, std::size_t length) {
     for (std::size_t i = 0; i < length; ++i) destination[i] = WidenUnit(source[i]);
 }
+
+inline constexpr TTextSet kText{"scalar",
+                                [] { return true; },
+                                {TextLength, TextLength, CompareText, FindFirstUnit, FindLastUnit,
+                                 FindFirstUnit, FindLastUnit, FindFirstText, FindLastText, FindAllText,
+                                 ReplaceUnit, WidenText}};
 
 } // namespace vorlund::scalar

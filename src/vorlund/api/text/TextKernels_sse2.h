@@ -1,10 +1,11 @@
 /// \file
-/// The loops behind TextKernels.h for SSE2, eight units at a time.
+/// The loops behind TextKernels.h for SSE2, which every x86 processor that the library runs on has: eight
+/// units at a time.
 ///
 /// Where a length is given, blocks stay inside the text; the last one overlaps the one before. A terminated
 /// text is read in blocks that may reach beyond its terminator, but never into another page than some unit of
-/// the text, so they cannot fault; only the sanitizers would object, and are told not to look at those
-/// functions.
+/// the text, so they cannot fault; only the sanitizers would object, so those functions are
+/// excluded from them.
 #pragma once
 
 #include "vorlund/api/text/TextKernels.h"
@@ -24,8 +25,8 @@ constexpr std::size_t kBlockBytes = 16;
 /// No x86 system has smaller pages.
 constexpr std::size_t kPageBytes = 4096;
 
-/// Inlined even where nothing else is: then it is looked at as its caller is.
-inline __attribute__((always_inline)) __m128i Load(const void* place) {
+/// Inlined in unoptimised builds, too, so that the sanitizers treat it like its caller.
+VRL_INLINE __m128i Load(const void* place) {
     return _mm_loadu_si128(static_cast<const __m128i*>(place));
 }
 
@@ -57,8 +58,7 @@ inline std::size_t LastUnitOf(unsigned int mask) {
 
 /// Walks the aligned blocks of a terminated text to the first unit that `TWanted` makes 0. Packing with
 /// saturation keeps what is 0 and what is not, so four blocks cost little more than one.
-template <class TWanted>
-VRL_READS_BLOCKS inline __attribute__((always_inline)) std::size_t Walk(const wchar* text, TWanted wanted) {
+template <class TWanted> VRL_INLINE VRL_READS_BLOCKS std::size_t Walk(const wchar* text, TWanted wanted) {
     const __m128i zero = _mm_setzero_si128();
     const auto address = reinterpret_cast<std::uintptr_t>(text);
     // The first block may begin before the text.
@@ -86,7 +86,7 @@ VRL_READS_BLOCKS inline __attribute__((always_inline)) std::size_t Walk(const wc
 
 VRL_READS_BLOCKS inline std::size_t TextLength(const wchar* text) {
     struct TWanted {
-        __attribute__((always_inline)) __m128i operator()(__m128i units) const { return units; }
+        VRL_INLINE __m128i operator()(__m128i units) const { return units; }
     };
     return Walk(text, TWanted{});
 }
@@ -110,7 +110,7 @@ VRL_READS_BLOCKS inline std::size_t TextLength(const wchar* text, std::size_t li
 VRL_READS_BLOCKS inline std::size_t FindFirstUnit(const wchar* text, wchar unit) {
     struct TWanted {
         __m128i unit;
-        __attribute__((always_inline)) __m128i operator()(__m128i units) const {
+        VRL_INLINE __m128i operator()(__m128i units) const {
             return _mm_andnot_si128(Equal(units, unit), units);
         }
     };
@@ -199,7 +199,7 @@ inline bool SameUnits(const wchar* left, const wchar* right, std::size_t length)
 }
 
 /// A needle that is not empty, with the two places that choose candidates: the first, and the last that holds
-/// another unit than the first, because runs of one unit are what texts hold most of.
+/// another unit than the first, because texts mostly repeat single units.
 class CNeedle {
 public:
     CNeedle(const wchar* units, std::size_t length)
@@ -217,8 +217,8 @@ public:
         return text[0] == units_[0] && text[probe_] == units_[probe_];
     }
 
-    /// Whether the needle stands at a candidate.
-    bool StandsAt(const wchar* text) const { return length_ <= 2 || SameUnits(text, units_, length_); }
+    /// Whether the needle is at a candidate.
+    bool IsAt(const wchar* text) const { return length_ <= 2 || SameUnits(text, units_, length_); }
 
 private:
     const wchar* units_;
@@ -240,11 +240,11 @@ inline std::size_t FindFirstText(const wchar* text, std::size_t length, const wc
         unsigned int mask = Mask(wanted.Candidates(text + i), wanted.Candidates(text + i + kBlock));
         for (; mask; mask &= mask - 1) {
             const std::size_t place = i + static_cast<unsigned int>(std::countr_zero(mask));
-            if (wanted.StandsAt(text + place)) return place;
+            if (wanted.IsAt(text + place)) return place;
         }
     }
     for (; i < places; ++i)
-        if (wanted.IsCandidate(text + i) && wanted.StandsAt(text + i)) return i;
+        if (wanted.IsCandidate(text + i) && wanted.IsAt(text + i)) return i;
     return kTextNotFound;
 }
 
@@ -257,7 +257,7 @@ inline std::size_t FindAllText(const wchar* text, std::size_t length, const wcha
     // The first place behind the last occurrence.
     std::size_t free = 0;
     const auto take = [&](std::size_t place) {
-        if (place < free || !wanted.StandsAt(text + place)) return false;
+        if (place < free || !wanted.IsAt(text + place)) return false;
         places[count++] = static_cast<std::uint32_t>(place);
         free = place + needleLength;
         return count == capacity;
@@ -286,12 +286,12 @@ inline std::size_t FindLastText(const wchar* text, std::size_t length, const wch
         while (mask) {
             const unsigned int bit = 31 - static_cast<unsigned int>(std::countl_zero(mask));
             const std::size_t place = end - 2 * kBlock + bit;
-            if (wanted.StandsAt(text + place)) return place;
+            if (wanted.IsAt(text + place)) return place;
             mask ^= 1u << bit;
         }
     }
     for (; end > 0; --end)
-        if (wanted.IsCandidate(text + end - 1) && wanted.StandsAt(text + end - 1)) return end - 1;
+        if (wanted.IsCandidate(text + end - 1) && wanted.IsAt(text + end - 1)) return end - 1;
     return kTextNotFound;
 }
 
@@ -323,5 +323,11 @@ inline void WidenText(wchar* destination, const char* source, std::size_t length
 }
 
 #undef VRL_READS_BLOCKS
+
+inline constexpr TTextSet kText{"sse2",
+                                [] { return true; },
+                                {TextLength, TextLength, CompareText, FindFirstUnit, FindLastUnit,
+                                 FindFirstUnit, FindLastUnit, FindFirstText, FindLastText, FindAllText,
+                                 ReplaceUnit, WidenText}};
 
 } // namespace vorlund::sse2

@@ -11,7 +11,7 @@ namespace {
 
 /// Longer than any buffer that is formatted into, so that a cut here never shows.
 constexpr int kNumberCapacity = 1501;
-/// Digits behind the point beyond which nothing can be seen any more.
+/// More digits behind the point would never be printed: no buffer has room for them.
 constexpr int kMaxPrecision = 5000;
 
 std::int64_t LengthOf(std::string_view text) {
@@ -38,12 +38,12 @@ std::string_view SignOf(const TFormatDirective& directive, bool isNegative) {
 }
 
 /// `value`, or what it becomes with `digits` hexadecimal digits behind the point if it lies in the middle and
-/// the lower neighbour is even: there one C runtime goes down and another goes up.
+/// the lower neighbour is even: there one C runtime rounds down and another rounds up.
 double SettleHexTie(double value, int digits) {
     constexpr int kAllDigits = 13;
     if (digits < 0 || digits >= kAllDigits || value < std::numeric_limits<double>::min()) return value;
     int exponent = 0;
-    // From 0.5 to 1: one more bit stands before the point of what is printed.
+    // From 0.5 to 1: what is printed has one more bit before the point.
     const double fraction = std::frexp(value, &exponent);
     const int bits = 4 * digits + 1;
     const double scaled = std::ldexp(fraction, bits);
@@ -107,7 +107,7 @@ void PutFloating(CTextOutput& output, const TFormatDirective& directive, TFloat 
     std::string_view stored(buffer,
                             static_cast<std::size_t>(std::min<std::int64_t>(length, kNumberCapacity - 1)));
 
-    // "0x" belongs to the prefix: zeros stand behind it.
+    // "0x" belongs to the prefix: zeros come after it.
     const std::size_t base = isHex ? std::min<std::size_t>(2, stored.size()) : 0;
     char prefix[3];
     const std::size_t prefixLength = sign.copy(prefix, 1) + stored.copy(prefix + sign.size(), base);

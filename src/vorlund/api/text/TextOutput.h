@@ -10,20 +10,20 @@
 namespace vorlund {
 
 /// How wide an argument is; the letters between precision and conversion.
-enum class EFormatLength { kNone, kChar, kShort, kLong, kLongLong, kMaximum, kSize, kWide, kLongDouble };
+enum class TFormatLength { None, Char, Short, Long, LongLong, Maximum, Size, Wide, LongDouble };
 
-/// What stands between a percent sign and its conversion letter.
+/// What a format has between a percent sign and the end of its conversion letter.
 struct TFormatDirective {
     bool left = false;
     bool plus = false;
     bool space = false;
     bool alternate = false;
     bool zero = false;
-    /// Least number of units printed; not negative.
+    /// The least number of units printed; not negative.
     int width = 0;
     /// Negative when there is none.
     int precision = -1;
-    EFormatLength length = EFormatLength::kNone;
+    TFormatLength length = TFormatLength::None;
     wchar conversion = 0;
 };
 

@@ -9,8 +9,8 @@
 // The literal loop rebuilds the text and searches from the front after each edit, in quadratic time. Two ways
 // give its result.
 //
-// When no occurrence can come to stand across the edge of a replacement, the loop does nothing but replace
-// the occurrences from left to right, and so does `ReplaceAll`. The tail is cut once: behind the first
+// When no occurrence can form across the edge of a replacement, the loop does nothing but replace the
+// occurrences from left to right, and so does `ReplaceAll`. The tail is cut once: behind the first
 // occurrence.
 //
 // Otherwise an edit can complete an occurrence that reaches back into what was searched already, so
@@ -23,7 +23,7 @@
 //
 // Replacements as long as `from` end, because each edit changes the text in the same direction of the
 // dictionary order, and shorter ones end because the text shrinks; both can take a number of edits that is
-// quadratic in the length. Longer ones need not end, or only after a number of edits that is exponential, and
+// quadratic in the length. Longer ones may never end, or end only after an exponential number of edits, and
 // no criterion is known that decides it. They are given up when the loop itself would have copied more units
 // than it could in seconds; edits that the units of the text alone explain do not count.
 
@@ -74,7 +74,7 @@ private:
     std::vector<TState> borders_;
 };
 
-/// Whether an occurrence of `from` could hold a part of a replacement, or stand across an empty one; `to`
+/// Whether an occurrence of `from` could hold a part of a replacement, or span an empty one; `to`
 /// does not hold `from`.
 bool CanFormAnew(TTextView from, TTextView to) {
     if (from.length == 1) return false;
@@ -82,19 +82,19 @@ bool CanFormAnew(TTextView from, TTextView to) {
     const TTextView inner{from.units + 1, from.length - 1};
     // One that begins in a replacement begins with an end of it ...
     if (Holds(to, from.units[0]) && CMatcher(from).StateBehind(to)) return true;
-    // ... and one that begins before it goes on with its beginning, or with all of it.
+    // ... and one that begins before a replacement continues with its beginning, or with all of it.
     if (!Holds(inner, to.units[0])) return false;
     return Holds(inner, to) || CMatcher(to).StateBehind(inner);
 }
 
 /// Most pieces of text between edits are short, and their lengths follow no pattern.
-constexpr std::size_t kPiece = 32;
+constexpr std::size_t kMaxShortPiece = 32;
 
 /// Copies `length` of at least `readable` units to a place with room for at least `room`. A short piece is
 /// copied as a block of one size where both sides have room for that; the next piece writes over the excess.
 void CopyPiece(wchar* place, std::size_t room, const wchar* units, std::size_t length, std::size_t readable) {
-    if (length <= kPiece && readable >= kPiece && room >= kPiece)
-        CopyText(place, units, kPiece);
+    if (length <= kMaxShortPiece && readable >= kMaxShortPiece && room >= kMaxShortPiece)
+        CopyText(place, units, kMaxShortPiece);
     else if (length)
         CopyText(place, units, length);
 }
@@ -168,15 +168,15 @@ TRewriteResult ReplaceAll(TTextView text, std::size_t place, TTextView from, TTe
         write += count;
     };
     // A replacement with something behind it that can be read.
-    wchar piece[kPiece] = {};
-    const bool isShort = to.length <= kPiece;
+    wchar piece[kMaxShortPiece] = {};
+    const bool isShort = to.length <= kMaxShortPiece;
     if (isShort && to.length) CopyText(piece, to.units, to.length);
     const wchar* const replacement = isShort ? piece : to.units;
     std::size_t read = 0;
     for (const std::size_t offset : places) {
         const std::size_t at = place + offset;
         append(text.units + read, at - read, text.length - read);
-        append(replacement, to.length, isShort ? kPiece : to.length);
+        append(replacement, to.length, isShort ? kMaxShortPiece : to.length);
         read = at + from.length;
     }
     append(text.units + read, text.length - read, text.length - read);
@@ -187,7 +187,7 @@ TRewriteResult ReplaceAll(TTextView text, std::size_t place, TTextView from, TTe
 /// longer the edits leave the text behind them alone.
 class CUpcoming {
 public:
-    /// The first place at or behind `start`; `start` never goes back, and `end` never forth.
+    /// The first place at or behind `start`; `start` never decreases, and `end` never increases.
     std::size_t First(TTextView text, TTextView from, std::size_t start, std::size_t end) {
         if (next_ < count_ && base_ + places_[next_] < start) {
             // Units of this one were read by themselves, and one that overlaps it may be first now.
@@ -345,7 +345,7 @@ void CRewriter::Edit() {
         copied_ += output_.Length() + pieceUnits_ + (restEnd_ - rest_);
 }
 
-/// Kept on purpose: an edit keeps `kMaxTail` units behind the edited place.
+/// Kept for callers: an edit cuts the text `kMaxTail` units behind the edited place.
 void CRewriter::CutTail() {
     if (pieceUnits_ <= kMaxTail) {
         restEnd_ = std::min(restEnd_, rest_ + (kMaxTail - pieceUnits_));

@@ -17,7 +17,7 @@ enum class TRewriteOutcome {
     Unchanged,
     /// `text` and `length` hold the result.
     Changed,
-    /// The edits go on for ever, or beyond what a program can mean.
+    /// The edits never end, or are more than a program can have meant.
     Endless,
 };
 
@@ -33,9 +33,9 @@ struct TTextView {
     std::size_t length;
 };
 
-/// Replaces the first occurrence of `from` in `text` by `to`, keeps at most `kMaxTail` units of what stands
-/// behind it, and starts again from the front, until there is no occurrence. `from` must not be empty. The
-/// arguments may overlap and are only read. Raises `std::bad_alloc`.
+/// Replaces the first occurrence of `from` in `text` by `to`, keeps at most `kMaxTail` units behind it, and
+/// starts again from the front, until there is no occurrence. `from` must not be empty. The arguments may
+/// overlap and are only read. Raises `std::bad_alloc`.
 TRewriteResult RewriteText(TTextView text, TTextView from, TTextView to);
 
 } // namespace vorlund

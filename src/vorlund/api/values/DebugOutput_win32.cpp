@@ -1,7 +1,7 @@
 #include "vorlund/api/values/DebugOutput.h"
 
 #include "vorlund/api/platform/WindowsLean.h"
-#include "vorlund/api/text/Utf8.h"
+#include "vorlund/api/text/StackArena.h"
 
 #include <cstddef>
 #include <cstdio>
@@ -18,14 +18,14 @@ unsigned int CodePageOf(std::FILE* stream) {
     return _isatty(_fileno(stream)) ? GetConsoleOutputCP() : ___lc_codepage_func();
 }
 
-/// One call of the C runtime for text and line end, so that lines of several threads stay whole. The stream's
-/// wide functions are no way: in the initial locale they fail at the first unit beyond Latin-1.
+/// One call of the C runtime for text and line end, so that lines of several threads stay whole. Not the
+/// stream's wide functions: in the initial locale they fail at the first unit beyond Latin-1.
 void WriteLine(std::FILE* stream, const wchar* text) {
     const unsigned int codePage = CodePageOf(stream);
     const int length = static_cast<int>(std::wcslen(text));
     const int size = WideCharToMultiByte(codePage, 0, text, length, nullptr, 0, nullptr, nullptr);
-    CMessageMemory memory;
-    std::pmr::string line = ReserveMessage(memory, static_cast<std::size_t>(size) + 1);
+    CStackArena arena;
+    std::pmr::string line = ReserveString(arena, static_cast<std::size_t>(size) + 1);
     line.resize(static_cast<std::size_t>(size));
     WideCharToMultiByte(codePage, 0, text, length, line.data(), size, nullptr, nullptr);
     line += '\n';

@@ -24,7 +24,7 @@ constinit const TPixelFormat TPixelFormat::FORMAT_A1{0, 1, 1, 0, 0, 0, 0, 0, 0, 
 constinit const TPixelFormat TPixelFormat::FORMAT_A8{0, 8, 8, 0, 0, 0, 0, 0, 0, 0};
 constinit const TPixelFormat TPixelFormat::FORMAT_A8R8G8B8{0, 32, 8, 0, 8, 8, 8, 16, 8, 24};
 
-// Kept on purpose: the other layouts are all zeros.
+// Kept for callers: the other layouts are all zeros.
 constinit const TPixelFormat TPixelFormat::FORMAT_R3G3B2{};
 constinit const TPixelFormat TPixelFormat::FORMAT_R5G6B5{};
 constinit const TPixelFormat TPixelFormat::FORMAT_A1R5G5B5{};
@@ -132,7 +132,7 @@ std::int64_t TDataFormat_VideoRgb::TimeToByte(float seconds) const {
 }
 
 float TDataFormat_VideoRgb::ByteToTime(std::int64_t bytes) const {
-    // Kept on purpose: a byte inside a frame belongs to the frame's start, unlike in audio.
+    // Kept for callers: a byte inside a frame belongs to the frame's start, unlike in audio.
     const std::uint32_t frameSize = image.GetSizeInBytes();
     return FrameToTime(frameSize == 0 ? 0 : bytes / frameSize);
 }

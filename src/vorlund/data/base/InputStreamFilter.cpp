@@ -1,5 +1,7 @@
 #include "vorlund/data/base/InputStreamFilter.h"
 
+#include "vorlund/data/base/NoMediaSamples.h"
+
 #include <vorlund/Exception.h>
 
 namespace vorlund {
@@ -9,7 +11,7 @@ constexpr const wchar* kFile = VRL_L("src/vorlund/data/InputStreamFilter");
 constexpr const wchar* kRead = VRL_L("vorlund::CInputStreamFilter::Read");
 constexpr const wchar* kNotConnected = VRL_L("Stream is not connected");
 
-/// In the order of TOperation.
+/// In the order of TOperation, by which the public template asks for one: plug-ins see no table.
 constexpr TFailure kOperationNotConnected[] = {
     {VRL_L("vorlund::CInputStreamFilter::GetLength"), kFile, 66, kNotConnected},
     {VRL_L("vorlund::CInputStreamFilter::Flush"), kFile, 72, kNotConnected},
@@ -17,7 +19,7 @@ constexpr TFailure kOperationNotConnected[] = {
     {VRL_L("vorlund::CInputStreamFilter::Tell"), kFile, 84, kNotConnected},
 };
 constexpr TFailure kSampleIsNull{kRead, kFile, 102, VRL_L("sample is NULL")};
-// Kept on purpose: the default stream raises CInvalidStateException here, a filter
+// Kept for callers: the default stream raises CInvalidStateException here, a filter
 // CInvalidParameterException.
 constexpr TFailure kNoMediaSamples{kRead, kFile, 103, VRL_L("Media samples are not supported")};
 constexpr TFailure kBufferIsNull{kRead, kFile, 108, VRL_L("buffer is NULL")};
@@ -30,8 +32,7 @@ void filterdefaults::RaiseInputNotConnected(TOperation operation) {
 }
 
 void filterdefaults::ReadSample(IMediaSample* sample) {
-    if (!sample) Raise<CNullPtrException>(kSampleIsNull);
-    Raise<CInvalidParameterException>(kNoMediaSamples);
+    RefuseMediaSample(sample, kSampleIsNull, kNoMediaSamples);
 }
 
 std::uint64_t filterdefaults::Read(IInputStream* stream, void* buffer, std::uint64_t size) {

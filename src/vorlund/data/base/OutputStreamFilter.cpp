@@ -8,7 +8,7 @@ namespace {
 constexpr const wchar* kFile = VRL_L("src/vorlund/data/OutputStreamFilter");
 constexpr const wchar* kNotConnected = VRL_L("Stream is not connected");
 
-/// In the order of TOperation.
+/// In the order of TOperation, by which the public template asks for one: plug-ins see no table.
 constexpr TFailure kOperationNotConnected[] = {
     {VRL_L("vorlund::COutputStreamFilter::GetLength"), kFile, 67, kNotConnected},
     {VRL_L("vorlund::COutputStreamFilter::Flush"), kFile, 73, kNotConnected},

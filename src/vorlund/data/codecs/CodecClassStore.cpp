@@ -1,12 +1,13 @@
 // The codec class store: decoder and encoder records in the order of registration.
 //
 // One lock guards both lists: registration takes it for writing, everything that looks at a record for
-// reading. It is a leaf: no object is created, no exception raised and no other lock taken while it is held,
-// so it cannot be left behind and `Close` finds it free as soon as other threads are through. Records never
+// reading. It is a leaf: while it is held no object is created, no exception raised and no other lock taken.
+// So nothing can leave it locked, and `Close` gets it as soon as other threads are done. Records never
 // move and never change, so a pointer to one stays good until `Close`.
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/values/PathReason.h"
 #include "vorlund/data/codecs/DecoderSearch.h"
+#include "vorlund/util/PtrObjects.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>
@@ -77,7 +78,7 @@ struct CCodecClassStore::TData {
     std::deque<TEncoderClassInfo> encoders;
     CReadWriteLock lock;
 
-    // Kept on purpose: no check for duplicates; the first record of a format pair wins.
+    // Kept for callers: no check for duplicates; the first record of a format pair wins.
     template <class TInfo> void Register(std::deque<TInfo>& records, const TInfo& info) {
         const CReadWriteLockGuard guard(lock, LOCK_MODE_WRITE);
         records.push_back(info);
@@ -114,11 +115,8 @@ struct CCodecClassStore::TData {
                                         const TFailure& failure) {
         auto enumerator = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, failure);
         if (data) {
-            for (TInfo* const info : data->Snapshot(data->*records)) {
-                const auto item = CreateOrRaise<IPtrObject>(classid::CPtrObject, failure);
-                item->SetPtr(info);
-                enumerator->Push(item.Get());
-            }
+            const std::vector<TInfo*> snapshot = data->Snapshot(data->*records);
+            TakePtrObjects(snapshot, failure, [&](IPtrObject* item) { enumerator->Push(item); });
         }
         return enumerator.Detach();
     }

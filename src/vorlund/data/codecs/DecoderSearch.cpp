@@ -13,7 +13,8 @@
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>
-#include <vorlund/ObjectList.h>
+#include <vorlund/ObjectEnumerator.h>
+#include <vorlund/PtrObject.h>
 
 #include <algorithm>
 #include <iterator>
@@ -24,8 +25,8 @@ namespace {
 constexpr CId kMediaFormats[] = {TDataFormat_AudioPcm::FormatId, TDataFormat_ImageRgb::FormatId,
                                  TDataFormat_VideoRgb::FormatId, OTHER_MEDIA_FORMAT_ID};
 
-/// A chain of one more decoder is the longest that is tried.
-constexpr int kMaximumDepth = 8;
+/// A chain has at most one decoder more than this.
+constexpr int kMaxDepth = 8;
 
 /// Media data are final: nothing decodes them further.
 bool IsMediaFormat(const CId& format) {
@@ -56,6 +57,8 @@ bool CDecoderSearch::IsUseful(const TDecoderClassInfo& decoder) const {
 }
 
 void CDecoderSearch::Collect(IObjectEnumerator& decoders) {
+    // The records come through an enumeration, as they come to applications: its objects take numbers, and
+    // whoever replaces their classes decides what a search sees. So what arrives is a pointer without a type.
     while (decoders.HasNext()) {
         const auto item = CRefPtr<IObject>::Adopt(decoders.GetNext()).Query<IPtrObject>();
         const auto* const decoder = item ? static_cast<const TDecoderClassInfo*>(item->GetPtr()) : nullptr;
@@ -71,11 +74,11 @@ CRefPtr<IInputStream> CDecoderSearch::Run(IInputStream& stream) {
 
 CRefPtr<IInputStream> CDecoderSearch::FindWanted(IInputStream& current) {
     if (current.GetFormat().id == wanted_) return CRefPtr<IInputStream>::Share(&current);
-    if (depth_ > kMaximumDepth) return {};
+    if (depth_ > kMaxDepth) return {};
     ++depth_;
     CRefPtr<IInputStream> found;
     for (std::size_t i = 0; i < candidates_.GetCount() && !found; ++i) {
-        // Kept on purpose: a candidate that led nowhere stays connected, and so is not tried again.
+        // Kept for callers: a candidate that led nowhere stays connected, and so is not tried again.
         if (TryConnect(i, current)) found = FindWanted(*candidates_[i]);
     }
     --depth_;
@@ -98,7 +101,7 @@ CRefPtr<IInputStream> CDecoderSearch::FindLongest(IInputStream& stream) {
 
 bool CDecoderSearch::TryConnect(std::size_t candidate, IInputStream& current) {
     IInputStreamFilter& filter = *candidates_[candidate];
-    // Asking the filter alone would never end with one that does not tell what it is connected to.
+    // Asking the filter alone is not enough: one that hides its stream would be connected for ever.
     if (IsConnected(filter) || taken_[candidate]) return false;
     try {
         filter.Connect(&current);

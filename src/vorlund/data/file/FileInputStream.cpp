@@ -1,6 +1,7 @@
 #include "vorlund/data/file/FileInputStream.h"
 
 #include "vorlund/api/values/PathReason.h"
+#include "vorlund/data/base/NoMediaSamples.h"
 
 #include <vorlund/Exception.h>
 
@@ -64,14 +65,13 @@ bool CFileInputStream::Eof() {
 }
 
 void CFileInputStream::Read(IMediaSample* sample) {
-    if (!sample) Raise<CNullPtrException>(kReadNullSample);
-    Raise<CInvalidParameterException>(kReadNoSamples);
+    RefuseMediaSample(sample, kReadNullSample, kReadNoSamples);
 }
 
 std::uint64_t CFileInputStream::Read(void* buffer, std::uint64_t size) {
     if (!buffer) Raise<CNullPtrException>(kReadNullBuffer);
     if (!reader_.IsOpen()) Raise<CIOException>(kReadNotOpen);
-    // Kept on purpose: only the low 32 bits of the size count.
+    // Kept for callers: only the low 32 bits of the size count.
     return reader_.Read(buffer, static_cast<std::uint32_t>(size));
 }
 

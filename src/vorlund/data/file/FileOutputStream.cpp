@@ -29,8 +29,8 @@ constexpr TFailure kTellNotOpen{VRL_L("vorlund::CFileOutputStream::Tell"), kFile
 constexpr TFailure kWriteNotOpen{kWrite, kFile, 128, kNotOpen};
 constexpr TFailure kWriteFailed{kWrite, kFile, 131, kWriteFailedReason};
 
-/// The runtime's own blocks are of 4 KiB and less, and small writes pay for as many calls of the system.
-constexpr std::size_t kBlockSize = 32 * 1024;
+/// The runtime's own blocks have 4 KiB or less, so many small writes would cost many calls of the system.
+constexpr std::size_t kBlockSize = std::size_t{32} * 1024;
 
 } // namespace
 
@@ -71,10 +71,10 @@ std::int64_t CFileOutputStream::Tell() {
 void CFileOutputStream::Write(const void* buffer, std::uint64_t size) {
     if (!file_) Raise<CIOException>(kWriteNotOpen);
     if (size == 0) return;
-    // No memory holds that much, and of nothing nothing is written: both are short writes.
+    // Null holds no bytes, and no memory holds more than a size_t can count: both are short writes.
     if (!buffer || size > std::numeric_limits<std::size_t>::max()) Raise<CIOException>(kWriteFailed);
-    // Appended bytes go to the end wherever the position stands. Going there first lets the position tell the
-    // truth while they are still in the buffer; what has no positions (a pipe) is at its end anyway.
+    // Appended bytes go to the end wherever the position is. Moving it there first keeps `Tell` right while
+    // they are still in the buffer. Where that fails there are no positions (a pipe), and nothing is lost.
     if (append_ && !writing_) filesystem::SeekToEnd(file_);
     writing_ = true;
     if (!filesystem::Write(file_, buffer, static_cast<std::size_t>(size))) Raise<CIOException>(kWriteFailed);
@@ -82,7 +82,7 @@ void CFileOutputStream::Write(const void* buffer, std::uint64_t size) {
 
 void CFileOutputStream::Open(const wchar* path, bool append) {
     Close();
-    // First, so that what cannot be allocated leaves no file open.
+    // First, so that a failed allocation leaves no file open.
     CString name(path);
     // Not zeroed, and kept until the next opening: the runtime writes it out when the program ends.
     if (!block_) block_.reset(new char[kBlockSize]);
@@ -95,7 +95,7 @@ void CFileOutputStream::Open(const wchar* path, bool append) {
 }
 
 void CFileOutputStream::CloseFile() {
-    // What cannot be written out any more is lost here; `Flush` tells.
+    // What cannot be written out any more is lost here without a word; `Flush` before would have told.
     if (file_) std::fclose(file_);
     file_ = nullptr;
 }

@@ -5,7 +5,8 @@
 namespace vorlund {
 namespace {
 
-/// More does not read faster; this much stays in the second-level cache between the system's copy and ours.
+/// A larger window does not read faster; this much stays in the second-level cache between the system's
+/// copy and ours.
 constexpr std::uint32_t kMaxWindow = 64 * 1024;
 
 /// The first filling after an opening or a far seek: enough for any header, and a fraction of the price of a
@@ -76,7 +77,7 @@ std::uint32_t CFileReader::ReadBeyondWindow(void* destination, std::uint32_t siz
     return size - missing;
 }
 
-/// Reads past the buffer, which has nothing left and would only be a detour.
+/// Reads straight into `destination`: the buffer has nothing left, and a copy through it would cost time.
 std::uint32_t CFileReader::ReadDirectly(unsigned char* destination, std::uint32_t size) {
     const std::uint32_t count =
         filesystem::ReadAt(descriptor_, endPosition_, destination, std::min(size, kMaxRequest));

@@ -62,7 +62,7 @@ private:
     const unsigned char* end_ = nullptr;
     /// Where the window ends in the file.
     std::int64_t endPosition_ = 0;
-    /// End and size of the window that the last far seek left, while its bytes still stand in the buffer.
+    /// End and size of the window that the last far seek left, while its bytes are still in the buffer.
     std::int64_t leftEnd_ = 0;
     std::int64_t leftSize_ = 0;
     std::int64_t length_ = 0;

@@ -31,7 +31,7 @@ TEntryKind KindOf(const struct stat& status) {
 TEntryKind KindAt(int folder, const char* name) {
     struct stat status;
     if (fstatat(folder, name, &status, 0) == 0) return KindOf(status);
-    // A link that leads nowhere is there all the same.
+    // A link that leads nowhere is an entry, too.
     if (fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0) return KindOf(status);
     const bool missing = errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG;
     return missing ? TEntryKind::Missing : TEntryKind::Unknown;
@@ -55,8 +55,8 @@ int OpenWithoutWaiting(const std::string& path, int flags, struct stat& status) 
 TEntryKind GetKind(const wchar* path) {
     std::string bytes;
     if (!pathcodec::Encode(path, bytes)) return TEntryKind::Missing;
-    // Files and folders store their paths with "/" for "\", so what that names is asked first. A name that
-    // holds a "\" itself can be asked for, but not opened by what was stored.
+    // Files and folders store their paths with "/" for "\", so the path in that form is asked for first. A
+    // name that holds a "\" itself is found by the second question, but not opened by the stored path.
     std::string slashes = bytes;
     std::replace(slashes.begin(), slashes.end(), '\\', '/');
     const TEntryKind kind = KindAt(AT_FDCWD, slashes.c_str());
@@ -98,7 +98,7 @@ bool CFolderSearch::Next() {
     state_->name = pathcodec::Decode(entry->d_name);
     if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) {
         state_->kind = KindAt(dirfd(state_->folder), entry->d_name);
-        // Its name is here, so it is one or the other; what becomes of it is seen when it is used.
+        // It was listed, so it is a directory or a file; whether it can be used shows when it is used.
         if (state_->kind != TEntryKind::Directory) state_->kind = TEntryKind::File;
     } else {
         state_->kind = entry->d_type == DT_DIR ? TEntryKind::Directory : TEntryKind::File;

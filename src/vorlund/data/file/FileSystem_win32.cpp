@@ -89,7 +89,7 @@ int OpenInput(const wchar* path, std::int64_t& length) {
     if (!path) return -1;
     const int descriptor = _wopen(path, _O_RDONLY | _O_BINARY | _O_NOINHERIT);
     if (descriptor < 0) return -1;
-    // The runtime lets pipes be sought, with results that mean nothing.
+    // The runtime sets positions of pipes, too, with results that mean nothing.
     length = GetFileType(HandleOf(descriptor)) == FILE_TYPE_PIPE ? -1 : _lseeki64(descriptor, 0, SEEK_END);
     if (length >= 0) return descriptor;
     _close(descriptor);

@@ -2,7 +2,7 @@
 
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/values/PathReason.h"
-#include "vorlund/data/file/FileSystem.h"
+#include "vorlund/data/file/EntryObject.h"
 #include "vorlund/data/file/PathText.h"
 
 #include <vorlund/Exception.h>
@@ -33,24 +33,11 @@ struct TSelection {
     const TFailure& noEntry;
 };
 
-/// True when nothing of kind `kind` stands at `path` any more. An entry about which the system does not tell
-/// has not gone: its initialisation may say why.
-bool HasVanished(const wchar* path, TEntryKind kind) {
-    const TEntryKind now = filesystem::GetKind(path);
-    return now != kind && now != TEntryKind::Unknown;
-}
-
-/// A new object initialised with `path`; empty when the entry has vanished since the search saw it. The
-/// question comes first because an exception would reach the debugger output.
+/// A new object initialised with `path`; empty when the entry has vanished since the search saw it.
 template <class TEntry> CRefPtr<TEntry> MakeEntry(const TSelection& selection, const wchar* path) {
-    if (HasVanished(path, selection.kind)) return {};
+    if (filesystem::HasVanished(path, selection.kind)) return {};
     auto entry = CreateOrRaise<TEntry>(selection.classId, selection.noEntry);
-    try {
-        entry->Initialize(path);
-    } catch (const CFileAccessException&) {
-        if (!HasVanished(path, selection.kind)) throw;
-        return {};
-    }
+    if (!filesystem::InitializeIfThere(*entry, path, selection.kind)) return {};
     return entry;
 }
 
@@ -60,7 +47,7 @@ template <class TEntry> IObjectList* Enumerate(const TSelection& selection, cons
     if (!*folderPath) return list.Detach();
     filesystem::CFolderSearch search(folderPath);
     while (search.Next()) {
-        // Kept on purpose: no name is special, so "." and ".." are directories like any other.
+        // Kept for callers: no name is special, so "." and ".." are directories like any other.
         if (search.GetKind() != selection.kind) continue;
         CString path(folderPath);
         path += search.GetName();

@@ -1,13 +1,12 @@
 #include "vorlund/data/file/PathCodec_posix.h"
 
+#include "vorlund/api/text/Utf8.h"
+
 #include <cstddef>
 
 namespace vorlund::pathcodec {
 namespace {
 
-constexpr unsigned int kFirstHigh = 0xD800;
-constexpr unsigned int kFirstLow = 0xDC00;
-constexpr unsigned int kLastLow = 0xDFFF;
 /// A stray byte is added to this; the bytes 0x80 to 0xFF are those that can be stray.
 constexpr unsigned int kStrayBase = 0xDC00;
 constexpr unsigned int kFirstStray = 0xDC80;
@@ -67,28 +66,8 @@ void AppendUtf16(wstring& text, unsigned int code) {
         text += static_cast<wchar>(code);
         return;
     }
-    text += static_cast<wchar>(kFirstHigh + ((code - 0x10000) >> 10));
-    text += static_cast<wchar>(kFirstLow + ((code - 0x10000) & 0x3FF));
-}
-
-void AppendUtf8(std::string& bytes, unsigned int code) {
-    const auto add = [&](unsigned int byte) { bytes += static_cast<char>(byte); };
-    const auto addTail = [&](unsigned int shift) { add(0x80 | (code >> shift & 0x3F)); };
-    if (code < 0x80) {
-        add(code);
-    } else if (code < 0x800) {
-        add(0xC0 | code >> 6);
-        addTail(0);
-    } else if (code < 0x10000) {
-        add(0xE0 | code >> 12);
-        addTail(6);
-        addTail(0);
-    } else {
-        add(0xF0 | code >> 18);
-        addTail(12);
-        addTail(6);
-        addTail(0);
-    }
+    text += static_cast<wchar>(kFirstHighSurrogate + ((code - 0x10000) >> 10));
+    text += static_cast<wchar>(kFirstLowSurrogate + ((code - 0x10000) & 0x3FF));
 }
 
 } // namespace
@@ -113,18 +92,17 @@ bool Encode(const wchar* text, std::string& bytes) {
     bytes.clear();
     if (!text) return false;
     bytes.reserve(std::char_traits<wchar>::length(text));
-    // Mostly all of it.
+    // In most paths, this is all of it.
     const wchar* const afterAscii = SkipAscii(text);
     bytes.assign(text, afterAscii);
     for (text = afterAscii; *text; ++text) {
-        const unsigned int unit = *text;
-        if (unit < kFirstHigh || unit > kLastLow) {
+        const char32_t unit = *text;
+        if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) {
             AppendUtf8(bytes, unit);
         } else if (unit >= kFirstStray && unit <= kLastStray) {
             bytes += static_cast<char>(unit - kStrayBase);
-        } else if (unit < kFirstLow && text[1] >= kFirstLow && text[1] <= kLastLow) {
-            ++text;
-            AppendUtf8(bytes, 0x10000 + ((unit - kFirstHigh) << 10) + (*text - kFirstLow));
+        } else if (IsHighSurrogate(unit) && IsLowSurrogate(text[1])) {
+            AppendUtf8(bytes, JoinSurrogates(unit, *++text));
         } else {
             return false;
         }

@@ -16,7 +16,7 @@ namespace vorlund::pathcodec {
 
 wstring Decode(std::string_view bytes);
 
-/// False when `text` is null or holds a lone surrogate that stands for no byte: no file has such a name.
+/// False when `text` is null or holds a lone surrogate that represents no byte: no file has such a name.
 bool Encode(const wchar* text, std::string& bytes);
 
 } // namespace vorlund::pathcodec

@@ -6,7 +6,7 @@
 namespace vorlund::pathtext {
 namespace {
 
-// Searches go through views: for a text the absence of a unit is a failure, for a path it is normal.
+// Searches use views: those of CString raise when a unit is missing, which is normal in a path.
 using TView = std::basic_string_view<wchar>;
 
 constexpr wchar kSeparator = VRL_L('/');
@@ -41,6 +41,18 @@ CString AsFolder(const wchar* path) {
     CString result = WithForwardSlashes(path);
     if (!ViewOf(result.GetBuffer()).ends_with(kSeparator)) result += VRL_L("/");
     return result;
+}
+
+CString Join(const wchar* folder, const wchar* name, wchar separator) {
+    wstring path(ViewOf(folder));
+    if (!path.ends_with(separator)) path += separator;
+    return ToString(path += ViewOf(name));
+}
+
+CString WithoutSeparator(const wchar* folder, wchar separator) {
+    TView view = ViewOf(folder);
+    if (view.size() > 1 && view.ends_with(separator)) view.remove_suffix(1);
+    return ToString(view);
 }
 
 CString GetName(const wchar* path) {

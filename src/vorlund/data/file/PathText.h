@@ -1,5 +1,5 @@
 // The rules of paths as text: pure functions that look at no file system and raise nothing but
-// std::bad_alloc. Separators are "/"; a name is what stands between two of them.
+// std::bad_alloc. Where no separator is given it is "/"; a name is what is between two of them.
 #pragma once
 
 #include <vorlund/String.h>
@@ -11,6 +11,12 @@ CString WithForwardSlashes(const wchar* path);
 
 /// The same, ending in "/".
 CString AsFolder(const wchar* path);
+
+/// The path of `name` in `folder`, with one `separator` between them.
+CString Join(const wchar* folder, const wchar* name, wchar separator);
+
+/// `folder` without the `separator` that it may end in; a root stays one.
+CString WithoutSeparator(const wchar* folder, wchar separator);
 
 /// What follows the last "/"; all of `path` without one.
 CString GetName(const wchar* path);

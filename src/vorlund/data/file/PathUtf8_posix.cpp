@@ -1,3 +1,4 @@
+#include "vorlund/api/text/Utf8.h"
 #include "vorlund/data/file/PathCodec_posix.h"
 
 #include <vorlund/Path.h>
@@ -5,12 +6,6 @@
 namespace vorlund {
 namespace {
 
-constexpr bool IsHighSurrogate(wchar unit) {
-    return (unit & 0xFC00) == 0xD800;
-}
-constexpr bool IsLowSurrogate(wchar unit) {
-    return (unit & 0xFC00) == 0xDC00;
-}
 constexpr bool IsEscapedByte(wchar unit) {
     return unit >= 0xDC80 && unit <= 0xDCFF;
 }

@@ -9,26 +9,26 @@ constexpr const wchar* kFile = VRL_L("src/vorlund/data/filters/AudioPcmChannelNu
 constexpr const wchar* kRead = VRL_L("vorlund::CAudioPcmChannelNumberConverter::Read");
 constexpr const wchar* kNotConnected = VRL_L("Stream is not connected");
 
-constexpr TPcmConverterFailures kFailures{
-    .seekNotConnected{VRL_L("vorlund::CAudioPcmChannelNumberConverter::Seek"), kFile, 465, kNotConnected},
-    .tellNotConnected{VRL_L("vorlund::CAudioPcmChannelNumberConverter::Tell"), kFile, 473, kNotConnected},
-    .flushNotConnected{VRL_L("vorlund::CAudioPcmChannelNumberConverter::Flush"), kFile, 487, kNotConnected},
-    .getLengthNotConnected{VRL_L("vorlund::CAudioPcmChannelNumberConverter::GetLength"), kFile, 497,
-                           kNotConnected},
-    .readNoBuffer{kRead, kFile, 505, VRL_L("buffer is NULL")},
-    .readNotConnected{kRead, kFile, 507, kNotConnected},
-    .readNoSample{kRead, kFile, 542, VRL_L("sample is NULL")},
-    .readSample{kRead, kFile, 543, VRL_L("Media samples are not supported")},
-    .skipNotConnected{VRL_L("vorlund::CAudioPcmChannelNumberConverter::Skip"), kFile, 549, kNotConnected},
-    .unsupportedFormat{VRL_L("vorlund::CAudioPcmChannelNumberConverter::Connect"), kFile, 566,
-                       VRL_L("Unsupported data format after decoding")},
-};
 constexpr TFailure kBadNumber{VRL_L("vorlund::CAudioPcmChannelNumberConverter::SetNumChannels"), kFile, 593,
                               VRL_L("Channel amount must be 1, 2 or 6")};
 
 } // namespace
 
-CAudioPcmChannelNumberConverter::CAudioPcmChannelNumberConverter() : CPcmConverterImpl(kFailures) {}
+constexpr TPcmConverterFailures kAudioPcmChannelNumberConverterFailures{
+    {
+        .seekNotConnected{VRL_L("vorlund::CAudioPcmChannelNumberConverter::Seek"), kFile, 465, kNotConnected},
+        .tellNotConnected{VRL_L("vorlund::CAudioPcmChannelNumberConverter::Tell"), kFile, 473, kNotConnected},
+        .flushNotConnected{VRL_L("vorlund::CAudioPcmChannelNumberConverter::Flush"), kFile, 487,
+                           kNotConnected},
+        .readNoBuffer{kRead, kFile, 505, VRL_L("buffer is NULL")},
+        .readNotConnected{kRead, kFile, 507, kNotConnected},
+        .readNoSample{kRead, kFile, 542, VRL_L("sample is NULL")},
+        .readSample{kRead, kFile, 543, VRL_L("Media samples are not supported")},
+        .skipNotConnected{VRL_L("vorlund::CAudioPcmChannelNumberConverter::Skip"), kFile, 549, kNotConnected},
+    },
+    {VRL_L("vorlund::CAudioPcmChannelNumberConverter::GetLength"), kFile, 497, kNotConnected},
+    {VRL_L("vorlund::CAudioPcmChannelNumberConverter::Connect"), kFile, 566,
+     VRL_L("Unsupported data format after decoding")}};
 
 void CAudioPcmChannelNumberConverter::SetNumChannels(std::uint32_t count) {
     if (count != 1 && count != 2 && count != 6) Raise<CInvalidParameterException>(kBadNumber);
@@ -46,8 +46,8 @@ void CAudioPcmChannelNumberConverter::OnConnected() {
 
 void CAudioPcmChannelNumberConverter::ChooseStep() {
     ratio_ = {input_.channels, format_.channels};
-    const pcm::TMix mix = pcm::FindMix(input_.channels, format_.channels, format_.sampleFormat);
-    // Kept on purpose: a full step need not end with a whole frame, and the input then stands inside one.
+    const pcm::TRoutine mix = pcm::FindMix(input_.channels, format_.channels, format_.sampleFormat);
+    // Kept for callers: a full step need not end with a whole frame; the input is then inside one.
     step_ = mix ? pcm::CStep(mix, input_.GetBlockSize(), format_.GetBlockSize(), ratio_, 1, 1) : pcm::CStep();
 }
 

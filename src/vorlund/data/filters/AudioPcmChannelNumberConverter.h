@@ -10,12 +10,13 @@
 
 namespace vorlund {
 
+extern const TPcmConverterFailures kAudioPcmChannelNumberConverterFailures;
+
 /// Chooses its routine when it is connected and whenever it gets another target.
-class CAudioPcmChannelNumberConverter : public CPcmConverterImpl<IAudioPcmChannelNumberConverter> {
+class CAudioPcmChannelNumberConverter
+    : public CPcmConverterImpl<IAudioPcmChannelNumberConverter, kAudioPcmChannelNumberConverterFailures> {
 public:
     static constexpr CId ClassId = classid::CAudioPcmChannelNumberConverter;
-
-    CAudioPcmChannelNumberConverter();
 
     void SetNumChannels(std::uint32_t count) override;
 

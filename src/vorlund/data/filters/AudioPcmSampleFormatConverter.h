@@ -10,12 +10,13 @@
 
 namespace vorlund {
 
+extern const TPcmConverterFailures kAudioPcmSampleFormatConverterFailures;
+
 /// Chooses its routine when it is connected.
-class CAudioPcmSampleFormatConverter : public CPcmConverterImpl<IAudioPcmSampleFormatConverter> {
+class CAudioPcmSampleFormatConverter
+    : public CPcmConverterImpl<IAudioPcmSampleFormatConverter, kAudioPcmSampleFormatConverterFailures> {
 public:
     static constexpr CId ClassId = classid::CAudioPcmSampleFormatConverter;
-
-    CAudioPcmSampleFormatConverter();
 
     IAudioPcmSampleFormatConverter* SetSampleFormat(std::uint32_t sampleFormat) override;
 

@@ -3,28 +3,19 @@
 namespace vorlund::pcm {
 namespace {
 
-constexpr const TConversionSet* kSets[] = {
-    &kScalarConversions,
-#if defined(__SSE2__)
-    &kSse2Conversions,
-    &kAvx2Conversions,
-#endif
-};
+constexpr const TConversionSet* kSets[] = {&kScalarConversions,
+                                           VRL_X86_SETS(&kSse2Conversions, &kAvx2Conversions)};
 
 } // namespace
 
-std::span<const TConversionSet* const> GetConversionSets() {
+TKernelSets<TConversionSet> GetConversionSets() {
     return kSets;
 }
 
-TConversion FindConversion(std::uint32_t from, std::uint32_t to) {
+TRoutine FindConversion(std::uint32_t from, std::uint32_t to) {
     if (from >= kFormatCount || to >= kFormatCount) return nullptr;
-    TConversion conversion = nullptr;
-    for (const TConversionSet* set : kSets) {
-        const TConversion own = set->routines[from][to];
-        if (own && set->isSupported()) conversion = own;
-    }
-    return conversion;
+    return FindFastestRoutine(GetConversionSets(),
+                              [=](const TConversionSet& set) { return set.routines[from][to]; });
 }
 
 } // namespace vorlund::pcm

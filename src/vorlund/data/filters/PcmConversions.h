@@ -14,39 +14,27 @@
 /// does not fit one, and NaN, counts as -2^31 on every system; that is what the conversion instructions of
 /// x86 give. Nothing is clipped.
 ///
-/// The routines take any alignment, touch nothing but `count` whole samples, and do not expect source and
-/// destination to overlap. They do not raise and may be called from any thread. Every set gives the same
-/// bits.
+/// Units are samples. Every set gives the same bits.
 #pragma once
 
-#include <cstddef>
+#include "vorlund/data/filters/PcmBlocks.h"
+
 #include <cstdint>
-#include <span>
 
 namespace vorlund::pcm {
 
-/// Converts `count` samples.
-using TConversion = void (*)(void* destination, const void* source, std::size_t count);
-
 /// The routine for these `TSampleFormat` codes, from the fastest set that the processor supports; null where
 /// bytes pass through unchanged: for equal codes, and for codes outside 0..3.
-TConversion FindConversion(std::uint32_t from, std::uint32_t to);
+TRoutine FindConversion(std::uint32_t from, std::uint32_t to);
 
 // ---- the sets behind it, for tests and benchmarks
 
 inline constexpr std::size_t kFormatCount = 4;
 
-/// Routines made for one kind of processor. Null stands where the set before it is not beaten.
-struct TConversionSet {
-    const char* name;
-    bool (*isSupported)();
-    /// By the code of the source, then by that of the destination; null on the diagonal.
-    TConversion routines[kFormatCount][kFormatCount];
-};
+/// Routines by the code of the source, then by that of the destination; null on the diagonal.
+using TConversionSet = TKernelSet<TRoutine[kFormatCount][kFormatCount]>;
 
-/// All sets of this build, the reference first, the fastest last; the first one is complete and always
-/// supported.
-std::span<const TConversionSet* const> GetConversionSets();
+TKernelSets<TConversionSet> GetConversionSets();
 
 /// The arithmetic as it is written above.
 extern const TConversionSet kScalarConversions;

@@ -12,8 +12,6 @@
 
 #include <immintrin.h>
 
-#define VRL_INLINE [[gnu::always_inline]] inline
-
 namespace vorlund::pcm {
 namespace {
 
@@ -49,19 +47,7 @@ VRL_INLINE __m256i Pack32(__m256i a, __m256i b, __m256i c, __m256i d) {
     return _mm256_permutevar8x32_epi32(packed, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
 }
 
-/// The rounding that the program has chosen.
-struct TAnyMode {};
-
-// A rule converts kSamples samples, kSourceSize bytes each, to kSize bytes each, while a TMode lives.
-
-template <std::size_t samples, std::size_t sourceSize, std::size_t size> struct TSizes {
-    static constexpr std::size_t kSamples = samples;
-    static constexpr std::size_t kSourceSize = sourceSize;
-    static constexpr std::size_t kSize = size;
-    using TMode = TAnyMode;
-};
-
-struct T8To16 : TSizes<32, 1, 2> {
+struct T8To16 : TBlockSizes<32, 1, 2> {
     VRL_INLINE static __m256i Widen(const std::byte* from) {
         const __m256i samples = _mm256_slli_epi16(_mm256_cvtepu8_epi16(LoadLane(from)), 8);
         return _mm256_xor_si256(samples, _mm256_set1_epi16(-32768));
@@ -72,13 +58,13 @@ struct T8To16 : TSizes<32, 1, 2> {
     }
 };
 
-template <bool toFloat> struct T8To32 : TSizes<32, 1, 4> {
+template <bool toFloat> struct T8To32 : TBlockSizes<32, 1, 4> {
     VRL_INLINE static __m256i Finish(__m256i samples) {
         if constexpr (toFloat) return ToFloat<31>(samples);
         return samples;
     }
     VRL_INLINE static void ConvertHalf(std::byte* to, const std::byte* from) {
-        // A byte goes to the top of its four; -1 stands for zero.
+        // A byte goes to the top of its four; -1 gives zero.
         const __m256i first = _mm256_setr_epi8(-1, -1, -1, 0, -1, -1, -1, 1, -1, -1, -1, 2, -1, -1, -1, 3, //
                                                -1, -1, -1, 4, -1, -1, -1, 5, -1, -1, -1, 6, -1, -1, -1, 7);
         const __m256i second =
@@ -94,7 +80,7 @@ template <bool toFloat> struct T8To32 : TSizes<32, 1, 4> {
     }
 };
 
-struct T16To8 : TSizes<32, 2, 1> {
+struct T16To8 : TBlockSizes<32, 2, 1> {
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m256i low = _mm256_srli_epi16(Load(from), 8);
         const __m256i high = _mm256_srli_epi16(Load(from + kVector), 8);
@@ -104,7 +90,7 @@ struct T16To8 : TSizes<32, 2, 1> {
     }
 };
 
-template <bool toFloat> struct T16To32 : TSizes<16, 2, 4> {
+template <bool toFloat> struct T16To32 : TBlockSizes<16, 2, 4> {
     VRL_INLINE static __m256i Widen(const std::byte* from) {
         const __m256i samples = _mm256_cvtepi16_epi32(LoadLane(from));
         if constexpr (toFloat) return ToFloat<15>(samples);
@@ -116,7 +102,7 @@ template <bool toFloat> struct T16To32 : TSizes<16, 2, 4> {
     }
 };
 
-struct T32To8 : TSizes<32, 4, 1> {
+struct T32To8 : TBlockSizes<32, 4, 1> {
     VRL_INLINE static __m256i TopByte(const std::byte* from) { return _mm256_srli_epi32(Load(from), 24); }
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         Store(to, FlipSign8(Pack32(TopByte(from), TopByte(from + kVector), TopByte(from + 2 * kVector),
@@ -124,13 +110,13 @@ struct T32To8 : TSizes<32, 4, 1> {
     }
 };
 
-struct T32To16 : TSizes<16, 4, 2> {
+struct T32To16 : TBlockSizes<16, 4, 2> {
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         Store(to, Pack32(_mm256_srli_epi32(Load(from), 16), _mm256_srli_epi32(Load(from + kVector), 16)));
     }
 };
 
-struct T32ToFloat : TSizes<16, 4, 4> {
+struct T32ToFloat : TBlockSizes<16, 4, 4> {
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         Store(to, ToFloat<31>(Load(from)));
         Store(to + kVector, ToFloat<31>(Load(from + kVector)));
@@ -193,7 +179,7 @@ private:
 };
 
 /// A rule for floats: blocks of four vectors, which `TStore::Store(to, from, scale)` scales and packs.
-template <class TStore, int sampleBits> struct TFloatRule : TSizes<32, 4, sampleBits / 8> {
+template <class TStore, int sampleBits> struct TFloatRule : TBlockSizes<32, 4, sampleBits / 8> {
     using TMode = CRoundTowardZero;
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         // The top bit of the exponent is set from 2 on, in infinities and in NaN.
@@ -237,31 +223,18 @@ struct TFloatTo32 : TFloatRule<TFloatTo32, 32> {
     }
 };
 
-/// Converts block by block. The last block ends with the last sample and may overlap the one before it; what
-/// is shorter than a block is left to the set before this one.
-template <class TRule, std::size_t from, std::size_t to>
-void Convert(void* destination, const void* source, std::size_t count) {
-    if (count < TRule::kSamples) {
-        kSse2Conversions.routines[from][to](destination, source, count);
-        return;
-    }
-    [[maybe_unused]] const typename TRule::TMode mode;
-    auto* const out = static_cast<std::byte*>(destination);
-    const auto* const in = static_cast<const std::byte*>(source);
-    const std::size_t last = count - TRule::kSamples;
-    for (std::size_t at = 0; at < last; at += TRule::kSamples)
-        TRule::Convert(out + at * TRule::kSize, in + at * TRule::kSourceSize);
-    TRule::Convert(out + last * TRule::kSize, in + last * TRule::kSourceSize);
-}
+/// What is shorter than a block is left to the set before this one.
+template <class TBlock, std::size_t from, std::size_t to>
+constexpr TRoutine kConvert = ConvertBlocks<TBlock, kSse2Conversions, from, to>;
 
 } // namespace
 
 constinit const TConversionSet kAvx2Conversions{
     "avx2",
-    [] { return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"); },
-    {{nullptr, Convert<T8To16, 0, 1>, Convert<T8To32<false>, 0, 2>, Convert<T8To32<true>, 0, 3>},
-     {Convert<T16To8, 1, 0>, nullptr, Convert<T16To32<false>, 1, 2>, Convert<T16To32<true>, 1, 3>},
-     {Convert<T32To8, 2, 0>, Convert<T32To16, 2, 1>, nullptr, Convert<T32ToFloat, 2, 3>},
-     {Convert<TFloatTo8, 3, 0>, Convert<TFloatTo16, 3, 1>, Convert<TFloatTo32, 3, 2>, nullptr}}};
+    [] { return HasAvx2(); },
+    {{nullptr, kConvert<T8To16, 0, 1>, kConvert<T8To32<false>, 0, 2>, kConvert<T8To32<true>, 0, 3>},
+     {kConvert<T16To8, 1, 0>, nullptr, kConvert<T16To32<false>, 1, 2>, kConvert<T16To32<true>, 1, 3>},
+     {kConvert<T32To8, 2, 0>, kConvert<T32To16, 2, 1>, nullptr, kConvert<T32ToFloat, 2, 3>},
+     {kConvert<TFloatTo8, 3, 0>, kConvert<TFloatTo16, 3, 1>, kConvert<TFloatTo32, 3, 2>, nullptr}}};
 
 } // namespace vorlund::pcm

@@ -50,7 +50,7 @@ template <> struct TRule<TS16, float> {
     }
 };
 template <> struct TRule<TS32, float> {
-    // Kept on purpose: the factor is not 2^31.
+    // Kept for callers: the factor is not 2^31.
     static TS32 Apply(float s) { return TruncateToInt32(static_cast<double>(s) * 214743648.0); }
 };
 

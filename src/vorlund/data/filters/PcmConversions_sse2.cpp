@@ -6,8 +6,6 @@
 
 #include <emmintrin.h>
 
-#define VRL_INLINE [[gnu::always_inline]] inline
-
 namespace vorlund::pcm {
 namespace {
 
@@ -56,15 +54,7 @@ template <int sampleBits> VRL_INLINE __m128i FromFloat(const std::byte* from) {
                               Scale<sampleBits>(_mm_cvtps_pd(_mm_movehl_ps(samples, samples))));
 }
 
-// A rule converts kSamples samples, kSourceSize bytes each, to kSize bytes each.
-
-template <std::size_t samples, std::size_t sourceSize, std::size_t size> struct TSizes {
-    static constexpr std::size_t kSamples = samples;
-    static constexpr std::size_t kSourceSize = sourceSize;
-    static constexpr std::size_t kSize = size;
-};
-
-struct T8To16 : TSizes<16, 1, 2> {
+struct T8To16 : TBlockSizes<16, 1, 2> {
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128i samples = FlipSign8(Load(from));
         Store(to, WidenLow8(samples));
@@ -72,7 +62,7 @@ struct T8To16 : TSizes<16, 1, 2> {
     }
 };
 
-template <bool toFloat> struct T8To32 : TSizes<16, 1, 4> {
+template <bool toFloat> struct T8To32 : TBlockSizes<16, 1, 4> {
     VRL_INLINE static __m128i Finish(__m128i samples) {
         if constexpr (toFloat) return ToFloat(samples);
         return samples;
@@ -88,7 +78,7 @@ template <bool toFloat> struct T8To32 : TSizes<16, 1, 4> {
     }
 };
 
-struct T16To8 : TSizes<16, 2, 1> {
+struct T16To8 : TBlockSizes<16, 2, 1> {
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128i low = _mm_srli_epi16(Load(from), 8);
         const __m128i high = _mm_srli_epi16(Load(from + kVector), 8);
@@ -96,7 +86,7 @@ struct T16To8 : TSizes<16, 2, 1> {
     }
 };
 
-template <bool toFloat> struct T16To32 : TSizes<8, 2, 4> {
+template <bool toFloat> struct T16To32 : TBlockSizes<8, 2, 4> {
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128i samples = Load(from);
         const __m128i low = WidenLow16(samples);
@@ -106,7 +96,7 @@ template <bool toFloat> struct T16To32 : TSizes<8, 2, 4> {
     }
 };
 
-struct T32To8 : TSizes<16, 4, 1> {
+struct T32To8 : TBlockSizes<16, 4, 1> {
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128i a = _mm_srli_epi32(Load(from), 24);
         const __m128i b = _mm_srli_epi32(Load(from + kVector), 24);
@@ -116,7 +106,7 @@ struct T32To8 : TSizes<16, 4, 1> {
     }
 };
 
-struct T32To16 : TSizes<8, 4, 2> {
+struct T32To16 : TBlockSizes<8, 4, 2> {
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128i low = _mm_srai_epi32(Load(from), 16);
         const __m128i high = _mm_srai_epi32(Load(from + kVector), 16);
@@ -124,14 +114,14 @@ struct T32To16 : TSizes<8, 4, 2> {
     }
 };
 
-struct T32ToFloat : TSizes<8, 4, 4> {
+struct T32ToFloat : TBlockSizes<8, 4, 4> {
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         Store(to, ToFloat(Load(from)));
         Store(to + kVector, ToFloat(Load(from + kVector)));
     }
 };
 
-struct TFloatTo8 : TSizes<16, 4, 1> {
+struct TFloatTo8 : TBlockSizes<16, 4, 1> {
     VRL_INLINE static __m128i LowByte(const std::byte* from) {
         return _mm_and_si128(FromFloat<8>(from), _mm_set1_epi32(0xFF));
     }
@@ -142,7 +132,7 @@ struct TFloatTo8 : TSizes<16, 4, 1> {
     }
 };
 
-struct TFloatTo16 : TSizes<8, 4, 2> {
+struct TFloatTo16 : TBlockSizes<8, 4, 2> {
     /// The low half with its sign, so that the packing finds nothing to clip.
     VRL_INLINE static __m128i LowHalf(const std::byte* from) {
         return _mm_srai_epi32(_mm_slli_epi32(FromFloat<16>(from), 16), 16);
@@ -152,37 +142,24 @@ struct TFloatTo16 : TSizes<8, 4, 2> {
     }
 };
 
-struct TFloatTo32 : TSizes<8, 4, 4> {
+struct TFloatTo32 : TBlockSizes<8, 4, 4> {
     VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         Store(to, FromFloat<32>(from));
         Store(to + kVector, FromFloat<32>(from + kVector));
     }
 };
 
-/// Converts block by block. The last block ends with the last sample and may overlap the one before it; what
-/// is shorter than a block is the reference's.
-template <class TRule, std::size_t from, std::size_t to>
-void Convert(void* destination, const void* source, std::size_t count) {
-    if (count < TRule::kSamples) {
-        kScalarConversions.routines[from][to](destination, source, count);
-        return;
-    }
-    auto* const out = static_cast<std::byte*>(destination);
-    const auto* const in = static_cast<const std::byte*>(source);
-    const std::size_t last = count - TRule::kSamples;
-    for (std::size_t at = 0; at < last; at += TRule::kSamples)
-        TRule::Convert(out + at * TRule::kSize, in + at * TRule::kSourceSize);
-    TRule::Convert(out + last * TRule::kSize, in + last * TRule::kSourceSize);
-}
+template <class TBlock, std::size_t from, std::size_t to>
+constexpr TRoutine kConvert = ConvertBlocks<TBlock, kScalarConversions, from, to>;
 
 } // namespace
 
 constinit const TConversionSet kSse2Conversions{
     "sse2",
     [] { return true; },
-    {{nullptr, Convert<T8To16, 0, 1>, Convert<T8To32<false>, 0, 2>, Convert<T8To32<true>, 0, 3>},
-     {Convert<T16To8, 1, 0>, nullptr, Convert<T16To32<false>, 1, 2>, Convert<T16To32<true>, 1, 3>},
-     {Convert<T32To8, 2, 0>, Convert<T32To16, 2, 1>, nullptr, Convert<T32ToFloat, 2, 3>},
-     {Convert<TFloatTo8, 3, 0>, Convert<TFloatTo16, 3, 1>, Convert<TFloatTo32, 3, 2>, nullptr}}};
+    {{nullptr, kConvert<T8To16, 0, 1>, kConvert<T8To32<false>, 0, 2>, kConvert<T8To32<true>, 0, 3>},
+     {kConvert<T16To8, 1, 0>, nullptr, kConvert<T16To32<false>, 1, 2>, kConvert<T16To32<true>, 1, 3>},
+     {kConvert<T32To8, 2, 0>, kConvert<T32To16, 2, 1>, nullptr, kConvert<T32ToFloat, 2, 3>},
+     {kConvert<TFloatTo8, 3, 0>, kConvert<TFloatTo16, 3, 1>, kConvert<TFloatTo32, 3, 2>, nullptr}}};
 
 } // namespace vorlund::pcm

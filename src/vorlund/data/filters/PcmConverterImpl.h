@@ -1,13 +1,13 @@
 // What the PCM converters share.
 #pragma once
 
+#include "vorlund/data/base/GuardedFilterImpl.h"
 #include "vorlund/data/filters/PcmStep.h"
 
+#include <vorlund/AudioPcmConverters.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
-#include <vorlund/Exception.h>
 #include <vorlund/ObjectServices.h>
-#include <vorlund/StreamFilterImpl.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -17,62 +17,47 @@
 namespace vorlund {
 
 /// What a converter raises, in its own name.
-struct TPcmConverterFailures {
-    TFailure seekNotConnected;
-    TFailure tellNotConnected;
-    TFailure flushNotConnected;
+struct TPcmConverterFailures : TGuardedFilterFailures {
     TFailure getLengthNotConnected;
-    TFailure readNoBuffer;
-    TFailure readNotConnected;
-    TFailure readNoSample;
-    TFailure readSample;
-    TFailure skipNotConnected;
     TFailure unsupportedFormat;
 };
 
 /// A filter over PCM that the codec class store has decoded. The class around it chooses, in `OnConnected`
-/// and whenever its target changes, the ratio of the byte counts and the step of `Read`.
-template <class TInterface> class CPcmConverterImpl : public CInputFilterImpl<TInterface> {
+/// and whenever its target changes, the ratio of the byte counts and the step of `Read`. `kFailures` is a
+/// `TPcmConverterFailures`.
+template <class TInterface, const auto& kFailures>
+class CPcmConverterImpl : public CGuardedFilterImpl<TInterface, kFailures> {
+    using TGuard = CGuardedFilterImpl<TInterface, kFailures>;
+
 public:
     std::int64_t GetLength() override {
-        if (!stream_) Raise<COperationNotSupportedException>(failures_.getLengthNotConnected);
-        return ToOutput(stream_->GetLength());
+        return ToOutput(
+            this->template Connected<COperationNotSupportedException>(kFailures.getLengthNotConnected)
+                .GetLength());
     }
     void Flush() override {
-        if (!stream_) Raise<COperationNotSupportedException>(failures_.flushNotConnected);
-        stream_->Flush();
+        this->template Connected<COperationNotSupportedException>(kFailures.flushNotConnected).Flush();
     }
     void Seek(std::int64_t position) override {
-        if (!stream_) Raise<COperationNotSupportedException>(failures_.seekNotConnected);
-        stream_->Seek(static_cast<std::int64_t>(ratio_.ToInput(static_cast<std::uint64_t>(position))));
+        TGuard::Seek(static_cast<std::int64_t>(ratio_.ToInput(static_cast<std::uint64_t>(position))));
     }
-    std::int64_t Tell() override {
-        if (!stream_) Raise<COperationNotSupportedException>(failures_.tellNotConnected);
-        return ToOutput(stream_->Tell());
-    }
+    std::int64_t Tell() override { return ToOutput(TGuard::Tell()); }
 
     const TDataFormat& GetFormat() override { return format_; }
-    void Read(IMediaSample* sample) override {
-        if (!sample) Raise<CNullPtrException>(failures_.readNoSample);
-        Raise<CInvalidParameterException>(failures_.readSample);
-    }
+    using TGuard::Read;
     std::uint64_t Read(void* buffer, std::uint64_t size) override {
-        if (!buffer) Raise<CNullPtrException>(failures_.readNoBuffer);
-        if (!stream_) Raise<CIOException>(failures_.readNotConnected);
+        IInputStream& stream = this->ForRead(buffer);
         // A stream may claim more than it was asked for, here and below.
-        if (step_.IsPassThrough()) return std::min(stream_->Read(buffer, size), size);
+        if (step_.IsPassThrough()) return std::min(stream.Read(buffer, size), size);
         const std::uint32_t wanted = step_.GetInputSize(size);
         if (wanted == 0) return 0;
-        alignas(32) std::byte scratch[pcm::CStep::kMostInput];
-        const std::uint64_t got = std::min<std::uint64_t>(stream_->Read(scratch, wanted), wanted);
+        alignas(32) std::byte scratch[kMaxPcmConverterInput];
+        const std::uint64_t got = std::min<std::uint64_t>(stream.Read(scratch, wanted), wanted);
         const std::uint32_t produced = step_.GetOutputSize(static_cast<std::uint32_t>(got));
         step_.Convert(buffer, scratch, produced);
         return produced;
     }
-    void Skip(std::uint64_t count) override {
-        if (!stream_) Raise<CIOException>(failures_.skipNotConnected);
-        stream_->Skip(ratio_.ToInput(count));
-    }
+    void Skip(std::uint64_t count) override { TGuard::Skip(ratio_.ToInput(count)); }
 
     void Connect(IInputStream* stream) override {
         // The new reference comes first: this converter may hold the only other one.
@@ -84,7 +69,7 @@ public:
         const TDataFormat& format = input->GetFormat();
         if (format.id != TDataFormat_AudioPcm::FormatId || format.size != sizeof(TDataFormat_AudioPcm)) {
             input.Reset();
-            Raise<CDataFormatException>(failures_.unsupportedFormat);
+            Raise<CDataFormatException>(kFailures.unsupportedFormat);
         }
         input_ = static_cast<const TDataFormat_AudioPcm&>(format);
         stream_ = std::move(input);
@@ -92,13 +77,12 @@ public:
     }
 
 protected:
-    explicit CPcmConverterImpl(const TPcmConverterFailures& failures) : failures_(failures) {}
     ~CPcmConverterImpl() noexcept(false) = default;
 
     /// Takes from `input_` what the converter does not change, and sets `ratio_` and `step_`. Does not raise.
     virtual void OnConnected() = 0;
 
-    using CInputFilterImpl<TInterface>::stream_;
+    using TGuard::stream_;
 
     /// The output.
     TDataFormat_AudioPcm format_{SAMPLE_FORMAT_16BIT, 2, 44100};
@@ -112,8 +96,6 @@ private:
     std::int64_t ToOutput(std::int64_t bytes) const {
         return static_cast<std::int64_t>(ratio_.ToOutput(static_cast<std::uint64_t>(bytes)));
     }
-
-    const TPcmConverterFailures& failures_;
 };
 
 } // namespace vorlund

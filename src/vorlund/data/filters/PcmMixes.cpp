@@ -3,22 +3,16 @@
 namespace vorlund::pcm {
 namespace {
 
-constexpr const TMixSet* kSets[] = {
-    &kScalarMixes,
-#if defined(__SSE2__)
-    &kSse2Mixes,
-    &kAvx2Mixes,
-#endif
-};
+constexpr const TMixSet* kSets[] = {&kScalarMixes, VRL_X86_SETS(&kSse2Mixes, &kAvx2Mixes)};
 
 } // namespace
 
-std::span<const TMixSet* const> GetMixSets() {
+TKernelSets<TMixSet> GetMixSets() {
     return kSets;
 }
 
-TMix FindMix(const TMixSet& set, std::uint32_t inputChannels, std::uint32_t outputChannels,
-             std::uint32_t sampleSizeCode) {
+TRoutine FindMix(const TMixSet& set, std::uint32_t inputChannels, std::uint32_t outputChannels,
+                 std::uint32_t sampleSizeCode) {
     if (sampleSizeCode >= kMixFormatCount) return nullptr;
     for (std::size_t pair = 0; pair < kMixPairCount; ++pair) {
         if (kMixPairs[pair].inputChannels != inputChannels) continue;
@@ -27,13 +21,10 @@ TMix FindMix(const TMixSet& set, std::uint32_t inputChannels, std::uint32_t outp
     return nullptr;
 }
 
-TMix FindMix(std::uint32_t inputChannels, std::uint32_t outputChannels, std::uint32_t sampleSizeCode) {
-    TMix mix = nullptr;
-    for (const TMixSet* set : kSets) {
-        if (!set->isSupported()) continue;
-        if (const TMix own = FindMix(*set, inputChannels, outputChannels, sampleSizeCode)) mix = own;
-    }
-    return mix;
+TRoutine FindMix(std::uint32_t inputChannels, std::uint32_t outputChannels, std::uint32_t sampleSizeCode) {
+    return FindFastestRoutine(GetMixSets(), [=](const TMixSet& set) {
+        return FindMix(set, inputChannels, outputChannels, sampleSizeCode);
+    });
 }
 
 } // namespace vorlund::pcm

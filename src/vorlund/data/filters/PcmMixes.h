@@ -14,26 +14,20 @@
 /// Integer divisions round toward zero, those of 8-bit samples on the unsigned byte, so that six silent bytes
 /// 0x80 become 0x7E. Float terms are divided and added, from left to right, in double precision, and the sum
 /// is rounded to float once. A sum that is not a number is some quiet NaN; sets may differ in its sign and
-/// payload, and in nothing else.
-///
-/// The routines take any alignment, touch nothing but `frames` whole frames, and do not expect source and
-/// destination to overlap. They do not raise and may be called from any thread.
+/// payload, and in nothing else. Units are frames.
 #pragma once
 
-#include <cstddef>
+#include "vorlund/data/filters/PcmBlocks.h"
+
 #include <cstdint>
 #include <iterator>
-#include <span>
 
 namespace vorlund::pcm {
-
-/// Mixes `frames` frames.
-using TMix = void (*)(void* destination, const void* source, std::size_t frames);
 
 /// The routine for these channel numbers and this sample-size code, from the fastest set that the processor
 /// supports; null where bytes pass through unchanged: for equal numbers, for numbers other than 1, 2 and 6,
 /// and for codes outside 0..3.
-TMix FindMix(std::uint32_t inputChannels, std::uint32_t outputChannels, std::uint32_t sampleSizeCode);
+TRoutine FindMix(std::uint32_t inputChannels, std::uint32_t outputChannels, std::uint32_t sampleSizeCode);
 
 // ---- the sets behind it, for tests and benchmarks
 
@@ -46,21 +40,14 @@ inline constexpr TMixPair kMixPairs[] = {{1, 2}, {1, 6}, {2, 1}, {2, 6}, {6, 1},
 inline constexpr std::size_t kMixPairCount = std::size(kMixPairs);
 inline constexpr std::size_t kMixFormatCount = 4;
 
-/// Routines made for one kind of processor. Null stands where the set before it is not beaten.
-struct TMixSet {
-    const char* name;
-    bool (*isSupported)();
-    /// By pair, then by sample-size code.
-    TMix routines[kMixPairCount][kMixFormatCount];
-};
+/// Routines by pair, then by sample-size code.
+using TMixSet = TKernelSet<TRoutine[kMixPairCount][kMixFormatCount]>;
 
-/// All sets of this build, the reference first, the fastest last; the first one is complete and always
-/// supported.
-std::span<const TMixSet* const> GetMixSets();
+TKernelSets<TMixSet> GetMixSets();
 
 /// As `FindMix`, from one set; also null where the set has no routine of its own.
-TMix FindMix(const TMixSet& set, std::uint32_t inputChannels, std::uint32_t outputChannels,
-             std::uint32_t sampleSizeCode);
+TRoutine FindMix(const TMixSet& set, std::uint32_t inputChannels, std::uint32_t outputChannels,
+                 std::uint32_t sampleSizeCode);
 
 extern const TMixSet kScalarMixes;
 /// Only in builds for x86.

@@ -3,11 +3,9 @@
 //
 // A vector has two lanes of 16 bytes that most instructions keep apart. Each lane works on a stretch of
 // frames of its own, chosen so that the results come out in order.
-#include "vorlund/data/filters/PcmMixBlocks.h"
+#include "vorlund/data/filters/PcmMixes.h"
 
 #include <immintrin.h>
-
-#define VRL_INLINE [[gnu::always_inline]] inline
 
 namespace vorlund::pcm {
 namespace {
@@ -15,19 +13,19 @@ namespace {
 constexpr std::size_t kLane = 16;
 constexpr std::size_t kVector = 2 * kLane;
 
-VRL_INLINE __m128i LoadLane(const std::uint8_t* from) {
+VRL_INLINE __m128i LoadLane(const std::byte* from) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
 }
-VRL_INLINE __m256i LoadLanes(const std::uint8_t* low, const std::uint8_t* high) {
+VRL_INLINE __m256i LoadLanes(const std::byte* low, const std::byte* high) {
     return _mm256_inserti128_si256(_mm256_castsi128_si256(LoadLane(low)), LoadLane(high), 1);
 }
-VRL_INLINE __m256i LoadBoth(const std::uint8_t* from) {
+VRL_INLINE __m256i LoadBoth(const std::byte* from) {
     return _mm256_broadcastsi128_si256(LoadLane(from));
 }
 VRL_INLINE __m256i LoadTable(const std::uint8_t* table) {
     return _mm256_load_si256(reinterpret_cast<const __m256i*>(table));
 }
-VRL_INLINE void Store(std::uint8_t* to, __m256i value) {
+VRL_INLINE void Store(std::byte* to, __m256i value) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), value);
 }
 VRL_INLINE __m256 AsFloat(__m256i value) {
@@ -40,8 +38,8 @@ VRL_INLINE __m256i AsInteger(__m256 value) {
 // ---- to more channels: bytes that move
 
 /// Every vector of results comes from a window of 16 bytes by one shuffle.
-template <std::size_t size, std::size_t inputs, std::size_t outputs> struct TSpread {
-    static constexpr std::size_t kFrames = kLane / size;
+template <std::size_t size, std::size_t inputs, std::size_t outputs>
+struct TSpread : TBlockSizes<kLane / size, inputs * size, outputs * size> {
     static constexpr std::size_t kVectors = outputs / 2;
     /// Marks a byte without a source.
     static constexpr std::uint8_t kNone = 0x80;
@@ -79,7 +77,7 @@ template <std::size_t size, std::size_t inputs, std::size_t outputs> struct TSpr
         return table;
     }();
 
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         for (std::size_t i = 0; i < kVectors; ++i) {
             const __m256i shuffle = LoadTable(kTable.shuffle[i]);
             __m256i result = _mm256_shuffle_epi8(LoadBoth(from + kTable.window[i]), shuffle);
@@ -145,10 +143,8 @@ template <std::size_t size> VRL_INLINE __m256i Narrow(__m256i low, __m256i high)
     return _mm256_add_epi32(AsInteger(left), AsInteger(right));
 }
 
-template <std::size_t size> struct TStereoToMono {
-    static constexpr std::size_t kFrames = 2 * kLane / size;
-
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+template <std::size_t size> struct TStereoToMono : TBlockSizes<2 * kLane / size, 2 * size, size> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m256i low = LoadLanes(from, from + 2 * kLane);
         const __m256i high = LoadLanes(from + kLane, from + 3 * kLane);
         Store(to, Narrow<size>(AddNeighbours<size>(Divide<size, 2>(low)),
@@ -157,7 +153,7 @@ template <std::size_t size> struct TStereoToMono {
 };
 
 /// A 6-channel frame is three pairs; three vectors of whole frames hold them as A B C A B C ... By blending,
-/// all A (B, C) come into one vector, though in a turned order: that of frame i stands at 3i (3i + 1, 3i + 2)
+/// all A (B, C) come into one vector, though in a rotated order: that of frame i is at 3i (3i + 1, 3i + 2)
 /// modulo the pairs of a lane.
 template <std::size_t pairSize> struct TPairs {
     static constexpr std::size_t kCount = kLane / pairSize;
@@ -200,16 +196,14 @@ template <std::size_t pairSize> struct TPairs {
     }
 };
 
-template <std::size_t size> struct TSixToMono {
-    static constexpr std::size_t kFrames = 2 * kLane / size;
-
+template <std::size_t size> struct TSixToMono : TBlockSizes<2 * kLane / size, 6 * size, size> {
     /// The sums of the frames in the three vectors whose lanes begin at `from` and 96 bytes behind. For
     /// 32-bit samples two sums each, of the even and the odd channels.
-    VRL_INLINE static __m256i AddFrames(const std::uint8_t* from) {
+    VRL_INLINE static __m256i AddFrames(const std::byte* from) {
         using TPair = TPairs<2 * size>;
         __m256i parts[3];
         for (std::size_t i = 0; i < 3; ++i) {
-            const std::uint8_t* const lane = from + i * kLane;
+            const std::byte* const lane = from + i * kLane;
             parts[i] = AddNeighbours<size>(Divide<size, 6>(LoadLanes(lane, lane + 6 * kLane)));
         }
         const __m256i first = TPair::template Order<0>(TPair::template Blend<0>(parts));
@@ -218,19 +212,17 @@ template <std::size_t size> struct TSixToMono {
         // No sum of 8-bit samples exceeds a byte, so one kind of addition serves them all.
         return _mm256_add_epi32(_mm256_add_epi32(first, second), third);
     }
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         Store(to, Narrow<size>(AddFrames(from), AddFrames(from + 3 * kLane)));
     }
 };
 
-template <std::size_t size> struct TSixToStereo {
-    static constexpr std::size_t kFrames = kLane / size;
-
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+template <std::size_t size> struct TSixToStereo : TBlockSizes<kLane / size, 6 * size, 2 * size> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         using TPair = TPairs<2 * size>;
         __m256i parts[3];
         for (std::size_t i = 0; i < 3; ++i) {
-            const std::uint8_t* const lane = from + i * kLane;
+            const std::byte* const lane = from + i * kLane;
             parts[i] = Divide<size, 4>(LoadLanes(lane, lane + 3 * kLane));
         }
         const __m256i front = TPair::template Order<0>(TPair::template Blend<0>(parts));
@@ -243,9 +235,7 @@ template <std::size_t size> struct TSixToStereo {
 
 // ---- floats to fewer channels
 
-struct TFloatStereoToMono {
-    static constexpr std::size_t kFrames = 16;
-
+struct TFloatStereoToMono : TBlockSizes<16, 8, 4> {
     struct TChannels {
         __m256 left, right;
         VRL_INLINE __m256 Add() const { return _mm256_add_ps(left, right); }
@@ -253,13 +243,13 @@ struct TFloatStereoToMono {
     };
     VRL_INLINE static __m256 Halve(__m256 values) { return _mm256_mul_ps(values, _mm256_set1_ps(0.5F)); }
     /// Eight frames, in each lane first two of the first half and then two of the second.
-    VRL_INLINE static TChannels LoadChannels(const std::uint8_t* from) {
+    VRL_INLINE static TChannels LoadChannels(const std::byte* from) {
         const __m256 low = _mm256_loadu_ps(reinterpret_cast<const float*>(from));
         const __m256 high = _mm256_loadu_ps(reinterpret_cast<const float*>(from + kVector));
         return {_mm256_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)),
                 _mm256_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))};
     }
-    VRL_INLINE static void StoreInOrder(std::uint8_t* to, __m256 values) {
+    VRL_INLINE static void StoreInOrder(std::byte* to, __m256 values) {
         Store(to, _mm256_permute4x64_epi64(AsInteger(values), _MM_SHUFFLE(3, 1, 2, 0)));
     }
 
@@ -267,7 +257,7 @@ struct TFloatStereoToMono {
     /// twice the digits of a float, so rounding twice changes no sum of two floats, and where halving is not
     /// exact the sum was. Only a sum beyond the range of floats needs its terms halved first, and then a term
     /// that loses a digit by it is too small to count.
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const TChannels first = LoadChannels(from);
         const TChannels second = LoadChannels(from + 2 * kVector);
         __m256 low = first.Add();
@@ -299,11 +289,11 @@ struct TTwoFrames {
     __m256d front, middle, rear;
 };
 
-VRL_INLINE __m256d LoadFour(const std::uint8_t* from) {
+VRL_INLINE __m256d LoadFour(const std::byte* from) {
     return _mm256_cvtps_pd(_mm_castsi128_ps(LoadLane(from)));
 }
 
-template <class TTerm> VRL_INLINE TTwoFrames LoadTwoFrames(const std::uint8_t* from, TTerm term) {
+template <class TTerm> VRL_INLINE TTwoFrames LoadTwoFrames(const std::byte* from, TTerm term) {
     const __m256d low = term(LoadFour(from));
     const __m256d across = term(LoadFour(from + kLane));
     const __m256d high = term(LoadFour(from + 2 * kLane));
@@ -312,7 +302,7 @@ template <class TTerm> VRL_INLINE TTwoFrames LoadTwoFrames(const std::uint8_t* f
 }
 
 /// The quotient by 6 of a double that was a float. A sixth is the sum of two doubles, the second 2^-54 of the
-/// first. Beyond the 53 digits of a double, a sixth of a 24-digit number goes on with 0101..., 1010... or
+/// first. Beyond the 53 digits of a double, a sixth of a 24-digit number continues with 0101..., 1010... or
 /// nothing, always far from the half of a unit, so the tiny error of the second product never turns a
 /// rounding: the result is the correctly rounded quotient, and the same as that of a division.
 struct TSixth {
@@ -322,10 +312,8 @@ struct TSixth {
     }
 };
 
-struct TFloatSixToMono {
-    static constexpr std::size_t kFrames = 4;
-
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+struct TFloatSixToMono : TBlockSizes<4, 24, 4> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const TTwoFrames a = LoadTwoFrames(from, TSixth{});
         const TTwoFrames b = LoadTwoFrames(from + 3 * kLane, TSixth{});
         // Frames 0, 2, 1, 3.
@@ -340,12 +328,10 @@ struct TFloatSixToMono {
     }
 };
 
-struct TFloatSixToStereo {
-    static constexpr std::size_t kFrames = 4;
-
+struct TFloatSixToStereo : TBlockSizes<4, 24, 8> {
     /// A power of two divides the sum as well as its terms: no double made of floats comes near the ends of
     /// its range.
-    VRL_INLINE static __m128 MixTwo(const std::uint8_t* from) {
+    VRL_INLINE static __m128 MixTwo(const std::byte* from) {
         struct TSame {
             VRL_INLINE __m256d operator()(__m256d value) const { return value; }
         };
@@ -355,11 +341,14 @@ struct TFloatSixToStereo {
         sum = _mm256_add_pd(sum, in.rear);
         return _mm256_cvtpd_ps(_mm256_mul_pd(sum, _mm256_set1_pd(0.25)));
     }
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         _mm_storeu_ps(reinterpret_cast<float*>(to), MixTwo(from));
         _mm_storeu_ps(reinterpret_cast<float*>(to + kLane), MixTwo(from + 3 * kLane));
     }
 };
+
+template <class TBlock, std::size_t pair, std::size_t format>
+constexpr TRoutine kMix = ConvertBlocks<TBlock, kScalarMixes, pair, format>;
 
 } // namespace
 
@@ -367,16 +356,16 @@ struct TFloatSixToStereo {
 // ones.
 constinit const TMixSet kAvx2Mixes{
     "avx2",
-    [] { return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"); },
-    {{MixBlocks<TSpread<1, 1, 2>, 0, 0>, MixBlocks<TSpread<2, 1, 2>, 0, 1>, MixBlocks<TSpread<4, 1, 2>, 0, 2>,
-      MixBlocks<TSpread<4, 1, 2>, 0, 3>},
-     {MixBlocks<TSpread<1, 1, 6>, 1, 0>, MixBlocks<TSpread<2, 1, 6>, 1, 1>, nullptr, nullptr},
-     {MixBlocks<TStereoToMono<1>, 2, 0>, MixBlocks<TStereoToMono<2>, 2, 1>, MixBlocks<TStereoToMono<4>, 2, 2>,
-      MixBlocks<TFloatStereoToMono, 2, 3>},
-     {MixBlocks<TSpread<1, 2, 6>, 3, 0>, MixBlocks<TSpread<2, 2, 6>, 3, 1>, nullptr, nullptr},
-     {MixBlocks<TSixToMono<1>, 4, 0>, MixBlocks<TSixToMono<2>, 4, 1>, MixBlocks<TSixToMono<4>, 4, 2>,
-      MixBlocks<TFloatSixToMono, 4, 3>},
-     {MixBlocks<TSixToStereo<1>, 5, 0>, MixBlocks<TSixToStereo<2>, 5, 1>, MixBlocks<TSixToStereo<4>, 5, 2>,
-      MixBlocks<TFloatSixToStereo, 5, 3>}}};
+    [] { return HasAvx2(); },
+    {{kMix<TSpread<1, 1, 2>, 0, 0>, kMix<TSpread<2, 1, 2>, 0, 1>, kMix<TSpread<4, 1, 2>, 0, 2>,
+      kMix<TSpread<4, 1, 2>, 0, 3>},
+     {kMix<TSpread<1, 1, 6>, 1, 0>, kMix<TSpread<2, 1, 6>, 1, 1>, nullptr, nullptr},
+     {kMix<TStereoToMono<1>, 2, 0>, kMix<TStereoToMono<2>, 2, 1>, kMix<TStereoToMono<4>, 2, 2>,
+      kMix<TFloatStereoToMono, 2, 3>},
+     {kMix<TSpread<1, 2, 6>, 3, 0>, kMix<TSpread<2, 2, 6>, 3, 1>, nullptr, nullptr},
+     {kMix<TSixToMono<1>, 4, 0>, kMix<TSixToMono<2>, 4, 1>, kMix<TSixToMono<4>, 4, 2>,
+      kMix<TFloatSixToMono, 4, 3>},
+     {kMix<TSixToStereo<1>, 5, 0>, kMix<TSixToStereo<2>, 5, 1>, kMix<TSixToStereo<4>, 5, 2>,
+      kMix<TFloatSixToStereo, 5, 3>}}};
 
 } // namespace vorlund::pcm

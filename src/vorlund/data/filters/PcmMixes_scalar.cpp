@@ -71,14 +71,14 @@ template <> struct TRule<2, 6> {
 
 template <> struct TRule<6, 1> {
     template <class TSample> static void Mix(std::uint8_t* to, const std::uint8_t* from) {
-        // Kept on purpose: six silent bytes 0x80 give 0x7E.
+        // Kept for callers: six silent bytes 0x80 give 0x7E.
         Store(to, 0, Sum<TSample>(6, from, {0, 1, 2, 3, 4, 5}));
     }
 };
 
 template <> struct TRule<6, 2> {
     template <class TSample> static void Mix(std::uint8_t* to, const std::uint8_t* from) {
-        // Kept on purpose: the low-frequency channel weighs as much as the others.
+        // Kept for callers: the low-frequency channel weighs as much as the others.
         Store(to, 0, Sum<TSample>(4, from, {0, 2, 3, 4}));
         Store(to, 1, Sum<TSample>(4, from, {1, 2, 3, 5}));
     }

@@ -1,19 +1,17 @@
 // Mixes for SSE2, where they beat the plain loops. The arithmetic is explained in PcmMixes_avx2.cpp.
-#include "vorlund/data/filters/PcmMixBlocks.h"
+#include "vorlund/data/filters/PcmMixes.h"
 
 #include <emmintrin.h>
-
-#define VRL_INLINE [[gnu::always_inline]] inline
 
 namespace vorlund::pcm {
 namespace {
 
 constexpr std::size_t kVector = 16;
 
-VRL_INLINE __m128i Load(const std::uint8_t* from) {
+VRL_INLINE __m128i Load(const std::byte* from) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
 }
-VRL_INLINE void Store(std::uint8_t* to, __m128i value) {
+VRL_INLINE void Store(std::byte* to, __m128i value) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to), value);
 }
 VRL_INLINE __m128 AsFloat(__m128i value) {
@@ -30,10 +28,8 @@ template <int a, int b, int c, int d> VRL_INLINE __m128i Shuffle(__m128i left, _
 
 // ---- to more channels
 
-template <std::size_t size> struct TMonoToStereo {
-    static constexpr std::size_t kFrames = kVector / size;
-
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+template <std::size_t size> struct TMonoToStereo : TBlockSizes<kVector / size, size, 2 * size> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128i in = Load(from);
         if constexpr (size == 1) {
             Store(to, _mm_unpacklo_epi8(in, in));
@@ -48,10 +44,8 @@ template <std::size_t size> struct TMonoToStereo {
     }
 };
 
-struct TWideMonoToSix {
-    static constexpr std::size_t kFrames = 4;
-
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+struct TWideMonoToSix : TBlockSizes<4, 4, 24> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128i in = Load(from);
         Store(to, Shuffle<0, 0, 0, 0>(in, in));
         Store(to + kVector, Shuffle<0, 0, 1, 1>(in, in));
@@ -62,10 +56,8 @@ struct TWideMonoToSix {
     }
 };
 
-struct TWideStereoToSix {
-    static constexpr std::size_t kFrames = 2;
-
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+struct TWideStereoToSix : TBlockSizes<2, 8, 24> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128i in = Load(from);
         const __m128i zero = _mm_setzero_si128();
         Store(to, _mm_unpacklo_epi64(in, zero));
@@ -102,10 +94,8 @@ VRL_INLINE __m128i AddNeighbours16(__m128i samples) {
     return _mm_madd_epi16(samples, _mm_set1_epi16(1));
 }
 
-template <std::size_t size> struct TStereoToMono {
-    static constexpr std::size_t kFrames = kVector / size;
-
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+template <std::size_t size> struct TStereoToMono : TBlockSizes<kVector / size, 2 * size, size> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128i low = Divide<size, 2>(Load(from));
         const __m128i high = Divide<size, 2>(Load(from + kVector));
         if constexpr (size == 1) {
@@ -161,15 +151,13 @@ VRL_INLINE __m128i WidenHigh8(__m128i bytes) {
     return _mm_unpackhi_epi8(bytes, _mm_setzero_si128());
 }
 
-struct TSixToMono8 {
-    static constexpr std::size_t kFrames = 8;
-
+struct TSixToMono8 : TBlockSizes<8, 6, 1> {
     VRL_INLINE static __m128i AddSixths(__m128i bytes) {
         const __m128i sixth = _mm_set1_epi16(10923);
         return _mm_add_epi16(_mm_mulhi_epu16(EvenBytes(bytes), sixth),
                              _mm_mulhi_epu16(OddBytes(bytes), sixth));
     }
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128i a = AddSixths(Load(from));
         const __m128i b = AddSixths(Load(from + kVector));
         const __m128i c = AddSixths(Load(from + 2 * kVector));
@@ -180,27 +168,23 @@ struct TSixToMono8 {
     }
 };
 
-struct TSixToMono16 {
-    static constexpr std::size_t kFrames = 8;
-
-    VRL_INLINE static __m128i AddSixths(const std::uint8_t* from) {
+struct TSixToMono16 : TBlockSizes<8, 12, 2> {
+    VRL_INLINE static __m128i AddSixths(const std::byte* from) {
         const __m128i samples = Load(from);
         const __m128i floor = _mm_mulhi_epi16(samples, _mm_set1_epi16(10923));
         return AddNeighbours16(_mm_add_epi16(floor, _mm_srli_epi16(samples, 15)));
     }
-    VRL_INLINE static __m128i AddFour(const std::uint8_t* from) {
+    VRL_INLINE static __m128i AddFour(const std::byte* from) {
         return TPairs::Of32(AddSixths(from), AddSixths(from + kVector), AddSixths(from + 2 * kVector))
             .Add32();
     }
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         Store(to, _mm_packs_epi32(AddFour(from), AddFour(from + 3 * kVector)));
     }
 };
 
-template <std::size_t size> struct TSixToStereo {
-    static constexpr std::size_t kFrames = 8 / size;
-
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+template <std::size_t size> struct TSixToStereo : TBlockSizes<8 / size, 6 * size, 2 * size> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128i a = Divide<size, 4>(Load(from));
         const __m128i b = Divide<size, 4>(Load(from + kVector));
         const __m128i c = Divide<size, 4>(Load(from + 2 * kVector));
@@ -218,10 +202,8 @@ template <std::size_t size> struct TSixToStereo {
 
 // ---- floats to fewer channels
 
-struct TFloatStereoToMono {
-    static constexpr std::size_t kFrames = 4;
-
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+struct TFloatStereoToMono : TBlockSizes<4, 8, 4> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128 half = _mm_set1_ps(0.5F);
         const __m128i low = Load(from);
         const __m128i high = Load(from + kVector);
@@ -241,7 +223,7 @@ struct TFloatStereoToMono {
 };
 
 /// Two neighbouring channels in double precision.
-VRL_INLINE __m128d LoadTwo(const std::uint8_t* from) {
+VRL_INLINE __m128d LoadTwo(const std::byte* from) {
     return _mm_cvtps_pd(AsFloat(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(from))));
 }
 
@@ -252,11 +234,10 @@ VRL_INLINE __m128d DivideBySix(__m128d value) {
     return _mm_add_pd(most, _mm_mul_pd(value, _mm_set1_pd(0x1.5555555555555p-33)));
 }
 
-struct TFloatSixToMono {
-    static constexpr std::size_t kFrames = 2;
+struct TFloatSixToMono : TBlockSizes<2, 24, 4> {
     static constexpr std::size_t kPair = 8;
 
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         __m128d sum{};
         for (std::size_t pair = 0; pair < 3; ++pair) {
             const __m128d first = DivideBySix(LoadTwo(from + pair * kPair));
@@ -269,10 +250,8 @@ struct TFloatSixToMono {
     }
 };
 
-struct TFloatSixToStereo {
-    static constexpr std::size_t kFrames = 1;
-
-    VRL_INLINE static void Mix(std::uint8_t* to, const std::uint8_t* from) {
+struct TFloatSixToStereo : TBlockSizes<1, 24, 8> {
+    VRL_INLINE static void Convert(std::byte* to, const std::byte* from) {
         const __m128d middle = LoadTwo(from + 8);
         __m128d sum = _mm_add_pd(LoadTwo(from), _mm_unpacklo_pd(middle, middle));
         sum = _mm_add_pd(sum, _mm_unpackhi_pd(middle, middle));
@@ -282,19 +261,22 @@ struct TFloatSixToStereo {
     }
 };
 
+template <class TBlock, std::size_t pair, std::size_t format>
+constexpr TRoutine kMix = ConvertBlocks<TBlock, kScalarMixes, pair, format>;
+
 } // namespace
 
 constinit const TMixSet kSse2Mixes{
     "sse2",
     [] { return true; },
-    {{MixBlocks<TMonoToStereo<1>, 0, 0>, MixBlocks<TMonoToStereo<2>, 0, 1>, MixBlocks<TMonoToStereo<4>, 0, 2>,
-      MixBlocks<TMonoToStereo<4>, 0, 3>},
-     {nullptr, nullptr, MixBlocks<TWideMonoToSix, 1, 2>, MixBlocks<TWideMonoToSix, 1, 3>},
-     {MixBlocks<TStereoToMono<1>, 2, 0>, MixBlocks<TStereoToMono<2>, 2, 1>, MixBlocks<TStereoToMono<4>, 2, 2>,
-      MixBlocks<TFloatStereoToMono, 2, 3>},
-     {nullptr, nullptr, MixBlocks<TWideStereoToSix, 3, 2>, MixBlocks<TWideStereoToSix, 3, 3>},
-     {MixBlocks<TSixToMono8, 4, 0>, MixBlocks<TSixToMono16, 4, 1>, nullptr, MixBlocks<TFloatSixToMono, 4, 3>},
-     {MixBlocks<TSixToStereo<1>, 5, 0>, MixBlocks<TSixToStereo<2>, 5, 1>, MixBlocks<TSixToStereo<4>, 5, 2>,
-      MixBlocks<TFloatSixToStereo, 5, 3>}}};
+    {{kMix<TMonoToStereo<1>, 0, 0>, kMix<TMonoToStereo<2>, 0, 1>, kMix<TMonoToStereo<4>, 0, 2>,
+      kMix<TMonoToStereo<4>, 0, 3>},
+     {nullptr, nullptr, kMix<TWideMonoToSix, 1, 2>, kMix<TWideMonoToSix, 1, 3>},
+     {kMix<TStereoToMono<1>, 2, 0>, kMix<TStereoToMono<2>, 2, 1>, kMix<TStereoToMono<4>, 2, 2>,
+      kMix<TFloatStereoToMono, 2, 3>},
+     {nullptr, nullptr, kMix<TWideStereoToSix, 3, 2>, kMix<TWideStereoToSix, 3, 3>},
+     {kMix<TSixToMono8, 4, 0>, kMix<TSixToMono16, 4, 1>, nullptr, kMix<TFloatSixToMono, 4, 3>},
+     {kMix<TSixToStereo<1>, 5, 0>, kMix<TSixToStereo<2>, 5, 1>, kMix<TSixToStereo<4>, 5, 2>,
+      kMix<TFloatSixToStereo, 5, 3>}}};
 
 } // namespace vorlund::pcm

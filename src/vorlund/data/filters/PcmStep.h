@@ -1,14 +1,14 @@
 // The arithmetic of one Read of a PCM converter.
 #pragma once
 
+#include "vorlund/data/filters/PcmBlocks.h"
+
+#include <vorlund/AudioPcmConverters.h>
+
 #include <algorithm>
-#include <cstddef>
 #include <cstdint>
 
 namespace vorlund::pcm {
-
-/// Converts `count` units, which are samples or frames, from `source` to `destination`.
-using TRoutine = void (*)(void* destination, const void* source, std::size_t count);
 
 /// How byte counts of the input become byte counts of the output.
 struct TRatio {
@@ -25,9 +25,6 @@ struct TRatio {
 /// systems.
 class CStep {
 public:
-    /// The most bytes that one step reads.
-    static constexpr std::uint32_t kMostInput = 1024;
-
     /// Hands bytes through.
     CStep() = default;
     /// \param routine     null hands bytes through
@@ -46,16 +43,17 @@ public:
 
     bool IsPassThrough() const { return !routine_; }
 
-    /// The bytes to read for `size` bytes of output: those of its whole frames, but at most `kMostInput`.
+    /// The bytes to read for `size` bytes of output: those of its whole frames, but at most
+    /// `kMaxPcmConverterInput`.
     std::uint32_t GetInputSize(std::uint64_t size) const {
-        // An input frame is then more than kMostInput bytes, too.
-        if (isLarge_) return size >= outputFrame_ ? kMostInput : 0;
+        // An input frame is then more than kMaxPcmConverterInput bytes, too.
+        if (isLarge_) return size >= outputFrame_ ? kMaxPcmConverterInput : 0;
         if (smallOutputFrame_ == 0) return 0;
         const auto enough = static_cast<std::uint32_t>(std::min<std::uint64_t>(size, kEnough));
-        return std::min(enough / smallOutputFrame_ * smallInputFrame_, kMostInput);
+        return std::min(enough / smallOutputFrame_ * smallInputFrame_, kMaxPcmConverterInput);
     }
 
-    /// What `inputSize` bytes become. Kept on purpose: a partial frame at the end counts here although it is
+    /// What `inputSize` bytes become. Kept for callers: a partial frame at the end counts here although it is
     /// not converted.
     std::uint32_t GetOutputSize(std::uint32_t inputSize) const {
         return (inputSize & grainMask_) * ratio_.output / ratio_.input;
@@ -69,10 +67,10 @@ public:
     }
 
 private:
-    /// From this size of output on, the input is always kMostInput bytes as long as a frame is not larger
-    /// than half of it: more than the other half is whole frames, and a sixth of that is enough.
+    /// From this size of output on, the input is always kMaxPcmConverterInput bytes as long as a frame is not
+    /// larger than half of it: more than the other half is whole frames, and a sixth of that is enough.
     static constexpr std::uint32_t kEnough = 16 * 1024;
-    static_assert(kEnough / 2 / 6 > kMostInput);
+    static_assert(kEnough / 2 / 6 > kMaxPcmConverterInput);
 
     TRoutine routine_ = nullptr;
     TRatio ratio_{1, 1};

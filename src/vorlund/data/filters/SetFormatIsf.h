@@ -2,30 +2,31 @@
 #pragma once
 
 #include "vorlund/data/base/FormatRecord.h"
+#include "vorlund/data/base/GuardedFilterImpl.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/SetFormatIsf.h>
-#include <vorlund/StreamFilterImpl.h>
 
 #include <cstdint>
 
 namespace vorlund {
 
+/// What the filter raises.
+struct TSetFormatIsfFailures : TGuardedFilterFailures {
+    TFailure getLengthNotConnected;
+};
+extern const TSetFormatIsfFailures kSetFormatIsfFailures;
+
 /// Hands everything on except the format.
-class CSetFormatIsf : public CInputFilterImpl<ISetFormatIsf> {
+class CSetFormatIsf : public CGuardedFilterImpl<ISetFormatIsf, kSetFormatIsfFailures> {
 public:
     static constexpr CId ClassId = classid::CSetFormatIsf;
 
     void Close() override;
     std::int64_t GetLength() override;
     void Flush() override;
-    void Seek(std::int64_t position) override;
-    std::int64_t Tell() override;
 
     const TDataFormat& GetFormat() override { return format_.Get(); }
-    void Read(IMediaSample* sample) override;
-    std::uint64_t Read(void* buffer, std::uint64_t size) override;
-    void Skip(std::uint64_t count) override;
 
     void SetFormat(const TDataFormat* format) override;
 

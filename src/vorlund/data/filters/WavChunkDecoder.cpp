@@ -1,11 +1,10 @@
 #include "vorlund/data/filters/WavChunkDecoder.h"
 
 #include "vorlund/api/objects/CreateOrRaise.h"
-#include "vorlund/data/filters/LittleEndian.h"
-#include "vorlund/data/filters/ReadWhole.h"
 
-#include <vorlund/Exception.h>
+#include <vorlund/DecoderSupport.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/StringObject.h>
 
 #include <algorithm>
 #include <cstring>
@@ -20,15 +19,6 @@ constexpr const wchar* kRead = VRL_L("vorlund::CWavChunkDecoder::Read");
 constexpr const wchar* kSelectChunk = VRL_L("vorlund::CWavChunkDecoder::SelectChunk");
 constexpr const wchar* kNotConnected = VRL_L("Stream is not connected");
 
-// Kept on purpose: what is raised for an unconnected stream differs by operation.
-constexpr TFailure kSeekNotConnected{VRL_L("vorlund::CWavChunkDecoder::Seek"), kFile, 161, kNotConnected};
-constexpr TFailure kTellNotConnected{VRL_L("vorlund::CWavChunkDecoder::Tell"), kFile, 178, kNotConnected};
-constexpr TFailure kFlushNotConnected{VRL_L("vorlund::CWavChunkDecoder::Flush"), kFile, 190, kNotConnected};
-constexpr TFailure kReadNoBuffer{kRead, kFile, 207, VRL_L("buffer is NULL")};
-constexpr TFailure kReadNotConnected{kRead, kFile, 209, kNotConnected};
-constexpr TFailure kReadNoSample{kRead, kFile, 225, VRL_L("sample is NULL")};
-constexpr TFailure kReadSample{kRead, kFile, 226, VRL_L("Media samples are not supported")};
-constexpr TFailure kSkipNotConnected{VRL_L("vorlund::CWavChunkDecoder::Skip"), kFile, 232, kNotConnected};
 constexpr TFailure kSeekUnsupported{kConnect, kFile, 244, VRL_L("Seek unsupported")};
 constexpr TFailure kTellUnsupported{kConnect, kFile, 247, VRL_L("Tell unsupported")};
 constexpr TFailure kInvalidHeader{kConnect, kFile, 256, VRL_L("Invalid header")};
@@ -42,6 +32,18 @@ constexpr std::size_t kWordSize = 4;
 
 } // namespace
 
+// Kept for callers: what is raised for an unconnected stream differs by operation.
+constexpr TGuardedFilterFailures kWavChunkDecoderFailures{
+    .seekNotConnected{VRL_L("vorlund::CWavChunkDecoder::Seek"), kFile, 161, kNotConnected},
+    .tellNotConnected{VRL_L("vorlund::CWavChunkDecoder::Tell"), kFile, 178, kNotConnected},
+    .flushNotConnected{VRL_L("vorlund::CWavChunkDecoder::Flush"), kFile, 190, kNotConnected},
+    .readNoBuffer{kRead, kFile, 207, VRL_L("buffer is NULL")},
+    .readNotConnected{kRead, kFile, 209, kNotConnected},
+    .readNoSample{kRead, kFile, 225, VRL_L("sample is NULL")},
+    .readSample{kRead, kFile, 226, VRL_L("Media samples are not supported")},
+    .skipNotConnected{VRL_L("vorlund::CWavChunkDecoder::Skip"), kFile, 232, kNotConnected},
+};
+
 std::uint32_t CWavChunkDecoder::GetCapabilities() {
     if (!stream_) return 0;
     return stream_->GetCapabilities() | STREAM_CAPABILITY_SEEK | STREAM_CAPABILITY_TELL |
@@ -53,23 +55,22 @@ std::int64_t CWavChunkDecoder::GetLength() {
 }
 
 void CWavChunkDecoder::Flush() {
-    if (!stream_) Raise<COperationNotSupportedException>(kFlushNotConnected);
-    stream_->Flush();
+    Connected<COperationNotSupportedException>(kWavChunkDecoderFailures.flushNotConnected).Flush();
 }
 
 void CWavChunkDecoder::Seek(std::int64_t position) {
-    if (!stream_) Raise<COperationNotSupportedException>(kSeekNotConnected);
+    IInputStream& stream = ForSeek();
     std::uint64_t target = 0;
     if (current_) {
         // A negative position is a huge one here, so it too ends at the end of the chunk.
         target = std::min(static_cast<std::uint64_t>(position), current_->size);
-        stream_->Seek(current_->dataOffset + static_cast<std::int64_t>(target));
+        stream.Seek(current_->dataOffset + static_cast<std::int64_t>(target));
     }
     position_ = target;
 }
 
 std::int64_t CWavChunkDecoder::Tell() {
-    if (!stream_) Raise<COperationNotSupportedException>(kTellNotConnected);
+    ForTell();
     return static_cast<std::int64_t>(position_);
 }
 
@@ -77,25 +78,18 @@ bool CWavChunkDecoder::Eof() {
     return !current_ || position_ >= current_->size;
 }
 
-void CWavChunkDecoder::Read(IMediaSample* sample) {
-    if (!sample) Raise<CNullPtrException>(kReadNoSample);
-    Raise<CInvalidParameterException>(kReadSample);
-}
-
 std::uint64_t CWavChunkDecoder::Read(void* buffer, std::uint64_t size) {
-    if (!buffer) Raise<CNullPtrException>(kReadNoBuffer);
-    if (!stream_) Raise<CIOException>(kReadNotConnected);
+    IInputStream& stream = ForRead(buffer);
     const std::uint64_t wanted = Clamp(size);
     if (wanted == 0) return 0;
-    const std::uint64_t count = stream_->Read(buffer, wanted);
+    const std::uint64_t count = stream.Read(buffer, wanted);
     position_ += count;
     return count;
 }
 
 void CWavChunkDecoder::Skip(std::uint64_t count) {
-    if (!stream_) Raise<CIOException>(kSkipNotConnected);
-    // Kept on purpose: only the connected stream moves, the position in the chunk does not.
-    stream_->Skip(Clamp(count));
+    // Kept for callers: only the connected stream moves, the position in the chunk does not.
+    CGuardedFilterImpl::Skip(Clamp(count));
 }
 
 void CWavChunkDecoder::Connect(IInputStream* stream) {
@@ -161,7 +155,7 @@ bool CWavChunkDecoder::ReadFileHeader() {
     } catch (const CIOException&) {
         return false;
     }
-    // Between the two stands the size of the file, which many writers leave wrong: it is not looked at.
+    // Between the two is the size of the file, which many writers leave wrong: nothing reads it.
     return std::memcmp(header, "RIFF", kWordSize) == 0 && std::memcmp(header + 8, "WAVE", kWordSize) == 0;
 }
 
@@ -173,7 +167,7 @@ void CWavChunkDecoder::IndexChunks() {
     while (ReadWhole(*stream_, id, sizeof id) && ReadWhole(*stream_, size, sizeof size)) {
         const std::uint32_t dataSize = LoadLittleEndian32(size);
         chunks_.Append(id, stream_->Tell(), dataSize);
-        // Kept on purpose: no pad byte follows a chunk of odd size.
+        // Kept for callers: no pad byte follows a chunk of odd size.
         stream_->Skip(dataSize);
     }
 }

@@ -1,10 +1,10 @@
 // The reader of one chunk of a RIFF/WAVE file.
 #pragma once
 
+#include "vorlund/data/base/GuardedFilterImpl.h"
 #include "vorlund/data/filters/WavChunkTable.h"
 
 #include <vorlund/ClassIds.h>
-#include <vorlund/StreamFilterImpl.h>
 #include <vorlund/WavDecoder.h>
 
 #include <cstdint>
@@ -12,9 +12,11 @@
 
 namespace vorlund {
 
+extern const TGuardedFilterFailures kWavChunkDecoderFailures;
+
 /// Indexes the file when it is connected, then shows the selected chunk as a stream of its own. The table and
 /// the selection belong to the connection: they are empty while there is none.
-class CWavChunkDecoder : public CInputFilterImpl<IWavChunkDecoder> {
+class CWavChunkDecoder : public CGuardedFilterImpl<IWavChunkDecoder, kWavChunkDecoderFailures> {
 public:
     static constexpr CId ClassId = classid::CWavChunkDecoder;
 
@@ -25,7 +27,7 @@ public:
     std::int64_t Tell() override;
 
     bool Eof() override;
-    void Read(IMediaSample* sample) override;
+    using CGuardedFilterImpl::Read;
     std::uint64_t Read(void* buffer, std::uint64_t size) override;
     void Skip(std::uint64_t count) override;
 

@@ -7,11 +7,10 @@ namespace {
 
 constexpr std::size_t kIdLength = 4;
 
-/// A table of up to this many chunks keeps its few blocks: giving them back costs more than they do.
-constexpr std::size_t kSmallTable = 1000;
+/// A table of up to this many chunks keeps its blocks: giving back so few costs more than it saves.
+constexpr std::size_t kMaxKeptChunks = 1000;
 
-/// The id bytes with the zero that `CString` needs behind them. Widening them, sign included, is its
-/// business.
+/// The id bytes with the zero that `CString` needs behind them; `CString` widens them, sign included.
 struct TIdText {
     explicit TIdText(const char* id) { std::copy_n(id, kIdLength, text); }
     char text[kIdLength + 1] = {};
@@ -34,7 +33,7 @@ void CWavChunkTable::Append(const std::uint8_t* id, std::int64_t dataOffset, std
 }
 
 std::optional<TWavChunkInfo> CWavChunkTable::Find(const wchar* id) const {
-    // A long text is not measured once per record.
+    // Otherwise each comparison would measure the whole text.
     if (IsTooLong(id)) return {};
     const CString wanted(id);
     for (const TRecord& record : records_) {
@@ -44,13 +43,13 @@ std::optional<TWavChunkInfo> CWavChunkTable::Find(const wchar* id) const {
 }
 
 void CWavChunkTable::Clear() {
-    const bool isLarge = records_.size() > kSmallTable;
+    const bool isLarge = records_.size() > kMaxKeptChunks;
     records_.clear();
     if (isLarge) records_.shrink_to_fit();
 }
 
 TWavChunkInfo CWavChunkTable::Describe(const TRecord& record) {
-    // Kept on purpose: the offset is the low 32 bits, with their sign.
+    // Kept for callers: the offset is the low 32 bits, with their sign.
     return {TIdText(record.id).text, static_cast<std::int32_t>(record.dataOffset), record.size};
 }
 

@@ -13,7 +13,7 @@ namespace vorlund {
 /// The chunks of one file in file order, duplicates included.
 ///
 /// A chunk takes at least the eight bytes of its head, and a hostile file holds nothing else. So a record is
-/// the twelve bytes that tell chunks apart, and the records stand in blocks: growing copies none of them, and
+/// the twelve bytes that tell chunks apart, and the records are in blocks: growing copies none of them, and
 /// the table stays below twice the size of any file. `TWavChunkInfo` is made when somebody asks.
 class CWavChunkTable {
 public:

@@ -1,9 +1,9 @@
 #include "vorlund/data/filters/WavDecoder.h"
 
 #include "vorlund/api/objects/CreateOrRaise.h"
-#include "vorlund/data/filters/LittleEndian.h"
-#include "vorlund/data/filters/ReadWhole.h"
+#include "vorlund/data/base/FilterConnection.h"
 
+#include <vorlund/DecoderSupport.h>
 #include <vorlund/Exception.h>
 
 #include <exception>
@@ -17,7 +17,7 @@ constexpr const wchar* kConnect = VRL_L("vorlund::CWavDecoder::Connect");
 constexpr TFailure kNoFmtChunk{kConnect, kFile, 129, VRL_L("Cannot find fmt chunk")};
 constexpr TFailure kShortFmtChunk{kConnect, kFile, 134, VRL_L("Invalid fmt chunk size")};
 constexpr TFailure kUnsupportedFormat{kConnect, kFile, 138, VRL_L("Unsupported wave format")};
-// Kept on purpose: the misspelling here and the trailing blank below are what callers compare.
+// Kept for callers, who compare texts: the misspelling here and the trailing blank below.
 constexpr TFailure kUnsupportedBits{kConnect, kFile, 142, VRL_L("Usupported bits per sample")};
 constexpr TFailure kNoDataChunk{kConnect, kFile, 151, VRL_L("Cannot find data chunk ")};
 constexpr TFailure kNoChunkDecoder{VRL_L("vorlund::CWavDecoder::CreateChunks"), kFile, 61,
@@ -35,15 +35,11 @@ constexpr std::uint16_t kIntegerPcm = 1;
 
 CWavDecoder::~CWavDecoder() noexcept(false) {
     if (!chunks_) return;
-    if (std::uncaught_exceptions() == 0) {
+    // A second exception in flight would end the process.
+    if (std::uncaught_exceptions() > 0)
+        DisconnectQuietly(*chunks_);
+    else
         chunks_->Disconnect();
-        return;
-    }
-    try {
-        chunks_->Disconnect();
-    } catch (...) {
-        // A second exception in flight would end the process.
-    }
 }
 
 void CWavDecoder::Connect(IInputStream* stream) {
@@ -54,7 +50,7 @@ void CWavDecoder::Connect(IInputStream* stream) {
         ReadFormat();
         SelectChunk(VRL_L("data"), kNoDataChunk);
     } catch (...) {
-        // Mostly a `CIOException` from below; whatever it is, a failed connection leaves nothing connected.
+        // Usually a `CIOException` of the stream; after any failure, nothing stays connected.
         chunks.Disconnect();
         throw;
     }
@@ -71,7 +67,7 @@ void CWavDecoder::ReadFormat() {
     const std::uint16_t bitsPerSample = LoadLittleEndian16(record + kBitsPerSampleAt);
     if (bitsPerSample != 8 && bitsPerSample != 16) Refuse(kUnsupportedBits);
 
-    // Channels and rate are not judged: even 0 is passed on.
+    // Channels and rate are not checked: even 0 is passed on.
     format_.channels = LoadLittleEndian16(record + kChannelsAt);
     format_.samplesPerSec = LoadLittleEndian32(record + kSamplesPerSecAt);
     format_.sampleFormat = bitsPerSample == 8 ? SAMPLE_FORMAT_8BIT : SAMPLE_FORMAT_16BIT;

@@ -8,7 +8,9 @@ constexpr const wchar* kSeek = VRL_L("vorlund::CAppendingRos::Seek");
 constexpr const wchar* kWrite = VRL_L("vorlund::CAppendingRos::Write");
 constexpr const wchar* kNoResource = VRL_L("No resource bound");
 
-constexpr TResourceOsFailures kFailures{
+} // namespace
+
+constexpr TResourceOsFailures kAppendingRosFailures{
     .lengthUnbound = {VRL_L("vorlund::CAppendingRos::GetLength"), kFile, 70, kNoResource},
     .flushUnsupported = {VRL_L("vorlund::CAppendingRos::Flush"), kFile, 78, VRL_L("Flush unsupported")},
     .seekUnbound = {kSeek, kFile, 85, kNoResource},
@@ -18,9 +20,5 @@ constexpr TResourceOsFailures kFailures{
     .writeUnbound = {kWrite, kFile, 112, kNoResource},
     .writeOutOfMemory = {kWrite, kFile, 118, VRL_L("malloc failed")},
 };
-
-} // namespace
-
-CAppendingRos::CAppendingRos() : CResourceOsImpl(kFailures, TWritePlace::End) {}
 
 } // namespace vorlund

@@ -7,11 +7,11 @@
 
 namespace vorlund {
 
-class CAppendingRos : public CResourceOsImpl<IAppendingRos> {
+extern const TResourceOsFailures kAppendingRosFailures;
+
+class CAppendingRos : public CResourceOsImpl<IAppendingRos, TWritePlace::End, kAppendingRosFailures> {
 public:
     static constexpr CId ClassId = classid::CAppendingRos;
-
-    CAppendingRos();
 };
 
 } // namespace vorlund

@@ -7,7 +7,7 @@
 namespace vorlund {
 namespace {
 
-/// Less than this is not worth a copy.
+/// Saving less than this is not worth a copy.
 constexpr std::uint64_t kMuch = 4096;
 constexpr std::uint64_t kFirstCapacity = 64;
 

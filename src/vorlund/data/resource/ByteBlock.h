@@ -8,8 +8,7 @@
 
 namespace vorlund {
 
-/// Owns uninitialised bytes, or none. Nothing here raises: memory that is not to be had leaves what was
-/// there.
+/// Owns uninitialised bytes, or none. Nothing here raises: without the memory the block stays as it was.
 class CByteBlock {
 public:
     /// The most bytes of a block; more are refused as if there were no memory for them.
@@ -30,11 +29,11 @@ public:
 
     /// Makes room for `needed` bytes, of which the first `used` are kept; at least doubles the block, so that
     /// bytes are copied a constant number of times on average. Returns false when there is no memory.
-    /// \param former  takes over the block that was replaced: what is to be written may stand in it
+    /// \param former  takes over the block that was replaced, because the caller's data may be part of it
     bool Grow(std::uint64_t used, std::uint64_t needed, CByteBlock& former);
 
-    /// Gives back what lies behind the first `used` bytes, if that is much and if there is memory to do it;
-    /// without used bytes all of them.
+    /// Gives back the memory behind the first `used` bytes where that is much, and all of it when `used` is
+    /// 0. Copies into a smaller block, so without memory for that the block stays as it was.
     void Trim(std::uint64_t used);
 
     /// Null when there are no bytes.

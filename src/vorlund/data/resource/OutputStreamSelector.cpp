@@ -18,7 +18,7 @@ constexpr TFailure kNothingToEncode{VRL_L("vorlund::COutputStreamSelector::Encod
 
 } // namespace
 
-// Kept on purpose: null is accepted, unlike in the input selector, and shows when it is used.
+// Kept for callers: null is accepted, unlike in the input selector, and raises only when it is used.
 COutputStreamSelector::COutputStreamSelector(IOutputStream* stream)
     : stream_(CRefPtr<IOutputStream>::Share(stream).Detach()) {}
 

@@ -4,6 +4,7 @@
 #include "vorlund/data/resource/Resource.h"
 
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/data/base/FilterConnection.h"
 #include "vorlund/data/resource/ResourceLock.h"
 
 #include <vorlund/StreamFilter.h>
@@ -34,37 +35,6 @@ constexpr TFailure kFormatLocked{kSetFormat, kFile, 325, kFormatIsLocked};
 /// What a filter is given room for beyond the bytes that go in, so that the end is seen without growing.
 constexpr std::uint64_t kSpare = 4096;
 
-/// A filter connected to a stream, and disconnected at the end in any case.
-class CConnection {
-public:
-    CConnection(IInputStreamFilter& filter, IInputStream* stream) : filter_(&filter) {
-        try {
-            filter.Connect(stream);
-        } catch (...) {
-            // Filters that refuse should be unconnected; this one may hold the stream all the same.
-            DisconnectQuietly();
-            throw;
-        }
-    }
-    CConnection(const CConnection&) = delete;
-    CConnection& operator=(const CConnection&) = delete;
-    ~CConnection() { DisconnectQuietly(); }
-
-    void Disconnect() { std::exchange(filter_, nullptr)->Disconnect(); }
-
-private:
-    void DisconnectQuietly() {
-        if (!filter_) return;
-        try {
-            filter_->Disconnect();
-        } catch (...) {
-            // Another exception is on its way; this one has been reported when it was built.
-        }
-    }
-
-    IInputStreamFilter* filter_;
-};
-
 /// Reads once into the free part of a block; the number of bytes added, 0 at the end. A stream may claim more
 /// than it was asked for.
 std::uint64_t ReadOnce(IInputStream& stream, const CByteBlock& block, std::uint64_t filled,
@@ -79,7 +49,7 @@ void CResource::ApplyFilter(IInputStreamFilter* filter) {
     if (!filter) Raise<CNullPtrException>(kFilterIsNull);
     const auto input = CreateOrRaise<IResourceIs>(classid::CResourceIs, kNoInputStream);
     input->SetResource(this);
-    CConnection connection(*filter, input.Get());
+    CFilterConnection connection(*filter, input.Get());
 
     CByteBlock filtered;
     if (!filtered.Allocate(GetFilterRoom())) Raise<COutOfMemoryException>(kFilterOutOfMemory);
@@ -135,7 +105,7 @@ void CResource::Fill(IInputStream& stream) {
         data_ = std::move(block);
         size_ = length;
     } catch (const COperationNotSupportedException&) {
-        // Kept on purpose: a stream that does not know its length leaves the resource empty, without a word.
+        // Kept for callers: a stream that does not know its length leaves the resource empty, silently.
     }
 }
 
@@ -164,14 +134,14 @@ void CResource::SetFormat(const TDataFormat* format) {
 void CResource::SetSize(std::uint64_t size) {
     size_ = 0;
     data_.Allocate(0);
-    // Kept on purpose: without the memory, the size stands and there are no data.
+    // Kept for callers: without the memory the resource has that size, and no data.
     size_ = size;
     data_.Allocate(size);
 }
 
 void CResource::Unlock() {
     const int mode = lock_.GetLockMode();
-    // Kept on purpose: other values lock for writing too, but are not counted.
+    // Kept for callers: other values lock for writing too, but are not counted.
     if (mode == LOCK_MODE_WRITE || mode == 2) ++modificationCount_;
     lock_.Unlock();
 }

@@ -1,6 +1,8 @@
 #include "vorlund/data/resource/ResourceIs.h"
 
+#include "vorlund/data/base/NoMediaSamples.h"
 #include "vorlund/data/resource/ResourceLock.h"
+#include "vorlund/data/resource/ResourceReference.h"
 
 #include <vorlund/Exception.h>
 
@@ -59,8 +61,7 @@ const TDataFormat& CResourceIs::GetFormat() {
 }
 
 void CResourceIs::Read(IMediaSample* sample) {
-    if (!sample) Raise<CNullPtrException>(kSampleIsNull);
-    Raise<CInvalidParameterException>(kNoMediaSamples);
+    RefuseMediaSample(sample, kSampleIsNull, kNoMediaSamples);
 }
 
 std::uint64_t CResourceIs::Read(void* buffer, std::uint64_t size) {
@@ -68,7 +69,7 @@ std::uint64_t CResourceIs::Read(void* buffer, std::uint64_t size) {
     if (!resource_) Raise<CIOException>(kReadUnbound);
     if (position_ >= resource_->GetSize()) return 0;
     const CResourceLock lock(*resource_, LOCK_MODE_READ);
-    // Asked for again: a writer may have been at work.
+    // Asked for again under the lock: a writer may have changed it.
     const std::uint64_t length = lock.GetSize();
     if (position_ >= length) return 0;
     const std::uint64_t count = std::min(size, length - position_);
@@ -84,10 +85,7 @@ void CResourceIs::Skip(std::uint64_t count) {
 }
 
 void CResourceIs::SetResource(IResource* resource) {
-    // The new reference comes first: the former resource may be the same.
-    auto next = CRefPtr<IResource>::Share(resource);
-    resource_.Reset();
-    resource_ = std::move(next);
+    Rebind(resource_, resource);
 }
 
 } // namespace vorlund

@@ -8,7 +8,9 @@ constexpr const wchar* kSeek = VRL_L("vorlund::CResourceOs::Seek");
 constexpr const wchar* kWrite = VRL_L("vorlund::CResourceOs::Write");
 constexpr const wchar* kNoResource = VRL_L("No resource bound");
 
-constexpr TResourceOsFailures kFailures{
+} // namespace
+
+constexpr TResourceOsFailures kResourceOsFailures{
     .lengthUnbound = {VRL_L("vorlund::CResourceOs::GetLength"), kFile, 71, kNoResource},
     .flushUnsupported = {VRL_L("vorlund::CResourceOs::Flush"), kFile, 79, VRL_L("Flush unsupported")},
     .seekUnbound = {kSeek, kFile, 86, kNoResource},
@@ -18,9 +20,5 @@ constexpr TResourceOsFailures kFailures{
     .writeUnbound = {kWrite, kFile, 113, kNoResource},
     .writeOutOfMemory = {kWrite, kFile, 121, VRL_L("malloc failed")},
 };
-
-} // namespace
-
-CResourceOs::CResourceOs() : CResourceOsImpl(kFailures, TWritePlace::Position) {}
 
 } // namespace vorlund

@@ -7,11 +7,11 @@
 
 namespace vorlund {
 
-class CResourceOs : public CResourceOsImpl<IResourceOs> {
+extern const TResourceOsFailures kResourceOsFailures;
+
+class CResourceOs : public CResourceOsImpl<IResourceOs, TWritePlace::Position, kResourceOsFailures> {
 public:
     static constexpr CId ClassId = classid::CResourceOs;
-
-    CResourceOs();
 };
 
 } // namespace vorlund

@@ -24,8 +24,9 @@ struct TResourceOsFailures {
 /// Where the writes of a stream go.
 enum class TWritePlace { Position, End };
 
-/// An output stream bound to a resource.
-template <class TInterface> class CResourceOsImpl : public COutputStreamImpl<TInterface> {
+/// An output stream bound to a resource. `kFailures` is a `TResourceOsFailures`.
+template <class TInterface, TWritePlace kPlace, const auto& kFailures>
+class CResourceOsImpl : public COutputStreamImpl<TInterface> {
 public:
     void Close() override {
         position_ = 0;
@@ -35,17 +36,17 @@ public:
         return resource_ ? STREAM_CAPABILITY_SEEK | STREAM_CAPABILITY_TELL | STREAM_CAPABILITY_WRITE : 0;
     }
     std::int64_t GetLength() override {
-        if (!resource_) Raise<COperationNotSupportedException>(failures_.lengthUnbound);
+        if (!resource_) Raise<COperationNotSupportedException>(kFailures.lengthUnbound);
         return static_cast<std::int64_t>(resource_->GetSize());
     }
-    void Flush() override { Raise<COperationNotSupportedException>(failures_.flushUnsupported); }
+    void Flush() override { Raise<COperationNotSupportedException>(kFailures.flushUnsupported); }
     void Seek(std::int64_t position) override {
-        if (position < 0) Raise<CInvalidParameterException>(failures_.seekNegative);
-        if (!resource_) Raise<COperationNotSupportedException>(failures_.seekUnbound);
+        if (position < 0) Raise<CInvalidParameterException>(kFailures.seekNegative);
+        if (!resource_) Raise<COperationNotSupportedException>(kFailures.seekUnbound);
         position_ = static_cast<std::uint64_t>(position);
     }
     std::int64_t Tell() override {
-        if (!resource_) Raise<COperationNotSupportedException>(failures_.tellUnbound);
+        if (!resource_) Raise<COperationNotSupportedException>(kFailures.tellUnbound);
         return static_cast<std::int64_t>(position_);
     }
 
@@ -53,26 +54,22 @@ public:
         if (resource_) resource_->SetFormat(format);
     }
     void Write(const void* buffer, std::uint64_t size) override {
-        if (!buffer && size > 0) Raise<CNullPtrException>(failures_.writeNull);
-        if (!resource_) Raise<CIOException>(failures_.writeUnbound);
+        if (!buffer && size > 0) Raise<CNullPtrException>(kFailures.writeNull);
+        if (!resource_) Raise<CIOException>(kFailures.writeUnbound);
         if (size == 0) return;
         std::optional<std::uint64_t> start;
-        if (place_ == TWritePlace::Position) start = position_;
+        if constexpr (kPlace == TWritePlace::Position) start = position_;
         const auto end = resource_.Write(start, buffer, size);
-        if (!end) Raise<COutOfMemoryException>(failures_.writeOutOfMemory);
+        if (!end) Raise<COutOfMemoryException>(kFailures.writeOutOfMemory);
         position_ = *end;
     }
 
     void SetResource(IResource* resource) override { resource_.Bind(resource); }
 
 protected:
-    CResourceOsImpl(const TResourceOsFailures& failures, TWritePlace place)
-        : failures_(failures), place_(place) {}
     ~CResourceOsImpl() noexcept(false) = default;
 
 private:
-    const TResourceOsFailures& failures_;
-    const TWritePlace place_;
     CResourceWriter resource_;
     std::uint64_t position_ = 0;
 };

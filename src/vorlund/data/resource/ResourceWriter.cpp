@@ -2,10 +2,10 @@
 
 #include "vorlund/data/resource/Resource.h"
 #include "vorlund/data/resource/ResourceLock.h"
+#include "vorlund/data/resource/ResourceReference.h"
 
 #include <cstring>
 #include <limits>
-#include <utility>
 
 namespace vorlund {
 namespace {
@@ -52,11 +52,8 @@ bool WriteForeign(IResource& resource, const CResourceLock& lock, std::uint64_t 
 } // namespace
 
 void CResourceWriter::Bind(IResource* resource) {
-    // The new reference comes first: the former resource may be the same.
-    auto next = CRefPtr<IResource>::Share(resource);
     own_ = nullptr;
-    resource_.Reset();
-    resource_ = std::move(next);
+    Rebind(resource_, resource);
     own_ = AsOwn(resource);
 }
 

@@ -53,7 +53,7 @@ void CSwBufferMediaSample::WriteTo(const COutputStreamSelector& target) {
 }
 
 ISwBufferMediaSample* CSwBufferMediaSample::SetDataSize(std::uint32_t size) {
-    // Kept on purpose: the former data size is tested, not the new one, so a size beyond the buffer is taken
+    // Kept for callers: the former data size is tested, not the new one, so a size beyond the buffer is taken
     // as it is and the buffer follows one call later.
     if (dataSize_ > bufferSize_) {
         TBlock block = std::make_unique_for_overwrite<std::byte[]>(dataSize_);

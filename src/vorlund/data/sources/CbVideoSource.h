@@ -17,7 +17,7 @@ public:
 
     CCbVideoSource() : CVideoSourceImpl(640, 480, TPlace::FrameBuffer) {}
 
-    /// Kept on purpose: the bit of writing, unlike the other sources.
+    /// Kept for callers: the bit of writing, unlike the other sources.
     std::uint32_t GetCapabilities() override { return 8; }
     ICbVideoSource* SetCallback(TCallback callback) override;
 

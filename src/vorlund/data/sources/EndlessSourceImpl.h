@@ -1,6 +1,8 @@
 // What the generated sources have in common: streams without end, length and position.
 #pragma once
 
+#include "vorlund/data/base/NoMediaSamples.h"
+
 #include <vorlund/Exception.h>
 #include <vorlund/StreamImpl.h>
 
@@ -26,8 +28,7 @@ public:
     std::int64_t Tell() override { Raise<COperationNotSupportedException>(kFailures.tell); }
     bool Eof() override { return false; }
     void Read(IMediaSample* sample) override {
-        if (!sample) Raise<CNullPtrException>(kFailures.sampleIsNull);
-        Raise<CInvalidParameterException>(kFailures.noMediaSamples);
+        RefuseMediaSample(sample, kFailures.sampleIsNull, kFailures.noMediaSamples);
     }
     std::uint64_t Read(void* buffer, std::uint64_t size) override = 0;
 

@@ -1,5 +1,5 @@
 // Only the low byte of a + b + c counts, so every term repeats: x after 512 pixels, y after 512 rows. A row
-// is made once, at most 512 pixels of it, and copied to wherever it stands again.
+// is made once, at most 512 pixels of it, and copied to wherever it repeats.
 //
 // In a row c is constant, and so is k in b - (x >> 1) = T[m & 255] - m + k, where m = (x >> 1) + k and
 // k = 2 x time - y. What depends on x is therefore a piece of one of two fixed tables that begins where the
@@ -33,7 +33,7 @@ constexpr double Sine(double angle) {
 constexpr auto kWave = [] {
     std::array<std::uint8_t, kWaveSize> wave{};
     for (std::uint32_t i = 0; i < kWaveSize; ++i) {
-        // Kept on purpose: the angle is rounded to single precision, so the crest is 253 and not 254.
+        // Kept for callers: the angle is rounded to single precision, so the crest is 253 and not 254.
         const auto angle = static_cast<float>(i * 3.1415927410125732 / 128.0);
         wave[i] = static_cast<std::uint8_t>((Sine(static_cast<double>(angle)) + 1.0) * 127.0);
     }
@@ -41,14 +41,14 @@ constexpr auto kWave = [] {
 }();
 static_assert(kWave[0] == 127 && kWave[64] == 253 && kWave[128] == 126 && kWave[192] == 0);
 
-/// T, on and on for a row that begins anywhere in it.
+/// T, repeated as often as a row needs that begins anywhere in it.
 constexpr auto kFirstWave = [] {
     std::array<std::uint8_t, kWaveSize + kPeriod> table{};
     for (std::uint32_t i = 0; i < table.size(); ++i) table[i] = kWave[i % kWaveSize];
     return table;
 }();
 
-/// T[m] - m modulo 256, each entry twice, on and on.
+/// T[m] - m modulo 256, each entry twice, repeated as often as a row needs.
 constexpr auto kSecondWave = [] {
     std::array<std::uint8_t, 2 * kWaveSize + kPeriod> table{};
     for (std::uint32_t i = 0; i < table.size(); ++i) {
@@ -76,7 +76,7 @@ void PaintRow(std::uint32_t* row, std::uint32_t width, std::uint32_t y, std::uin
     const std::uint8_t* const first = &kFirstWave[((y >> 1) - time) % kWaveSize];
     const std::uint8_t* const second = &kSecondWave[std::size_t{2} * k];
     const std::uint32_t constant = k + kWave[(time + 2 * y) % kWaveSize];
-    // All of them, however many are needed: a loop of fixed length runs sixteen at a time.
+    // Always the whole period: a loop of fixed length computes sixteen pixels at a time.
     std::uint8_t sums[kPeriod];
     for (std::uint32_t x = 0; x < kPeriod; ++x)
         sums[x] = static_cast<std::uint8_t>(first[x] + second[x] + constant);

@@ -1,6 +1,8 @@
 // The bytes of the random generator.
 #pragma once
 
+#include "vorlund/api/platform/Kernels.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -21,5 +23,19 @@ constexpr std::uint8_t RandomByteOf(std::uint32_t state) {
 
 /// Writes the bytes of the next `count` states; returns the last of them, or `state` for none.
 std::uint32_t WriteRandomBytes(std::uint32_t state, std::uint8_t* bytes, std::size_t count);
+
+// ---- the sets behind it, for tests and benchmarks
+
+/// `WriteRandomBytes` is the routine.
+using TRandomSet = TKernelSet<std::uint32_t (*)(std::uint32_t state, std::uint8_t* bytes, std::size_t count)>;
+
+TKernelSets<TRandomSet> GetRandomSets();
+
+/// The set that `WriteRandomBytes` calls, chosen when the library is loaded.
+extern const TRandomSet* randomKernels;
+
+extern const TRandomSet kScalarRandom;
+/// Only in builds for x86.
+extern const TRandomSet kSse2Random;
 
 } // namespace vorlund

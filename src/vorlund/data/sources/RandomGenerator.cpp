@@ -31,7 +31,7 @@ std::uint64_t CRandomGenerator::Read(void* buffer, std::uint64_t size) {
         state_ = WriteRandomBytes(state_, bytes, static_cast<std::size_t>(size));
         return size;
     }
-    // Kept on purpose: each call begins with a value of its own, though the last one may have been cut short.
+    // Kept for callers: each call begins with a new value, though the last one may have been cut short.
     for (std::uint64_t left = size; left > 0;) {
         const auto run = static_cast<std::size_t>(std::min<std::uint64_t>(left, repeatCount_));
         state_ = NextRandomState(state_);

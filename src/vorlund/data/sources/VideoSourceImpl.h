@@ -35,7 +35,7 @@ public:
             ProduceFrame(nextSize);
         }
         const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(size, frameSize_));
-        // Kept on purpose: always from the start of the frame, and an offset beyond its size stays there.
+        // Kept for callers: always from the start of the frame, and an offset beyond its size stays there.
         std::memcpy(buffer, frame_.get(), count);
         offset_ += count;
         return count;
@@ -101,7 +101,7 @@ private:
         ++frameNumber_;
     }
 
-    /// Makes the next frame where it is wanted and counts it as read; nobody can ask for a part of it later.
+    /// Paints the next frame straight into `buffer` and counts it as read whole.
     std::uint32_t PaintInto(void* buffer, std::uint32_t size) {
         if (size != frameSize_) DropFrame();
         PaintFrame(buffer, frameNumber_);
