@@ -1,4 +1,4 @@
-// What an application would take instead of CEvent: a condition variable, the waits of C++20 atomics, the
+// What an application would use instead of CEvent: a condition variable, the waits of C++20 atomics, the
 // system's bare futex, and GLib. Each is a set of up to 64 manual-reset events; `kCount` of 1 is a single
 // one.
 #pragma once
@@ -133,8 +133,8 @@ template <int kCount> struct TAtomicEvents {
 };
 
 #if defined(VORLUND_BENCH_FUTEX)
-/// A word that says that it changed, beside the bits; whoever sleeps is counted, so that setting without a
-/// sleeper makes no call.
+/// Beside the bits, a word that changes with them, on which threads sleep; sleepers are counted, so that
+/// setting an event makes no call when there are none.
 template <int kCount> struct TFutexEvents {
     static constexpr const char* kName = "futex";
     void Set(int index) {

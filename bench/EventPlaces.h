@@ -6,7 +6,7 @@
 
 namespace vorlund::bench {
 
-/// Keeps the calling thread on one processor for the length of a block, where the system has it so.
+/// Keeps the calling thread on one processor for the length of a block, where the system can.
 class CPlace {
 public:
     explicit CPlace(int processor);

@@ -1,4 +1,4 @@
-// Events and asynchronous waits beside what an application would take instead. One benchmark per use
+// Events and asynchronous waits beside what an application would use instead. One benchmark per use
 // and peer; run them interleaved and compare medians:
 //   bench_events --benchmark_repetitions=5 --benchmark_enable_random_interleaving=true
 //                --benchmark_report_aggregates_only=true

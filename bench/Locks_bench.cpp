@@ -1,4 +1,4 @@
-// The two locks beside what an application would take instead: the standard library's, Qt's and GLib's
+// The two locks beside what an application would use instead: the standard library's, Qt's and GLib's
 // recursive locks, and Qt's recursive read/write lock. One benchmark per use and lock; run them interleaved
 // and compare medians:
 //   bench_locks --benchmark_repetitions=11 --benchmark_enable_random_interleaving=true

@@ -1,5 +1,5 @@
 // Resources against what one writes without them: stdio and memcpy for loading and reading back, std::vector
-// for appending. The file lies in a temporary folder and is warm.
+// for appending. The file is in a temporary folder and in the system's cache.
 #include "BenchSupport.h"
 
 #include <vorlund/ClassIds.h>

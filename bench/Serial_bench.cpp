@@ -46,7 +46,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kRecords = 1000000;
-/// In memory, so many at a time: the time of the processor's caches is everybody's.
+/// In memory, so many at a time: they fit into the processor's caches, whose speed is the same for all peers.
 constexpr int kRun = 4000;
 constexpr int kRuns = kRecords / kRun;
 const wstring kText = VRL_L("twenty units of text");
@@ -152,7 +152,7 @@ void Finish(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * kRecords * static_cast<std::int64_t>(kRecordSize));
 }
 
-/// Records as ours, for all readers but the peers' own formats.
+/// Records in our format, for all readers but those of the peers' own formats.
 std::string RecordBytes(int count) {
     std::string all;
     const auto put = [&](const auto& value) {
@@ -480,7 +480,8 @@ void ReadLineVorlund(benchmark::State& state, std::size_t length, bool isWide) {
     });
 }
 
-/// Only what ends each of those calls: the search for a carriage return in a line that has none.
+/// Only the exception that ends each of those calls, from the search for a carriage return in a line without
+/// one.
 void ReadLineException(benchmark::State& state, std::size_t length, bool isWide) {
     const bench::CLibrary library;
     CString text("line");
@@ -509,7 +510,7 @@ void LineReaderVorlund(benchmark::State& state, std::size_t length, bool isWide)
     });
 }
 
-/// Bytes, and for UTF-16 the units of std::basic_istream<char16_t>, are what a program would read so.
+/// What a program would use instead: bytes, or for UTF-16 the units of std::basic_istream<char16_t>.
 void ReadLineGetline(benchmark::State& state, std::size_t length) {
     std::string bytes = MakeLines(length, false);
     ReadLines(state, [&] {

@@ -4,7 +4,8 @@
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
-#include <vorlund/Generators.h>
+#include <vorlund/PlasmaVideoGenerator.h>
+#include <vorlund/RandomGenerator.h>
 #include <vorlund/RefPtr.h>
 
 #include <benchmark/benchmark.h>

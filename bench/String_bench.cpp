@@ -46,7 +46,7 @@ TSearch MakeSearch(int kind, std::size_t length) {
     case 1:
         return with("rare", VRL_L("Quantity"), Prose(length));
     case 2:
-        // Every place but few begins like the needle and ends like it.
+        // Almost every place begins and ends like the needle.
         return with("bad", wstring(15, 'a') + VRL_L("b") + wstring(8, 'a'), wstring(length, 'a'));
     default: {
         wstring text;
@@ -160,7 +160,8 @@ struct TReplacement {
     const wchar* to;
 };
 
-// One of "the" in 32 units. Those of the first three cannot form anew, those of the others could.
+// "the" occurs once in 32 units. In the first three cases no replacement can make a new match, in the others
+// it could.
 constexpr TReplacement kReplacements[] = {
     {"same", VRL_L("the"), VRL_L("XYZ")},  {"longer", VRL_L("the"), VRL_L("VWXYZ")},
     {"shorter", VRL_L("the"), VRL_L("Z")}, {"touching", VRL_L("the"), VRL_L("hitch")},

@@ -1,4 +1,4 @@
-// How timers go and what they cost. It needs nothing but the library, so that it runs on every system.
+// How exact timers are and what they cost. It needs nothing but the library, so that it runs on every system.
 //   bench_timer [SECONDS]
 // counts the signals of a 10 ms timer and prints their mean distance and its spread, beside a bare timer of
 // the system where there is one; then the share of a processor that the timers' thread takes with 1 and with
@@ -25,7 +25,7 @@ double SecondsSince(TClock::time_point start) {
     return std::chrono::duration<double>(TClock::now() - start).count();
 }
 
-/// Prints how a 10 ms timer goes, beside a bare clock of the system where there is one.
+/// Prints how exact a 10 ms timer is, beside a bare clock of the system where there is one.
 void PrintTimer(double seconds) {
     // 0.01f lies a little below 10 ms, and periods are cut to whole milliseconds.
     CTimer timer(std::nextafter(0.01f, 1.0f));

@@ -1,5 +1,5 @@
-// Reading and opening WAV files, against libsndfile and plain stdio. The files lie in a temporary folder and
-// are warm.
+// Reading and opening WAV files, against libsndfile and plain stdio. The files are in a temporary folder and
+// in the system's cache.
 #include "BenchSupport.h"
 
 #include <vorlund/CodecClassStore.h>
@@ -37,7 +37,7 @@ void Append(std::string& bytes, const char* id, std::uint32_t size, const std::s
     bytes += data;
 }
 
-/// A 16-bit stereo file; `extraChunks` chunks stand before the data.
+/// A 16-bit stereo file; `extraChunks` chunks come before the data.
 std::string MakeWav(std::size_t dataSize, int extraChunks, std::uint16_t bits = 16) {
     std::string fmt(16, '\0');
     const std::uint16_t tag = 1, channels = 2, align = 4;

@@ -9,6 +9,7 @@ install(TARGETS vorlund EXPORT VorlundTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/vorlund DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
     FILES_MATCHING PATTERN "*.h")
+install(FILES ${VORLUND_VERSION_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vorlund)
 if(WIN32)
     install(FILES ${VORLUND_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
@@ -17,7 +18,7 @@ install(EXPORT VorlundTargets NAMESPACE Vorlund:: DESTINATION ${package_dir})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/VorlundConfig.cmake.in
     ${PROJECT_BINARY_DIR}/VorlundConfig.cmake INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/VorlundConfigVersion.cmake
-    COMPATIBILITY SameMinorVersion)
+    COMPATIBILITY ${VORLUND_COMPATIBILITY})
 install(FILES ${PROJECT_BINARY_DIR}/VorlundConfig.cmake ${PROJECT_BINARY_DIR}/VorlundConfigVersion.cmake
     DESTINATION ${package_dir})
 

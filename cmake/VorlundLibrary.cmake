@@ -23,7 +23,7 @@ endif()
 
 foreach(target IN LISTS VORLUND_COMPILING_TARGETS)
     target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:vorlund_build> $<BUILD_INTERFACE:vorlund_warnings>)
-    target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+    target_include_directories(${target} PRIVATE ${VORLUND_INCLUDE_DIRS} ${PROJECT_SOURCE_DIR}/src)
     set_target_properties(${target} PROPERTIES
         CXX_EXTENSIONS OFF
         CXX_VISIBILITY_PRESET hidden
@@ -32,17 +32,17 @@ foreach(target IN LISTS VORLUND_COMPILING_TARGETS)
 endforeach()
 
 target_include_directories(vorlund PUBLIC
-    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+    "$<BUILD_INTERFACE:${VORLUND_INCLUDE_DIRS}>"
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_compile_features(vorlund PUBLIC cxx_std_20)
 target_compile_definitions(vorlund PRIVATE VORLUND_BUILDING)
 set_target_properties(vorlund PROPERTIES
     OUTPUT_NAME vorlund
     VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR}
+    SOVERSION ${VORLUND_SOVERSION}
     LINKER_LANGUAGE CXX)
 
-target_include_directories(vorlund_internal PUBLIC ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+target_include_directories(vorlund_internal PUBLIC ${VORLUND_INCLUDE_DIRS} ${PROJECT_SOURCE_DIR}/src)
 target_compile_features(vorlund_internal PUBLIC cxx_std_20)
 target_compile_definitions(vorlund_internal PUBLIC VORLUND_STATIC)
 set_target_properties(vorlund_internal PROPERTIES LINKER_LANGUAGE CXX)

@@ -3,6 +3,8 @@
 /// reading in one chunk.
 #pragma once
 
+#include "FuzzInput.h"
+
 #include "support/WavModel.h"
 
 #include <vorlund/Debug.h>
@@ -23,10 +25,6 @@
 #include <vector>
 
 namespace vorlund::fuzz {
-
-inline void Check(bool holds) {
-    if (!holds) std::abort();
-}
 
 /// Opens the library for the rest of the process, without any output.
 inline void OpenLibrary() {

@@ -13,7 +13,7 @@ using namespace vorlund::fuzz;
 
 namespace {
 
-/// Null when the store refuses. With a reliable stream it refuses only in the way of "Cannot decode stream".
+/// Null when the store refuses. With a reliable stream the only refusal is "Cannot decode stream".
 CRefPtr<IInputStream> Decode(IInputStream* stream, const CId& wanted) {
     try {
         return CRefPtr<IInputStream>::Adopt(CInputStreamSelector(stream).DecodeStream(wanted));
@@ -65,7 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Check(!Decode(stream.Get(), CId(1, 2, 3, 4)));
     Check(stream->GetReferences() == 1);
 
-    // A stream that fails somewhere is passed over like one that is no WAV.
+    // A stream that fails somewhere is refused like one that is no WAV.
     stream->failsAt = static_cast<std::int64_t>(dice.Roll(size + 1));
     if (const auto decoded = Decode(stream.Get(), TDataFormat_AudioPcm::FormatId)) Check(isWav);
     Check(stream->GetReferences() == 1);

@@ -1,5 +1,7 @@
 /// \file
 /// `CId`'s parser and printer against a model written with strings.
+#include "FuzzInput.h"
+
 #include <vorlund/Id.h>
 
 #include <cctype>
@@ -9,9 +11,7 @@
 
 namespace {
 
-void Check(bool holds) {
-    if (!holds) std::abort();
-}
+using vorlund::fuzz::Check;
 
 /// The text form by the rule itself: digits in order, upper-case, filled up with zeros, the rest cut.
 std::string ModelText(const std::string& text) {

@@ -1,6 +1,8 @@
 /// \file
 /// Vectors and matrices of arbitrary floats and ints against models in plain doubles, and identities that
 /// hold bit for bit.
+#include "FuzzInput.h"
+
 #include <vorlund/Matrix.h>
 #include <vorlund/Vector.h>
 
@@ -12,23 +14,20 @@
 
 namespace {
 
+namespace fuzz = vorlund::fuzz;
 using vorlund::CMatrix;
 using vorlund::CVector;
 using vorlund::TAxis;
+using vorlund::fuzz::Check;
 
-void Check(bool holds) {
-    if (!holds) std::abort();
-}
-
-/// Hands out the bytes of an input; zeros when there are no more.
-class CInput {
+/// What this target draws from an input.
+class CMatrixInput : public fuzz::CInput {
 public:
-    CInput(const std::uint8_t* data, std::size_t size) : next_(data), end_(data + size) {}
+    using CInput::CInput;
 
-    bool IsEmpty() const { return next_ == end_; }
     std::uint32_t Word() {
         std::uint32_t word = 0;
-        for (int i = 0; i < 4 && !IsEmpty(); ++i) word |= static_cast<std::uint32_t>(*next_++) << (8 * i);
+        for (int i = 0; i < 4; ++i) word |= std::uint32_t{Byte()} << (8 * i);
         return word;
     }
     int Int() { return static_cast<int>(Word()); }
@@ -43,10 +42,6 @@ public:
         for (int i = 0; i < 16; ++i) m[i] = Float();
         return m;
     }
-
-private:
-    const std::uint8_t* next_;
-    const std::uint8_t* end_;
 };
 
 /// Equal bits, or both NaN.
@@ -186,7 +181,7 @@ void CheckElements(CMatrix& m, CVector& v, int i) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    CInput input(data, size);
+    CMatrixInput input(data, size);
     for (int steps = 0; !input.IsEmpty() && steps < 8; ++steps) {
         CMatrix a = input.Matrix();
         const CMatrix b = input.Matrix();

@@ -115,7 +115,7 @@ void ConvertSample(std::uint8_t* to, std::uint32_t toCode, const std::uint8_t* f
     if (toCode == 3) Store(to, static_cast<float>(wide / 2147483648.0));
 }
 
-/// The terms of a mix, as numbers of input channels, and their common divisor. 6 stands for silence.
+/// The terms of a mix, as numbers of input channels, and their common divisor. 6 means silence.
 struct TTerms {
     std::uint32_t divisor;
     std::vector<std::uint32_t> channels;

@@ -24,7 +24,7 @@ float LoadFloat(const std::uint8_t* from) {
     return value;
 }
 
-/// The same bytes; where both have something that is not a number, its bits do not count.
+/// The same bytes; where both have a NaN, its bits may differ.
 bool IsSame(const std::vector<std::uint8_t>& left, const std::vector<std::uint8_t>& right, std::size_t begin,
             std::size_t end, bool isFloat) {
     for (std::size_t i = 0; i < left.size(); ++i) {

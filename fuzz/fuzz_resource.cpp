@@ -27,13 +27,11 @@ using test::TBytes;
 /// Resources grow no further: what a run costs stays small.
 constexpr std::size_t kEnough = 20000;
 
-/// Hands out the bytes of an input; zeros when there are no more.
-class CInput {
+/// What this target draws from an input.
+class CResourceInput : public fuzz::CInput {
 public:
-    CInput(const std::uint8_t* data, std::size_t size) : next_(data), end_(data + size) {}
+    using CInput::CInput;
 
-    bool IsEmpty() const { return next_ == end_; }
-    std::uint8_t Byte() { return IsEmpty() ? 0 : *next_++; }
     /// Mostly small; sometimes a few thousands.
     std::size_t Number() {
         const std::size_t byte = Byte();
@@ -53,10 +51,6 @@ public:
         for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(first + i * 7);
         return bytes;
     }
-
-private:
-    const std::uint8_t* next_;
-    const std::uint8_t* end_;
 };
 
 /// What `act` raises.
@@ -73,7 +67,7 @@ class CRun {
 public:
     CRun(IResource* resource, bool isOwn) : resource_(resource), isOwn_(isOwn) {}
 
-    void Step(CInput& input) {
+    void Step(CResourceInput& input) {
         switch (input.Byte() % 14) {
         case 0:
             Bind(input);
@@ -117,7 +111,7 @@ public:
     }
 
 private:
-    void Bind(CInput& input) {
+    void Bind(CResourceInput& input) {
         if (input.Byte() % 2) {
             is_->Close();
             readAt_ = 0;
@@ -126,7 +120,7 @@ private:
         isBound_ = true;
     }
 
-    void Read(CInput& input) {
+    void Read(CResourceInput& input) {
         const std::size_t size = input.Number();
         TBytes bytes(size + 1, 0xEE);
         std::uint64_t count = 0;
@@ -151,7 +145,7 @@ private:
         if (isBound_) readAt_ = std::min<std::uint64_t>(static_cast<std::uint64_t>(position), model_.size());
     }
 
-    void Skip(CInput& input) {
+    void Skip(CResourceInput& input) {
         const auto count = static_cast<std::uint64_t>(input.Position());
         const TExceptionType raised = TypeOf([&] { is_->Skip(count); });
         Check(raised == (isBound_ ? EXCEPTION_TYPE_GENERIC : EXCEPTION_TYPE_IO));
@@ -159,7 +153,7 @@ private:
             readAt_ += std::min<std::uint64_t>(count, model_.size() - readAt_);
     }
 
-    void Write(CInput& input) {
+    void Write(CResourceInput& input) {
         TBytes bytes = input.Bytes(input.Number());
         if (model_.size() > kEnough) bytes.clear();
         const TExceptionType raised = TypeOf([&] { os_->Write(bytes.data(), bytes.size()); });
@@ -177,7 +171,7 @@ private:
         if (position >= 0) writeAt_ = static_cast<std::uint64_t>(position);
     }
 
-    void Append(CInput& input) {
+    void Append(CResourceInput& input) {
         TBytes bytes = input.Bytes(input.Number());
         if (model_.size() > kEnough) bytes.clear();
         if (input.Byte() % 4 == 0 && !model_.empty() && model_.size() < 10000) {
@@ -193,7 +187,7 @@ private:
         if (!bytes.empty()) Check(ros_->Tell() == static_cast<std::int64_t>(model_.size()));
     }
 
-    void SetSize(CInput& input) {
+    void SetSize(CResourceInput& input) {
         const TBytes bytes = input.Bytes(input.Number());
         resource_->SetSize(bytes.size());
         void* const data = resource_->Lock(LOCK_MODE_WRITE);
@@ -203,7 +197,7 @@ private:
         model_ = bytes;
     }
 
-    void Load(CInput& input) {
+    void Load(CResourceInput& input) {
         const auto source = test::Make<test::CFaultyInputStream>();
         source->bytes = input.Bytes(input.Number());
         const std::uint8_t how = input.Byte();
@@ -213,7 +207,7 @@ private:
         if (how & 4) source->claimedLength = input.Position();
         if (how & 8) source->failAt = input.Position();
         const std::int64_t claimed = source->claimedLength.value_or(length);
-        // Memory for that may be there or not, and an overcommitted one is worth nothing here.
+        // Such an allocation succeeds or fails by the state of the machine.
         if (claimed > 100000 && claimed < std::int64_t{1} << 32) return;
         const TExceptionType raised = TypeOf([&] { resource_->Load(source.Get()); });
         const TBytes now = Get();
@@ -225,7 +219,7 @@ private:
                                            source->bytes.begin() + static_cast<std::ptrdiff_t>(claimed))
                                   : TBytes()));
         } else {
-            // What a lying stream counts stands for bytes: the length is right, or there are none.
+            // The stream claims more than it delivers: the length is the claimed one, or nothing is kept.
             Check(now.empty() || static_cast<std::int64_t>(now.size()) == claimed);
         }
         model_ = now;
@@ -281,7 +275,7 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     OpenLibrary();
-    CInput input(data, size);
+    CResourceInput input(data, size);
     const bool isOwn = input.Byte() % 4 != 0;
     auto resource =
         isOwn ? CreateAs<IResource>(classid::CResource)

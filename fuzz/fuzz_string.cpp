@@ -1,6 +1,8 @@
 /// \file
 /// Runs of `CString` operations against a model: a standard-library wide string, and for replacement and
 /// removal the loop that starts again from the front after each edit.
+#include "FuzzInput.h"
+
 #include <vorlund/Debug.h>
 #include <vorlund/Exception.h>
 #include <vorlund/String.h>
@@ -12,25 +14,21 @@
 
 namespace {
 
+namespace fuzz = vorlund::fuzz;
 using vorlund::CString;
 using vorlund::wchar;
 using vorlund::wstring;
+using vorlund::fuzz::Check;
 
-/// How the model answers for a call that never ends, and for one that it gave up.
+/// The model's answers for a call that never ends, and for one that it gave up.
 constexpr int kEndless = -1;
 constexpr int kUnknown = -2;
 
-void Check(bool holds) {
-    if (!holds) std::abort();
-}
-
-/// Hands out the bytes of an input; zeros when there are no more.
-class CInput {
+/// What this target draws from an input.
+class CStringInput : public fuzz::CInput {
 public:
-    CInput(const std::uint8_t* data, std::size_t size) : next_(data), end_(data + size) {}
+    using CInput::CInput;
 
-    bool IsEmpty() const { return next_ == end_; }
-    unsigned int Byte() { return IsEmpty() ? 0 : *next_++; }
     int Number() { return static_cast<signed char>(Byte()); }
 
     /// Mostly one of few letters, so that needles are found; sometimes any unit but 0.
@@ -50,10 +48,6 @@ public:
         // Zeros come from the end of the input or from low bytes; a text ends there.
         return text.c_str();
     }
-
-private:
-    const std::uint8_t* next_;
-    const std::uint8_t* end_;
 };
 
 /// The bytes that widen to `text`; units that none does become 'a', in `text` too.
@@ -195,7 +189,7 @@ void Trim(wstring& model) {
         model = model.substr(first, model.find_last_not_of(trimmed) + 1 - first);
 }
 
-void Step(CInput& input, CString& text, wstring& model) {
+void Step(CStringInput& input, CString& text, wstring& model) {
     switch (input.Byte() % 20) {
     case 0:
         model = input.Text(60);
@@ -348,10 +342,10 @@ void Step(CInput& input, CString& text, wstring& model) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    // Failures are ordinary here, and nobody reads about them.
+    // Failures are frequent here, and their messages have no reader.
     vorlund::CDebug::SetHandler(
         vorlund::DEBUG_MESSAGE_OUTPUT, [](vorlund::TDebugMessageType, const wchar*, void*) {}, nullptr);
-    CInput input(data, size);
+    CStringInput input(data, size);
     CString text;
     wstring model;
     for (int steps = 0; !input.IsEmpty() && steps < 40; ++steps) Step(input, text, model);

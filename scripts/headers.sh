@@ -1,17 +1,38 @@
 #!/bin/bash
-# Every public header stands alone, and on Windows also after the system's headers, whose macros would rename
-# methods. usage: scripts/headers.sh linux|win32
+# Every public header stands alone. On Windows also before, after and between the system's headers, whose macros would
+# rename methods, and without a clash of names. usage: scripts/headers.sh linux|win32|win64 [BUILD-FOLDER]
+# BUILD-FOLDER has the public headers that the build makes.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-compiler=(g++)
-before=()
-if [[ $1 == win32 ]]; then
-    compiler=(i686-w64-mingw32-g++-posix)
-    before=("-include windows.h" "-DUNICODE -include windows.h")
-fi
-for header in include/vorlund/*.h; do
-    for prelude in "" "${before[@]}"; do
-        echo "${compiler[*]} -std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Werror -Iinclude $prelude" \
-            "-include $header -x c++ /dev/null"
+compiler=g++
+case $1 in
+win32) compiler=i686-w64-mingw32-g++-posix ;;
+win64) compiler=x86_64-w64-mingw32-g++-posix ;;
+esac
+# Alone each of the two does nothing that a compiler could check.
+mapfile -t headers < <(ls include/vorlund/*.h ${2:+"$2"/include/vorlund/*.h} | grep -vE '/Names(Begin|End)\.h$')
+folders="-Iinclude ${2:+-I$2/include}"
+
+# commands: one compilation a line, each with the headers that it includes in that order.
+commands() {
+    local header preludes=("")
+    [[ $1 == win* ]] && preludes+=("-include windows.h" "-DUNICODE -include windows.h")
+    for header in "${headers[@]}"; do
+        for prelude in "${preludes[@]}"; do echo "$prelude -include $header"; done
     done
-done | xargs -P "$(nproc)" -d '\n' -I{} sh -c '{} || { echo "failed: {}" >&2; exit 1; }'
+    [[ $1 == win* ]] || return 0
+    # All together, with the system's headers behind them and in their middle.
+    local half=$((${#headers[@]} / 2)) order lean
+    local -a names
+    for order in "${headers[*]}" "$(printf '%s\n' "${headers[@]}" | tac | paste -sd' ')"; do
+        read -ra names <<<"$order"
+        for lean in "" "-DWIN32_LEAN_AND_MEAN" "-DUNICODE" "-DUNICODE -DWIN32_LEAN_AND_MEAN"; do
+            echo "$lean ${names[*]/#/-include } -include windows.h"
+            echo "$lean ${names[*]/#/-include } " | sed "s,-include ,-include windows.h &,$((half + 1))"
+        done
+    done
+}
+
+commands "$1" | sed "s,^,$compiler -std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Werror $folders ,; s,\$, -x c++ /dev/null," |
+    xargs -P "$(nproc)" -d '\n' -I{} sh -c '{} || { echo "failed: {}" >&2; exit 1; }'
+[[ $1 != win* ]] || tests/abi/check_names.py "$compiler" ${2:+"$2"}

@@ -124,7 +124,7 @@ build_targets() {
         start=$SECONDS
         status=0
         options=()
-        [[ $target == win64 ]] && options=(-- --target vorlund_smoke)
+        [[ $target == win64 ]] && options=(-- --target vorlund_smoke vorlund_windows_names)
         vorlund_build "$target" "build/$target" "${options[@]}" >"$logs/$target-build.log" 2>&1 || status=$?
         echo "$status $((SECONDS - start))" >"$logs/$target-built.new"
         mv "$logs/$target-built.new" "$logs/$target-built"
@@ -151,6 +151,7 @@ test_target() {
     start=$SECONDS
 
     step smoke on_target "$folder/bin/vorlund_smoke$exe" examples/data/strings.wav
+    if [[ $target == win* ]]; then step "windows names" on_target "$folder/bin/vorlund_windows_names$exe"; fi
     if [[ $target != win64 ]]; then
         gtest_program vorlund_tests
         gtest_program vorlund_internal_tests
@@ -164,12 +165,15 @@ test_target() {
         done <"$folder/examples.txt"
         step "real files" real_files
         step exports scripts/exports.sh --check "$target" "$folder"
-        step headers scripts/headers.sh "$target"
+        step headers scripts/headers.sh "$target" "$folder"
         step install tests/install/check.sh "$target" "$folder"
     fi
     if [[ $target == linux ]]; then
         step layers tests/abi/check_layers.py
         step failures tests/abi/check_failures.py
+        step pages tests/docs/check_pages.py
+        step readme tests/docs/check_readme.py "$folder"
+        step "test names" tests/check_names.py
     fi
     row "built in $built s, tested in $((SECONDS - start)) s"
 }

@@ -31,7 +31,7 @@ vorlund_display_start() {
     mkfifo "$fifo"
     Xvfb -displayfd 3 -noreset -screen 0 1024x768x24 -nolisten tcp 3>"$fifo" >"$1" 2>&1 &
     VORLUND_XVFB_PID=$!
-    # The open end of a server that dies early closes, and the read ends with it.
+    # When the server dies early, its end of the pipe closes and the read ends.
     read -r -t 60 number <"$fifo"
     rm -f "$fifo"
     [[ -n $number ]] && export DISPLAY=:$number

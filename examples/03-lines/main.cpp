@@ -9,7 +9,7 @@ using namespace vorlund;
 
 int main(int argc, char** argv) {
     const wstring path = PathFromUtf8(argc > 1 ? argv[1] : "README.md");
-    // Every line ends with an exception inside the reader, which the debugger output need not tell.
+    // The reader ends every line with an exception of its own; this keeps them out of the debugger output.
     CDebug::SetHandler(DEBUG_MESSAGE_OUTPUT, [](TDebugMessageType, const wchar*, void*) {});
     int number = 0;
     v.Init();

@@ -4,7 +4,7 @@ using namespace vorlund;
 
 // Where the corner of a turning cube is seen, and back from there.
 int main() {
-    // Vectors stand on the left: the leftmost matrix is applied first.
+    // Vectors are on the left of a product: the leftmost matrix is applied first.
     const CMatrix cube =
         CMatrix::Scale(2, 2, 2) * CMatrix::Rotation(0.3f, 0.5f, 0) * CMatrix::Translation(0, 1, 10);
     const CVector corner = CVector(1, 1, 1) * cube;

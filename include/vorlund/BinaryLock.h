@@ -15,9 +15,8 @@ public:
     CBinaryLock(const CBinaryLock&) = delete;
     CBinaryLock& operator=(const CBinaryLock&) = delete;
 
-    /// Raises `CBugException` "Still locked" while held. The lock's data, a separate block, is then not taken
-    /// apart: it stays as it was, held by its holder, and is lost with the object when that goes in spite of
-    /// it.
+    /// Raises `CBugException` "Still locked" while held. The lock's data, a separate block, then stays as it
+    /// is and is never freed; its holder still holds it.
     ~CBinaryLock() noexcept(false) override;
 
     /// Takes the lock, waiting without limit for another thread that holds it; counts up when the caller

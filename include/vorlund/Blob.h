@@ -8,11 +8,11 @@
 
 namespace vorlund {
 
-/// A block of bytes that is copied like a number: for what needs neither format nor lock nor references. One
-/// thread at a time.
+/// A block of bytes that is copied like a number: for data that need neither a format nor a lock nor
+/// references. One thread at a time.
 ///
-/// Holds up to 2^32-1 bytes (on 32-bit systems less than 2^31). Whatever needs memory raises
-/// `COutOfMemoryException` "malloc failed" when it is not to be had, with the blob as it was.
+/// Holds up to 2^32-1 bytes (on 32-bit systems less than 2^31). Every operation that allocates raises
+/// `COutOfMemoryException` "malloc failed" when there is not enough memory; the blob is then as it was.
 class VRL_API CBlob {
 public:
     /// Empty.

@@ -8,8 +8,8 @@
 
 namespace vorlund {
 
-/// A reader with a buffer of bytes that were read from the stream but not yet consumed. They stand at the
-/// start of the buffer; positions count them as not yet read.
+/// A reader with a buffer of bytes that were read from the stream but not yet consumed. They are at the start
+/// of the buffer; positions count them as not yet read.
 class VRL_API CBufferedReader : public CReader {
 public:
     ~CBufferedReader() noexcept(false) override;
@@ -22,7 +22,10 @@ public:
     std::uint64_t Tell() override;
 
 protected:
-    /// \param size  bytes of the buffer, from the C heap; what cannot be had raises `std::bad_alloc`
+    /// \param stream  read from, with a reference of its own; not null
+    /// \param size    bytes of the buffer, which is allocated on the C heap
+    ///
+    /// Raises `std::bad_alloc`.
     CBufferedReader(IInputStream* stream, int size);
 
     /// Reads once from the stream, at most what the buffer has room for, behind the buffered bytes. A stream

@@ -15,10 +15,13 @@ namespace vorlund {
 /// supported"; `Skip`, `Close` and `Flush` do nothing. `Read` of a media sample raises `CNullPtrException`
 /// "sample is NULL", else `CInvalidParameterException` "Media samples are not supported".
 ///
-/// `Read` is meant for one whole frame at a time. It makes the next frame when the bytes delivered since the
-/// last one add up to exactly its size, and always delivers from the frame's first byte on, at most one
-/// frame: smaller pieces are its first bytes again and again, and once their sum is beyond the frame's size
-/// no other frame comes. A frame of more than 2^32 - 1 bytes is refused with `std::bad_alloc`.
+/// `Read` is meant for one whole frame at a time. Every call delivers from the frame's first byte on, at most
+/// one frame. The next frame is made when the bytes delivered of the current one add up to exactly its size.
+///
+/// \warning Reading in smaller pieces does not work: every piece is the first bytes of the frame again, and
+/// once their sum exceeds the frame's size, the frame never changes.
+///
+/// A frame of more than 2^32 - 1 bytes is refused with `std::bad_alloc`.
 class ICbVideoSource : public IInputStream {
 public:
     using TBase = IInputStream;
@@ -29,7 +32,7 @@ public:
         /// The frame to fill, width x height pixels; zeros, or what was painted before. It belongs to the
         /// source.
         void* pixels;
-        /// 0 for the first frame.
+        /// The number of the frame; 0 for the first one.
         std::uint32_t frameNumber;
         /// How a pixel is laid out.
         TPixelFormat pixelFormat;

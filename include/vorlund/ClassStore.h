@@ -4,13 +4,17 @@
 
 #include <vorlund/Id.h>
 
+#include <vorlund/NamesBegin.h>
+
 namespace vorlund {
 
 class IObject;
 class IObjectEnumerator;
 
-/// Makes a new object with one reference, or null. Must not raise: the class store would stay locked by the
-/// calling thread.
+/// Creates an object with one reference, or returns null. Called under the class store's lock.
+///
+/// \warning A factory must not raise: the class store then stays locked by the calling thread, and every
+/// other thread that uses the store waits without limit.
 using TObjectFactory = IObject* (*)();
 
 /// A class of the store.
@@ -42,8 +46,8 @@ public:
     /// Opens the store; nothing happens when it is open.
     void Init();
 
-    /// Forgets every class and closes the store; nothing happens when it is closed. Gives back what the
-    /// calling thread still holds of the store's lock, and waits for other threads that hold it.
+    /// Forgets every class and closes the store; nothing happens when it is closed. Gives back the store's
+    /// lock where the calling thread still holds it, and waits for other threads that hold it.
     void Close();
 
     /// Forgets every class; nothing happens when the store is closed.
@@ -56,6 +60,11 @@ public:
     /// `CClassNotFoundException` with an empty reason, and `CBugException` "Not initialized" while closed.
     const TClassInfo* GetClassInfo(const CId& id) const;
     const TClassInfo* GetClassInfo(const wchar* name) const;
+    /// `GetClassInfo` under the names that it has after `<windows.h>` (see NamesBegin.h).
+    const TClassInfo* GetClassInfoA(const CId& id) const { return GetClassInfo(id); }
+    const TClassInfo* GetClassInfoA(const wchar* name) const { return GetClassInfo(name); }
+    const TClassInfo* GetClassInfoW(const CId& id) const { return GetClassInfo(id); }
+    const TClassInfo* GetClassInfoW(const wchar* name) const { return GetClassInfo(name); }
 
     /// Creates an object of the first class registered under `id`: the result of its factory, one reference
     /// owned by the caller, or null when the factory yields nothing. The factory runs under the store's lock,
@@ -85,3 +94,5 @@ private:
 };
 
 } // namespace vorlund
+
+#include <vorlund/NamesEnd.h>

@@ -26,8 +26,8 @@ struct TEncoderClassInfo {
     CId outputFormatId;
 };
 
-/// The fourth kind of final media data besides audio PCM, RGB images and RGB video; no record of the library
-/// uses it.
+/// Final media data other than audio PCM, RGB images and RGB video: the search for decoders ends at these
+/// four formats. No record of the library uses it.
 inline constexpr CId OTHER_MEDIA_FORMAT_ID{0x21089FFF, 0x06984E6C, 0x975010E2, 0x0E01371C};
 
 /// The registry of decoders and encoders. Registrations keep their order; the first record of a format pair
@@ -79,7 +79,7 @@ public:
     /// the format already is returned itself. With a null `wanted`, the end of the longest chain that the
     /// decoders accept. A null `stream` gives null.
     ///
-    /// The stream is not rewound between candidates: decoders seek before they read. Decoders that raise
+    /// The stream is not rewound between candidates, so decoders seek before they read. Decoders that raise
     /// `CDataFormatException` or `CIOException` are passed over; other exceptions pass on. Raises
     /// `CDataFormatException` "Cannot decode stream".
     IInputStream* DecodeStream(IInputStream* stream, const CId& wanted) const;

@@ -2,9 +2,8 @@
 /// What the bytes of a stream mean: plain, byte-copyable records headed by an identifier and their own size.
 ///
 /// Sizes are computed in unsigned 32-bit arithmetic and wrap. Seconds are single-precision; products and
-/// quotients are computed in double precision; a conversion to an integer truncates toward zero, and a value
-/// that has none (NaN, or beyond 64 bits) gives -2^63. Nothing here raises. Constants may be read from any
-/// thread.
+/// quotients are computed in double precision; a conversion to an integer truncates toward zero, and NaN, or
+/// a value beyond 64 bits, gives -2^63. Nothing here raises. Constants may be read from any thread.
 #pragma once
 
 #include <vorlund/Id.h>
@@ -34,6 +33,7 @@ struct TDataFormat_AudioPcm : TDataFormat {
 
     /// A `TSampleFormat`; other codes have samples of 0 bytes.
     std::uint32_t sampleFormat = SAMPLE_FORMAT_16BIT;
+    /// Samples per frame.
     std::uint32_t channels = 1;
     /// Frames per second.
     std::uint32_t samplesPerSec = 44100;
@@ -46,11 +46,13 @@ struct TDataFormat_AudioPcm : TDataFormat {
     VRL_API std::uint32_t GetSampleSize() const;
     /// Bytes per frame of all channels.
     VRL_API std::uint32_t GetBlockSize() const;
+    /// Bytes per second of all channels.
     VRL_API std::uint32_t GetBytesPerSec() const;
     /// A byte of silence: 128 for 8-bit samples, else 0.
     VRL_API std::uint8_t GetZeroByte() const;
     /// The frame at a time, truncated.
     VRL_API std::int64_t TimeToSample(float seconds) const;
+    /// The time of a frame.
     VRL_API float SampleToTime(std::int64_t sample) const;
     /// The byte at which the frame at a time begins.
     VRL_API std::int64_t TimeToByte(float seconds) const;
@@ -84,7 +86,9 @@ struct TPixelFormat {
     VRL_API static const TPixelFormat FORMAT_A8;
     VRL_API static const TPixelFormat FORMAT_A8R8G8B8;
 
-    /// All fields of the following are 0, on purpose: they compare equal to each other.
+    /// \warning All fields of the following are 0: they compare equal to each other and describe no layout.
+    /// They are names only, kept for programs that use them; fill in the bits and shifts of a `TPixelFormat`
+    /// instead.
     VRL_API static const TPixelFormat FORMAT_R3G3B2;
     VRL_API static const TPixelFormat FORMAT_R5G6B5;
     VRL_API static const TPixelFormat FORMAT_A1R5G5B5;
@@ -118,9 +122,12 @@ struct TDataFormat_ImageRgb : TDataFormat {
 
     constexpr TDataFormat_ImageRgb() : TDataFormat{FormatId, 68} {}
 
+    /// Bytes per row, truncated.
     VRL_API std::uint32_t GetWidthInBytes() const;
+    /// Pixels of the image.
     VRL_API std::uint32_t GetSizeInPixels() const;
-    /// The division by eight is applied to the whole image: rows are not rounded to whole bytes.
+    /// Bytes of the image, truncated. The division by eight is applied to the whole image: rows are not
+    /// rounded to whole bytes.
     VRL_API std::uint32_t GetSizeInBytes() const;
 };
 
@@ -137,19 +144,21 @@ struct TDataFormat_VideoRgb : TDataFormat {
 
     /// 640 x 480 pixels of `FORMAT_A8R8G8B8` at 30 frames per second.
     VRL_API void SetDefaults();
-    /// The frame at a time, truncated.
+    /// The number of the frame at a time, truncated.
     VRL_API std::int64_t TimeToFrame(float seconds) const;
+    /// The time of a frame.
     VRL_API float FrameToTime(std::int64_t frame) const;
     VRL_API std::int64_t TimeToByte(float seconds) const;
-    /// Unlike audio, a byte inside a frame gives the time of the frame's start, on purpose. A frame size of 0
-    /// counts as frame 0.
+    /// A byte inside a frame gives the time at which the frame starts, unlike audio. A frame size of 0 counts
+    /// as frame 0.
     VRL_API float ByteToTime(std::int64_t bytes) const;
 };
 
 static_assert(sizeof(TDataFormat) == 20 && sizeof(TDataFormat_AudioPcm) == 32 && sizeof(TPixelFormat) == 40 &&
               sizeof(TDataFormat_ImageRgb) == 68 && sizeof(TDataFormat_VideoRgb) == 92);
 
-/// The one empty format record, which streams without a format report.
+/// The empty format record, which streams without a format return from `GetFormat`. It lives as long as the
+/// library.
 VRL_API const TDataFormat& GetEmptyFormat();
 
 } // namespace vorlund

@@ -11,15 +11,14 @@ enum TDebugMessageType : int {
     /// The debugger output: `OutputDebugStringW` (the text, then "\n") on Windows, the system log elsewhere.
     DEBUG_MESSAGE_OUTPUT = 0,
     /// A message box captioned "Vorlund message" with an OK button and the information icon; elsewhere a
-    /// framed
-    /// notice on the controlling terminal, which waits for Enter while the process is in the foreground and
-    /// which a process without a terminal never shows. The call returns when the box is closed.
+    /// framed notice on the controlling terminal, which waits for Enter while the process is in the
+    /// foreground and which a process without a terminal never shows. The call returns when the box is
+    /// closed.
     DEBUG_MESSAGE_BOX = 1,
     /// The standard output, then an end of line, flushed, in the encoding of the C runtime's locale, or of
-    /// the console. A text
-    /// that it cannot encode is written as UTF-8 on POSIX and with substitutes on Windows; the stream goes on
-    /// working, whether it prints bytes or wide characters, and one that has printed nothing stays free to do
-    /// either.
+    /// the console. A text that it cannot encode is written as UTF-8 on POSIX and with substitutes on
+    /// Windows; the stream goes on working, whether it prints bytes or wide characters, and one that has
+    /// printed nothing stays free to do either.
     DEBUG_MESSAGE_STDOUT = 2,
     /// The standard error stream, in the same way.
     DEBUG_MESSAGE_STDERR = 3
@@ -41,7 +40,7 @@ public:
     /// In `format`, `%s` and `%c` take wide text, `%S`, `%hs`, `%C` and `%hc` narrow text (widened unit by
     /// unit with sign extension), `%I64d` and `%lld` 64-bit integers; everything else is as in C. A null text
     /// prints as "(null)", a fraction has a "." in every locale, and from an unknown conversion on the rest
-    /// of the format is printed as it stands. `%n` is not supported and prints nothing. Never raises.
+    /// of the format is printed as it is written. `%n` is not supported and prints nothing. Never raises.
     static void PrintMessage(TDebugMessageType type, const wchar* format, ...);
 
     /// Replaces the default destination of `type` by `handler`, which is then called with `user`; a null

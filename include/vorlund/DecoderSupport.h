@@ -13,7 +13,7 @@ namespace vorlund {
 /// was asked for before its end, and only 0 means the end.
 ///
 /// \param buffer  room for `size` bytes; null only with a size of 0
-/// \return false when the stream ends before, or claims more than it was asked for; the stream then stands
+/// \return false when the stream ends before, or claims more than it was asked for; the stream is then
 ///         behind what it delivered, and only the bytes before that are valid
 ///
 /// Raises what the stream raises. One thread uses a stream at a time.

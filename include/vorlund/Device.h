@@ -13,11 +13,11 @@ public:
     using TBase = IObject;
     static constexpr CId InterfaceId{0x24F097B7, 0x4DFD4301, 0xA1E71E1B, 0xA6328858};
 
-    /// Takes possession of what the device stands for. What it raises is the device class's own business; the
-    /// default device does nothing.
+    /// Takes possession of the hardware, window or service behind the device. Which exceptions it raises, the
+    /// device class documents; the default device does nothing.
     virtual void Open() = 0;
 
-    /// Gives back what `Open` took; for a device that is not open it does nothing. The default device does
+    /// Gives back what `Open` took; nothing happens when the device is not open. The default device does
     /// nothing.
     virtual void Close() = 0;
 

@@ -24,10 +24,10 @@ struct TDeviceClassInfo {
 /// of a type is the one that is created. The library itself registers none.
 ///
 /// Registration, creation and enumeration may come from any thread; each holds the store's lock, the creation
-/// of objects included. The class store's lock is taken under it, and by the classes "vorlund::CAudioDevice"
-/// and "vorlund::CVideoDevice" the other way round: when several threads create devices at the same time, let
-/// all of them do it by `CreateDevice`, or all of them through the class store. `Init` and `Close` belong to
-/// the start and the end of the library.
+/// of objects included. The class store's lock is taken under it. The classes "vorlund::CAudioDevice" and
+/// "vorlund::CVideoDevice" take the two locks in the opposite order, so threads that create devices at the
+/// same time must all use `CreateDevice`, or all the class store: otherwise they can wait for each other
+/// without end. `Init` and `Close` belong to the start and the end of the library.
 class VRL_API CDeviceClassStore {
 public:
     /// Closed.
@@ -41,8 +41,8 @@ public:
     /// Opens the store; nothing happens when it is open.
     void Init();
 
-    /// Forgets every class and closes the store; nothing happens when it is closed. Gives back what the
-    /// calling thread still holds of the store's lock. When another thread has left the lock held, raises
+    /// Forgets every class and closes the store; nothing happens when it is closed. Gives back the store's
+    /// lock where the calling thread still holds it. When another thread has left the lock held, raises
     /// `CBugException` "Still locked" (see `CBinaryLock`); the store is closed all the same.
     void Close();
 
@@ -52,9 +52,11 @@ public:
 
     /// A new object of the first class registered for `type`, one reference owned by the caller.
     ///
-    /// Raises `CClassNotFoundException` with an empty reason when there is none. The store's lock then stays
-    /// with the calling thread, which can go on using the store; other threads wait until that thread closes
-    /// it.
+    /// Raises `CClassNotFoundException` with an empty reason when there is none.
+    ///
+    /// \warning After this exception the store's lock stays with the calling thread, which can go on using
+    /// the store; other threads wait until that thread closes it.
+    ///
     ///
     /// Raises `CBugException` "Not initialized" while closed, "Device class not found" when the class yields
     /// no object and "Device interface not found" when the object is no `IDevice`, and passes on what the

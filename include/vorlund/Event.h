@@ -7,7 +7,7 @@
 namespace vorlund {
 
 /// An event that stays set until it is reset. A copy refers to the same platform event: setting or waiting
-/// for either object acts on one event, which lives until the last object that refers to it goes.
+/// for either object acts on one event, which lives until the last object that refers to it is destroyed.
 ///
 /// Any thread may set, reset and wait. Nobody may use an object while it is assigned to or destroyed; a
 /// thread that waits at that moment stays with the event that it began to wait for.
@@ -19,8 +19,8 @@ namespace vorlund {
 ///
 /// Lists: `count` arguments of type `CEvent*`. The platform waits for 1 to 64 events; with another count, or
 /// an event that the platform could not create, the wait fails at once: `WaitOne` then returns 0xFFFFFFFF,
-/// `WaitAll` returns, and an asynchronous wait does nothing until it is stopped. No event stands twice in a
-/// list of which all are waited for: Windows may refuse that.
+/// `WaitAll` returns, and an asynchronous wait does nothing until it is stopped. An event must not be twice
+/// in a list of which all are waited for: Windows may refuse that.
 class VRL_API CEvent {
 public:
     /// What the callback of an asynchronous wait is given.
@@ -80,7 +80,7 @@ public:
     static void WaitAll(float seconds, int count, ...);
 
     /// Starts an asynchronous wait for this event: a thread of its own calls `cb` whenever the event is set,
-    /// over and over while it stays set, until the wait is stopped. So a callback resets the event or stops
+    /// again and again while it stays set, until the wait is stopped. So a callback resets the event or stops
     /// the wait.
     ///
     /// The callback may stop its own wait, destroy its events and start other waits. It must not raise.
@@ -103,12 +103,16 @@ public:
     /// Starts an asynchronous wait for all of `count` events, as `WaitAll` waits.
     static unsigned int WaitAllAsync(void (*cb)(TAsyncCbData&), void* data, int count, ...);
 
-    /// Stops the wait with that number; an unknown number is ignored. The callback is not called any more
-    /// after this has returned, but a call that has already begun may still be under way: it is not waited
-    /// for.
+    /// Stops the wait with that number; an unknown number is ignored. No call of the callback begins after
+    /// this has returned.
+    ///
+    /// \warning A call that has begun before may still be running when this returns: it is not waited for.
+    /// Free what the callback uses only when it has said that it has ended, for example by an event that it
+    /// sets as its last step.
     static void StopAsync(unsigned int handle);
 
-    /// Stops the wait that was started first of those that have this callback, in the same way.
+    /// Stops the wait that was started first of those that have this callback, in the same way. Others with
+    /// the same callback go on.
     static void StopAsync(void (*cb)(TAsyncCbData&));
 
 private:

@@ -37,8 +37,8 @@ enum TExceptionType : int {
 #undef VRL_ENUMERATOR
 };
 
-/// Where and why something failed. The four texts and numbers are what callers and tests compare; they stay
-/// the same when the code around them moves.
+/// Where and why something failed. Callers and tests compare these values, which stay the same when the code
+/// around them moves: `file` and `line` are part of the failure, not a place in today's sources.
 struct TFailure {
     /// Fully qualified method name, for example "vorlund::CClassStore::CreateObject".
     const wchar* method;
@@ -51,6 +51,11 @@ struct TFailure {
 };
 
 /// The base of every exception of the library, thrown by value and caught by reference.
+///
+/// \warning It does not derive from `std::exception`, so `catch (const std::exception&)` does not see it:
+/// catch `CException` as well. Where memory runs out, the library raises `std::bad_alloc` in some places and
+/// `COutOfMemoryException` in others, as each operation says.
+///
 ///
 /// Building one reports it at once: the line of `ToString` goes to `DEBUG_MESSAGE_OUTPUT`, and for a bug
 /// exception also to `DEBUG_MESSAGE_BOX`, whose default is modal, so the raising thread waits until the box
@@ -70,6 +75,7 @@ public:
     CException& operator=(const CException&) = default;
     virtual ~CException();
 
+    /// The type, and the texts and the line as given to the constructor.
     TExceptionType GetType() const { return type_; }
     const wchar* GetReason() const { return reason_; }
     int GetLine() const { return line_; }

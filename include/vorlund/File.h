@@ -3,7 +3,7 @@
 /// on POSIX they are UTF-8 outside, and a byte that is not valid UTF-8 becomes one unit U+DC80 to U+DCFF and
 /// back.
 ///
-/// Reasons that name a path stand in one buffer of the process: see `CException`.
+/// Reasons that name a path are in one buffer of the process: see `CException`.
 #pragma once
 
 #include <vorlund/ObjectList.h>
@@ -14,8 +14,8 @@ namespace vorlund {
 /// A file input stream: 64-bit positions, capabilities 7 when open and 0 when closed.
 ///
 /// Bytes come through a buffer, and the position is known without asking the system: small reads, `Tell`, and
-/// steps to where the file stands or nearby are cheap. Only the low 32 bits of a read's size count. When the
-/// system refuses to read, the data end there.
+/// seeks to the current position or nearby are cheap. Only the low 32 bits of a read's size count. When the
+/// system refuses to read, the data end there, and nothing is raised.
 ///
 /// A closed stream raises "File is not open": `CIOException` in `Read` and `Skip`,
 /// `COperationNotSupportedException` in `GetLength`, `Seek` and `Tell`. `Seek`, and `Skip` by it, raise
@@ -38,8 +38,11 @@ protected:
 /// A file output stream: 64-bit positions, capabilities 11 when open and 0 when closed.
 ///
 /// Bytes go through the C runtime's buffer. `Write` raises `CIOException` "fwrite failed" when the system
-/// takes less than it is given, and so does `Flush` for what still waited; what cannot be written at `Close`
-/// or at the last release is lost without a word.
+/// takes less than it is given, and so does `Flush` for what was still buffered; what cannot be written at
+/// `Close` or at the last release is lost and not reported.
+///
+/// \warning Call `Flush` before `Close` to learn whether everything was written.
+///
 ///
 /// A closed stream raises "File is not open": `CIOException` in `Write`, `COperationNotSupportedException` in
 /// `GetLength`, `Flush`, `Seek` and `Tell`. `Seek` raises `CIOException` "_fseeki64 failed", also where
@@ -50,8 +53,8 @@ public:
     static constexpr CId InterfaceId{0xB321E4B6, 0x6CD84F8B, 0x94D6DC1A, 0x14946231};
 
     /// Closes, then opens `path` for writing. With `append` the bytes stay and every write goes to the end,
-    /// wherever the position stands (0 at first); otherwise the file is emptied. Raises
-    /// `CFileAccessException` "Cannot open '...' for writing"; the stream is then closed.
+    /// wherever the position is (0 at first); otherwise the file is emptied. Raises `CFileAccessException`
+    /// "Cannot open '...' for writing"; the stream is then closed.
     virtual void Open(const wchar* path, bool append) = 0;
 
 protected:

@@ -6,30 +6,31 @@
 
 namespace vorlund {
 
-/// A `CTextReader` whose lines arrive: it copies the bytes of a line before they leave the buffer, and
+/// A `CTextReader` that returns its lines: it copies the bytes of a line before they leave the buffer, and
 /// catches the exception that ends each `CTextReader::ReadLine`. That exception is still reported on
 /// `DEBUG_MESSAGE_OUTPUT`, once a line: a program that reads many lines sets a handler for that
-/// (`CDebug::SetHandler`).
+/// (`CDebug::SetHandler`). One thread at a time.
 ///
-/// A line comes without its line feed and without any carriage return. The last line needs no line feed.
-/// Of UTF-16 text, half a unit at the end of the data is dropped; a stream may deliver in odd pieces.
-/// Lines may have any length; the time taken is linear in it.
+/// A line comes without its line feed and without any carriage return. The last line needs no line feed. Of
+/// UTF-16 text, half a unit at the end of the data is dropped; the stream may deliver pieces of any size.
+/// Lines may have any length; reading one takes time linear in it.
 class VRL_API CLineReader : public CTextReader {
 public:
+    /// Reads from `stream`, which must not be null, with a reference of its own. Raises `std::bad_alloc`.
     CLineReader(IInputStream* stream, TCharFormat charFormat);
     ~CLineReader() noexcept(false) override;
 
     /// The next line; false at the end of the data, with an empty `line`. Zero units are part of a line.
     ///
-    /// What the stream raises passes on and leaves `line` as it was; what had been read of the line is kept,
-    /// and the next call goes on from there. The same holds for `std::bad_alloc`.
+    /// What the stream raises passes on and leaves `line` as it was; what was read of the line is kept, and
+    /// the next call continues from there. The same holds for `std::bad_alloc`.
     bool ReadLine(wstring& line);
     /// The same for a `CString`, in which a zero unit ends the text.
     bool ReadLine(CString& line);
     /// As in the base: the line is lost with the exception.
     using CTextReader::ReadLine;
 
-    /// Discards what is buffered, and what had been read of a line when the stream raised. So does `Seek`.
+    /// Discards what is buffered, and what was read of a line when the stream raised. So does `Seek`.
     void Flush() override;
 
 protected:

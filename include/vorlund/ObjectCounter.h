@@ -6,10 +6,12 @@
 
 namespace vorlund {
 
-/// Hands out serial numbers and guards that objects live only while the library is initialised. Not locked.
+/// Hands out serial numbers, and raises where objects are created or destroyed while the library is closed.
+/// Takes no lock itself: objects that are created through the class store take their numbers under the
+/// store's lock.
 ///
-/// The class identifiers are ignored on purpose: there is no count per class, no count of live objects and no
-/// report of leaked ones.
+/// The class identifiers are ignored: there is no count per class, no count of live objects and no report of
+/// leaked ones. Programs that want them count in listeners (`IObject::AddListener`).
 class VRL_API CObjectCounter {
 public:
     /// Closed.

@@ -19,7 +19,8 @@
 
 namespace vorlund {
 
-/// True when `interfaceId` names `TInterface` or an interface that it derives from, most derived first.
+/// True when `interfaceId` is that of `TInterface` or of an interface that it derives from, most derived
+/// first.
 template <class TInterface> bool IsInChain(const CId& interfaceId) {
     if (interfaceId == TInterface::InterfaceId) return true;
     if constexpr (std::is_void_v<typename TInterface::TBase>) {
@@ -29,16 +30,16 @@ template <class TInterface> bool IsInChain(const CId& interfaceId) {
     }
 }
 
-/// Serial number, reference count and listeners of an object that implements `TInterface`. Takes no number
-/// and tells nobody: that is the final class's business, because only it knows when the object is whole.
+/// Serial number, reference count and listeners of an object that implements `TInterface`. It takes no number
+/// and tells no listener: the final class does both, because only it knows when the object is whole.
 template <class TInterface> class CObjectImpl : public TInterface {
 public:
     using TMainInterface = TInterface;
 
     int AddRef() override { return ++references_; }
-    // These three answer only while no final class stands around: in the constructors, which may hand out the
-    // object, and while the members are destroyed, whose own listeners may still hold it. The final class
-    // overrides them.
+    // The final class overrides these three. They answer only while it is not there: in the constructors,
+    // which may hand out the object, and while the members are destroyed, whose own listeners may still hold
+    // it.
     int Release() override { return --references_; }
     IObject* QueryInterface(const CId&) override { return nullptr; }
     CId GetClassId() override { return CId::Null(); }
@@ -77,8 +78,8 @@ protected:
     bool isDying_ = false;
 };
 
-/// The final class around `TClass`: numbers the object when it is whole, answers for its identity, and
-/// destroys it.
+/// The final class derived from `TClass`: numbers the object when it is whole, answers for its identity, and
+/// destroys it. Applications use `NewObject`.
 template <class TClass> class CFinalObject final : public TClass {
 public:
     /// Raises `CBugException` "Not initialized" while the library is closed.

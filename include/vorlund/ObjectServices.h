@@ -1,7 +1,8 @@
 /// \file
-/// What every object, list, file and filter needs of the library object: the object counter and the stores.
-/// This is the one way up from the lower floors. Not an interface for applications and plug-ins, which use
-/// `v` (Vorlund.h) instead: it stands here because the templates of ObjectImpl.h and RefPtr.h call it.
+/// Not for applications and plug-ins, which use `v` (Vorlund.h) and `CreateAs` (RefPtr.h) instead. It is
+/// installed because the templates of ObjectImpl.h and RefPtr.h call it: what every object, list, file and
+/// filter needs of the library object, the object counter and the stores. This is the one way up from the
+/// lower floors.
 #pragma once
 
 #include <vorlund/Id.h>
@@ -13,6 +14,7 @@ class CCodecClassStore;
 class IObject;
 struct TFailure;
 
+/// Not for applications and plug-ins; may change in any version.
 namespace services {
 
 /// Takes the next serial number. Raises `CBugException` "Not initialized" while the library is closed.

@@ -12,8 +12,8 @@ namespace vorlund {
 /// every file name can be opened; on Windows it becomes U+FFFD. Null gives the empty path.
 VRL_API wstring PathFromUtf8(const char* path);
 
-/// The same backwards; on POSIX exactly the bytes that name the file. A lone surrogate that stands for no
-/// byte becomes U+FFFD. Null gives the empty path.
+/// The path in UTF-8; on POSIX exactly the bytes that name the file. A lone surrogate that represents no byte
+/// becomes U+FFFD. Null gives the empty path.
 VRL_API std::string PathToUtf8(const wchar* path);
 
 } // namespace vorlund

@@ -9,7 +9,7 @@
 #if defined(_WIN32)
 /// Marks a UTF-16 literal: `VRL_L("text")`.
 #define VRL_L(text) L##text
-/// Marks the entry points of a plug-in (Plugin.h); on Windows their exports stand in the module definition.
+/// Marks the entry points of a plug-in (Plugin.h); on Windows the module definition exports them.
 #define VRL_PLUGIN_ENTRY
 #if defined(VORLUND_STATIC)
 #define VRL_API

@@ -14,14 +14,14 @@ class IObjectEnumerator;
 /// At first there is one extension, "dll" ("so" on POSIX), and up to two folders: that of the process's
 /// executable, and its sub-folder "plugins". Add others before `v.Init()`. A plug-in of the wrong
 /// architecture, a file that is no shared library, one that was cut short, and a directory of a plug-in's
-/// name are passed over; what is wrong inside a shared library that looks whole may end the process, as it
-/// may wherever one is loaded.
+/// name are passed over; a fault inside a shared library that looks whole may end the process, as it may
+/// wherever a library is loaded.
 ///
 /// No locks: used by the application's main thread. Null texts count as empty. What the file and folder
 /// objects raise, and what a plug-in raises from its entry points, passes on.
 class VRL_API CPluginStore {
 public:
-    /// Sets the folders and the extension of the beginning.
+    /// Sets the folders and the extension that the store begins with.
     CPluginStore();
     CPluginStore(const CPluginStore&) = delete;
     CPluginStore& operator=(const CPluginStore&) = delete;
@@ -33,9 +33,9 @@ public:
     void Init();
 
     /// Calls the close entry of every loaded plug-in, in the order of loading, and unloads each after its
-    /// own. The plug-ins still count as loaded in what the other operations tell. A plug-in whose close entry
-    /// raises stays in the process, because the exception may need it; it is not closed again, and another
-    /// `Close` goes on with the next one.
+    /// own. For the other operations the plug-ins still count as loaded. A plug-in whose close entry raises
+    /// stays in the process, because the exception may need it; it is not closed again, and another `Close`
+    /// goes on with the next one.
     void Close();
 
     /// Appends a folder, with or without a separator at its end.
@@ -45,13 +45,14 @@ public:
     void AddPluginExtension(const wchar* extension);
 
     /// Loads the plug-ins of that name (without folder and extension) from every folder and under every
-    /// extension: a plug-in that stands in two folders is loaded twice. One that returns false from its init
+    /// extension: a plug-in that is in two folders is loaded twice. One that returns false from its init
     /// entry, or lacks an entry, is unloaded again. Silent when there is none. A plug-in that raises from its
     /// init entry stays in the process and is not recorded.
     void LoadPlugin(const wchar* name);
 
-    /// `LoadPlugin` for each name of `EnumerateAvailablePlugins`, so a plug-in that stands in two folders is
-    /// loaded twice for each of the two. Nothing happens when there is none, in an uninitialised library too.
+    /// `LoadPlugin` for each name of `EnumerateAvailablePlugins`, so a plug-in that is in two folders is
+    /// loaded four times, twice from each. Nothing happens when there is none, even while the library is
+    /// closed.
     void LoadAvailablePlugins();
 
     /// Whether a plug-in was loaded under exactly this name, also when it has been closed.

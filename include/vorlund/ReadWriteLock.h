@@ -21,16 +21,16 @@ enum TLockMode : int {
 ///
 /// A reader may ask for the write lock (an upgrade). It then no longer counts as a reader, keeps new readers
 /// out, and goes on when no reader is left; when it gives back its outermost write lock it counts as a reader
-/// again. An upgrade keeps out readers and nobody else: a second reader that upgrades, and a writer that
-/// waits or comes, get in beside it. Two readers that upgrade at the same time therefore do not block each
-/// other, they both hold the write lock; and a thread that went back to reading may read while the other
-/// still writes. Where threads must not write together, take the write lock first instead of upgrading, or
-/// guard upgrades otherwise.
+/// again.
+///
+/// \warning An upgrade keeps out new readers only: a second reader that upgrades, and other writers, hold the
+/// write lock at the same time. So two readers that upgrade together do not block each other, they both
+/// write; and one that went back to reading may read while the other still writes. Where threads must not
+/// write together, take the write lock first instead of upgrading, or guard upgrades otherwise.
 ///
 /// Any thread may call any operation, except that nobody may use a lock while it is destroyed. Misuse raises
 /// nothing and only prints a `DEBUG_MESSAGE_BOX` message, with nothing held. The operations never raise:
-/// `Lock` keeps a small record for each holder, and when the memory for one is not to be had, it waits until
-/// it is.
+/// `Lock` keeps a small record for each holder, and while there is no memory for one, it waits.
 class VRL_API CReadWriteLock {
 public:
     /// Free. Raises `COutOfMemoryException` "malloc failed" when there is no memory for its data.
@@ -38,11 +38,11 @@ public:
     CReadWriteLock(const CReadWriteLock&) = delete;
     CReadWriteLock& operator=(const CReadWriteLock&) = delete;
 
-    /// Nothing is checked: what threads still hold is forgotten. Threads that still wait never come back.
+    /// Nothing is checked: what threads still hold is forgotten, and threads that still wait never return.
     ~CReadWriteLock();
 
-    /// Takes the lock, waiting without limit. `param` is the caller's own and is recorded when the calling
-    /// thread already holds the lock, but not with a first lock.
+    /// Takes the lock, waiting without limit. `param` has no meaning to the lock: it is recorded for
+    /// `GetParam` when the calling thread already holds the lock, but not with a first lock.
     void Lock(TLockMode mode, unsigned int param);
 
     /// Gives back the calling thread's innermost lock; the recorded parameter stays. Without a lock, prints

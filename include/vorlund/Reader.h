@@ -29,6 +29,7 @@ public:
     virtual std::uint64_t Tell();
 
 protected:
+    /// Holds `stream` with a reference of its own.
     explicit CReader(IInputStream* stream);
 
     CRefPtr<IInputStream> stream_;

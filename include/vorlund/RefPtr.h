@@ -1,9 +1,12 @@
 /// \file
 /// Owners of references to `IObject`s: `CRefPtr` for one, `CReferenceList` for many, and `CreateAs`.
 ///
-/// Releasing may raise (the last release of an object that outlives the library does), so the destructors
-/// here may raise too; while another exception is on its way they drop what a release raises, which the
-/// debugger output has then already shown. Never hold these in a standard container or in `std::unique_ptr`.
+/// Releasing may raise: the last release of an object after `v.Close()` does. So the destructors here may
+/// raise too. While another exception is in flight they drop what a release raises, which the debugger output
+/// has then already shown.
+///
+/// \warning Never hold a `CRefPtr` in a standard container or in `std::unique_ptr`: a destructor that raises
+/// there ends the process or leaks the rest. For several objects there is `CReferenceList`.
 #pragma once
 
 #include <vorlund/Object.h>
@@ -31,7 +34,7 @@ inline void ReleaseInDestructor(IObject* object) {
     }
 }
 
-/// Owns one reference to an object, or nothing. Plain: one thread at a time.
+/// Owns one reference to an object, or nothing. One thread at a time. Not for standard containers: see above.
 template <class TInterface> class CRefPtr {
 public:
     CRefPtr() = default;
@@ -79,7 +82,7 @@ private:
     TInterface* object_ = nullptr;
 };
 
-/// Owns one reference to each of its members, in order.
+/// Owns one reference to each of its members, in order. One thread at a time.
 template <class TInterface> class CReferenceList {
 public:
     CReferenceList() = default;
@@ -93,10 +96,10 @@ public:
         for (TInterface* const member : std::exchange(members_, {})) ReleaseInDestructor(member);
     }
 
-    /// Appends a reference that the caller holds; on failure the caller still holds it.
+    /// Appends a reference that the caller holds. Raises `std::bad_alloc`; the caller then still holds it.
     void Adopt(TInterface* object) { members_.push_back(object); }
 
-    /// Appends `object`, which must not be null, with a reference of its own.
+    /// Appends `object`, which must not be null, with a reference of its own. Raises `std::bad_alloc`.
     void Share(TInterface* object) {
         members_.push_back(object);
         object->AddRef();
@@ -115,13 +118,14 @@ public:
         if (first) std::rethrow_exception(first);
     }
 
-    /// Removes position `index` and releases what stood there.
+    /// Removes the member at `index`, which must be below `GetCount()`, and releases it.
     void Remove(std::size_t index) {
         TInterface* const member = members_[index];
         members_.erase(members_.begin() + static_cast<std::ptrdiff_t>(index));
         member->Release();
     }
 
+    /// Reserves room for `count` members in all. Raises `std::bad_alloc`.
     void Reserve(std::size_t count) { members_.reserve(count); }
     std::size_t GetCount() const { return members_.size(); }
     TInterface* operator[](std::size_t index) const { return members_[index]; }

@@ -23,7 +23,7 @@ class IInputStreamFilter;
 /// A block of bytes with its format; the counterpart of a file in memory. Empty at first: no data, the empty
 /// format, modification count 0.
 ///
-/// A resource holds up to 2^32-1 bytes (on 32-bit systems less than 2^31); memory for more is not to be had.
+/// A resource holds up to 2^32-1 bytes (on 32-bit systems less than 2^31); there is no memory for more.
 class IResource : public IObject {
 public:
     using TBase = IObject;
@@ -56,18 +56,22 @@ public:
     /// locked and the decoded one has another identifier (the resource is then as it was), and as `Load`.
     virtual void LoadDecoded(const CInputStreamSelector& source) = 0;
 
-    /// Fills the resource from the source's stream, from where that stands: as many bytes as the stream says
-    /// that it has. The former data are freed first; the format stays. The resource is left empty when the
-    /// stream has no bytes, when there is no memory for them, when the stream ends before, and when it
-    /// raises. `COperationNotSupportedException` (streams that do not know their length raise it) does not
-    /// reach the caller; everything else does.
+    /// Fills the resource from the source's stream: reads `GetLength()` bytes from the stream's position on.
+    /// The former data are freed first; the format stays.
+    ///
+    /// \warning The stream must be at position 0. From any other position its data end before `GetLength()`
+    /// bytes, and the resource is left empty without an exception: `Seek(0)` first.
+    ///
+    /// The resource is left empty when the stream has no bytes, when there is no memory for them, when the
+    /// stream ends before, and when it raises. `COperationNotSupportedException` (streams that do not know
+    /// their length raise it) does not reach the caller; everything else does.
     virtual void Load(const CInputStreamSelector& source) = 0;
 
     /// Takes the lock, waiting without limit, and returns the data, or null when there are none; valid until
     /// the size changes or other data come. Locks may be nested: see `CReadWriteLock`. Raises nothing.
     virtual void* Lock(TLockMode mode) = 0;
 
-    /// From now on, and for good, only formats of the same identifier are accepted.
+    /// From now on only formats of the same identifier are accepted. There is no way back.
     virtual void LockFormat() = 0;
 
     /// Writes the data to the target's stream by one `Write`, under the read lock, and closes the stream.
@@ -140,7 +144,7 @@ protected:
     ~IResourceOs() = default;
 };
 
-/// The same, but every write goes to the end of the resource, wherever the position stands, and leaves the
+/// The same, but every write goes to the end of the resource, wherever the position is, and leaves the
 /// position there. Several threads may append to one resource, each through a stream of its own; every write
 /// stays in one piece.
 class IAppendingRos : public IResourceOs {

@@ -6,8 +6,9 @@
 
 namespace vorlund {
 
-/// Hands everything on to the connected stream and only replaces the format that is reported: for streams
-/// whose own format is missing or wrong. The bytes are never looked at, so any stream and any format will do.
+/// Forwards everything to the connected stream and only replaces the format that is reported: for streams
+/// whose own format is missing or wrong. The bytes are not examined, so any stream and any format is
+/// accepted.
 ///
 /// `Close` closes the connected stream and disconnects. Without a connected stream `Seek`, `Tell` and
 /// `GetLength` raise `COperationNotSupportedException`, `Read`, `Skip` and `Flush` `CIOException`, all of
@@ -18,8 +19,8 @@ public:
     static constexpr CId InterfaceId{0x198AC22C, 0x4F6A4652, 0x97D12DBC, 0x2B68391F};
 
     /// Reports a copy of `format` from now on, connected or not: as many bytes as its size field says, at
-    /// least the head. Null stands for the empty format, which is also reported before the first call. A
-    /// reference from `GetFormat` ends with this call.
+    /// least the head. Null means the empty format, which is also reported before the first call. A reference
+    /// that `GetFormat` returned is not valid after this call.
     virtual void SetFormat(const TDataFormat* format) = 0;
 
 protected:

@@ -34,14 +34,16 @@ public:
     virtual void Close() = 0;
     /// `TStreamCapability` bits.
     virtual std::uint32_t GetCapabilities() = 0;
-    /// Length in bytes.
+    /// Length in bytes. Raises `COperationNotSupportedException` where the stream has none.
     virtual std::int64_t GetLength() = 0;
     /// Writes out what the stream has buffered. Where there is nothing to write, it does nothing or raises
     /// `COperationNotSupportedException`, by class.
     virtual void Flush() = 0;
-    /// Sets the position, in bytes from the start.
+    /// Sets the position, in bytes from the start. Raises `COperationNotSupportedException` where the stream
+    /// has no positions.
     virtual void Seek(std::int64_t position) = 0;
-    /// The position, in bytes from the start.
+    /// The position, in bytes from the start. Raises `COperationNotSupportedException` where the stream has
+    /// none.
     virtual std::int64_t Tell() = 0;
 
 protected:
@@ -68,6 +70,9 @@ public:
     /// False in every class of the library.
     virtual bool SupportsMediaSamples(std::uint32_t argument) = 0;
     /// Moves forward by `count` bytes without delivering them.
+    ///
+    /// \warning Several streams of the library do nothing here, or move without `Tell` following, as their
+    /// headers say. `Seek(Tell() + count)` moves every stream that can seek.
     virtual void Skip(std::uint64_t count) = 0;
 
 protected:
@@ -80,9 +85,9 @@ public:
     using TBase = IStream;
     static constexpr CId InterfaceId{0x52EA12BA, 0x7E5D408D, 0x8E0B8BF7, 0x6DA4B54A};
 
-    /// Announces what the bytes to be written mean.
+    /// Announces what the bytes to be written mean. The record need not live longer than the call.
     virtual void SetFormat(const TDataFormat* format) = 0;
-    /// Writes all `size` bytes of `buffer`.
+    /// Writes all `size` bytes of `buffer`. Raises `CIOException` when the stream cannot take them.
     virtual void Write(const void* buffer, std::uint64_t size) = 0;
 
 protected:

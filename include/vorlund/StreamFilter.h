@@ -15,7 +15,7 @@ public:
 
     /// Disconnects, then holds `stream` with a reference of its own; null leaves the filter unconnected.
     /// Decoders raise `CDataFormatException` for data that are not theirs and are then unconnected; they must
-    /// cope with any position of `stream`.
+    /// accept `stream` at any position.
     virtual void Connect(IInputStream* stream) = 0;
     /// Releases the connected stream, if any.
     virtual void Disconnect() = 0;
@@ -32,7 +32,8 @@ public:
     using TBase = IOutputStream;
     static constexpr CId InterfaceId{0xF707CD17, 0x548A42AA, 0xAAE8930B, 0x9F2F32E3};
 
-    /// As for input filters; always true.
+    /// Disconnects, then holds `stream` with a reference of its own; null leaves the filter unconnected.
+    /// Returns true.
     virtual bool Connect(IOutputStream* stream) = 0;
     /// Releases the connected stream, if any.
     virtual void Disconnect() = 0;

@@ -1,7 +1,7 @@
 /// \file
 /// The default behaviour of filters, for the library's own classes and for those of plug-ins: derive from
 /// `CInputFilterImpl<Interface>` or `COutputFilterImpl<Interface>` and override what the filter changes. The
-/// connected stream is at hand as `stream_`.
+/// connected stream is `stream_`, empty without one.
 #pragma once
 
 #include <vorlund/RefPtr.h>
@@ -10,7 +10,8 @@
 
 namespace vorlund {
 
-/// What the default filters raise, under the names of `CInputStreamFilter` and `COutputStreamFilter`.
+/// Not for applications and plug-ins: the out-of-line parts of the two templates below, exported because
+/// those call them. What they raise names `CInputStreamFilter` and `COutputStreamFilter`.
 namespace filterdefaults {
 
 /// The operations of a filter that need a connected stream.
@@ -30,8 +31,10 @@ VRL_API void Write(IOutputStream* stream, const void* buffer, std::uint64_t size
 
 } // namespace filterdefaults
 
-/// An input filter that hands everything on to the connected stream, except that it has the empty format and
-/// that `Skip` does nothing even when connected.
+/// An input filter that forwards everything to the connected stream, except that it has the empty format. One
+/// thread at a time.
+///
+/// \warning `Skip` does nothing, even when connected, and the position stays: override it, or `Seek`.
 template <class TInterface> class CInputFilterImpl : public CInputStreamImpl<TInterface> {
     using TOperation = filterdefaults::TOperation;
 
@@ -71,7 +74,7 @@ private:
     }
 };
 
-/// An output filter that hands everything on to the connected stream.
+/// An output filter that forwards everything to the connected stream. One thread at a time.
 template <class TInterface> class COutputFilterImpl : public COutputStreamImpl<TInterface> {
     using TOperation = filterdefaults::TOperation;
 

@@ -9,7 +9,8 @@
 
 namespace vorlund {
 
-/// What the default input stream raises, under the name "vorlund::CInputStream::Read".
+/// Not for applications and plug-ins: the out-of-line parts of `CInputStreamImpl` below, exported because
+/// that template calls them. What they raise names "vorlund::CInputStream::Read".
 namespace streamdefaults {
 /// Raises `CNullPtrException` "buffer is NULL" for null; otherwise reads nothing and returns 0.
 VRL_API std::uint64_t Read(void* buffer, std::uint64_t size);

@@ -1,6 +1,6 @@
 /// \file
-/// Selectors: small values that make a stream from whatever the caller has and give access to decoding. One
-/// thread at a time.
+/// Selectors: small values that make a stream from a stream, a resource, a file name or a callback, and give
+/// access to decoding. One thread at a time.
 #pragma once
 
 #include <vorlund/CbVideoSource.h>

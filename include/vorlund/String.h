@@ -24,11 +24,13 @@ class VRL_API CString {
 public:
     /// The empty text.
     CString();
+    /// Copies of a text.
     CString(const char* text);
     CString(const wchar* text);
     CString(const CString& other);
     ~CString() { delete[] buffer_; }
 
+    /// Replaces the text by a copy.
     CString& operator=(const char* text);
     CString& operator=(const wchar* text);
     CString& operator=(const CString& other);
@@ -57,7 +59,8 @@ public:
     wchar operator[](int index) const;
     wchar& operator[](int index);
 
-    /// Null for any separator: tokenising is declared but deliberately not provided.
+    /// Returns null for every separator: splitting into tokens is not provided. The operation is kept for
+    /// programs that call it.
     IObjectEnumerator* EnumerateTokens(wchar separator) const;
 
     /// -1, 0 or 1: units compared in order as unsigned 16-bit values; with no difference the longer text is
@@ -71,6 +74,7 @@ public:
 
     bool operator==(const char* text) const { return CompareTo(text) == 0; }
     bool operator==(const wchar* text) const { return CompareTo(text) == 0; }
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): exported with this signature.
     bool operator==(CString other) const { return CompareTo(other.buffer_) == 0; }
     bool operator!=(const char* text) const { return CompareTo(text) != 0; }
     bool operator!=(const wchar* text) const { return CompareTo(text) != 0; }
@@ -83,6 +87,7 @@ public:
     bool operator>=(const char* text) const { return CompareTo(text) >= 0; }
     bool operator>=(const wchar* text) const { return CompareTo(text) >= 0; }
 
+    /// The text with another one behind it.
     CString operator+(const char* text) const;
     CString operator+(const wchar* text) const;
     CString& operator+=(const char* text);
@@ -95,14 +100,14 @@ public:
     CString& operator-=(const char* text);
     CString& operator-=(const wchar* text);
 
-    /// The lowest index at which the argument stands. The unit 0 gives `Length()`, an empty needle 0. Raises
+    /// The lowest index at which the argument occurs. The unit 0 gives `Length()`, an empty needle 0. Raises
     /// `CObjectNotFoundException` "Didn't find content"; but a wide needle longer than the text gives
     /// 0xFFFFFFFF.
     unsigned int FindFirst(wchar unit) const;
     unsigned int FindFirst(const wchar* needle) const;
     unsigned int FindFirst(const char* needle) const;
 
-    /// The highest index at which the argument stands. The unit 0 and an empty needle give `Length()`. Raises
+    /// The highest index at which the argument occurs. The unit 0 and an empty needle give `Length()`. Raises
     /// `CObjectNotFoundException` "Didn't find content"; but a needle longer than the text gives 0xFFFFFFFF.
     unsigned int FindLast(wchar unit) const;
     unsigned int FindLast(const wchar* needle) const;

@@ -13,9 +13,11 @@ enum TLineBreakFormat : int {
     LINE_BREAK_CRLF = 1, ///< each written as carriage return and line feed
 };
 
-/// Writes text piece by piece; the caller supplies the line feeds. Copies share the stream.
+/// Writes text piece by piece; the caller supplies the line feeds. Copies share the stream. What the stream
+/// raises passes on. One thread at a time.
 class VRL_API CTextWriter : public CWriter {
 public:
+    /// Writes to `stream`, which must not be null, with a reference of its own.
     CTextWriter(IOutputStream* stream, TCharFormat charFormat, TLineBreakFormat lineBreak);
     CTextWriter(const CTextWriter&) = default;
     /// Takes the other's stream and its formats.
@@ -26,9 +28,9 @@ public:
     /// Formats and writes one piece of text, with one call of the stream's `Write`.
     ///
     /// Formats are as for printf, with the same results on every system: `%s` and `%c` take wide text, `%S`
-    /// and `%hs` narrow text, `%lld` and `%I64d` 64-bit numbers. A text of more than 1023 units is cut there.
-    /// With `LINE_BREAK_CRLF` a text is also cut once 1020 units or more have come of it, carriage returns
-    /// included.
+    /// and `%hs` narrow text, `%lld` and `%I64d` 64-bit numbers. A text is cut after 1023 units. With
+    /// `LINE_BREAK_CRLF` it is also cut as soon as its first units have become 1020 units or more, carriage
+    /// returns included.
     virtual void Write(const wchar* format, ...);
 
 private:

@@ -6,12 +6,12 @@
 
 namespace vorlund {
 
-/// An event that is set once per period while the timer runs. It is only set, never reset: whoever has waited
-/// for it calls `SetState(false)`, and a timer that nobody resets stays set.
+/// An event that is set once per period while the timer runs. It is only set, never reset: the thread that
+/// has waited for it calls `SetState(false)`; otherwise it stays set.
 ///
-/// All running timers share one thread, which counts milliseconds as it sees them. Those that pass while it
-/// is held up are lost, so timers run late rather than catch up. The event is set for the first time one
-/// period after the start.
+/// All running timers share one thread, which counts milliseconds as it sees them. Milliseconds that pass
+/// while it is held up are lost, so timers run late and do not catch up. The event is set for the first time
+/// one period after the start.
 ///
 /// `Start` and `Stop` may be called from any thread, also from the callback of an asynchronous wait. No timer
 /// may run when the library is unloaded or the process ends: its end then raises `CBugException`
@@ -33,11 +33,12 @@ public:
     /// Stops.
     ~CTimer() override;
 
-    /// Runs from now on; nothing when it runs already.
+    /// Starts the timer; nothing happens when it runs already.
     void Start();
 
-    /// The event is not set by the timer any more when this returns; it stays as it is. Nothing when the
-    /// timer does not run. Stopping the last running timer waits for the end of the timers' thread.
+    /// Stops the timer: it sets the event no more when this has returned. The event stays as it is. Nothing
+    /// happens when the timer does not run. Stopping the last running timer waits for the end of the timers'
+    /// thread.
     void Stop();
 
 private:

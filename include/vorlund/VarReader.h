@@ -12,9 +12,10 @@
 namespace vorlund {
 
 /// Reads what a `CVarWriter` (VarWriter.h) wrote, type by type in the same order. What the stream raises
-/// passes on; the end of the data raises nothing.
+/// passes on; the end of the data raises nothing. One thread at a time.
 class VRL_API CVarReader : public CReader {
 public:
+    /// Reads from `stream`, which must not be null, with a reference of its own.
     explicit CVarReader(IInputStream* stream);
     ~CVarReader() noexcept(false) override;
 
@@ -39,9 +40,9 @@ public:
     CVarReader& operator>>(float& value) { return Get(value); }
     CVarReader& operator>>(double& value) { return Get(value); }
 
-    /// Reads the count, then the units: with one call of the stream's `Read` up to 65536 units, and by and by
-    /// beyond, so that a wrong count takes no memory for units that never come. The text ends where the
-    /// arriving units do, or at the first zero unit.
+    /// Reads the count, then the units: up to 65536 units with one call of the stream's `Read`, more of them
+    /// piece by piece, so that a wrong count takes no memory for units that never come. The text ends where
+    /// the arriving units do, or at the first zero unit.
     ///
     /// A count that does not arrive whole leaves the text as it was. So does a negative count, or one above
     /// 0x3FFFFFFE, which is more than a 32-bit system can hold: they raise `std::bad_alloc` on every system.
@@ -62,7 +63,7 @@ public:
 
 private:
     template <class T> CVarReader& Get(T& value) {
-        // Kept on purpose: nobody looks at what `Read` returns.
+        // What `Read` returns is ignored: callers rely on a value that stays where the data end.
         stream_->Read(&value, sizeof(value));
         return *this;
     }

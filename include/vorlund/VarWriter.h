@@ -11,16 +11,18 @@
 
 namespace vorlund {
 
+/// Not for applications and plug-ins: what `CVarWriter` below needs to choose between types.
 namespace serial {
 
+/// True when `T` is one of the types.
 template <class T, class... TTypes> inline constexpr bool kIsOneOf = (std::is_same_v<T, TTypes> || ...);
 
 /// The 64-bit integers of systems that have two types of them: `long long` where `std::int64_t` is `long`.
 template <class T>
 concept TOtherInt64 = kIsOneOf<T, long long, unsigned long long> && !kIsOneOf<T, std::int64_t, std::uint64_t>;
 
-/// Numbers, enumerations and pointers that are no value of the format. They would convert to one of another
-/// size, or to `bool`.
+/// Numbers, enumerations and pointers that the format has no value for. Without this they would convert to a
+/// type of another size, or to `bool`.
 template <class T>
 concept TForeignScalar =
     std::is_scalar_v<std::decay_t<T>> && !TOtherInt64<std::decay_t<T>> &&
@@ -29,7 +31,7 @@ concept TForeignScalar =
 
 } // namespace serial
 
-// Values are written and read as they stand in memory.
+// Values are written and read as they are in memory.
 static_assert(sizeof(bool) == 1 && sizeof(short) == 2 && sizeof(int) == 4 && sizeof(float) == 4 &&
               sizeof(double) == 8);
 
@@ -46,9 +48,10 @@ static_assert(sizeof(bool) == 1 && sizeof(short) == 2 && sizeof(int) == 4 && siz
 /// | texts | 4 + 2n: the number n of units as a 32-bit count, then the units |
 ///
 /// Other types do not compile: a cast says how many bytes are meant. What the stream raises passes on. Copies
-/// share the stream.
+/// share the stream. One thread at a time.
 class VRL_API CVarWriter : public CWriter {
 public:
+    /// Writes to `stream`, which must not be null, with a reference of its own.
     explicit CVarWriter(IOutputStream* stream);
     CVarWriter(const CVarWriter&) = default;
     CVarWriter& operator=(const CVarWriter&) = default;

@@ -20,7 +20,7 @@ public:
     using IDevice::Open;
 
     /// Shows a surface for frames of `format`, after closing the one before. Returns false when the system
-    /// has none to give, such as without a display. Raises `CDataFormatException` "Unsupported format ID"
+    /// has no surface, for example without a display. Raises `CDataFormatException` "Unsupported format ID"
     /// unless the format is RGB video, and "Unsupported pixel format" unless pixels have 32 bits with red,
     /// green and blue of 8 bits at any shifts, or the frame is empty or too big.
     virtual bool Open(const TDataFormat_VideoRgb& format, const wchar* title) = 0;

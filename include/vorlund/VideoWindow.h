@@ -20,7 +20,7 @@ public:
     using TBase = IObject;
     static constexpr CId InterfaceId{0x9F88DC9D, 0xCC694367, 0xBDB4BFA5, 0x202F2DDE};
 
-    /// Shows a new window and returns when it is there; does nothing while one exists.
+    /// Shows a new window and returns when it exists; does nothing while there is one.
     virtual void Open() = 0;
     /// Destroys the window and waits until its thread has ended; does nothing without a window.
     virtual void Close() = 0;
@@ -30,8 +30,8 @@ public:
     /// Asks for an inner size, now or for the next `Open`; 640 x 480 at first. It takes the place of an outer
     /// size that was set before. Nothing changes unless both are above 0.
     virtual void SetClientSize(int width, int height) = 0;
-    /// Sets the outer size, now or for the next `Open`. A client size that still waits for its first window
-    /// goes before it.
+    /// Sets the outer size, now or for the next `Open`. A client size that waits for the next `Open` takes
+    /// precedence.
     virtual void SetWindowSize(int width, int height) = 0;
     /// Sets the title, "Vorlund Video Window" at first.
     virtual void SetTitle(const wchar* title) = 0;

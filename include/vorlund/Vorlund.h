@@ -21,8 +21,9 @@ public:
     CVorlund& operator=(const CVorlund&) = delete;
 
     /// Raises `CBugException` "Vorlund not closed before exiting!" while initialised, before anything is
-    /// destroyed. Nobody can catch it: the open counter and stores raise while it passes. For `v` that is
-    /// when the library is unloaded or the process ends.
+    /// destroyed. It cannot be caught, because the open counter and stores raise too while it passes: it ends
+    /// the process. `v` is destroyed when the library is unloaded or the process ends, so call `Close`
+    /// before.
     ~CVorlund() noexcept(false);
 
     /// Opens the stores, registers the built-in classes and decoders, opens the object counter and loads
@@ -32,9 +33,12 @@ public:
     void Init();
 
     /// Closes the object counter, then the plug-in store, which closes and unloads the plug-ins, then the
-    /// other stores; does nothing when not initialised. Objects that still
-    /// exist raise `CBugException` "Not initialized" when they are destroyed later. `Init` may be called
-    /// again: the stores then start empty and serial numbers at 1.
+    /// other stores; does nothing when not initialised.
+    ///
+    /// \warning Release every object before. One that still exists raises `CBugException` "Not initialized"
+    /// when it is destroyed later.
+    ///
+    /// `Init` may be called again: the stores then start empty and serial numbers at 1.
     void Close();
 
     CClassStore& GetClassStore() { return classStore_; }

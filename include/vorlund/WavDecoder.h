@@ -14,15 +14,20 @@ class IObjectList;
 struct TWavChunkInfo {
     /// The four id bytes, widened; a zero byte ends the id early.
     CString id;
-    /// Position of the first data byte in the file. Kept as the low 32 bits with their sign: a position of 2
-    /// to 4 GiB is negative, and one beyond comes out modulo 2^32.
+    /// Position of the first data byte in the file. Only the low 32 bits are kept, with their sign: a
+    /// position of 2 to 4 GiB is negative, and a greater one is modulo 2^32.
     std::int64_t dataOffset = 0;
     /// The declared size in bytes.
     std::uint64_t size = 0;
 };
 
 /// Indexes the top-level chunks of a RIFF/WAVE file and reads one of them at a time: byte 0 is the chunk's
-/// first data byte. Chunks are found as they are declared, with no padding to even sizes.
+/// first data byte. Chunks follow each other by their declared sizes, without padding to even sizes. One
+/// thread at a time.
+///
+/// \warning `Skip` moves only the connected stream: `Tell`, `Eof` and the limit of `Read` count from where
+/// they were. Use `Seek(Tell() + count)` instead.
+///
 ///
 /// `Connect` raises `CDataFormatException` "Seek unsupported", "Tell unsupported" and "Invalid header".
 /// `GetFormat` is the empty format.
@@ -50,7 +55,10 @@ protected:
 /// `GetFormat` is a `TDataFormat_AudioPcm`. `Connect` raises `CDataFormatException` with the reasons of the
 /// chunk decoder and "Cannot find fmt chunk", "Invalid fmt chunk size", "Unsupported wave format",
 /// "Usupported bits per sample" and "Cannot find data chunk ", and passes `CIOException` on; the decoder is
-/// then unconnected.
+/// then unconnected. One thread at a time.
+///
+/// \warning `Skip` moves only the connected stream: `Tell`, `Eof` and the limit of `Read` count from where
+/// they were. Use `Seek(Tell() + count)` instead.
 class IWavDecoder : public IInputStreamFilter {
 public:
     using TBase = IInputStreamFilter;

@@ -32,7 +32,9 @@ public:
     virtual std::uint64_t Tell();
 
 protected:
+    /// Holds `stream` with a reference of its own.
     explicit CWriter(IOutputStream* stream);
+    /// Shares the stream of `other`.
     CWriter(const CWriter& other);
 
     CRefPtr<IOutputStream> stream_;

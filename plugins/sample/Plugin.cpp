@@ -1,4 +1,4 @@
-// A plug-in that brings a decoder: all that it takes.
+// A whole plug-in: it brings a decoder.
 #include "SampleDecoder.h"
 
 #include <vorlund/ObjectImpl.h>

@@ -72,7 +72,7 @@ const TDataFormat& CSampleDecoder::GetFormat() {
 void CSampleDecoder::Seek(std::int64_t position) {
     if (!stream_) return TLayer::Seek(position);
     if (position < 0) Raise<CIOException>(kBeforeSamples);
-    // What lies behind the end is all the same.
+    // Every position behind the end counts as the end.
     position_ = std::min(position, length_);
     stream_->Seek(kHeaderSize + position_);
 }

@@ -7,7 +7,7 @@
 #include <cstdint>
 
 /// Reads the samples of a VSA file: byte 0 is the first one behind the header. Its layer holds the connected
-/// stream, and its defaults do for everything that is not here, unconnected use included.
+/// stream, and its defaults serve every other operation, also while nothing is connected.
 class CSampleDecoder : public vorlund::CInputFilterImpl<vorlund::IInputStreamFilter> {
     using TLayer = vorlund::CInputFilterImpl<vorlund::IInputStreamFilter>;
 

@@ -6,15 +6,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <optional>
 #include <vector>
 
 namespace {
-
-template <class T> using CReply = std::unique_ptr<T, decltype(&std::free)>;
-
-template <class T> CReply<T> Own(T* reply) {
-    return {reply, &std::free};
-}
 
 class CSurfaceXcb final : public CSurface {
 public:
@@ -26,6 +21,8 @@ public:
     bool Draw(const std::uint32_t* pixels, int width, int height) override;
 
 private:
+    /// The window's present size and depth, or nothing when it is gone.
+    std::optional<xcb_get_geometry_reply_t> GetGeometry() const;
     bool HasPixelsOf32Bits(int depth) const;
     const std::uint32_t* Scale(const std::uint32_t* pixels, int width, int height, int toWidth, int toHeight);
 
@@ -37,14 +34,22 @@ private:
 
 bool CSurfaceXcb::Open() {
     if (xcb_connection_has_error(connection_)) return false;
-    const auto geometry =
-        Own(xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window_), nullptr));
+    const auto geometry = GetGeometry();
     if (!geometry || !HasPixelsOf32Bits(geometry->depth)) return false;
     context_ = xcb_generate_id(connection_);
     // Without it, every image would send an event back.
     const std::uint32_t noExposures = 0;
     xcb_create_gc(connection_, context_, window_, XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
     return true;
+}
+
+std::optional<xcb_get_geometry_reply_t> CSurfaceXcb::GetGeometry() const {
+    xcb_get_geometry_reply_t* const reply =
+        xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window_), nullptr);
+    if (!reply) return {};
+    const xcb_get_geometry_reply_t geometry = *reply;
+    std::free(reply);
+    return geometry;
 }
 
 /// Screens with 24 bits of colour lay them out as blue, green, red everywhere that matters; deeper ones and
@@ -59,9 +64,8 @@ bool CSurfaceXcb::HasPixelsOf32Bits(int depth) const {
 }
 
 bool CSurfaceXcb::Draw(const std::uint32_t* pixels, int width, int height) {
-    // The answer also holds us back when the server is slower than we are.
-    const auto geometry =
-        Own(xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window_), nullptr));
+    // Waiting for the answer also keeps this thread from drawing faster than the server can show.
+    const auto geometry = GetGeometry();
     if (!geometry) return false;
     pixels = Scale(pixels, width, height, geometry->width, geometry->height);
 

@@ -14,7 +14,7 @@ constexpr const wchar* kMethod = VRL_L("CWindowOutput::Open");
 constexpr TFailure kWrongFormat{kMethod, kFile, 1, VRL_L("Unsupported format ID")};
 constexpr TFailure kWrongPixels{kMethod, kFile, 2, VRL_L("Unsupported pixel format")};
 
-/// Window systems count in 16 bits.
+/// Window systems hold sizes in 16 bits.
 constexpr std::uint32_t kLargestSide = 32767;
 
 bool IsChannelOfOneByte(std::uint32_t bits, std::uint32_t shift) {

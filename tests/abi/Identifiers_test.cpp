@@ -1,18 +1,23 @@
 // The identifiers of interfaces and data formats, and that no two things share one.
+#include <vorlund/AudioClip.h>
 #include <vorlund/AudioPcmConverters.h>
+#include <vorlund/Bitmap.h>
 #include <vorlund/CbVideoSource.h>
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/Device.h>
 #include <vorlund/File.h>
-#include <vorlund/Generators.h>
-#include <vorlund/MediaObjects.h>
+#include <vorlund/MediaControl.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/PlasmaVideoGenerator.h>
+#include <vorlund/PropertyPage.h>
+#include <vorlund/RandomGenerator.h>
 #include <vorlund/Resource.h>
 #include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
+#include <vorlund/VideoClip.h>
 #include <vorlund/VideoOutput.h>
 #include <vorlund/VideoWindow.h>
 #include <vorlund/WavDecoder.h>

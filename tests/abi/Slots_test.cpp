@@ -1,15 +1,19 @@
 // The order of the virtual tables. Plug-ins and applications are compiled against it, so it never changes.
+#include <vorlund/AudioClip.h>
 #include <vorlund/AudioPcmConverters.h>
 #include <vorlund/BinaryLock.h>
+#include <vorlund/Bitmap.h>
 #include <vorlund/CbVideoSource.h>
 #include <vorlund/Device.h>
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
-#include <vorlund/Generators.h>
 #include <vorlund/LineReader.h>
-#include <vorlund/MediaObjects.h>
+#include <vorlund/MediaControl.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/PlasmaVideoGenerator.h>
+#include <vorlund/PropertyPage.h>
+#include <vorlund/RandomGenerator.h>
 #include <vorlund/Resource.h>
 #include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
@@ -17,6 +21,7 @@
 #include <vorlund/Timer.h>
 #include <vorlund/VarReader.h>
 #include <vorlund/VarWriter.h>
+#include <vorlund/VideoClip.h>
 #include <vorlund/VideoOutput.h>
 #include <vorlund/VideoWindow.h>
 #include <vorlund/WavDecoder.h>

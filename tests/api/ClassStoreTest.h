@@ -7,6 +7,7 @@
 #include <vorlund/ObjectList.h>
 #include <vorlund/RefPtr.h>
 
+#include "support/KnownFailures.h"
 #include "support/LibraryScope.h"
 
 #include <gtest/gtest.h>
@@ -15,26 +16,7 @@
 
 namespace vorlund::test {
 
-inline constexpr const wchar* kClassStoreFile = VRL_L("src/vorlund/api/ClassStore");
-inline constexpr const wchar* kCreateObject = VRL_L("vorlund::CClassStore::CreateObject");
-inline constexpr const wchar* kGetClassInfo = VRL_L("vorlund::CClassStore::GetClassInfo");
-inline constexpr const wchar* kGetClass = VRL_L("vorlund::CClassStore::GetClass");
-inline constexpr TFailure kCreateByIdClosed{kCreateObject, kClassStoreFile, 60, VRL_L("Not initialized")};
-inline constexpr TFailure kCreateByIdNotFound{kCreateObject, kClassStoreFile, 68, VRL_L("Cannot find class")};
-inline constexpr TFailure kCreateByNameClosed{kCreateObject, kClassStoreFile, 77, VRL_L("Not initialized")};
-inline constexpr TFailure kCreateByNameNotFound{kCreateObject, kClassStoreFile, 85, VRL_L("")};
-inline constexpr TFailure kGetByIdClosed{kGetClassInfo, kClassStoreFile, 112, VRL_L("Not initialized")};
-inline constexpr TFailure kGetByIdNotFound{kGetClass, kClassStoreFile, 125, VRL_L("")};
-inline constexpr TFailure kGetByNameClosed{kGetClassInfo, kClassStoreFile, 130, VRL_L("Not initialized")};
-inline constexpr TFailure kGetByNameNotFound{kGetClass, kClassStoreFile, 143, VRL_L("")};
-inline constexpr TFailure kRegisterClosed{VRL_L("vorlund::CClassStore::RegisterClassVrl"), kClassStoreFile,
-                                          148, VRL_L("Not initialized")};
-inline constexpr TFailure kNotClosed{VRL_L("vorlund::CClassStore::~CClassStore"), kClassStoreFile, 28,
-                                     VRL_L("Not closed")};
-inline constexpr TFailure kNoEnumerator{VRL_L("vorlund::CClassStore::EnumerateClasses"), kClassStoreFile, 160,
-                                        VRL_L("Cannot create enumerator")};
-inline constexpr TFailure kNoItem{VRL_L("vorlund::CClassStore::EnumerateClasses"), kClassStoreFile, 171,
-                                  VRL_L("Cannot create pointer object")};
+using namespace classstorefailures;
 
 inline constexpr CId kFirstId{0xC1A55, 0, 0, 1};
 inline constexpr CId kSecondId{0xC1A55, 0, 0, 2};

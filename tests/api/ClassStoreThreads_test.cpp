@@ -114,7 +114,9 @@ TEST(ClassStoreThreadsOfTheLibrary, ThreadsCreateRegisterAndLookUpTogether) {
                 created[thread].push_back(store.CreateObject(VRL_L("vorlund::CPtrObject")));
                 EXPECT_EQ(store.GetClassInfo(own)->id, own);
                 EXPECT_EQ(store.GetClassInfo(VRL_L("vorlund::CObject"))->id, classid::CObject);
-                EXPECT_THROW(store.GetClassInfo({0x7EAD, 99, 99, 99}), CClassNotFoundException);
+                ExpectRaises<CClassNotFoundException>(kGetByIdNotFound, [&] {
+                    store.GetClassInfo({0x7EAD, 99, 99, 99});
+                });
             }
         });
     }

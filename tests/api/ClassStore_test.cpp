@@ -175,7 +175,8 @@ TEST_F(ClassStore, NamesBeyondAsciiAreComparedUnitByUnit) {
     Register(kSecondId, VRL_L("Kl\u00C4sse \U0001F3B5"));
     EXPECT_EQ(store_.GetClassInfo(VRL_L("Kl\u00E4sse \U0001F3B5"))->id, kFirstId);
     EXPECT_EQ(store_.GetClassInfo(VRL_L("Kl\u00C4sse \U0001F3B5"))->id, kSecondId);
-    EXPECT_THROW(store_.GetClassInfo(VRL_L("Kla\u0308sse \U0001F3B5")), CClassNotFoundException);
+    ExpectRaises<CClassNotFoundException>(kGetByNameNotFound,
+                                          [&] { store_.GetClassInfo(VRL_L("Kla\u0308sse \U0001F3B5")); });
 }
 
 TEST_F(ClassStore, ClassesWithoutANameAreFoundById) {
@@ -250,7 +251,7 @@ TEST_F(ClassStore, ReopenedStoreIsEmpty) {
     store_.RegisterClassVrl(kFirst);
     store_.Close();
     store_.Init();
-    EXPECT_THROW(store_.GetClassInfo(kFirstId), CClassNotFoundException);
+    ExpectRaises<CClassNotFoundException>(kGetByIdNotFound, [&] { store_.GetClassInfo(kFirstId); });
 }
 
 TEST_F(ClassStore, TenThousandClasses) {
@@ -309,7 +310,7 @@ TEST_F(ClassStore, FactoriesMayUseTheStore) {
         for (unsigned int i = 0; i < 1000; ++i) store.RegisterClassVrl({{9, 9, 9, i}, nullptr, nullptr});
         const auto byName = CRefPtr<IObject>::Adopt(store.CreateObject(kFirstName));
         EXPECT_TRUE(byName);
-        EXPECT_THROW(store.CreateObject(kThirdId), CClassNotFoundException);
+        ExpectRaises<CClassNotFoundException>(kCreateByIdNotFound, [&] { store.CreateObject(kThirdId); });
         return store.CreateObject(kFirstId);
     });
     const auto object = CRefPtr<IObject>::Adopt(store_.CreateObject(kSecondId));
@@ -325,7 +326,7 @@ TEST_F(ClassStore, FactoryMayForgetTheClasses) {
     });
     const auto object = CRefPtr<IObject>::Adopt(store_.CreateObject(kFirstId));
     EXPECT_TRUE(object);
-    EXPECT_THROW(store_.GetClassInfo(kFirstId), CClassNotFoundException);
+    ExpectRaises<CClassNotFoundException>(kGetByIdNotFound, [&] { store_.GetClassInfo(kFirstId); });
 }
 
 } // namespace

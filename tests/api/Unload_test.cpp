@@ -101,15 +101,15 @@ struct TLinesRow {
     const char* lines;
 };
 
-class UnfinishedFactory : public testing::TestWithParam<TLinesRow> {};
+class UnloadUnfinishedFactory : public testing::TestWithParam<TLinesRow> {};
 
-TEST_P(UnfinishedFactory, LeavesTheLockWithItsThread) {
+TEST_P(UnloadUnfinishedFactory, LeavesTheLockWithItsThread) {
     const TChildEnd end = RunChild("lifecycle_child", {.arguments = {GetParam().mode}});
     EXPECT_EQ(Lines(end), GetParam().lines);
     EXPECT_TRUE(end.IsSuccess()) << end.errors;
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, UnfinishedFactory,
+INSTANTIATE_TEST_SUITE_P(Rows, UnloadUnfinishedFactory,
                          testing::Values(TLinesRow{"lock-left-to-others",
                                                    "before went on\nthis went on\nother is blocked\n"},
                                          TLinesRow{"lock-of-an-ended-thread", "close is blocked\n"},

@@ -4,7 +4,7 @@
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
-#include <vorlund/Generators.h>
+#include <vorlund/PlasmaVideoGenerator.h>
 #include <vorlund/RefPtr.h>
 
 #include "support/LibraryScope.h"

@@ -2,7 +2,7 @@
 #include "cli/ProgramFolder.h"
 
 #include <vorlund/ClassIds.h>
-#include <vorlund/Generators.h>
+#include <vorlund/RandomGenerator.h>
 #include <vorlund/RefPtr.h>
 
 #include "support/LibraryScope.h"

@@ -16,6 +16,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -264,9 +265,24 @@ TEST_F(DeviceClassStore, FailuresOfTheClassStorePassOn) {
 
 // That it keeps other threads out is seen in a child process, in Unload_test: they wait for ever.
 
+void ExpectDevice(const std::function<IDevice*()>& create) {
+    const auto device = CRefPtr<IDevice>::Adopt(create());
+    EXPECT_EQ(device->GetClassId(), CFirst::ClassId);
+}
+void ExpectNoObject(const std::function<IDevice*()>& create) {
+    ExpectRaises<CBugException>(kNoObject, create);
+}
+void ExpectNoInterface(const std::function<IDevice*()>& create) {
+    ExpectRaises<CBugException>(kNoInterface, create);
+}
+void ExpectTrouble(const std::function<IDevice*()>& create) {
+    EXPECT_THROW(create(), std::runtime_error);
+}
+
 struct TLockRow {
     const char* name;
     TObjectFactory factory;
+    void (*expectOutcome)(const std::function<IDevice*()>& create);
 };
 class DeviceClassStoreLock : public testing::TestWithParam<TLockRow> {};
 
@@ -276,25 +292,22 @@ TEST_P(DeviceClassStoreLock, IsGivenBack) {
     store.Init();
     RegisterDeviceClass<CFirst>();
     RegisterFactory(store, GetParam().factory);
-    try {
-        CRefPtr<IDevice>::Adopt(store.CreateDevice(DEVICE_TYPE_AUDIO));
-    } catch (...) {
-        // What it raises is tested elsewhere.
-    }
+    GetParam().expectOutcome([&] { return store.CreateDevice(DEVICE_TYPE_AUDIO); });
     // The class store is another matter: by its own rule it is left locked by a factory that raises.
     v.Close();
     v.Init();
     RegisterDeviceClass<CFirst>();
     CActor other;
     other.Do([&] { store.RegisterDevice({CFirst::ClassId, DEVICE_TYPE_VIDEO}); });
+    EXPECT_EQ(CRefPtr<IDevice>::Adopt(store.CreateDevice(DEVICE_TYPE_VIDEO))->GetClassId(), CFirst::ClassId);
     store.Close();
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, DeviceClassStoreLock,
-                         testing::Values(TLockRow{"AfterSuccess", &NewObject<CFirst>},
-                                         TLockRow{"NoObject", &MakeNothing},
-                                         TLockRow{"NoInterface", &NewObject<CProbe>},
-                                         TLockRow{"FactoryThatRaises", &MakeTrouble}),
+                         testing::Values(TLockRow{"AfterSuccess", &NewObject<CFirst>, &ExpectDevice},
+                                         TLockRow{"NoObject", &MakeNothing, &ExpectNoObject},
+                                         TLockRow{"NoInterface", &NewObject<CProbe>, &ExpectNoInterface},
+                                         TLockRow{"FactoryThatRaises", &MakeTrouble, &ExpectTrouble}),
                          [](const auto& row) { return row.param.name; });
 
 TEST_F(DeviceClassStore, ThreadOfAFailedCreationGoesOn) {
@@ -324,7 +337,9 @@ TEST_F(DeviceClassStore, LockOfAnEndedThreadShowsAtTheEnd) {
         store.Init();
     }
     store.RegisterDevice({CFirst::ClassId, DEVICE_TYPE_VIDEO});
-    CActor().Do([&] { EXPECT_THROW(store.CreateDevice(DEVICE_TYPE_AUDIO), CClassNotFoundException); });
+    CActor().Do([&] {
+        ExpectRaises<CClassNotFoundException>(kNoClass, [&] { store.CreateDevice(DEVICE_TYPE_AUDIO); });
+    });
     ExpectRaises<CBugException>(kStillLocked, [&] { store.Close(); });
     // It is closed all the same.
     ExpectRaises<CBugException>(kCreateNotInitialized, [&] { store.CreateDevice(DEVICE_TYPE_VIDEO); });
@@ -391,7 +406,7 @@ struct TAliasRow {
     CId id;
     TDeviceType type;
 };
-class DeviceAliases : public testing::TestWithParam<TAliasRow> {
+class DeviceClassStoreAliases : public testing::TestWithParam<TAliasRow> {
 protected:
     /// Creates by name and by identifier.
     template <class TCheck> static void ForBothKeys(TCheck check) {
@@ -402,7 +417,7 @@ protected:
     CLibraryScope library_;
 };
 
-TEST_P(DeviceAliases, CreateTheDeviceOfTheirType) {
+TEST_P(DeviceClassStoreAliases, CreateTheDeviceOfTheirType) {
     const TDeviceType other = GetParam().type == DEVICE_TYPE_AUDIO ? DEVICE_TYPE_VIDEO : DEVICE_TYPE_AUDIO;
     v.GetDeviceClassStore().RegisterDevice({RegisterDeviceClass<CFirst>(), other});
     v.GetDeviceClassStore().RegisterDevice({RegisterDeviceClass<CSecond>(), GetParam().type});
@@ -414,13 +429,13 @@ TEST_P(DeviceAliases, CreateTheDeviceOfTheirType) {
     });
 }
 
-TEST_P(DeviceAliases, MayStandForThePlainDevice) {
+TEST_P(DeviceClassStoreAliases, MayStandForThePlainDevice) {
     v.GetDeviceClassStore().RegisterDevice({classid::CDevice, GetParam().type});
     ForBothKeys(
         [](auto create) { EXPECT_EQ(CRefPtr<IObject>::Adopt(create())->GetClassId(), classid::CDevice); });
 }
 
-TEST_P(DeviceAliases, FailAsTheirCreationFails) {
+TEST_P(DeviceClassStoreAliases, FailAsTheirCreationFails) {
     v.GetDeviceClassStore().RegisterDevice(
         {RegisterDeviceClass<CFirst>(),
          GetParam().type == DEVICE_TYPE_AUDIO ? DEVICE_TYPE_VIDEO : DEVICE_TYPE_AUDIO});
@@ -436,7 +451,7 @@ TEST_P(DeviceAliases, FailAsTheirCreationFails) {
     CActor().Do([] { EXPECT_TRUE(CreateAs<IDevice>(classid::CDevice)); });
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, DeviceAliases,
+INSTANTIATE_TEST_SUITE_P(Rows, DeviceClassStoreAliases,
                          testing::Values(TAliasRow{"Audio",
                                                    VRL_L("vorlund::CAudioDevice"),
                                                    {0x9DF8979E, 0x14424383, 0xA3164F6A, 0xD110B15C},

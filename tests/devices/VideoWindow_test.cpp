@@ -56,136 +56,136 @@ class VideoWindow : public testing::Test {
 protected:
     void SetUp() override {
         if (!CanShowWindows()) GTEST_SKIP() << "no display";
-        window = NewWindow().Detach();
+        window_ = NewWindow().Detach();
     }
     void TearDown() override { Release(); }
 
     void Release() {
-        if (IVideoWindow* const old = std::exchange(window, nullptr)) old->Release();
+        if (IVideoWindow* const old = std::exchange(window_, nullptr)) old->Release();
     }
 
-    CLibraryScope library;
-    IVideoWindow* window = nullptr;
+    CLibraryScope library_;
+    IVideoWindow* window_ = nullptr;
 };
 
 TEST_F(VideoWindow, OpensWithItsDefaults) {
-    window->Open();
-    ASSERT_NE(window->GetHandle(), nullptr);
-    EXPECT_TRUE(HasClientSize(*window, 640, 480));
-    EXPECT_TRUE(HasTitle(*window, VRL_L("Vorlund Video Window")));
+    window_->Open();
+    ASSERT_NE(window_->GetHandle(), nullptr);
+    EXPECT_TRUE(HasClientSize(*window_, 640, 480));
+    EXPECT_TRUE(HasTitle(*window_, VRL_L("Vorlund Video Window")));
 }
 
 TEST_F(VideoWindow, OpensOnce) {
-    window->Open();
-    void* const first = window->GetHandle();
-    window->Open();
-    EXPECT_EQ(window->GetHandle(), first);
+    window_->Open();
+    void* const first = window_->GetHandle();
+    window_->Open();
+    EXPECT_EQ(window_->GetHandle(), first);
 }
 
 TEST_F(VideoWindow, CloseDestroysTheWindow) {
-    window->Open();
-    void* const handle = window->GetHandle();
-    window->Close();
-    EXPECT_EQ(window->GetHandle(), nullptr);
+    window_->Open();
+    void* const handle = window_->GetHandle();
+    window_->Close();
+    EXPECT_EQ(window_->GetHandle(), nullptr);
     EXPECT_FALSE(LookAtWindow(handle));
 }
 
 TEST_F(VideoWindow, OpensAgain) {
     for (int i = 0; i < 5; ++i) {
-        window->Open();
-        ASSERT_NE(window->GetHandle(), nullptr);
-        EXPECT_TRUE(HasClientSize(*window, 640, 480));
-        window->Close();
-        ASSERT_EQ(window->GetHandle(), nullptr);
+        window_->Open();
+        ASSERT_NE(window_->GetHandle(), nullptr);
+        EXPECT_TRUE(HasClientSize(*window_, 640, 480));
+        window_->Close();
+        ASSERT_EQ(window_->GetHandle(), nullptr);
     }
 }
 
 TEST_F(VideoWindow, TheUserClosesIt) {
-    window->Open();
-    void* const handle = window->GetHandle();
+    window_->Open();
+    void* const handle = window_->GetHandle();
     CloseWindowByUser(handle);
-    EXPECT_TRUE(WaitUntil([&] { return window->GetHandle() == nullptr; }));
+    EXPECT_TRUE(WaitUntil([&] { return window_->GetHandle() == nullptr; }));
     EXPECT_FALSE(LookAtWindow(handle));
 }
 
 TEST_F(VideoWindow, OpensAgainAfterTheUserClosedIt) {
-    window->Open();
-    CloseWindowByUser(window->GetHandle());
-    ASSERT_TRUE(WaitUntil([&] { return window->GetHandle() == nullptr; }));
-    window->SetTitle(VRL_L("Second"));
-    window->Open();
-    ASSERT_NE(window->GetHandle(), nullptr);
-    EXPECT_TRUE(HasTitle(*window, VRL_L("Second")));
-    EXPECT_TRUE(HasClientSize(*window, 640, 480));
+    window_->Open();
+    CloseWindowByUser(window_->GetHandle());
+    ASSERT_TRUE(WaitUntil([&] { return window_->GetHandle() == nullptr; }));
+    window_->SetTitle(VRL_L("Second"));
+    window_->Open();
+    ASSERT_NE(window_->GetHandle(), nullptr);
+    EXPECT_TRUE(HasTitle(*window_, VRL_L("Second")));
+    EXPECT_TRUE(HasClientSize(*window_, 640, 480));
 }
 
 TEST_F(VideoWindow, CloseAfterTheUserClosedIt) {
-    window->Open();
-    CloseWindowByUser(window->GetHandle());
+    window_->Open();
+    CloseWindowByUser(window_->GetHandle());
     // Whoever comes first, one of them closes it and both come back.
-    window->Close();
-    EXPECT_EQ(window->GetHandle(), nullptr);
+    window_->Close();
+    EXPECT_EQ(window_->GetHandle(), nullptr);
 }
 
 TEST_F(VideoWindow, TheLastReleaseClosesIt) {
-    window->Open();
-    void* const handle = window->GetHandle();
+    window_->Open();
+    void* const handle = window_->GetHandle();
     Release();
     EXPECT_FALSE(LookAtWindow(handle));
 }
 
 TEST_F(VideoWindow, ClientSizeBeforeOpen) {
-    window->SetClientSize(320, 240);
-    window->Open();
-    EXPECT_TRUE(HasClientSize(*window, 320, 240));
+    window_->SetClientSize(320, 240);
+    window_->Open();
+    EXPECT_TRUE(HasClientSize(*window_, 320, 240));
 }
 
 TEST_F(VideoWindow, ClientSizeWhileOpen) {
-    window->Open();
-    window->SetClientSize(200, 150);
-    EXPECT_TRUE(HasClientSize(*window, 200, 150));
-    window->SetClientSize(400, 300);
-    EXPECT_TRUE(HasClientSize(*window, 400, 300));
+    window_->Open();
+    window_->SetClientSize(200, 150);
+    EXPECT_TRUE(HasClientSize(*window_, 200, 150));
+    window_->SetClientSize(400, 300);
+    EXPECT_TRUE(HasClientSize(*window_, 400, 300));
 }
 
 TEST_F(VideoWindow, WindowSizeIsTheOuterOne) {
-    window->Open();
-    window->SetWindowSize(500, 400);
+    window_->Open();
+    window_->SetWindowSize(500, 400);
     ASSERT_TRUE(WaitUntil([&] {
-        const auto view = LookAtWindow(window->GetHandle());
+        const auto view = LookAtWindow(window_->GetHandle());
         return view && view->width <= 500 && view->height <= 400;
     }));
-    const auto view = LookAtWindow(window->GetHandle());
+    const auto view = LookAtWindow(window_->GetHandle());
     EXPECT_GT(view->width, 400);
     EXPECT_GT(view->height, 300);
 }
 
 TEST_F(VideoWindow, ClientSizeThatWaitsGoesBeforeAWindowSize) {
-    window->SetWindowSize(500, 400);
-    window->Open();
-    EXPECT_TRUE(HasClientSize(*window, 640, 480));
+    window_->SetWindowSize(500, 400);
+    window_->Open();
+    EXPECT_TRUE(HasClientSize(*window_, 640, 480));
 }
 
 TEST_F(VideoWindow, KeepsItsSizeForTheNextOpen) {
-    window->Open();
-    window->SetClientSize(220, 160);
-    window->Close();
-    window->Open();
-    EXPECT_TRUE(HasClientSize(*window, 220, 160));
+    window_->Open();
+    window_->SetClientSize(220, 160);
+    window_->Close();
+    window_->Open();
+    EXPECT_TRUE(HasClientSize(*window_, 220, 160));
 }
 
 TEST_F(VideoWindow, TitleBeforeOpen) {
-    window->SetTitle(VRL_L("Before"));
-    window->Open();
-    EXPECT_TRUE(HasTitle(*window, VRL_L("Before")));
+    window_->SetTitle(VRL_L("Before"));
+    window_->Open();
+    EXPECT_TRUE(HasTitle(*window_, VRL_L("Before")));
 }
 
 TEST_F(VideoWindow, TitleWhileOpen) {
-    window->Open();
-    window->SetTitle(VRL_L("Gr\u00FC\u00DFe \u4E16"));
-    EXPECT_TRUE(HasTitle(*window, VRL_L("Gr\u00FC\u00DFe \u4E16")));
-    window->SetTitle(VRL_L(""));
-    EXPECT_TRUE(HasTitle(*window, VRL_L("")));
+    window_->Open();
+    window_->SetTitle(VRL_L("Gr\u00FC\u00DFe \u4E16"));
+    EXPECT_TRUE(HasTitle(*window_, VRL_L("Gr\u00FC\u00DFe \u4E16")));
+    window_->SetTitle(VRL_L(""));
+    EXPECT_TRUE(HasTitle(*window_, VRL_L("")));
 }
 
 TEST_F(VideoWindow, SeveralAtATime) {
@@ -204,13 +204,13 @@ TEST_F(VideoWindow, SeveralAtATime) {
 }
 
 TEST_F(VideoWindow, ASizeNobodyCanShowIsSafe) {
-    window->Open();
+    window_->Open();
     for (const int size : {0, -1, 1 << 30, -2147483647 - 1, 2147483647}) {
-        window->SetWindowSize(size, size);
-        window->SetClientSize(size, size);
+        window_->SetWindowSize(size, size);
+        window_->SetClientSize(size, size);
     }
-    window->SetClientSize(300, 200);
-    EXPECT_TRUE(HasClientSize(*window, 300, 200));
+    window_->SetClientSize(300, 200);
+    EXPECT_TRUE(HasClientSize(*window_, 300, 200));
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// The plug-in "window-output": what stands on the screen.
+// The plug-in "window-output": what is on the screen.
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>
@@ -64,15 +64,15 @@ class WindowOutput : public testing::Test {
 protected:
     void SetUp() override {
         if (!CanShowWindows()) GTEST_SKIP() << "no display";
-        output = CreateAs<IVideoOutput>(classid::CVideoDevice).Detach();
-        ASSERT_NE(output, nullptr);
+        output_ = CreateAs<IVideoOutput>(classid::CVideoDevice).Detach();
+        ASSERT_NE(output_, nullptr);
     }
     void TearDown() override {
-        if (output) output->Release();
+        if (output_) output_->Release();
     }
 
-    CPluginScope plugin;
-    IVideoOutput* output = nullptr;
+    CPluginScope plugin_;
+    IVideoOutput* output_ = nullptr;
 };
 
 /// The window of the device, which has no operation that tells it: found by its title.
@@ -99,20 +99,20 @@ TEST_F(WindowOutput, ShowsFramesByTheirShifts) {
     constexpr std::uint32_t kBlue = 0xF0;
     for (const TShiftRow row :
          {TShiftRow{16, 8, 0}, TShiftRow{8, 16, 24}, TShiftRow{0, 8, 16}, TShiftRow{24, 0, 8}}) {
-        ASSERT_TRUE(output->Open(MakeFormat(200, 120, row.red, row.green, row.blue), VRL_L("Shifts")));
+        ASSERT_TRUE(output_->Open(MakeFormat(200, 120, row.red, row.green, row.blue), VRL_L("Shifts")));
         const std::vector<std::uint32_t> frame(200 * 120,
                                                kRed << row.red | kGreen << row.green | kBlue << row.blue);
-        ASSERT_TRUE(output->Present(frame.data()));
+        ASSERT_TRUE(output_->Present(frame.data()));
         EXPECT_TRUE(Shows(VRL_L("Shifts"), 100, 60, kRed << 16 | kGreen << 8 | kBlue));
     }
 }
 
 TEST_F(WindowOutput, RowsGoFromTopToBottom) {
-    ASSERT_TRUE(output->Open(MakeFormat(200, 120, 16, 8, 0), VRL_L("Rows")));
+    ASSERT_TRUE(output_->Open(MakeFormat(200, 120, 16, 8, 0), VRL_L("Rows")));
     std::vector<std::uint32_t> frame(200 * 120);
     for (std::size_t i = 0; i < frame.size(); ++i)
         frame[i] = static_cast<std::uint32_t>(i / 200 << 16 | i % 200);
-    ASSERT_TRUE(output->Present(frame.data()));
+    ASSERT_TRUE(output_->Present(frame.data()));
     EXPECT_TRUE(Shows(VRL_L("Rows"), 199, 119, 119 << 16 | 199));
     EXPECT_TRUE(Shows(VRL_L("Rows"), 7, 3, 3 << 16 | 7));
     const auto picture = GetWindowPixels(FindWindowByTitle(VRL_L("Rows")));
@@ -124,36 +124,36 @@ TEST_F(WindowOutput, RowsGoFromTopToBottom) {
 
 TEST_F(WindowOutput, WithoutASurfaceNothingIsShown) {
     const std::vector<std::uint32_t> frame(16);
-    EXPECT_FALSE(output->Present(frame.data()));
-    output->Close();
-    ASSERT_TRUE(output->Open(MakeFormat(4, 4, 16, 8, 0), VRL_L("Short")));
-    output->Close();
-    EXPECT_FALSE(output->Present(frame.data()));
+    EXPECT_FALSE(output_->Present(frame.data()));
+    output_->Close();
+    ASSERT_TRUE(output_->Open(MakeFormat(4, 4, 16, 8, 0), VRL_L("Short")));
+    output_->Close();
+    EXPECT_FALSE(output_->Present(frame.data()));
     EXPECT_EQ(FindWindowByTitle(VRL_L("Short")), nullptr);
 }
 
 TEST_F(WindowOutput, TheUserClosesTheWindow) {
-    ASSERT_TRUE(output->Open(MakeFormat(200, 120, 16, 8, 0), VRL_L("Closed")));
+    ASSERT_TRUE(output_->Open(MakeFormat(200, 120, 16, 8, 0), VRL_L("Closed")));
     const std::vector<std::uint32_t> frame(200 * 120);
-    ASSERT_TRUE(output->Present(frame.data()));
+    ASSERT_TRUE(output_->Present(frame.data()));
     CloseWindowByUser(FindWindowByTitle(VRL_L("Closed")));
-    EXPECT_TRUE(WaitUntil([&] { return !output->Present(frame.data()); }));
-    ASSERT_TRUE(output->Open(MakeFormat(200, 120, 16, 8, 0), VRL_L("Again")));
-    EXPECT_TRUE(output->Present(frame.data()));
+    EXPECT_TRUE(WaitUntil([&] { return !output_->Present(frame.data()); }));
+    ASSERT_TRUE(output_->Open(MakeFormat(200, 120, 16, 8, 0), VRL_L("Again")));
+    EXPECT_TRUE(output_->Present(frame.data()));
 }
 
 TEST_F(WindowOutput, OpenOfADeviceTakesTheDefaults) {
-    output->Open();
+    output_->Open();
     const std::vector<std::uint32_t> frame(640 * 480, 0x80'40'20'00);
-    EXPECT_TRUE(output->Present(frame.data()));
-    output->Close();
-    EXPECT_FALSE(output->Present(frame.data()));
+    EXPECT_TRUE(output_->Present(frame.data()));
+    output_->Close();
+    EXPECT_FALSE(output_->Present(frame.data()));
 }
 
 TEST_F(WindowOutput, RefusesWhatItCannotShow) {
     TDataFormat_VideoRgb format = MakeFormat(4, 4, 16, 8, 0);
     format.id = TDataFormat_ImageRgb::FormatId;
-    ExpectRaises<CDataFormatException>(kWrongFormat, [&] { output->Open(format, VRL_L("")); });
+    ExpectRaises<CDataFormatException>(kWrongFormat, [&] { output_->Open(format, VRL_L("")); });
 
     using TChange = void (*)(TDataFormat_ImageRgb&);
     for (const TChange change : std::initializer_list<TChange>{
@@ -168,7 +168,7 @@ TEST_F(WindowOutput, RefusesWhatItCannotShow) {
          }) {
         format = MakeFormat(4, 4, 16, 8, 0);
         change(format.image);
-        ExpectRaises<CDataFormatException>(kWrongPixels, [&] { output->Open(format, VRL_L("")); });
+        ExpectRaises<CDataFormatException>(kWrongPixels, [&] { output_->Open(format, VRL_L("")); });
     }
 }
 

@@ -1,20 +1,14 @@
 #include "devices/WindowProbe.h"
 
+#include "vorlund/devices/XcbReply.h"
+
 #include <xcb/xcb.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string>
 
 namespace vorlund::test {
 namespace {
-
-template <class T> using CReply = std::unique_ptr<T, decltype(&std::free)>;
-
-template <class T> CReply<T> Own(T* reply) {
-    return {reply, &std::free};
-}
 
 class CConnection {
 public:
@@ -29,7 +23,7 @@ public:
     xcb_atom_t FindAtom(const char* name) const {
         const auto asked =
             xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-        const auto reply = Own(xcb_intern_atom_reply(connection_, asked, nullptr));
+        const auto reply = OwnReply(xcb_intern_atom_reply(connection_, asked, nullptr));
         return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
     }
 
@@ -66,7 +60,7 @@ wstring FromUtf8(const char* text, std::size_t size) {
 wstring GetTitle(const CConnection& connection, xcb_window_t window) {
     const auto asked = xcb_get_property(connection, 0, window, connection.FindAtom("_NET_WM_NAME"),
                                         connection.FindAtom("UTF8_STRING"), 0, 1024);
-    const auto reply = Own(xcb_get_property_reply(connection, asked, nullptr));
+    const auto reply = OwnReply(xcb_get_property_reply(connection, asked, nullptr));
     if (!reply) return {};
     return FromUtf8(static_cast<const char*>(xcb_get_property_value(reply.get())),
                     static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
@@ -81,7 +75,7 @@ bool CanShowWindows() {
 void* FindWindowByTitle(const wstring& title) {
     const CConnection connection;
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    const auto tree = Own(xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
+    const auto tree = OwnReply(xcb_query_tree_reply(connection, xcb_query_tree(connection, root), nullptr));
     if (!tree) return nullptr;
     const xcb_window_t* const windows = xcb_query_tree_children(tree.get());
     for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
@@ -94,7 +88,7 @@ void* FindWindowByTitle(const wstring& title) {
 std::optional<TWindowView> LookAtWindow(void* handle) {
     const CConnection connection;
     const auto reply =
-        Own(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, ToWindow(handle)), nullptr));
+        OwnReply(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, ToWindow(handle)), nullptr));
     if (!reply) return {};
     return TWindowView{GetTitle(connection, ToWindow(handle)), reply->width, reply->height};
 }
@@ -111,7 +105,7 @@ void CloseWindowByUser(void* handle) {
                    reinterpret_cast<const char*>(&message));
     // An answer to something later says that the server has taken it; a connection that just goes may lose
     // it.
-    Own(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    OwnReply(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
 }
 
 std::optional<TWindowPixels> GetWindowPixels(void* handle) {
@@ -121,7 +115,7 @@ std::optional<TWindowPixels> GetWindowPixels(void* handle) {
     const auto asked =
         xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, ToWindow(handle), 0, 0,
                       static_cast<std::uint16_t>(view->width), static_cast<std::uint16_t>(view->height), ~0u);
-    const auto reply = Own(xcb_get_image_reply(connection, asked, nullptr));
+    const auto reply = OwnReply(xcb_get_image_reply(connection, asked, nullptr));
     TWindowPixels picture{view->width, view->height, {}};
     picture.pixels.resize(static_cast<std::size_t>(view->width) * static_cast<std::size_t>(view->height));
     const std::size_t size = picture.pixels.size() * 4;

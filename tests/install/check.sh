@@ -13,6 +13,9 @@ cmake --install "$folder" --prefix "$work/staged" --strip
 mv "$work/staged" "$work/prefix"
 prefix=$work/prefix
 
+version=$(sed -n 's/^project(Vorlund VERSION \([0-9.]*\).*/\1/p' "$here/../../CMakeLists.txt")
+minor=${version%.*}
+
 # What a plug-in exports is these two names and nothing else.
 entries=$'?VrlClosePlugin@@YAXXZ\n?VrlInitPlugin@@YA_NXZ'
 
@@ -22,7 +25,7 @@ win32)
         test -f "$prefix/bin/$file"
     done
     cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DVorlund_DIR="$prefix/lib/cmake/Vorlund" \
-        -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/toolchains/win32.cmake"
+        -DVORLUND_WANTED="$minor" -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/toolchains/win32.cmake"
     cmake --build "$work/build"
     # The program lies elsewhere: the loader finds the library, and with it the compiler's, by the path.
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/consumer.exe" "$recording"
@@ -31,16 +34,19 @@ win32)
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/plugin_host.exe"
     ;;
 linux)
-    cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix"
+    cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" \
+        -DVORLUND_WANTED="$minor"
     cmake --build "$work/build"
     "$work/build/consumer" "$recording"
+    # While the major version is 0, each minor version has a library file of its own.
+    [[ $version == 0.* ]] && soversion=$minor || soversion=${version%%.*}
+    readelf -d "$prefix/lib/libvorlund.so" | grep -F "Library soname: [libvorlund.so.$soversion]"
     test "$(nm -D --defined-only --format=posix "$work/build/plugins/consumer_plugin.so" | sed '/ A /d; s/ .*//' |
         LC_ALL=C sort)" = "$entries"
     "$work/build/plugin_host"
 
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
-    test "$(pkg-config --modversion vorlund)" = "$(sed -n 's/^project(Vorlund VERSION \([0-9.]*\).*/\1/p' \
-        "$here/../../CMakeLists.txt")"
+    test "$(pkg-config --modversion vorlund)" = "$version"
     # shellcheck disable=SC2046
     g++ -std=c++20 "$here/consumer.cpp" -o "$work/consumer" $(pkg-config --cflags --libs vorlund)
     LD_LIBRARY_PATH=$prefix/lib "$work/consumer" "$recording"

@@ -6,6 +6,7 @@
 #include <vorlund/Stream.h>
 #include <vorlund/StreamSelector.h>
 #include <vorlund/String.h>
+#include <vorlund/Version.h>
 #include <vorlund/Vorlund.h>
 
 #include <cstdio>
@@ -18,7 +19,8 @@ namespace {
 bool UsesValues() {
     const CId id("{90832171,F23F4997,BC71E87A,6E3A3063}");
     const CString text(VRL_L("consumer"));
-    return CId(id.ToString().c_str()) == id && text.Length() == 8;
+    return CId(id.ToString().c_str()) == id && text.Length() == 8 &&
+           vorlund::GetVersion().number == VORLUND_VERSION;
 }
 
 /// Exceptions of the library are caught by their types here, and by the type of their family.

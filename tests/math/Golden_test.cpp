@@ -35,7 +35,7 @@ bool IsSame(float a, float b) {
            std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
 }
 
-TEST(MathGolden, EveryCaseHasTheSameBits) {
+TEST(Golden, EveryCaseHasTheSameBits) {
     std::map<std::string, int> counts;
     for (const char* const text : kCases) {
         std::istringstream words(text);

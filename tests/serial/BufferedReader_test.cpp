@@ -1,4 +1,4 @@
-// The bases of readers: references, positions and the buffer.
+// The base of buffered readers: positions and the buffer.
 #include "serial/SerialTest.h"
 
 #include <vorlund/BufferedReader.h>
@@ -12,11 +12,6 @@
 
 namespace vorlund::test {
 namespace {
-
-class CPlainReader : public CReader {
-public:
-    explicit CPlainReader(IInputStream* stream) : CReader(stream) {}
-};
 
 /// Opens the protected side, as derived readers use it.
 class COpenReader : public CBufferedReader {
@@ -35,46 +30,8 @@ public:
     int flushes = 0;
 };
 
-static_assert(!std::is_constructible_v<CReader, IInputStream*>);
-static_assert(!std::is_copy_constructible_v<CPlainReader> && !std::is_copy_assignable_v<CPlainReader>);
 static_assert(std::is_base_of_v<CClassObject, CReader> && std::is_base_of_v<CReader, CBufferedReader>);
 static_assert(std::is_base_of_v<CReader, CVarReader> && std::is_base_of_v<CBufferedReader, CTextReader>);
-static_assert(sizeof(CVarReader) == sizeof(CReader) && sizeof(CReader) == 2 * sizeof(void*));
-
-using Reader = CSerialTest;
-
-TEST_F(Reader, HoldsOneReference) {
-    const auto stream = Source({});
-    {
-        const CPlainReader reader(stream.Get());
-        EXPECT_EQ(ReferencesOf(stream.Get()), 2);
-    }
-    EXPECT_EQ(ReferencesOf(stream.Get()), 1);
-    CClassObject* const reader = new CVarReader(stream.Get());
-    EXPECT_EQ(ReferencesOf(stream.Get()), 2);
-    delete reader;
-    EXPECT_EQ(ReferencesOf(stream.Get()), 1);
-}
-
-TEST_F(Reader, PositionsAreTheStreams) {
-    const auto stream = Source({1, 2, 3});
-    CPlainReader reader(stream.Get());
-    EXPECT_FALSE(reader.Eof());
-    reader.Seek(2);
-    EXPECT_EQ(reader.Tell(), 2u);
-    EXPECT_FALSE(reader.Eof());
-    reader.Seek(3);
-    EXPECT_TRUE(reader.Eof());
-    reader.Seek(~std::uint64_t{0});
-    EXPECT_EQ(stream->position, -1);
-    EXPECT_EQ(reader.Tell(), ~std::uint64_t{0});
-}
-
-TBytes Ramp(std::size_t count) {
-    TBytes bytes(count);
-    for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<std::uint8_t>(i);
-    return bytes;
-}
 
 using BufferedReader = CSerialTest;
 

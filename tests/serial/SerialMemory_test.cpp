@@ -1,4 +1,4 @@
-// What readers and writers hold when memory runs out, and how much they ask for.
+// What readers and writers allocate.
 #include "serial/SerialTest.h"
 #include "support/Allocations.h"
 
@@ -7,7 +7,7 @@
 #include <vorlund/VarReader.h>
 #include <vorlund/VarWriter.h>
 
-#include <new>
+#include <gtest/gtest.h>
 
 namespace vorlund::test {
 namespace {
@@ -15,11 +15,6 @@ namespace {
 class SerialMemory : public CSerialTest {
 protected:
     ~SerialMemory() noexcept override {}
-    CRefPtr<CFaultyInputStream> QuietSource(TBytes bytes) {
-        auto stream = Source(std::move(bytes));
-        stream->log = nullptr;
-        return stream;
-    }
 };
 
 TEST_F(SerialMemory, WritingNeedsNone) {
@@ -41,56 +36,6 @@ TEST_F(SerialMemory, AWrongCountTakesNoMemoryForWhatNeverComes) {
     CVarReader(stream.Get()) >> text;
     EXPECT_EQ(Narrow(text), "a");
     EXPECT_LT(watch.GetPeakBytes(), 200000u);
-}
-
-TEST_F(SerialMemory, ARefusedTextIsAsItWasOrEmpty) {
-    const auto target = Make<CMemoryOutputStream>();
-    CVarWriter(target.Get()) << wstring(150000, 'a').c_str();
-    for (std::size_t successes = 0;; ++successes) {
-        SCOPED_TRACE(successes);
-        const auto stream = QuietSource(target->bytes);
-        CVarReader reader(stream.Get());
-        CString text("before");
-        const CAllocationFailure failure(successes);
-        try {
-            reader >> text;
-        } catch (const std::bad_alloc&) {
-        }
-        if (!failure.HasFailed()) {
-            EXPECT_EQ(text.Length(), 150000u);
-            EXPECT_GT(successes, 2u);
-            break;
-        }
-        EXPECT_EQ(Narrow(text), successes == 0 ? "before" : "");
-    }
-}
-
-TEST_F(SerialMemory, ARefusedLineIsReadByTheNextCall) {
-    const std::string first(3000, 'x');
-    const std::string second(2000, 'y');
-    for (std::size_t successes = 0;; ++successes) {
-        SCOPED_TRACE(successes);
-        const auto stream = QuietSource(Bytes(first + "\r\n" + second));
-        CLineReader reader(stream.Get(), CHAR_FORMAT_8BIT);
-        CString line("before");
-        bool hasFailed = false;
-        {
-            const CAllocationFailure failure(successes);
-            try {
-                ASSERT_TRUE(reader.ReadLine(line));
-            } catch (const std::bad_alloc&) {
-                EXPECT_EQ(Narrow(line), "before");
-            }
-            hasFailed = failure.HasFailed();
-        }
-        if (Narrow(line) == "before") {
-            ASSERT_TRUE(reader.ReadLine(line));
-        }
-        EXPECT_EQ(Narrow(line), first);
-        ASSERT_TRUE(reader.ReadLine(line));
-        EXPECT_EQ(Narrow(line), second);
-        if (!hasFailed) break;
-    }
 }
 
 // Pieces of a long line are not copied again and again.

@@ -57,6 +57,12 @@ protected:
         stream->log = &log_;
         return stream;
     }
+    /// A source without a log, which would need memory.
+    CRefPtr<CFaultyInputStream> QuietSource(TBytes bytes) {
+        auto stream = Source(std::move(bytes));
+        stream->log = nullptr;
+        return stream;
+    }
     CRefPtr<CMemoryOutputStream> Target() {
         auto stream = Make<CMemoryOutputStream>();
         stream->log = &log_;

@@ -139,8 +139,8 @@ TEST_F(TextReader, TheExceptionIsReportedOnceALine) {
     const auto stream = Source(Bytes("\n\n"));
     CTextReader reader(stream.Get(), CHAR_FORMAT_8BIT);
     const CDebugRecorder recorder;
-    EXPECT_THROW(reader.ReadLine(), CObjectNotFoundException);
-    EXPECT_THROW(reader.ReadLine(), CObjectNotFoundException);
+    ExpectRaises<CObjectNotFoundException>(kNoCarriageReturn, [&] { reader.ReadLine(); });
+    ExpectRaises<CObjectNotFoundException>(kNoCarriageReturn, [&] { reader.ReadLine(); });
     EXPECT_EQ(recorder.GetEntries().size(), 2u);
     EXPECT_EQ(recorder.GetTexts(DEBUG_MESSAGE_OUTPUT).size(), 2u);
 }
@@ -148,15 +148,15 @@ TEST_F(TextReader, TheExceptionIsReportedOnceALine) {
 TEST_F(TextReader, SeekGoesToAnotherLine) {
     const auto stream = Source(Bytes("one\ntwo\nthree\n"));
     CTextReader reader(stream.Get(), CHAR_FORMAT_8BIT);
-    EXPECT_THROW(reader.ReadLine(), CObjectNotFoundException);
+    ExpectRaises<CObjectNotFoundException>(kNoCarriageReturn, [&] { reader.ReadLine(); });
     reader.Seek(8);
     EXPECT_EQ(reader.Tell(), 8u);
-    EXPECT_THROW(reader.ReadLine(), CObjectNotFoundException);
+    ExpectRaises<CObjectNotFoundException>(kNoCarriageReturn, [&] { reader.ReadLine(); });
     EXPECT_EQ(reader.Tell(), 14u);
     EXPECT_TRUE(reader.Eof());
     reader.Seek(0);
     EXPECT_FALSE(reader.Eof());
-    EXPECT_THROW(reader.ReadLine(), CObjectNotFoundException);
+    ExpectRaises<CObjectNotFoundException>(kNoCarriageReturn, [&] { reader.ReadLine(); });
     EXPECT_EQ(reader.Tell(), 4u);
 }
 
@@ -164,7 +164,7 @@ TEST_F(TextReader, ShortReadsAreFilledUpByAndBy) {
     const auto stream = Source(Bytes("abcd\nef"));
     stream->maximumRead = 2;
     CWatchedReader reader(stream.Get(), CHAR_FORMAT_8BIT);
-    EXPECT_THROW(reader.ReadLine(), CObjectNotFoundException);
+    ExpectRaises<CObjectNotFoundException>(kNoCarriageReturn, [&] { reader.ReadLine(); });
     EXPECT_EQ(reader.calls, (TCallLog{"Fill 2", "Flush 2", "Fill 2", "Flush 2", "Fill 2", "Remove 1"}));
     EXPECT_EQ(reader.Tell(), 5u);
 }
@@ -187,7 +187,7 @@ TEST_F(TextReader, AClaimOfTooManyBytesIsNotBelieved) {
     const auto stream = Source(Bytes("ab\n"));
     stream->exaggeration = 1u << 20;
     CWatchedReader reader(stream.Get(), CHAR_FORMAT_8BIT);
-    EXPECT_THROW(reader.ReadLine(), CObjectNotFoundException);
+    ExpectRaises<CObjectNotFoundException>(kNoCarriageReturn, [&] { reader.ReadLine(); });
     EXPECT_EQ(reader.calls.front(), "Fill 1024");
 }
 

@@ -61,7 +61,7 @@ public:
     /// The system's number of the process.
     unsigned int GetProcessId() const;
 
-    /// Waits until `text` stands among what came to the terminal. Returns false when the child ends without
+    /// Waits until `text` is among what came to the terminal. Returns false when the child ends without
     /// it.
     bool WaitForTerminal(const std::string& text);
 

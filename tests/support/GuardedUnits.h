@@ -21,7 +21,7 @@ public:
     /// The place behind the last unit.
     wchar* End() const { return reinterpret_cast<wchar*>(memory_ + size_); }
 
-    /// Copies `text` and a terminator so that `distance` units stand between the terminator and the end;
+    /// Copies `text` and a terminator so that `distance` units are between the terminator and the end;
     /// gives the place of the first unit.
     wchar* PutTerminated(std::basic_string_view<wchar> text, std::size_t distance = 0) const {
         wchar* place = End() - distance - 1 - text.size();

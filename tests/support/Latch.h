@@ -3,12 +3,16 @@
 /// 12 on winpthreads), which looks like a deadlock of what is tested.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
 #include <mutex>
 
 namespace vorlund::test {
 
-/// Opens for good when it has been counted down to 0.
+/// Opens for good when it has been counted down to 0. A wait that takes far too long ends the program with a
+/// message.
 class CLatch {
 public:
     explicit CLatch(int count) : count_(count) {}
@@ -22,7 +26,9 @@ public:
     }
     void Wait() {
         std::unique_lock lock(mutex_);
-        opened_.wait(lock, [this] { return count_ <= 0; });
+        if (opened_.wait_for(lock, std::chrono::minutes(2), [this] { return count_ <= 0; })) return;
+        std::fputs("a latch of this test never opened\n", stderr);
+        std::abort();
     }
     void ArriveAndWait() {
         CountDown();

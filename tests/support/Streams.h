@@ -22,6 +22,13 @@ namespace vorlund::test {
 
 using TBytes = std::vector<std::uint8_t>;
 
+/// `count` bytes 0, 1, 2 ... that differ from their neighbours; `first` begins the row.
+inline TBytes Ramp(std::size_t count, unsigned int first = 0) {
+    TBytes bytes(count);
+    for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<std::uint8_t>(first + i);
+    return bytes;
+}
+
 /// A new object of a class of the tests, owned by the result.
 template <class TClass> CRefPtr<TClass> Make() {
     return CRefPtr<TClass>::Adopt(static_cast<TClass*>(NewObject<TClass>()));

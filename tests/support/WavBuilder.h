@@ -26,13 +26,6 @@ inline void AppendText(TBytes& bytes, std::string_view text) {
     bytes.insert(bytes.end(), text.begin(), text.end());
 }
 
-/// `count` bytes 0, 1, 2 ... that differ from their neighbours; `first` begins the row.
-inline TBytes Ramp(std::size_t count, unsigned int first = 0) {
-    TBytes bytes(count);
-    for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<std::uint8_t>(first + i);
-    return bytes;
-}
-
 /// The first 16 bytes of a "fmt " chunk.
 struct TWavFormat {
     std::uint16_t tag = 1;

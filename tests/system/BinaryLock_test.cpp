@@ -200,7 +200,7 @@ TEST(BinaryLock, TheLockCanBeUsedWhileTheBoxOfARefusalIsShown) {
             shownBox.usable = IsFree(shownBox.lock, shownBox.other);
         },
         &box);
-    EXPECT_THROW(box.lock.Unlock(), CBugException);
+    ExpectRaises<CBugException>(kNotLocked, [&] { box.lock.Unlock(); });
     SetDebugTarget(debugTarget);
     EXPECT_EQ(box.shown, 1);
     EXPECT_TRUE(box.usable);
@@ -286,6 +286,7 @@ TEST(BinaryLock, TheLastUserMayDestroyItAtOnce) {
         int users = 2;
     };
     constexpr int kRounds = 3000;
+    std::atomic<int> destroyed{0};
     std::vector<TShared*> all;
     for (int round = 0; round < kRounds; ++round) all.push_back(new TShared);
     CLatch start(2);
@@ -295,12 +296,18 @@ TEST(BinaryLock, TheLastUserMayDestroyItAtOnce) {
             shared->lock.Lock();
             const bool isLast = --shared->users == 0;
             shared->lock.Unlock();
-            if (isLast) delete shared;
+            if (!isLast) continue;
+            delete shared;
+            ++destroyed;
         }
     };
-    std::thread other(use);
-    use();
-    other.join();
+    CActor one;
+    CActor other;
+    one.Start(use);
+    other.Start(use);
+    EXPECT_TRUE(one.Finishes());
+    EXPECT_TRUE(other.Finishes());
+    EXPECT_EQ(destroyed, kRounds);
 }
 
 TEST(BinaryLockGuard, HoldsUntilItsEnd) {

@@ -195,23 +195,27 @@ TEST(EventAsync, UnknownNumbersAndCallbacksAreIgnored) {
 }
 
 TEST(EventAsync, AnEventThatGoesStopsEveryWaitThatListsIt) {
+    const int threads = CountThreads();
     std::optional<CEvent> event(std::in_place);
     CEvent copy(*event);
     CEvent other;
     CAsyncCalls gone;
-    CAsyncCalls stays(ResetIt);
+    CAsyncCalls stays;
     event->WaitAsync(&CAsyncCalls::Callback, &gone);
     CEvent::WaitOneAsync(&CAsyncCalls::Callback, &gone, 2, &other, &*event);
     CEvent::WaitAllAsync(&CAsyncCalls::Callback, &gone, 2, &copy, &*event);
     event->WaitAsync(&CAsyncCalls::Callback, &gone);
-    const unsigned int ofCopy = copy.WaitAsync(&CAsyncCalls::Callback, &stays);
-    event.reset();
     // It compares objects, so a copy's own wait goes on.
-    EXPECT_TRUE(Responds(copy, stays));
+    const unsigned int ofCopy = copy.WaitAsync(&CAsyncCalls::OtherCallback, &stays);
+    event.reset();
+    EXPECT_TRUE(ThreadsComeDownTo(threads + 1)) << "a wait goes on without its event";
+    // Whichever wait is still there is called now.
     other.SetState(true);
-    LetOthersRun();
-    EXPECT_EQ(gone.Count(), 0);
+    copy.SetState(true);
+    EXPECT_TRUE(stays.Reach(10));
     CEvent::StopAsync(ofCopy);
+    EXPECT_TRUE(ThreadsComeDownTo(threads));
+    EXPECT_EQ(gone.Count(), 0);
 }
 
 TEST(EventAsync, AssignmentLeavesAWaitWithItsEvent) {
@@ -354,9 +358,10 @@ TEST(EventAsync, AnEventAtTheEndOfALongListStopsTheWaitToo) {
     CEvent event;
     CEvent* const e = &event;
     auto last = std::make_unique<CEvent>();
+    const int threads = CountThreads();
     CEvent::WaitOneAsync(&ResetIt, nullptr, 68, VRL_SIXTY_FOUR, e, e, e, last.get());
     last.reset();
-    CEvent::StopAsync(&ResetIt);
+    EXPECT_TRUE(ThreadsComeDownTo(threads)) << "the wait goes on without its event";
 }
 #undef VRL_SIXTY_FOUR
 #undef VRL_EIGHT

@@ -64,7 +64,7 @@ template <std::size_t kCount> bool AreAllSet(CEvents<kCount>& events) {
     }
 }
 
-TEST(EventWaitOne, GivesTheLowestThatIsSet) {
+TEST(EventListsWaitOne, GivesTheLowestThatIsSet) {
     CEvents<3> events;
     events[1].SetState(true);
     events[2].SetState(true);
@@ -80,7 +80,7 @@ TEST(EventWaitOne, GivesTheLowestThatIsSet) {
     EXPECT_THROW(events.WaitOne(0.0f), CTimeoutException);
 }
 
-TEST(EventWaitOne, GivesEveryPositionOfTheLongestList) {
+TEST(EventListsWaitOne, GivesEveryPositionOfTheLongestList) {
     CEvents<64> events;
     for (std::size_t index = 0; index < 64; ++index) {
         events[index].SetState(true);
@@ -91,7 +91,7 @@ TEST(EventWaitOne, GivesEveryPositionOfTheLongestList) {
     }
 }
 
-TEST(EventWaitOne, WakesWithThePositionThatWasSet) {
+TEST(EventListsWaitOne, WakesWithThePositionThatWasSet) {
     CEvents<64> events;
     CActor waiter;
     for (const std::size_t index : {std::size_t{0}, std::size_t{1}, std::size_t{31}, std::size_t{63}}) {
@@ -105,7 +105,7 @@ TEST(EventWaitOne, WakesWithThePositionThatWasSet) {
     }
 }
 
-TEST(EventWaitOne, ASecondSettingDoesNotChangeWhatTheFirstReleased) {
+TEST(EventListsWaitOne, ASecondSettingDoesNotChangeWhatTheFirstReleased) {
     CEvents<2> events;
     CActor waiter;
     for (int round = 0; round < 20; ++round) {
@@ -119,7 +119,7 @@ TEST(EventWaitOne, ASecondSettingDoesNotChangeWhatTheFirstReleased) {
     }
 }
 
-TEST(EventWaitOne, AnEventMayStandInTheListTwice) {
+TEST(EventListsWaitOne, AnEventMayStandInTheListTwice) {
     CEvent event;
     CEvent other;
     CActor waiter;
@@ -132,7 +132,7 @@ TEST(EventWaitOne, AnEventMayStandInTheListTwice) {
     EXPECT_EQ(CEvent::WaitOne(2, &event, &event), 0u);
 }
 
-TEST(EventWaitOne, SeesNoStateThatNeverWas) {
+TEST(EventListsWaitOne, SeesNoStateThatNeverWas) {
     // At every moment at least one of the two is set, and 1 is only set alone after 0 was reset.
     CEvents<2> events;
     events[0].SetState(true);
@@ -150,7 +150,7 @@ TEST(EventWaitOne, SeesNoStateThatNeverWas) {
     changer.join();
 }
 
-TEST(EventWaitOne, SeesThatALowerOneIsSetBeforeAHigherOne) {
+TEST(EventListsWaitOne, SeesThatALowerOneIsSetBeforeAHigherOne) {
     CEvents<2> events;
     std::atomic<bool> isEnding{false};
     std::thread changer([&] {
@@ -166,7 +166,7 @@ TEST(EventWaitOne, SeesThatALowerOneIsSetBeforeAHigherOne) {
     changer.join();
 }
 
-TEST(EventWaitAll, NeedsEveryOne) {
+TEST(EventListsWaitAll, NeedsEveryOne) {
     CEvents<3> events;
     EXPECT_FALSE(AreAllSet(events));
     events[0].SetState(true);
@@ -181,7 +181,7 @@ TEST(EventWaitAll, NeedsEveryOne) {
     EXPECT_FALSE(AreAllSet(events));
 }
 
-TEST(EventWaitAll, WakesWithTheLastOne) {
+TEST(EventListsWaitAll, WakesWithTheLastOne) {
     CEvents<64> events;
     CActor unlimited;
     CActor limited;
@@ -195,7 +195,7 @@ TEST(EventWaitAll, WakesWithTheLastOne) {
     EXPECT_TRUE(limited.Finishes());
 }
 
-TEST(EventWaitAll, NeedsThemAtTheSameTime) {
+TEST(EventListsWaitAll, NeedsThemAtTheSameTime) {
     CEvents<3> events;
     CActor waiter;
     waiter.Start([&] { events.WaitAll(); });
@@ -217,7 +217,7 @@ TEST(EventWaitAll, NeedsThemAtTheSameTime) {
     EXPECT_TRUE(waiter.Finishes());
 }
 
-TEST(EventWaitAll, NeverSeesTwoTogetherThatNeverWere) {
+TEST(EventListsWaitAll, NeverSeesTwoTogetherThatNeverWere) {
     CEvents<2> events;
     std::atomic<bool> isEnding{false};
     std::thread changer([&] {
@@ -234,7 +234,7 @@ TEST(EventWaitAll, NeverSeesTwoTogetherThatNeverWere) {
     changer.join();
 }
 
-TEST(EventWaitAll, EveryWaiterIsReleased) {
+TEST(EventListsWaitAll, EveryWaiterIsReleased) {
     CEvents<2> events;
     CActor all;
     CActor allBackwards;

@@ -87,7 +87,7 @@ TEST_P(EventTimeout, ComesNoEarlierThanItsTime) {
     CEvent unset;
     set.SetState(true);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_THROW(GetParam().wait(set, unset, 0.03f), CTimeoutException);
+    ExpectRaises<CTimeoutException>(GetParam().failure, [&] { GetParam().wait(set, unset, 0.03f); });
     // The clock of Windows goes in steps of up to 16 ms.
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(14));
 }
@@ -97,7 +97,7 @@ TEST_P(EventTimeout, IsReportedOnce) {
     CEvent unset;
     set.SetState(true);
     const CDebugRecorder recorder;
-    EXPECT_THROW(GetParam().wait(set, unset, 0.0f), CTimeoutException);
+    ExpectRaises<CTimeoutException>(GetParam().failure, [&] { GetParam().wait(set, unset, 0.0f); });
     const TFailure& failure = GetParam().failure;
     EXPECT_EQ(recorder.GetTexts(DEBUG_MESSAGE_OUTPUT),
               std::vector<std::string>{
@@ -174,11 +174,15 @@ TEST_P(EventWait, IsReleasedBySettingAlthoughTheEventIsResetAtOnce) {
 
 TEST_P(EventWait, TheWaiterMayDestroyTheEventAtOnce) {
     CActor setter;
+    CActor waiter;
     for (int round = 0; round < 300; ++round) {
-        auto event = std::make_unique<CEvent>();
-        setter.Start([set = event.get()] { set->SetState(true); });
-        GetParam().wait(*event);
-        event.reset();
+        CEvent* const event = new CEvent;
+        waiter.Start([event] {
+            GetParam().wait(*event);
+            delete event;
+        });
+        setter.Start([event] { event->SetState(true); });
+        ASSERT_TRUE(waiter.Finishes()) << round;
     }
 }
 

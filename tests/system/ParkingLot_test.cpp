@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -13,17 +12,8 @@
 namespace vorlund::test {
 namespace {
 
-struct TMutex {
-    void Lock() { mutex.lock(); }
-    void Unlock() { mutex.unlock(); }
-    std::mutex mutex;
-};
-
 struct TCondition {
-    void Wait(TMutex& held) { condition.wait(held.mutex); }
-    bool WaitUntil(TMutex& held, std::chrono::steady_clock::time_point deadline) {
-        return condition.wait_until(held.mutex, deadline) == std::cv_status::no_timeout;
-    }
+    void Wait(std::mutex& held) { condition.wait(held); }
     void Notify() { condition.notify_one(); }
     std::condition_variable_any condition;
 };
@@ -45,13 +35,15 @@ protected:
         lot_.UnparkOne(&word);
     }
 
-    CParkingLot<TMutex, TCondition> lot_;
+    CParkingLot<std::mutex, TCondition> lot_;
     std::vector<TWord> words_ = std::vector<TWord>(kWords);
 };
 
 TEST_F(ParkingLot, DoesNotSleepWhenTheWordIsDifferent) {
     words_[0] = 3;
-    lot_.ParkWhile(words_[0], 0);
+    CActor sleeper;
+    sleeper.Start([this] { lot_.ParkWhile(words_[0], 0); });
+    EXPECT_TRUE(sleeper.Finishes());
 }
 
 TEST_F(ParkingLot, WakesTheSleeperOfTheWordAndNoOther) {
@@ -68,33 +60,6 @@ TEST_F(ParkingLot, WakesTheSleeperOfTheWordAndNoOther) {
     EXPECT_TRUE(a.StaysBusy());
     Wake(words_[0]);
     EXPECT_TRUE(a.Finishes());
-}
-
-TEST_F(ParkingLot, ALimitEndsTheSleepAndOnlyThat) {
-    using TClock = std::chrono::steady_clock;
-    const auto far = TClock::now() + std::chrono::minutes(10);
-    CActor before;
-    CActor limited;
-    CActor after;
-    StartSleep(before, words_[3]);
-    EXPECT_TRUE(before.StaysBusy());
-    limited.Start([&] { lot_.ParkWhileUntil(words_[3], 0, TClock::now() + std::chrono::milliseconds(100)); });
-    StartSleep(after, words_[3]);
-    EXPECT_TRUE(after.StaysBusy());
-    EXPECT_TRUE(limited.Finishes());
-    lot_.ParkWhileUntil(words_[3], 0, TClock::now() - std::chrono::seconds(1));
-    lot_.ParkWhileUntil(words_[3], 7, far);
-    EXPECT_TRUE(before.StaysBusy());
-    limited.Start([&] {
-        while (words_[5] == 0) lot_.ParkWhileUntil(words_[5], 0, far);
-    });
-    EXPECT_TRUE(limited.StaysBusy());
-    Wake(words_[5]);
-    EXPECT_TRUE(limited.Finishes());
-    Wake(words_[3]);
-    lot_.UnparkOne(&words_[3]);
-    EXPECT_TRUE(before.Finishes());
-    EXPECT_TRUE(after.Finishes());
 }
 
 TEST_F(ParkingLot, OneWakeForOneSleeper) {
@@ -131,9 +96,9 @@ TEST_F(ParkingLot, OneWakeForOneSleeper) {
 TEST_F(ParkingLot, SleepersOfAllWordsWake) {
     // Many in few buckets, woken in another order than they came, some from the middle of a list.
     constexpr std::size_t kSleepers = 24;
-    std::vector<std::thread> sleepers;
+    std::vector<CActor> sleepers(kSleepers);
     for (std::size_t sleeper = 0; sleeper < kSleepers; ++sleeper) {
-        sleepers.emplace_back([this, sleeper] {
+        sleepers[sleeper].Start([this, sleeper] {
             for (std::size_t turn = 0; turn < 20; ++turn) {
                 TWord& word = words_[(sleeper * 20 + turn) % kWords];
                 while (word == 0) lot_.ParkWhile(word, 0);
@@ -145,7 +110,7 @@ TEST_F(ParkingLot, SleepersOfAllWordsWake) {
         word = 1;
         for (std::size_t sleeper = 0; sleeper < kSleepers; ++sleeper) lot_.UnparkOne(&word);
     }
-    for (std::thread& sleeper : sleepers) sleeper.join();
+    for (CActor& sleeper : sleepers) EXPECT_TRUE(sleeper.Finishes()) << "a sleeper was forgotten";
 }
 
 } // namespace

@@ -11,11 +11,14 @@
 namespace vorlund::test {
 namespace {
 
-constinit CPlainLock constantInitialised;
+// Taken by code that runs before `main` and before any constructor of the lock would.
+extern CPlainLock earlyLock;
+const bool isTakenEarly = earlyLock.TryLock();
+constinit CPlainLock earlyLock;
 
 TEST(PlainLock, IsThereBeforeAnyCodeRuns) {
-    constantInitialised.Lock();
-    constantInitialised.Unlock();
+    EXPECT_TRUE(isTakenEarly);
+    EXPECT_FALSE(earlyLock.TryLock()) << "what came later has made it anew";
 }
 
 TEST(PlainLock, TryLockTellsWhetherItGotIt) {

@@ -1,4 +1,4 @@
-// The queue of the read/write lock, which users cannot see: who stands in it and who leaves it when.
+// The queue of the read/write lock, which users cannot see: who waits in it and who leaves it when.
 #include "vorlund/system/ReadWriteLockData.h"
 
 #include "support/Actor.h"
@@ -22,7 +22,7 @@ protected:
     void Unlock(CActor& actor) {
         actor.Do([this] { data_.Unlock(); });
     }
-    /// Starts a request that cannot be granted and returns when it stands in the queue.
+    /// Starts a request that cannot be granted and returns when it is in the queue.
     void Queue(CActor& actor, TLockMode mode) {
         const int before = data_.CountWaiting();
         Start(actor, mode);

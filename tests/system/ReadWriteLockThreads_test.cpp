@@ -47,7 +47,7 @@ protected:
                 lock_.Unlock();
             });
             if (newcomer.StaysBusy()) {
-                // Or was it only that this machine has better things to do? Then others do not get on either.
+                // Or is this machine only busy? Then the witness does not get on either.
                 for (int step = 0; step < 50; ++step) witness_.Do([] {});
                 if (newcomer.StaysBusy()) return;
             }
@@ -301,7 +301,7 @@ TEST_F(ReadWriteLockThreads, AnUpgradeLetsAWaitingWriterIn) {
     EXPECT_EQ(LookAs(a_), "R0");
     EXPECT_TRUE(c_.StaysBusy());
     Unlock(b_);
-    // Now for the reader that the upgrader has become.
+    // Now c_ waits for the reader that the upgrader has become.
     EXPECT_TRUE(c_.StaysBusy());
     Unlock(a_);
     EXPECT_TRUE(c_.Finishes());

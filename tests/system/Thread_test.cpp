@@ -35,13 +35,19 @@ TEST(Thread, IdsDifferAmongLivingThreadsAndStayTheSame) {
 
 TEST(Thread, ParkWhileReturnsWhenTheWordIsDifferent) {
     const std::atomic<std::uint32_t> word{5};
-    ParkWhile(word, 4);
-    ParkWhile(word, 0);
+    CActor sleeper;
+    for (const std::uint32_t other : {4u, 0u}) {
+        sleeper.Start([&] { ParkWhile(word, other); });
+        ASSERT_TRUE(sleeper.Finishes()) << other;
+    }
 }
 
-TEST(Thread, UnparkOneOfNobodyDoesNothing) {
-    const std::atomic<std::uint32_t> word{0};
+TEST(Thread, UnparkOneOfNobodyTouchesNothing) {
+    const std::atomic<std::uint32_t> word{7};
     UnparkOne(&word);
+    EXPECT_EQ(word, 7u);
+    // Only the address is used, so nothing needs to be there.
+    UnparkOne(reinterpret_cast<const void*>(std::uintptr_t{64}));
 }
 
 TEST(Thread, ASleeperWakes) {

@@ -28,6 +28,11 @@ static_assert(sizeof(CTimer) == sizeof(CEvent) + sizeof(void*));
 /// Longer than anything here takes.
 constexpr float kLimit = 30.0f;
 
+/// Expects that the timer signals.
+void ExpectSignal(CTimer& timer) {
+    EXPECT_NO_THROW(timer.Wait(kLimit));
+}
+
 /// Time for a signal that must not come.
 void LetPass(int milliseconds) {
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
@@ -86,7 +91,7 @@ TEST(Timer, TheOnlyOneCanBeStartedAgainAndAgain) {
     CTimer timer(0.001f);
     for (int round = 0; round < 20; ++round) {
         timer.Start();
-        timer.Wait(kLimit);
+        ExpectSignal(timer);
         timer.Stop();
         timer.SetState(false);
     }
@@ -94,6 +99,9 @@ TEST(Timer, TheOnlyOneCanBeStartedAgainAndAgain) {
         timer.Start();
         timer.Stop();
     }
+    timer.SetState(false);
+    timer.Start();
+    ExpectSignal(timer);
 }
 
 TEST(Timer, AnotherOneGoesOnWhenTheFirstStops) {
@@ -126,7 +134,10 @@ TEST(Timer, IsStoppedWhenItGoes) {
     timer->Start();
     other.Start();
     timer.reset();
-    other.Wait(kLimit);
+    for (int signal = 0; signal < 3; ++signal) {
+        ExpectSignal(other);
+        other.SetState(false);
+    }
 }
 
 TEST(Timer, ShorterPeriodsSignalMoreOften) {
@@ -243,8 +254,9 @@ TEST(Timer, StartsAndStopsFromManyThreads) {
         });
     }
     for (std::thread& thread : threads) thread.join();
+    shared.SetState(false);
     shared.Start();
-    shared.Wait(kLimit);
+    ExpectSignal(shared);
 }
 
 TEST(Timer, AThousandRunAtOnce) {

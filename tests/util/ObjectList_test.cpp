@@ -237,7 +237,7 @@ TEST_F(ObjectList, SnapshotOutlivesTheList) {
 }
 
 TEST_F(ObjectList, EnumeratorTakesANumber) {
-    // 1 is the list.
+    // The list itself is number 1.
     EXPECT_EQ(CRefPtr<IObjectEnumerator>::Adopt(list_->EnumerateObjects())->GetObjectNumber(), 2);
     EXPECT_EQ(CRefPtr<IObjectEnumerator>::Adopt(list_->EnumerateObjects(IPtrObject::InterfaceId))
                   ->GetObjectNumber(),
@@ -280,7 +280,7 @@ TEST_F(ObjectList, EnumerationNeedsTheClassStore) {
                                           [&] { list_->EnumerateObjects(); });
     ExpectRaises<CClassNotFoundException>({kCreate, kStore, 68, VRL_L("Cannot find class")},
                                           [&] { list_->EnumerateObjects(IObject::InterfaceId); });
-    // A class of another origin is used as it stands under the identifier.
+    // A class of another origin is used as it is under the identifier.
     v.GetClassStore().RegisterClassVrl(
         {classid::CPushObjectEnumerator, VRL_L("test::COther"), makeEnumerator});
     EXPECT_EQ(Yield(list_->EnumerateObjects()), (TIndices{0}));
@@ -324,7 +324,7 @@ TEST_F(ObjectList, MemberThatDiesMayChangeTheList) {
     auto member = NewProbe();
     IObject* const dying = member.Get();
     CTestListener listener([&](IObject*) {
-        EXPECT_THROW(list_->FindObject(dying), CObjectNotFoundException);
+        ExpectRaises<CObjectNotFoundException>(kFindNotFound, [&] { list_->FindObject(dying); });
         list_->AddObject(At(0));
     });
     member->AddListener(&listener);

@@ -1,4 +1,4 @@
-// What every command of the program supplies: its options, and what runs when it was chosen.
+// What every command of the program supplies: its options, and the function that runs when it is chosen.
 #pragma once
 
 #include <functional>

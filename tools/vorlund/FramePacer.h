@@ -10,7 +10,7 @@ class CFramePacer {
 public:
     using TClock = std::chrono::steady_clock;
 
-    /// \param framesPerSecond  0, or what is no number, for as fast as it goes
+    /// \param framesPerSecond  0 or NaN: as fast as possible
     /// \param start  the time of the first frame
     CFramePacer(float framesPerSecond, TClock::time_point start);
 

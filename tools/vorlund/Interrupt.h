@@ -1,4 +1,4 @@
-// Ctrl-C as a question, so that a job can clean up before it ends.
+// Lets a job ask whether Ctrl-C was pressed, so that it can clean up before it ends.
 #pragma once
 
 /// Catches the interrupt and the termination signal while it lives.

@@ -69,7 +69,7 @@ public:
     void Finish() override {
         if (hasHeader_) {
             if (count_ % 2 != 0) file_.put('\0');
-            // A device keeps the header of an empty file: it cannot go back.
+            // A device cannot seek back: it keeps the header of an empty file.
             if (!isDirect_) {
                 file_.seekp(0);
                 WriteHeader();

@@ -30,7 +30,7 @@ void AddPcmOptions(CLI::App& command, TPcmTarget& target);
 class CPcmPipeline {
 public:
     /// \param decoded  PCM
-    /// \param name     what failures call it
+    /// \param name     the name of the input in failure texts
     ///
     /// Raises `TProgramError` for PCM that cannot be converted.
     CPcmPipeline(vorlund::CRefPtr<vorlund::IInputStream> decoded, const TPcmTarget& target,

@@ -8,7 +8,7 @@
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
-#include <vorlund/Generators.h>
+#include <vorlund/PlasmaVideoGenerator.h>
 #include <vorlund/RefPtr.h>
 
 #include <CLI/CLI.hpp>

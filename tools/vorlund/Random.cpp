@@ -7,7 +7,7 @@
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
-#include <vorlund/Generators.h>
+#include <vorlund/RandomGenerator.h>
 #include <vorlund/RefPtr.h>
 
 #include <CLI/CLI.hpp>

@@ -11,5 +11,5 @@ std::vector<std::string> GetArguments(int argc, char** argv);
 /// True when the standard error stream is a terminal.
 bool IsErrorTerminal();
 
-/// The standard output, ready for bytes.
+/// The standard output, switched to write bytes as they are.
 std::FILE* GetBinaryOutput();

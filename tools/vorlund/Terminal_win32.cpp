@@ -9,7 +9,7 @@
 #include <shellapi.h>
 
 std::vector<std::string> GetArguments(int, char**) {
-    // The narrow arguments have been through the ANSI code page.
+    // The narrow arguments are in the ANSI code page, which lacks most characters.
     int count = 0;
     wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
     std::vector<std::string> arguments;

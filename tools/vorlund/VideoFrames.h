@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-/// A place for frames of 32-bit pixels, blue in the lowest byte, then green and red; what stands above them
-/// is not looked at.
+/// A place for frames of 32-bit pixels, blue in the lowest byte, then green and red; the highest byte is
+/// ignored.
 class CVideoFrames {
 public:
     CVideoFrames() = default;

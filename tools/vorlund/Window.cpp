@@ -8,8 +8,8 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/DeviceClassStore.h>
-#include <vorlund/Generators.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/PlasmaVideoGenerator.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/VideoOutput.h>
 #include <vorlund/Vorlund.h>

@@ -5,6 +5,7 @@
 
 #include <vorlund/Exception.h>
 #include <vorlund/Path.h>
+#include <vorlund/Version.h>
 #include <vorlund/Vorlund.h>
 
 #include <CLI/CLI.hpp>
@@ -51,6 +52,8 @@ int Run(const TCommand& command, const std::vector<std::string>& pluginPaths) {
 int main(int argc, char** argv) {
     CLI::App app{"Decodes and makes media files with the Vorlund library.", "vorlund"};
     app.require_subcommand(1);
+    app.set_version_flag("--version", std::string("vorlund ") + vorlund::GetVersion().text,
+                         "Print the version of the library and exit");
     // A word that begins with "/" is a path on every system.
     app.allow_windows_style_options(false);
 

@@ -51,7 +51,8 @@ template <class TClass> constexpr TClassInfo Builtin(const wchar* name) {
     return {TClass::ClassId, name, &NewObject<TClass>};
 }
 
-/// No class of its own: whatever device is registered for a type, with the failures of its creation.
+/// The factory of an identifier without a class of its own: creates whatever device is registered for a type,
+/// with the failures of `CreateDevice`.
 template <TDeviceType type> IObject* NewDevice() {
     return v.GetDeviceClassStore().CreateDevice(type);
 }

@@ -35,7 +35,7 @@ public:
 private:
     using TName = std::basic_string_view<wchar>;
 
-    /// Identifiers are drawn at random, so mixing their words spreads them.
+    /// Identifiers are random numbers, so a mix of their words spreads them well.
     struct TIdHash {
         std::size_t operator()(const CId& id) const {
             return id.GetWord(0) ^ id.GetWord(1) * 3u ^ id.GetWord(2) * 5u ^ id.GetWord(3) * 7u;

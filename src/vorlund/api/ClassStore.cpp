@@ -1,7 +1,8 @@
 // The class store: registrations in order, and an index of the first ones.
 //
-// One recursive lock guards the registrations. It is held while a factory runs, so that a factory may create
-// further objects through the store, and it is the innermost lock of the library that runs foreign code.
+// One recursive lock guards the registrations. It is held while a factory runs; a factory may still create
+// further objects through the store, because the lock is recursive. Of the library's locks that are held
+// while foreign code runs it is the last in the order.
 #include "vorlund/api/ClassIndex.h"
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/values/DebugOutput.h"
@@ -11,7 +12,8 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/ClassStore.h>
 #include <vorlund/Exception.h>
-#include <vorlund/ObjectList.h>
+#include <vorlund/ObjectEnumerator.h>
+#include <vorlund/PtrObject.h>
 #include <vorlund/RefPtr.h>
 
 #include <deque>
@@ -23,8 +25,8 @@ namespace {
 constexpr const wchar* kFile = VRL_L("src/vorlund/api/ClassStore");
 constexpr const wchar* kCreateObject = VRL_L("vorlund::CClassStore::CreateObject");
 constexpr const wchar* kGetClassInfo = VRL_L("vorlund::CClassStore::GetClassInfo");
-// Kept on purpose: the not-found reports of GetClassInfo name GetClass, and only CreateObject by identifier
-// has a reason.
+// Kept for callers who compare them: when nothing is found, GetClassInfo's failures name GetClass, and only
+// CreateObject by identifier gives a reason.
 constexpr const wchar* kGetClass = VRL_L("vorlund::CClassStore::GetClass");
 constexpr const wchar* kEnumerateClasses = VRL_L("vorlund::CClassStore::EnumerateClasses");
 constexpr const wchar* kNotInitialized = VRL_L("Not initialized");
@@ -52,7 +54,7 @@ constexpr TLookupFailures kGetByName{{kGetClassInfo, kFile, 130, kNotInitialized
 } // namespace
 
 struct CClassStore::TData {
-    /// Takes no part in the destruction of what it guards: see Close.
+    /// Not held while it is destroyed: `Close` gives it back first.
     mutable CBinaryLock lock;
     /// A deque, because lookups hand out the addresses of its members.
     std::deque<TClassInfo> classes;
@@ -74,7 +76,7 @@ struct CClassStore::TData {
         classes.clear();
     }
 
-    /// The first registration of `key`. Raises, with the lock given back, when there is none.
+    /// The first registration of `key`. When there is none, gives the lock back and raises.
     template <class TKey>
     const TClassInfo& Find(const TKey& key, CBinaryLockGuard& guard, const TFailure& notFound) const {
         const TClassInfo* const info = index.Find(key);
@@ -97,8 +99,10 @@ struct CClassStore::TData {
         if (!data) Raise<CBugException>(failures.notInitialized);
         CBinaryLockGuard guard(data->lock);
         const TObjectFactory factory = data->Find(key, guard, failures.notFound).factory;
+        // Kept for existing applications: when the factory raises, the lock stays with this thread, which can
+        // go on using the store, and other threads wait until it closes the store. So no guard covers the
+        // call.
         guard.Leave();
-        // Kept on purpose: when the factory raises, the lock stays with this thread.
         IObject* const object = factory();
         data->lock.Unlock();
         return object;
@@ -116,11 +120,12 @@ void CClassStore::Init() {
 void CClassStore::Close() {
     if (!data_) return;
     TData* const data = std::exchange(data_, nullptr);
-    // A factory that raised has left the lock with its thread: give it back, then wait for other threads.
+    // A factory that raised on this thread has left the lock held: give it back, then wait for other threads.
     while (data->lock.GetHoldCount() > 0) data->lock.Unlock();
-    data->lock.Lock();
-    data->Clear();
-    data->lock.Unlock();
+    {
+        const CBinaryLockGuard guard(data->lock);
+        data->Clear();
+    }
     delete data;
 }
 
@@ -133,7 +138,7 @@ void CClassStore::Clear() {
 void CClassStore::RegisterClassVrl(const TClassInfo& info) {
     if (!data_) Raise<CBugException>(kRegisterNotInitialized);
     const CBinaryLockGuard guard(data_->lock);
-    // Kept on purpose: no check for duplicates; the first registration wins.
+    // Kept for existing plug-ins: no check for duplicates; the first registration wins.
     data_->Add(info);
 }
 
@@ -154,7 +159,7 @@ IObject* CClassStore::CreateObject(const wchar* name) const {
 }
 
 IObjectEnumerator* CClassStore::EnumerateClasses() const {
-    // Before the own state is looked at: on the library's closed store this is what raises.
+    // Before this store's own state is looked at: on the library's closed store this call raises.
     auto enumerator = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoEnumerator);
     if (data_) {
         const CBinaryLockGuard guard(data_->lock);

@@ -1,3 +1,4 @@
+// The way up from the lower floors to the stores of `v`; see the header.
 #include <vorlund/Exception.h>
 #include <vorlund/ObjectServices.h>
 #include <vorlund/Vorlund.h>

@@ -1,8 +1,8 @@
 // The library object: the order of start-up and shut-down.
 //
-// `v` is the one object of the library that is built dynamically at load; everything else that lives as long
-// as the library is constant-initialised, so it is usable before and after `v`. What else has an end of its
-// own stands in LibraryEnd.cpp and ends after `v`.
+// `v` is the only object of the library that is built dynamically at load; everything else that lives as long
+// as the library is constant-initialised, so it is usable before and after `v`. The other two objects whose
+// end does something are in LibraryEnd.cpp; they end after `v`.
 #include "vorlund/api/BuiltinClasses.h"
 
 #include <vorlund/Exception.h>
@@ -40,9 +40,10 @@ void CVorlund::Init() {
 
 void CVorlund::Close() {
     if (!initialized_) return;
-    // First, so that a failure part-way leaves the library not initialised.
+    // First, so that a failure below leaves the library not initialised.
     initialized_ = false;
-    // Kept on purpose: the counter closes before anything else, which makes late destruction visible.
+    // Kept for existing applications: the counter closes before anything else, so the destruction of an
+    // object that is left over fails visibly.
     objectCounter_.Close();
     pluginStore_.Close();
     deviceClassStore_.Close();

@@ -3,8 +3,8 @@
 
 #include "vorlund/devices/ResourceHolder.h"
 
+#include <vorlund/AudioClip.h>
 #include <vorlund/ClassIds.h>
-#include <vorlund/MediaObjects.h>
 
 namespace vorlund {
 

@@ -12,6 +12,7 @@
 #include <vorlund/Exception.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/ObjectServices.h>
+#include <vorlund/PtrObject.h>
 
 #include <algorithm>
 #include <deque>
@@ -56,8 +57,9 @@ void CDeviceClassStore::Init() {
 void CDeviceClassStore::Close() {
     if (!data_) return;
     TData* const data = std::exchange(data_, nullptr);
-    // A creation that failed has left the lock with its thread. When that is another thread it may never
-    // come back, so nobody waits for it: the lock raises in its destruction, after everything else is freed.
+    // A creation that found no class has left the lock with its thread. When that is another thread, it may
+    // never give it back, so nobody waits for it: the lock raises in its destruction, after everything else
+    // is freed.
     while (data->lock.GetHoldCount() > 0) data->lock.Unlock();
     delete data;
 }
@@ -66,7 +68,7 @@ void CDeviceClassStore::RegisterDevice(const TDeviceClassInfo& info) {
     if (!data_) Raise<CBugException>(kRegisterNotInitialized);
     services::RequireClass(info.classId, kClassMissing);
     const CBinaryLockGuard guard(data_->lock);
-    // Kept on purpose: no check for duplicates; the first class of a type wins.
+    // Kept for existing plug-ins: no check for duplicates; the first class of a type wins.
     data_->classes.push_back(info);
 }
 
@@ -77,7 +79,8 @@ IDevice* CDeviceClassStore::CreateDevice(TDeviceType type) const {
     const auto found = std::find_if(classes.begin(), classes.end(),
                                     [type](const TDeviceClassInfo& info) { return info.deviceType == type; });
     if (found == classes.end()) {
-        // Kept on purpose: here, and only here, the lock stays with this thread.
+        // Kept for existing callers: here, and only here, the lock stays with this thread. The caller can go
+        // on, as the lock is recursive; `Close` gives it back.
         guard.Leave();
         Raise<CClassNotFoundException>(kNoClass);
     }

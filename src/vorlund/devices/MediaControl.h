@@ -2,7 +2,7 @@
 #pragma once
 
 #include <vorlund/ClassIds.h>
-#include <vorlund/MediaObjects.h>
+#include <vorlund/MediaControl.h>
 #include <vorlund/ObjectImpl.h>
 
 namespace vorlund {

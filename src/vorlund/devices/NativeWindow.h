@@ -1,5 +1,6 @@
-// What the video window needs of the window system. A port supplies one file NativeWindow_<system>.cpp with a
-// class derived from this one and `Create`.
+// What the video window needs of the window system: NativeWindow_win32.cpp, NativeWindow_xcb.cpp for the X
+// Window System, and NativeWindow_none.cpp for builds without one. A port supplies such a file with a class
+// derived from this one, and `Create`.
 #pragma once
 
 #include <vorlund/Platform.h>
@@ -8,18 +9,19 @@
 
 namespace vorlund {
 
+/// In pixels.
 struct TWindowSize {
     int width = 0;
     int height = 0;
 };
 
 /// A window on the screen. It is created, and its loop runs, on one thread; everything else may be called
-/// from another thread meanwhile, also when the user has just closed the window. Only `Create` and `SetTitle`
-/// raise, `std::bad_alloc`.
+/// from another thread at the same time, even when the user has just closed the window. Only `Create` and
+/// `SetTitle` raise, `std::bad_alloc`.
 class CNativeWindow {
 public:
-    /// Creates a window with the system's own size and place, shows and paints it. Null when there is none to
-    /// be had.
+    /// Creates a window with the system's own size and place, shows and paints it. Null when the system has
+    /// no window to give.
     static std::unique_ptr<CNativeWindow> Create(const wchar* title);
 
     CNativeWindow() = default;

@@ -57,7 +57,7 @@ public:
             TranslateMessage(&message);
             DispatchMessageW(&message);
         }
-        // Fails while another window of the class exists; the last one takes it away.
+        // Fails while another window of the class exists, so the last one succeeds.
         UnregisterClassW(kClassName, GetModuleHandleW(nullptr));
     }
 
@@ -74,7 +74,7 @@ std::unique_ptr<CNativeWindow> CNativeWindow::Create(const wchar* title) {
     windowClass.hInstance = process;
     windowClass.hCursor = LoadCursorW(nullptr, MAKEINTRESOURCEW(32512));
     windowClass.lpszClassName = kClassName;
-    // Another window may have registered it already.
+    // Fails when another window has registered it already, which does no harm.
     RegisterClassW(&windowClass);
     const HWND window = CreateWindowExW(0, kClassName, title, kStyle, CW_USEDEFAULT, CW_USEDEFAULT,
                                         CW_USEDEFAULT, CW_USEDEFAULT, nullptr, nullptr, process, nullptr);

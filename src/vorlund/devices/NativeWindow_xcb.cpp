@@ -4,18 +4,15 @@
 #include "vorlund/api/text/Utf8.h"
 #include "vorlund/devices/NativeWindow.h"
 #include "vorlund/devices/XcbLibrary.h"
+#include "vorlund/devices/XcbReply.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
 namespace vorlund {
 namespace {
-
-/// What `free` releases.
-template <class T> using CReply = std::unique_ptr<T, decltype(&std::free)>;
 
 struct TAtoms {
     xcb_atom_t wmProtocols;
@@ -28,7 +25,7 @@ struct TAtoms {
 
 constexpr TWindowSize kDefaultSize{640, 480};
 /// The protocol counts sizes in 16 bits, and servers take no more than this.
-constexpr int kLargestSize = 32767;
+constexpr int kMaxSize = 32767;
 
 constexpr std::uint8_t kResponseTypeMask = 0x7F;
 
@@ -77,7 +74,7 @@ bool CNativeWindowXcb::Open(const wchar* title) {
                              32, 1, &atoms_.wmDeleteWindow);
     SetTitle(title);
     xcb_.xcb_map_window(connection_, window_);
-    const CReply<xcb_generic_error_t> error(xcb_.xcb_request_check(connection_, created), &std::free);
+    const auto error = OwnReply(xcb_.xcb_request_check(connection_, created));
     return !error && !xcb_.xcb_connection_has_error(connection_);
 }
 
@@ -100,15 +97,14 @@ void CNativeWindowXcb::FindAtoms() {
     for (const TRow& row : kRows) {
         const auto asked =
             xcb_.xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(std::strlen(row.name)), row.name);
-        const CReply<xcb_intern_atom_reply_t> reply(xcb_.xcb_intern_atom_reply(connection_, asked, nullptr),
-                                                    &std::free);
+        const auto reply = OwnReply(xcb_.xcb_intern_atom_reply(connection_, asked, nullptr));
         if (reply) atoms_.*row.atom = reply->atom;
     }
 }
 
 void CNativeWindowXcb::Resize(TWindowSize outer) {
-    const std::uint32_t size[] = {static_cast<std::uint32_t>(std::clamp(outer.width, 1, kLargestSize)),
-                                  static_cast<std::uint32_t>(std::clamp(outer.height, 1, kLargestSize))};
+    const std::uint32_t size[] = {static_cast<std::uint32_t>(std::clamp(outer.width, 1, kMaxSize)),
+                                  static_cast<std::uint32_t>(std::clamp(outer.height, 1, kMaxSize))};
     xcb_.xcb_configure_window(connection_, window_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
     xcb_.xcb_flush(connection_);
 }
@@ -117,7 +113,7 @@ void CNativeWindowXcb::SetTitle(const wchar* title) {
     CStackArena arena;
     std::pmr::string text(arena.Get());
     AppendUtf8(text, title);
-    // The first is for window managers of today, the second for old ones and for tools.
+    // The first is for window managers of today, the second for old ones and for tools that list windows.
     for (const xcb_atom_t name : {atoms_.netWmName, xcb_atom_t{XCB_ATOM_WM_NAME}}) {
         xcb_.xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, name, atoms_.utf8String, 8,
                                  static_cast<std::uint32_t>(text.size()), text.data());
@@ -131,7 +127,7 @@ void CNativeWindowXcb::Destroy() {
     message.format = 32;
     message.window = window_;
     message.type = atoms_.destroy;
-    // An empty event mask sends it to whoever created the window: us.
+    // An empty event mask sends it to the client that created the window: this connection.
     xcb_.xcb_send_event(connection_, 0, window_, XCB_EVENT_MASK_NO_EVENT,
                         reinterpret_cast<const char*>(&message));
     xcb_.xcb_flush(connection_);
@@ -145,7 +141,7 @@ bool CNativeWindowXcb::IsEndAsked(const xcb_client_message_event_t& message) con
 
 void CNativeWindowXcb::RunLoop() {
     // A lost connection ends it too: there is no event then.
-    while (const CReply<xcb_generic_event_t> event{xcb_.xcb_wait_for_event(connection_), &std::free}) {
+    while (const auto event = OwnReply(xcb_.xcb_wait_for_event(connection_))) {
         const int type = event->response_type & kResponseTypeMask;
         if (type == XCB_DESTROY_NOTIFY) return;
         if (type == XCB_CLIENT_MESSAGE &&

@@ -3,8 +3,8 @@
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/Debug.h>
-#include <vorlund/MediaObjects.h>
 #include <vorlund/ObjectImpl.h>
+#include <vorlund/PropertyPage.h>
 
 namespace vorlund {
 

@@ -1,4 +1,4 @@
-// What clips and bitmaps have in common.
+// The common base of clips and bitmaps.
 #pragma once
 
 #include <vorlund/ObjectImpl.h>
@@ -20,7 +20,7 @@ public:
     void LoadDecoded(const CInputStreamSelector& source) override { Held().LoadDecoded(source); }
     void Load(const CInputStreamSelector& source) override { Held().Load(source); }
     void* Lock(TLockMode mode) override { return Held().Lock(mode); }
-    // Kept on purpose: the format of clips and bitmaps stays open.
+    // Kept for existing callers: nothing fixes the format of clips and bitmaps.
     void LockFormat() override {}
     void Save(const COutputStreamSelector& target, bool raw) override { Held().Save(target, raw); }
     void SetFormat(const TDataFormat* format) override { Held().SetFormat(format); }

@@ -4,7 +4,7 @@
 #include "vorlund/devices/ResourceHolder.h"
 
 #include <vorlund/ClassIds.h>
-#include <vorlund/MediaObjects.h>
+#include <vorlund/VideoClip.h>
 
 namespace vorlund {
 

@@ -52,10 +52,10 @@ void CVideoWindow::RunThread() {
     try {
         CreateNative();
     } catch (const std::bad_alloc&) {
-        // As when the system has no window to give.
+        // The same result as when the system has no window to give.
     }
     const bool isOpen = native_ != nullptr;
-    // From here on the caller's thread goes on, and may set sizes and titles.
+    // From here on the thread in `Open` goes on, and may set sizes and titles.
     ready_.SetState(true);
     if (!isOpen) return;
     native_->RunLoop();

@@ -18,7 +18,7 @@ namespace vorlund {
 // Life of a window: `Open` starts the thread and waits for `ready_`; the thread creates the window, stores
 // its handle, sets `ready_`, runs the loop and clears the handle. So the handle tells both threads whether
 // there is a window, and everything else belongs to the caller's thread once `Open` has returned. The thread
-// may end by itself (the user closes the window, or there was none to be had); it is joined by the next
+// may end by itself (the user closes the window, or the system has none to give); it is joined by the next
 // `Open`, `Close` or the destructor, and `native_` lives until then.
 class CVideoWindow : public CObjectImpl<IVideoWindow> {
 public:
@@ -42,7 +42,7 @@ private:
     CString title_ = VRL_L("Vorlund Video Window");
     /// Outer size; 0 means the system's own.
     TWindowSize windowSize_;
-    /// An inner size that was asked for and has not become an outer one yet.
+    /// An inner size that was asked for and that `windowSize_` does not follow yet; 0 when there is none.
     TWindowSize clientSize_{640, 480};
     std::atomic<void*> handle_ = nullptr;
     std::unique_ptr<CNativeWindow> native_;

@@ -1,4 +1,4 @@
-// libxcb, loaded at first use: the library itself needs no X packages to run.
+// libxcb, loaded when the first window opens, so that the library runs on systems without X packages.
 #pragma once
 
 #include <xcb/xcb.h>

@@ -3,32 +3,27 @@
 // a callback never begins after its stop has returned. The lock is held while the list and the number are
 // read or changed, never while a callback runs or a thread is woken.
 //
-// A record keeps references of its own to the platform events, so that its thread waits for what was there
-// when it was started, whatever becomes of the objects.
+// A record keeps references of its own to the platform events, so that its thread waits for the events that
+// the wait was started with, whatever becomes of the objects.
 #include "vorlund/system/AsyncWaits.h"
 
+#include "vorlund/api/values/ClassMemory.h"
 #include "vorlund/system/EventCell.h"
 #include "vorlund/system/WaitThread.h"
 
-#include <vorlund/ClassObject.h>
-
 #include <algorithm>
-#include <new>
 
 namespace vorlund {
 
 constinit CAsyncWaits asyncWaits;
 
-struct CAsyncWaits::TWait {
+struct CAsyncWaits::TWait : TClassMemory {
     enum TState : std::uint32_t { kWaiting, kCalling, kStopped };
 
     explicit TWait(const TAsyncRequest& request);
     TWait(const TWait&) = delete;
     TWait& operator=(const TWait&) = delete;
     ~TWait();
-
-    static void* operator new(std::size_t size) { return CClassObject::operator new(size); }
-    static void operator delete(void* memory) { CClassObject::operator delete(memory); }
 
     /// From one state to another, unless the wait has been stopped.
     bool Change(TState from, TState to) {
@@ -50,17 +45,17 @@ struct CAsyncWaits::TWait {
     const bool isForAll;
     const std::uint32_t count;
     const int listed;
-    CEvent* events[kMostListed];
+    CEvent* events[kMaxListed];
     int handleCount = 0;
-    waiting::TEventHandle handles[waiting::kMostEvents];
+    waiting::TEventHandle handles[waiting::kMaxEvents];
 };
 
 CAsyncWaits::TWait::TWait(const TAsyncRequest& request)
     : callback(request.callback), userData(request.userData), isForAll(request.isForAll),
-      count(static_cast<std::uint32_t>(request.count)), listed(std::clamp(request.count, 0, kMostListed)) {
+      count(static_cast<std::uint32_t>(request.count)), listed(std::clamp(request.count, 0, kMaxListed)) {
     std::copy_n(request.events, listed, events);
     // Longer lists are not waited for.
-    if (count > waiting::kMostEvents) return;
+    if (count > waiting::kMaxEvents) return;
     for (; handleCount < listed; ++handleCount)
         handles[handleCount] = waiting::Duplicate(TEventAccess::HandleOf(events[handleCount]));
 }
@@ -78,8 +73,8 @@ unsigned int CAsyncWaits::Start(const TAsyncRequest& request) {
         return number;
     }
     wait->number = number;
-    // First: the thread may stop its own wait, and looks without the lock whether there is one.
-    Append(*wait);
+    // Before the thread starts: it may stop its own wait, and looks without the lock whether there is one.
+    waits_.Append(*wait);
     wait->thread = waiting::StartInterruptible(&Run, wait);
     return number;
 }
@@ -91,7 +86,7 @@ void CAsyncWaits::Run(void* argument) noexcept {
         const std::uint32_t result = waiting::WaitInterruptibly(wait->count, wait->handles, wait->isForAll);
         if (result == waiting::kInterrupted) continue;
         if (result >= wait->count || !wait->callback) {
-            // What failed once fails again.
+            // Without a callback there is nothing to do, and a wait that failed once fails again.
             waiting::SleepInterruptibly();
             continue;
         }
@@ -120,21 +115,21 @@ void CAsyncWaits::Stop(const CEvent* event) {
 }
 
 template <class TPredicate> bool CAsyncWaits::StopFirst(TPredicate isMeant) {
-    // Every event asks this when it goes, and nearly always there is nothing. A wait that the caller can know
-    // of is seen without the lock.
-    if (!first_.load(std::memory_order_relaxed)) return false;
-    lock_.Lock();
-    TWait* wait = first_.load(std::memory_order_relaxed);
-    while (wait && !isMeant(*wait)) wait = wait->next;
-    if (!wait) {
-        lock_.Unlock();
-        return false;
+    // Every event asks this when it is destroyed, and nearly always there is no wait. The caller's own waits
+    // are seen without the lock.
+    if (waits_.IsEmpty()) return false;
+    TWait* wait = nullptr;
+    waiting::TThreadHandle thread = nullptr;
+    {
+        const CPlainLockGuard guard(lock_);
+        wait = waits_.GetFirst();
+        while (wait && !isMeant(*wait)) wait = wait->next;
+        if (!wait) return false;
+        waits_.Remove(*wait);
+        thread = wait->thread;
+        // From here on the record belongs to the thread, if there is one.
+        wait->state.store(TWait::kStopped, std::memory_order_release);
     }
-    Remove(*wait);
-    const waiting::TThreadHandle thread = wait->thread;
-    // From here on the record is the thread's.
-    wait->state.store(TWait::kStopped, std::memory_order_release);
-    lock_.Unlock();
     if (thread)
         waiting::Interrupt(thread);
     else
@@ -143,31 +138,15 @@ template <class TPredicate> bool CAsyncWaits::StopFirst(TPredicate isMeant) {
 }
 
 void CAsyncWaits::End() noexcept {
-    // Nobody is left to be stopped then, and the lock may be held for ever.
+    // Then there is no thread left to stop, and the lock may be held for ever.
     if (waiting::IsThreadLast()) return;
-    lock_.Lock();
-    hasEnded_ = true;
-    lock_.Unlock();
+    {
+        const CPlainLockGuard guard(lock_);
+        hasEnded_ = true;
+    }
     while (StopFirst([](const TWait&) { return true; })) {
     }
     waiting::AwaitInterrupted();
-}
-
-void CAsyncWaits::Append(TWait& wait) {
-    wait.previous = last_;
-    if (last_)
-        last_->next = &wait;
-    else
-        first_.store(&wait, std::memory_order_relaxed);
-    last_ = &wait;
-}
-
-void CAsyncWaits::Remove(TWait& wait) {
-    if (wait.previous)
-        wait.previous->next = wait.next;
-    else
-        first_.store(wait.next, std::memory_order_relaxed);
-    (wait.next ? wait.next->previous : last_) = wait.previous;
 }
 
 } // namespace vorlund

@@ -1,6 +1,7 @@
 // The asynchronous waits of a process.
 #pragma once
 
+#include "vorlund/system/IntrusiveList.h"
 #include "vorlund/system/PlainLock.h"
 
 #include <vorlund/Event.h>
@@ -11,8 +12,8 @@ namespace vorlund {
 
 using TAsyncCallback = void (*)(CEvent::TAsyncCbData&);
 
-/// How many events of a list are looked at.
-inline constexpr int kMostListed = 256;
+/// How many events of a list a wait looks at.
+inline constexpr int kMaxListed = 256;
 
 /// What an asynchronous wait is asked to do.
 struct TAsyncRequest {
@@ -20,12 +21,12 @@ struct TAsyncRequest {
     void* userData;
     bool isForAll;
     int count;             ///< as the caller gave it
-    CEvent* const* events; ///< as many as `count`, but at most `kMostListed`
+    CEvent* const* events; ///< as many as `count`, but at most `kMaxListed`
 };
 
 /// The list of running waits, in the order in which they were started. The one object is constant-initialised
-/// and never taken apart, so that threads which outlive the library's end at the end of a process find it
-/// whole.
+/// and never destroyed, so that threads which outlive the library's end at the end of a process find it
+/// whole. Any thread.
 class CAsyncWaits {
 public:
     constexpr CAsyncWaits() = default;
@@ -41,8 +42,8 @@ public:
     /// Stops all that list this object.
     void Stop(const CEvent* event);
 
-    /// At the end of the library: stops all and waits for their threads, as far as that ends. Waits that are
-    /// started later do nothing.
+    /// At the end of the library: stops all and waits for their threads, those inside a callback excepted.
+    /// Waits that are started later do nothing.
     void End() noexcept;
 
 private:
@@ -51,12 +52,9 @@ private:
     static void Run(void* argument) noexcept;
     /// Stops the first wait that `isMeant`; false when there is none.
     template <class TPredicate> bool StopFirst(TPredicate isMeant);
-    void Append(TWait& wait);
-    void Remove(TWait& wait);
 
     CPlainLock lock_;
-    std::atomic<TWait*> first_{nullptr}; ///< written under the lock
-    TWait* last_ = nullptr;
+    CIntrusiveList<TWait> waits_;
     unsigned int nextNumber_ = 0;
     bool hasEnded_ = false;
 };

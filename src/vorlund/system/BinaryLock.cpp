@@ -4,25 +4,25 @@
 // that it names or that just held the lock: a thread finds itself there only if it is the owner, and what any
 // other thread reads merely decides the wording of a refusal. The owner is cleared before the lock is given
 // back; otherwise the former owner could see its own number beside the next owner's count.
+#include "vorlund/api/values/ClassMemory.h"
 #include "vorlund/system/PlainLock.h"
 
 #include <vorlund/BinaryLock.h>
 #include <vorlund/Exception.h>
 
-#include <new>
-
 namespace vorlund {
 namespace {
 
-// Kept on purpose: the destructor's name in all three, and the name of one system's file on every system.
+// Kept for callers who compare them: the destructor's name in all three, and the name of one system's file on
+// every system.
 constexpr const wchar* kMethod = VRL_L("vorlund::CBinaryLock::~CBinaryLock");
 constexpr const wchar* kFile = VRL_L("src/vorlund/system/BinaryLock_win32");
 constexpr TFailure kStillLocked{kMethod, kFile, 25, VRL_L("Still locked")};
 constexpr TFailure kNotLocked{kMethod, kFile, 44, VRL_L("Not locked")};
 constexpr TFailure kLockedElsewhere{kMethod, kFile, 46, VRL_L("Locked in another thread")};
 
-// For a thread that does not hold the lock and has no number yet or did not get it at once. Apart from
-// `CBinaryLock::Lock`, so that the usual way needs no stack.
+// For a thread that does not hold the lock, and that has no number yet or did not get the lock at once. Not
+// part of `CBinaryLock::Lock`, so that the usual way needs no stack.
 [[gnu::noinline]] void LockPatiently(CPlainLock& lock, std::atomic<unsigned int>& owner) {
     lock.Lock();
     owner.store(CurrentThreadId(), std::memory_order_relaxed);
@@ -30,7 +30,7 @@ constexpr TFailure kLockedElsewhere{kMethod, kFile, 46, VRL_L("Locked in another
 
 } // namespace
 
-struct CBinaryLock::TData {
+struct CBinaryLock::TData : TClassMemory {
     CPlainLock lock;
     std::atomic<unsigned int> owner{kNoThread};
     int nested = 0; ///< how often the owner holds the lock beyond the first time; under the lock
@@ -39,13 +39,12 @@ struct CBinaryLock::TData {
     bool IsHeldBy(unsigned int thread) const { return owner.load(std::memory_order_relaxed) == thread; }
 };
 
-CBinaryLock::CBinaryLock() : data_(new (CClassObject::operator new(sizeof(TData))) TData) {}
+CBinaryLock::CBinaryLock() : data_(new TData) {}
 
 CBinaryLock::~CBinaryLock() noexcept(false) {
-    // Kept on purpose: the block of a lock that is still held stays; its holder may yet come back to it.
+    // The data of a lock that is still held stays for the holder, who may yet unlock it.
     if (data_->IsHeld()) Raise<CBugException>(kStillLocked);
-    data_->~TData();
-    CClassObject::operator delete(data_);
+    delete data_;
 }
 
 void CBinaryLock::Lock() {

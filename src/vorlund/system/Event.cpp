@@ -2,17 +2,15 @@
 #include "vorlund/system/EventCell.h"
 #include "vorlund/system/WaitTime.h"
 
-#include <vorlund/ClassObject.h>
 #include <vorlund/Exception.h>
 
 #include <algorithm>
 #include <cstdarg>
-#include <new>
 
 namespace vorlund {
 namespace {
 
-// Kept on purpose: the name of one system's file on every system.
+// Kept for callers who compare it: the name of one system's file on every system.
 constexpr const wchar* kFile = VRL_L("src/vorlund/system/EventWin32");
 constexpr const wchar* kTimeout = VRL_L("Timeout");
 constexpr TFailure kWaitTimeout{VRL_L("vorlund::CEvent::Wait"), kFile, 196, kTimeout};
@@ -20,16 +18,16 @@ constexpr TFailure kWaitAllTimeout{VRL_L("vorlund::CEvent::WaitAll"), kFile, 248
 constexpr TFailure kWaitOneTimeout{VRL_L("vorlund::CEvent::WaitOne"), kFile, 290, kTimeout};
 constexpr TFailure kStaticWaitTimeout{VRL_L("vorlund::CEvent::Wait"), kFile, 325, kTimeout};
 
-/// The events of an argument list; no more than are looked at.
+/// The events of an argument list, but no more than a wait looks at.
 void ReadList(CEvent** events, int count, std::va_list arguments) {
-    for (int index = 0; index < std::min(count, kMostListed); ++index)
+    for (int index = 0; index < std::min(count, kMaxListed); ++index)
         events[index] = va_arg(arguments, CEvent*);
 }
 
 std::uint32_t WaitForList(bool isForAll, std::uint32_t milliseconds, int count, std::va_list arguments) {
-    waiting::TEventHandle handles[waiting::kMostEvents];
+    waiting::TEventHandle handles[waiting::kMaxEvents];
     // A longer list is not waited for, so nothing is read of it.
-    if (count <= static_cast<int>(waiting::kMostEvents)) {
+    if (count <= static_cast<int>(waiting::kMaxEvents)) {
         for (int index = 0; index < count; ++index)
             handles[index] = TEventAccess::HandleOf(va_arg(arguments, CEvent*));
     }
@@ -38,10 +36,9 @@ std::uint32_t WaitForList(bool isForAll, std::uint32_t milliseconds, int count, 
 
 } // namespace
 
-CEvent::CEvent() : cell_(new (CClassObject::operator new(sizeof(TCell))) TCell(waiting::Create())) {}
+CEvent::CEvent() : cell_(new TCell(waiting::Create())) {}
 
-CEvent::CEvent(const CEvent& other)
-    : cell_(new (CClassObject::operator new(sizeof(TCell))) TCell(waiting::Duplicate(other.cell_->Get()))) {}
+CEvent::CEvent(const CEvent& other) : cell_(new TCell(waiting::Duplicate(other.cell_->Get()))) {}
 
 CEvent& CEvent::operator=(const CEvent& other) {
     if (this == &other) return *this;
@@ -53,7 +50,7 @@ CEvent& CEvent::operator=(const CEvent& other) {
 CEvent::~CEvent() {
     asyncWaits.Stop(this);
     waiting::Close(cell_->Get());
-    CClassObject::operator delete(cell_);
+    delete cell_;
 }
 
 void CEvent::SetState(bool state) {
@@ -127,7 +124,7 @@ unsigned int CEvent::WaitAsync(void (*cb)(TAsyncCbData&), void* data, CEvent& ev
 }
 
 unsigned int CEvent::WaitOneAsync(void (*cb)(TAsyncCbData&), void* data, int count, ...) {
-    CEvent* events[kMostListed];
+    CEvent* events[kMaxListed];
     std::va_list arguments;
     va_start(arguments, count);
     ReadList(events, count, arguments);
@@ -136,7 +133,7 @@ unsigned int CEvent::WaitOneAsync(void (*cb)(TAsyncCbData&), void* data, int cou
 }
 
 unsigned int CEvent::WaitAllAsync(void (*cb)(TAsyncCbData&), void* data, int count, ...) {
-    CEvent* events[kMostListed];
+    CEvent* events[kMaxListed];
     std::va_list arguments;
     va_start(arguments, count);
     ReadList(events, count, arguments);

@@ -1,6 +1,7 @@
 // What a CEvent holds.
 #pragma once
 
+#include "vorlund/api/values/ClassMemory.h"
 #include "vorlund/system/Waiting.h"
 
 #include <vorlund/Event.h>
@@ -9,9 +10,9 @@
 
 namespace vorlund {
 
-/// Apart from the object, whose layout belongs to the applications. Atomic, because a thread that waits when
-/// the object is assigned to has read the handle at some time before.
-struct CEvent::TCell {
+/// Not in the object itself, whose layout is fixed for applications. Atomic, because one thread may read the
+/// handle to wait for it while another assigns to the object.
+struct CEvent::TCell : TClassMemory {
     explicit TCell(waiting::TEventHandle first) : handle(first) {}
 
     waiting::TEventHandle Get() const { return handle.load(std::memory_order_acquire); }
@@ -19,9 +20,9 @@ struct CEvent::TCell {
     std::atomic<waiting::TEventHandle> handle;
 };
 
-/// The way from an object to its platform event.
+/// Gives the library access to an object's platform event.
 struct TEventAccess {
-    /// Null stands for no event, with which no wait succeeds.
+    /// For a null object, the null handle, with which no wait succeeds.
     static waiting::TEventHandle HandleOf(const CEvent* event) {
         return event ? event->cell_->Get() : nullptr;
     }

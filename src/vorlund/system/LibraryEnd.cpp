@@ -1,8 +1,8 @@
 // What of this layer ends with the library: first the timers, then the asynchronous waits, both after `v`.
 //
-// Objects of one file are destroyed in the reverse of their order, but files stand in no order, so these two
-// ask for a place before all objects without one. They are constant-initialised like everything below `v`;
-// only their destruction is arranged when the library is loaded.
+// Objects of one file are destroyed in the reverse of their order, but files have no order among themselves,
+// so these two ask for a place before all objects without one. They are constant-initialised like everything
+// below `v`; only their destruction is arranged when the library is loaded.
 #include "vorlund/system/AsyncWaits.h"
 #include "vorlund/system/TimerPool.h"
 

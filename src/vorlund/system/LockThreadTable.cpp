@@ -62,7 +62,7 @@ CLockThreadEntry& CLockThreadTable::Insert(unsigned int thread) {
         if (!next) {
             TBlock* const added = MakeBlock(block->slotBits + 1);
             if (!added) {
-                // Slots may also become free meanwhile.
+                // Other threads may give back slots in the meantime.
                 WaitForMemory();
                 block = &first_;
                 continue;

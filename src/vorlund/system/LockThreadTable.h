@@ -41,7 +41,7 @@ public:
         runs_[++top_] = {mode, 1};
     }
 
-    /// Takes the innermost off.
+    /// Takes the innermost off and returns it.
     TLockMode Pop() {
         TRun& run = runs_[top_];
         if (--run.length == 0) --top_;
@@ -74,16 +74,16 @@ private:
     int capacity_ = kInlineRuns;
     TRun* runs_ = inlineRuns_;
     TRun inlineRuns_[kInlineRuns];
-    std::atomic<unsigned int>* owner_ = nullptr; ///< the table's note of whose entry this is
+    std::atomic<unsigned int>* owner_ = nullptr; ///< the table's slot with the number of this entry's thread
 };
 
 /// The entries by thread number.
 ///
-/// Blocks of slots, each twice as large as the one before, are chained and stay until the table goes. A
+/// Blocks of slots, each twice as large as the one before, are chained and stay as long as the table. A
 /// thread takes a free slot with one atomic operation, at one of a few places that its number determines in
 /// each block, and gives it back with a store; so looking for one's own entry needs neither a lock nor a long
 /// search. Only a thread itself ever writes its number into a slot or takes it out, so what others do
-/// meanwhile cannot mislead the search.
+/// at the same time cannot mislead the search.
 class CLockThreadTable {
 public:
     CLockThreadTable() : first_(kFirstSlotBits, firstOwners_, firstEntries_) {}
@@ -127,7 +127,7 @@ private:
         }
 
         std::uint32_t GetSlotCount() const { return 1u << slotBits; }
-        /// Fibonacci hashing spreads numbers that follow each other and such that differ by four alike.
+        /// Fibonacci hashing: it spreads numbers that follow each other as well as numbers four apart.
         std::uint32_t SlotOf(unsigned int thread, std::uint32_t probe) const {
             return (((thread * 0x9E3779B9u) >> (32 - slotBits)) + probe) & (GetSlotCount() - 1);
         }

@@ -5,8 +5,8 @@
 
 namespace vorlund {
 
-/// A mutual-exclusion lock that a thread takes once. It may be taken apart as soon as nobody holds it or
-/// waits for it, even while the last holder is still on its way out of `Unlock`.
+/// A mutual-exclusion lock that is not recursive. It may be destroyed as soon as nobody holds it or waits for
+/// it, even while the last holder has not returned from `Unlock` yet.
 class CPlainLock {
 public:
     constexpr CPlainLock() = default;
@@ -23,7 +23,7 @@ public:
                                              std::memory_order_relaxed);
     }
 
-    /// What is left to do after a `TryLock` that failed.
+    /// The rest of `Lock` after a `TryLock` that failed.
     void LockContended() noexcept;
 
     void Unlock() noexcept {

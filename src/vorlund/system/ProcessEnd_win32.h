@@ -1,4 +1,4 @@
-// How the library's entry point tells that the process ends.
+// How the library's entry point (LibraryEntry_win32.cpp) tells that the process ends.
 #pragma once
 
 namespace vorlund::waiting {

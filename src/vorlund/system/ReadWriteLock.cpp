@@ -1,19 +1,12 @@
 #include "vorlund/system/ReadWriteLockData.h"
 
-#include <vorlund/ClassObject.h>
-
-#include <new>
-
 namespace vorlund {
 
-CReadWriteLock::CReadWriteLock()
-    : data_(new (CClassObject::operator new(sizeof(TReadWriteLockData))) TReadWriteLockData) {}
+CReadWriteLock::CReadWriteLock() : data_(new TReadWriteLockData) {}
 
 CReadWriteLock::~CReadWriteLock() {
-    // Nobody may wait on a lock that goes. If somebody does, the data is left to them rather than torn away.
-    if (data_->CountWaiting() > 0) return;
-    data_->~TReadWriteLockData();
-    CClassObject::operator delete(data_);
+    // Nobody may wait for a lock that is destroyed. If somebody does, the data is left to those who wait.
+    if (data_->CountWaiting() == 0) delete data_;
 }
 
 void CReadWriteLock::Lock(TLockMode mode, unsigned int param) {

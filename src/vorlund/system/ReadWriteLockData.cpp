@@ -5,27 +5,31 @@
 // - An upgrader (a reader that asks for the write lock) stops counting as reading, counts as a writer at once
 //   and waits until nobody reads. It does not take the writers' mutex.
 // "Writers" are those that wait and those that hold. A thread that holds the lock never waits for a further
-// read lock. An upgraded lock therefore keeps out readers only. That is how this lock has always been; see
-// the header.
+// read lock. An upgraded lock keeps out readers only, because it lacks the mutex. Kept for applications that
+// were written against this lock; <vorlund/ReadWriteLock.h> says so.
 //
-// Those who must wait stand in one queue and sleep. Whoever changes the counters looks through the queue
-// before it gives back the guard. An upgrader whose condition has come true goes on from there for certain:
-// so two upgraders both get through, whatever the second one does next. Readers and writers are only woken,
-// and look again when they run. What was free may then be taken, and they sleep on; but a lock that is handed
-// to sleepers would stand still until they run, each time, and once a few threads wait that never ends. Of
-// the writers one is woken at a time.
+// Those who must wait sleep in one queue. Whoever changes the counters looks through the queue before it
+// gives back the guard. An upgrader whose condition has come true owns the lock from then on: so two
+// upgraders both get through, whatever the second one does next. Readers and writers are only woken, and look
+// again when they run. By then another thread may hold the lock, and they go back to sleep. Handing the lock
+// to the sleepers instead would leave it unused until they run, every time, and once a few threads wait that
+// would never end. Writers are woken one at a time.
 //
 // Nearly always nobody waits, and the state is then one of few: n readers, or one writer, or one writer
 // without the mutex. Those states are numbers in one atomic word, which operations change by compare-and-swap
-// without the guard. The bit kManaged means that the counters hold instead. It is set by whoever finds that
-// the word does not do and takes the guard, and replaced by a number again when the guard is given back with
-// an empty queue and a state that has a number. While it is set nothing changes without the guard.
+// without the guard. The bit kManaged means that the counters are in force instead. It is set by whoever
+// finds that the word is not enough and takes the guard, and it is replaced by a number again when the guard
+// is given back with an empty queue and a state that has a number. While it is set nothing changes without
+// the guard.
 //
-// Before a thread joins the queue it looks around for a moment; its request counts from when it joins.
+// Before a thread joins the queue it looks around for a moment (Spin.h); its request counts from when it
+// joins.
 //
-// What a thread holds is its own business: nobody else reads its entry in the table, so that nested locks
-// touch nothing that is shared. The guard is never held while a thread sleeps, allocates or prints.
+// Nobody but the thread itself reads its entry in the table, so nested locks touch nothing that is shared.
+// The guard is never held while a thread sleeps, allocates or prints.
 #include "vorlund/system/ReadWriteLockData.h"
+
+#include "vorlund/system/Spin.h"
 
 #include <vorlund/Debug.h>
 
@@ -33,16 +37,8 @@ namespace vorlund {
 namespace {
 
 constexpr const wchar* kNotLockedInUnlock = VRL_L("[vorlund::TReadWriteLockData::Unlock] Not locked!");
-// Kept on purpose: GetParam prints GetLockMode's text too.
+// Kept for callers who compare it: GetParam prints GetLockMode's text too.
 constexpr const wchar* kNotLocked = VRL_L("[vorlund::TReadWriteLockData::GetLockMode] Not locked!");
-
-// The looks around become rarer, because each one takes the word away from the thread that works with it; all
-// together last one or two microseconds.
-constexpr int kLongestPause = 32;
-
-void Pause(int turns) {
-    for (int turn = 0; turn < turns; ++turn) RelaxProcessor();
-}
 
 } // namespace
 
@@ -71,7 +67,7 @@ void TReadWriteLockData::Lock(TLockMode mode, unsigned int param) {
         AcquireRead();
     else
         AcquireWrite();
-    // Kept on purpose: a first lock does not record its parameter.
+    // Kept for existing callers: a first lock does not record its parameter.
     CLockThreadEntry& entry = threads_.Insert(thread);
     ++(mode == LOCK_MODE_READ ? entry.reads : entry.writes);
     entry.Push(mode);
@@ -90,7 +86,7 @@ void TReadWriteLockData::Unlock() {
         return;
     }
     if (--entry->writes > 0) return;
-    // Modes come off in the reverse order, so read locks that are left were there before the first write
+    // Modes come off in the reverse order, so read locks that are left were taken before the first write
     // lock.
     if (entry->reads > 0) {
         ReleaseUpgrade();
@@ -114,14 +110,14 @@ unsigned int TReadWriteLockData::GetParam() {
 
 void TReadWriteLockData::AcquireRead() {
     for (;;) {
-        for (int pause = 1; pause <= kLongestPause; pause *= 2) {
+        for (int spins = 1; spins <= kMaxSpins; spins *= 2) {
             std::uint32_t seen = word_.load(std::memory_order_relaxed);
             while (seen < kMaxReaders) {
                 if (word_.compare_exchange_weak(seen, seen + 1, std::memory_order_acquire,
                                                 std::memory_order_relaxed))
                     return;
             }
-            Pause(pause);
+            Spin(spins);
         }
         EnterManaged();
         if (writers_ == 0) {
@@ -159,10 +155,10 @@ void TReadWriteLockData::AcquireWrite() {
 }
 
 void TReadWriteLockData::LookAroundForWrite() const {
-    for (int pause = 1; pause <= kLongestPause; pause *= 2) {
+    for (int spins = 1; spins <= kMaxSpins; spins *= 2) {
         const std::uint32_t seen = word_.load(std::memory_order_relaxed);
         if (seen == kFree || seen == kMutexlessWriter || seen == (kManaged | kManagedWritable)) return;
-        Pause(pause);
+        Spin(spins);
     }
 }
 
@@ -242,7 +238,7 @@ void TReadWriteLockData::LeaveManaged() {
     while (released) {
         TWaiter& waiter = *released;
         released = waiter.next;
-        // From the store on the waiter may be gone.
+        // After the store the waiter may be gone.
         const void* const address = &waiter.released;
         waiter.released.store(1, std::memory_order_release);
         UnparkOne(address);

@@ -1,13 +1,14 @@
 // The state of a CReadWriteLock.
 #pragma once
 
+#include "vorlund/api/values/ClassMemory.h"
 #include "vorlund/system/LockThreadTable.h"
 #include "vorlund/system/PlainLock.h"
 
 namespace vorlund {
 
-/// A recursive lock with many readers or one writer; what its operations mean stands at `CReadWriteLock`.
-struct TReadWriteLockData {
+/// A recursive lock with many readers or one writer; `CReadWriteLock` tells what its operations mean.
+struct TReadWriteLockData : TClassMemory {
 public:
     TReadWriteLockData() = default;
     TReadWriteLockData(const TReadWriteLockData&) = delete;
@@ -18,7 +19,7 @@ public:
     TLockMode GetLockMode();
     unsigned int GetParam();
 
-    /// How many threads stand in the queue, waiting. A thread that is still looking around does not count.
+    /// How many threads wait in the queue. A thread that is still looking around does not count.
     int CountWaiting();
 
 private:
@@ -40,7 +41,7 @@ private:
     static constexpr std::uint32_t kWriter = 1u << 28; ///< one writer, who holds the writers' mutex
     /// One writer without it: a reader that upgraded, or a woken writer that does not hold yet.
     static constexpr std::uint32_t kMutexlessWriter = 1u << 29;
-    static constexpr std::uint32_t kManaged = 1u << 31;         ///< the counters below hold,
+    static constexpr std::uint32_t kManaged = 1u << 31;         ///< the counters below are in force,
     static constexpr std::uint32_t kManagedWritable = 1u << 30; ///< and a writer could get in
 
     void AcquireRead();
@@ -66,7 +67,7 @@ private:
     int readingThreads_ = 0;  ///< threads counted as readers
     int writers_ = 0;         ///< writers and upgraders that wait or hold
     bool writerHeld_ = false; ///< a writer that is no upgrader holds: the writers' mutex
-    /// A writer was taken out of the queue and has not looked again yet.
+    /// A writer has been taken out of the queue and has not looked again yet.
     bool writerWoken_ = false;
     TWaiter* firstWaiter_ = nullptr;
     TWaiter** waitersEnd_ = &firstWaiter_;

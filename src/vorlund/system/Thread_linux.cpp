@@ -1,4 +1,4 @@
-#include "vorlund/system/Thread_linux.h"
+#include "vorlund/system/Thread_posix.h"
 
 #include <ctime>
 #include <linux/futex.h>
@@ -23,8 +23,8 @@ std::timespec TimeOf(std::int64_t nanoseconds) noexcept {
 } // namespace
 
 unsigned int CurrentThreadId() noexcept {
-    // A process made by fork keeps the number of the thread that forked, and so the locks that this thread
-    // held.
+    // The child of a fork keeps the number of the thread that forked, so it can give back the locks of that
+    // thread.
     if (notedThreadId == kUnknownThread) notedThreadId = static_cast<unsigned int>(syscall(SYS_gettid));
     return notedThreadId;
 }
@@ -43,7 +43,7 @@ void ParkWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) noex
 void ParkWhileUntil(const std::atomic<std::uint32_t>& word, std::uint32_t value,
                     std::int64_t deadline) noexcept {
     const std::timespec time = TimeOf(deadline);
-    // Unlike the plain wait, the one with a mask takes a point in time.
+    // The wait with a mask, because the plain one takes a duration instead of a point in time.
     syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, value, &time, nullptr, FUTEX_BITSET_MATCH_ANY);
 }
 

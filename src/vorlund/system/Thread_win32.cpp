@@ -5,11 +5,12 @@
 namespace vorlund {
 namespace {
 
-// Neither has a handle or anything to give back, and both are there since Windows Vista; sleeping on a word
-// is only there since Windows 8.
+// Neither has a handle or anything to give back, and both exist since Windows Vista; a call that sleeps on a
+// word exists only since Windows 8.
 struct TMutex {
-    void Lock() { AcquireSRWLockExclusive(&mutex); }
-    void Unlock() { ReleaseSRWLockExclusive(&mutex); }
+    // The names that std::lock_guard asks for.
+    void lock() { AcquireSRWLockExclusive(&mutex); }
+    void unlock() { ReleaseSRWLockExclusive(&mutex); }
     SRWLOCK mutex = SRWLOCK_INIT;
 };
 

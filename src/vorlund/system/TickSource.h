@@ -1,13 +1,13 @@
-// The clock of the timers. A port supplies everything declared here in a file Timer<System>.cpp. Nothing here
-// raises.
+// The clock of the timers. A port supplies everything declared here in a file TickSource_<system>.cpp.
+// Nothing here raises.
 #pragma once
 
 #include "vorlund/system/Waiting.h"
 
 namespace vorlund::waiting {
 
-/// Ticks once per millisecond, for the thread that makes it. A tick that nobody waits for is kept, but only
-/// one: further ones are lost with it.
+/// Ticks once per millisecond, for the thread that makes it. Of the ticks that come while nobody waits, one
+/// is kept and the others are lost.
 class CTickSource {
 public:
     CTickSource() noexcept;
@@ -15,13 +15,13 @@ public:
     CTickSource& operator=(const CTickSource&) = delete;
     ~CTickSource();
 
-    /// Waits for a tick or for `stop` without limit. True for a tick; false when `stop` is set, whatever has
-    /// ticked, or when the wait fails.
+    /// Waits for a tick or for `stop` without limit. True for a tick; false when `stop` is set, even if there
+    /// is a tick too, and when the wait fails.
     bool WaitForTick(TEventHandle stop) noexcept;
 
 private:
     struct TState;
-    TState* state_; ///< null when there is no clock to be had; then nothing ticks
+    TState* state_; ///< null when there is no memory for it; then nothing ticks
 };
 
 } // namespace vorlund::waiting

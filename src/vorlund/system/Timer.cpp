@@ -1,25 +1,23 @@
+#include "vorlund/api/values/ClassMemory.h"
 #include "vorlund/system/TimerPool.h"
 #include "vorlund/system/WaitTime.h"
 
-#include <vorlund/ClassObject.h>
 #include <vorlund/Timer.h>
-
-#include <new>
 
 namespace vorlund {
 
-struct CTimer::TData {
+struct CTimer::TData : TClassMemory {
+    TData(CTimer& timer, float period)
+        : entry{.timer = &timer, .period = static_cast<std::int32_t>(MillisecondsOf(period))} {}
+
     TTimerEntry entry;
 };
 
-CTimer::CTimer(float period)
-    : data_(new (CClassObject::operator new(sizeof(TData)))
-                TData{{.timer = this, .period = static_cast<std::int32_t>(MillisecondsOf(period))}}) {}
+CTimer::CTimer(float period) : data_(new TData(*this, period)) {}
 
 CTimer::~CTimer() {
     Stop();
-    data_->~TData();
-    CClassObject::operator delete(data_);
+    delete data_;
 }
 
 void CTimer::Start() {

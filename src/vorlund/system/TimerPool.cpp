@@ -1,10 +1,11 @@
-// One thread serves all running timers; it is there exactly while there is one. The start lock holds the test
-// whether the list became empty or not, and what follows from it, together. The thread takes only the list
-// lock, under which it sets the timers: what has been taken out of the list is not touched any more.
+// One thread serves all running timers; it exists exactly while at least one timer runs. The start lock keeps
+// the test whether the list became empty or not together with what follows from it. The thread takes only the
+// list lock, under which it sets the timers: a timer that has been taken out of the list is not touched any
+// more.
 //
-// At the end of the library the thread is not joined but asked whether it has left its loop: while a library
-// is unloaded, some systems let no thread end. For the same reason one that has not come to its loop yet is
-// not waited for; nor one that the system has ended.
+// At the end of the library the thread is not joined, but the library waits until it has left its loop: while
+// a library is unloaded, some systems let no thread begin or end. So a thread that has not entered its loop
+// yet is not waited for, nor one that the system has ended.
 #include "vorlund/system/TimerPool.h"
 
 #include "vorlund/system/TickSource.h"
@@ -20,13 +21,13 @@ constexpr TFailure kStillAlive{VRL_L("vorlund::CTimerPool::~CTimerPool"),
 } // namespace
 
 CTimerPool::~CTimerPool() noexcept(false) {
-    // No locks: nobody may start or stop timers any more, and a thread that the system has ended may have
-    // held one.
+    // Without locks: nobody may start or stop timers any more, and a thread that the system has ended may
+    // hold one for ever.
     if (thread_) {
         waiting::Set(stop_);
         if (!waiting::IsThreadLast() && hasEntered_) waiting::Wait(left_, waiting::kForever);
     }
-    if (first_) Raise<CBugException>(kStillAlive);
+    if (!timers_.IsEmpty()) Raise<CBugException>(kStillAlive);
 }
 
 void CTimerPool::Add(TTimerEntry& entry) {
@@ -36,12 +37,9 @@ void CTimerPool::Add(TTimerEntry& entry) {
     entry.countdown = entry.period;
     {
         const CPlainLockGuard list(listLock_);
-        entry.previous = last_;
-        entry.next = nullptr;
-        (last_ ? last_->next : first_) = &entry;
-        last_ = &entry;
+        timers_.Append(entry);
     }
-    if (first_ == last_) StartThread();
+    if (timers_.HasOne()) StartThread();
 }
 
 void CTimerPool::Remove(TTimerEntry& entry) {
@@ -50,10 +48,9 @@ void CTimerPool::Remove(TTimerEntry& entry) {
     entry.isRunning = false;
     {
         const CPlainLockGuard list(listLock_);
-        (entry.previous ? entry.previous->next : first_) = entry.next;
-        (entry.next ? entry.next->previous : last_) = entry.previous;
+        timers_.Remove(entry);
     }
-    if (!first_) StopThread();
+    if (timers_.IsEmpty()) StopThread();
 }
 
 void CTimerPool::StartThread() {
@@ -83,8 +80,9 @@ void CTimerPool::RunThread(void* argument) noexcept {
 
 void CTimerPool::Tick() {
     const CPlainLockGuard list(listLock_);
-    for (TTimerEntry* entry = first_; entry; entry = entry->next) {
-        // A period below 1 sets the timer at every tick; the lowest number there is has no predecessor.
+    for (TTimerEntry* entry = timers_.GetFirst(); entry; entry = entry->next) {
+        // A period below 1 sets the timer at every tick. Compared before it is lowered, because the lowest
+        // number has no predecessor.
         if (entry->countdown > 1) {
             --entry->countdown;
             continue;

@@ -1,6 +1,7 @@
 // The running timers of a process.
 #pragma once
 
+#include "vorlund/system/IntrusiveList.h"
 #include "vorlund/system/PlainLock.h"
 #include "vorlund/system/WaitThread.h"
 
@@ -10,7 +11,7 @@
 
 namespace vorlund {
 
-/// What the pool knows of a timer; it lies with the timer.
+/// What the pool knows of a timer; a part of the timer's data.
 struct TTimerEntry {
     CEvent* const timer;
     const std::int32_t period; ///< milliseconds
@@ -21,7 +22,7 @@ struct TTimerEntry {
 };
 
 /// The list of running timers, in the order in which they were started, and the thread that sets them. The
-/// one object is constant-initialised, and usable until it ends with the library.
+/// one object is constant-initialised, and usable until it ends with the library. Any thread.
 class CTimerPool {
 public:
     constexpr CTimerPool() = default;
@@ -31,9 +32,9 @@ public:
     /// Stops the thread. Raises `CBugException` "Timers still alive!" when timers run.
     ~CTimerPool() noexcept(false);
 
-    /// Adds a timer that does not run.
+    /// Adds a timer, unless it runs already.
     void Add(TTimerEntry& entry);
-    /// Takes out a timer that runs.
+    /// Takes out a timer if it runs.
     void Remove(TTimerEntry& entry);
 
 private:
@@ -42,14 +43,13 @@ private:
     void StartThread();
     void StopThread();
 
-    CPlainLock startLock_; ///< keeps what the list becomes and what is done with the thread together
+    CPlainLock startLock_; ///< keeps the changes of the list and of the thread together
     CPlainLock listLock_;  ///< taken after the other one
-    TTimerEntry* first_ = nullptr;
-    TTimerEntry* last_ = nullptr;
+    CIntrusiveList<TTimerEntry> timers_;
     waiting::TThreadHandle thread_ = nullptr;
     waiting::TEventHandle stop_ = nullptr;
     waiting::TEventHandle left_ = nullptr; ///< set by the thread when it has left its loop
-    std::atomic<bool> hasEntered_{false};  ///< the thread has come to its loop
+    std::atomic<bool> hasEntered_{false};  ///< the thread has entered its loop
 };
 
 extern CTimerPool timerPool;

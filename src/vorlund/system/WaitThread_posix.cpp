@@ -1,11 +1,11 @@
-// Threads that will be interrupted are on their own: nobody joins them by name. Each one joins, as the last
-// thing it does, the one that ended before it, which is as good as gone. So at most one is left over, and at
-// its end the library can wait until the last instruction of the last one has run; being told would not do,
-// because the code may be gone before the teller has left it.
+// Nobody who starts a thread that will be interrupted joins it. Instead each such thread, as the last thing
+// it does, joins the one that ended before it. So at most one is not joined, and the library joins that one
+// at its end: then the last instruction of the last thread has run. A message from the thread would not be
+// enough, because the code could be unloaded before the thread has left it.
 #include "vorlund/system/PlainLock.h"
-#include "vorlund/system/Thread_linux.h"
+#include "vorlund/system/Thread_posix.h"
 #include "vorlund/system/WaitThread.h"
-#include "vorlund/system/Waits_posix.h"
+#include "vorlund/system/Waiting_posix.h"
 
 #include <new>
 #include <pthread.h>
@@ -32,7 +32,7 @@ constinit std::atomic<std::uint32_t> threadsInside{0};
 constinit std::atomic<bool> isEnding{false};
 
 /// Interrupted threads that have not ended; for a moment below 0 when one ends before its interrupter has
-/// counted it. And those who wait for their ends.
+/// counted it. And how many threads wait for them to end.
 constinit std::atomic<std::uint32_t> threadsEnding{0};
 constinit std::atomic<std::uint32_t> pausing{0};
 
@@ -49,14 +49,17 @@ void Drop(TThread* thread) {
 }
 
 void JoinEnded(TEnded next) {
-    endedLock.Lock();
-    const TEnded ended = std::exchange(lastEnded, next);
-    endedLock.Unlock();
+    TEnded ended;
+    {
+        const CPlainLockGuard guard(endedLock);
+        ended = std::exchange(lastEnded, next);
+    }
     if (ended.isThere) pthread_join(ended.id, nullptr);
 }
 
 void LeaveInside() {
-    // In one order with the end: either it sees the new number, or it is seen.
+    // Sequentially consistent, as in AwaitInterrupted: either that sees the new number, or this sees that it
+    // waits.
     threadsInside.fetch_sub(1);
     if (isEnding) UnparkOne(&threadsInside);
 }
@@ -69,17 +72,18 @@ void* RunJoinable(void* argument) {
 }
 
 void PauseWhileManyEnd() {
-    const std::int64_t deadline = MonotonicNanoseconds() + std::int64_t{kLongestPause} * 1000000;
+    const std::int64_t deadline = MonotonicNanoseconds() + std::int64_t{kMaxPauseMilliseconds} * 1000000;
     pausing.fetch_add(1);
     for (;;) {
         const std::uint32_t ending = threadsEnding;
-        if (static_cast<std::int32_t>(ending) <= kManyEnding || MonotonicNanoseconds() >= deadline) break;
+        if (static_cast<std::int32_t>(ending) <= kMaxThreadsEnding || MonotonicNanoseconds() >= deadline)
+            break;
         ParkWhileUntil(threadsEnding, ending, deadline);
     }
     pausing.fetch_sub(1);
 }
 
-/// Such a thread only ends after it has been interrupted.
+/// Returns only after the thread has been interrupted.
 void* RunInterruptible(void* argument) {
     self = static_cast<TThread*>(argument);
     RunJoinable(argument);
@@ -93,7 +97,7 @@ void* RunInterruptible(void* argument) {
 TThread* Start(void* (*enter)(void*), void (*run)(void*), void* argument) {
     auto* const thread = new (std::nothrow) TThread{run, argument};
     if (!thread) return nullptr;
-    // The thread itself never reads its id here.
+    // The thread may run before `id` is written, and never reads it.
     if (pthread_create(&thread->id, nullptr, enter, thread) == 0) return thread;
     delete thread;
     return nullptr;
@@ -113,8 +117,8 @@ TThreadHandle StartJoinable(void (*run)(void*), void* argument) noexcept {
 }
 
 void Interrupt(TThreadHandle thread) noexcept {
-    const bool areMany = static_cast<std::int32_t>(threadsEnding.fetch_add(1)) >= kManyEnding;
-    Raise(thread->interrupt);
+    const bool areMany = static_cast<std::int32_t>(threadsEnding.fetch_add(1)) >= kMaxThreadsEnding;
+    EndWaits(thread->interrupt);
     Drop(thread);
     if (areMany) PauseWhileManyEnd();
 }
@@ -125,12 +129,12 @@ void Join(TThreadHandle thread) noexcept {
 }
 
 std::uint32_t WaitInterruptibly(std::uint32_t count, const TEventHandle* events, bool isForAll) noexcept {
-    if (count == 0 || count > kMostEvents) return kFailed;
-    return WaitUnlessRaised(self->interrupt, count, events, isForAll);
+    if (count == 0 || count > kMaxEvents) return kFailed;
+    return WaitUnlessEnded(self->interrupt, count, events, isForAll);
 }
 
 void SleepInterruptibly() noexcept {
-    WaitUnlessRaised(self->interrupt, 0, nullptr, false);
+    WaitUnlessEnded(self->interrupt, 0, nullptr, false);
 }
 
 void EnterCallback() noexcept {

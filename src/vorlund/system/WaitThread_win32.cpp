@@ -1,10 +1,10 @@
 // A thread is interrupted by an asynchronous procedure call, which ends the alertable wait that it is in or
-// the next one that it enters. Another handle among those waited for would cost one of the 64, and could not
-// end a wait for all.
+// the next one that it enters. An event for that among those waited for would take one of the 64 places, and
+// could not end a wait for all.
 //
 // A thread that will be interrupted holds a reference to the library, from before it is made until the system
-// ends it, so the library is never unloaded under it. Waiting for it while the library is unloaded would
-// not do: the system lets no thread begin or end meanwhile.
+// ends it, so the library is never unloaded while it runs. To wait for it during the unloading is impossible:
+// the system lets no thread begin or end then.
 #include "vorlund/api/platform/WindowsLean.h"
 #include "vorlund/system/ProcessEnd_win32.h"
 #include "vorlund/system/WaitThread.h"
@@ -31,13 +31,13 @@ struct TStart {
     HMODULE module; ///< a reference to the library, or null
 };
 
-/// Leaves the library for good: only the system knows how to end a thread whose own code may go.
+/// Ends by a call that does not return: only the system can end a thread whose code is unloaded with it.
 DWORD WINAPI RunThread(void* argument) {
     const TStart start = *static_cast<TStart*>(argument);
     std::free(argument);
     start.run(start.argument);
     if (!start.module) return 0;
-    // Such a thread only ends after it has been interrupted.
+    // With a reference: a thread that ends only after it has been interrupted.
     threadsEnding.fetch_sub(1);
     FreeLibraryAndExitThread(start.module, 0);
     return 0;
@@ -75,7 +75,8 @@ void Interrupt(TThreadHandle thread) noexcept {
     threadsEnding.fetch_add(1);
     QueueUserAPC(&DoNothing, handle, 0);
     CloseHandle(handle);
-    for (DWORD pause = 0; threadsEnding > kManyEnding && pause < kLongestPause; ++pause) Sleep(1);
+    for (DWORD pause = 0; threadsEnding > kMaxThreadsEnding && pause < kMaxPauseMilliseconds; ++pause)
+        Sleep(1);
 }
 
 void Join(TThreadHandle thread) noexcept {
@@ -96,7 +97,7 @@ void EnterCallback() noexcept {}
 
 void LeaveCallback() noexcept {}
 
-// There are none when the library ends before the process does.
+// When the library ends before the process does, no such thread is left: each kept it loaded.
 void AwaitInterrupted() noexcept {}
 
 bool IsThreadLast() noexcept {

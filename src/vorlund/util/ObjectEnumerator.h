@@ -2,8 +2,8 @@
 #pragma once
 
 #include <vorlund/ClassIds.h>
+#include <vorlund/ObjectEnumerator.h>
 #include <vorlund/ObjectImpl.h>
-#include <vorlund/ObjectList.h>
 
 namespace vorlund {
 

@@ -3,7 +3,7 @@
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/ObjectImpl.h>
-#include <vorlund/ObjectList.h>
+#include <vorlund/PtrObject.h>
 
 namespace vorlund {
 

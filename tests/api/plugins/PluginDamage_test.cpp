@@ -1,6 +1,5 @@
-// Plug-in files that are damaged. What their headers show is refused before they are loaded; damaged code is
-// nobody's promise, so those files are tried in child processes, and all that is asked is that every trial
-// ends.
+// Plug-in files that are damaged. What their headers show is refused before they are loaded; nothing is
+// promised about damaged code, so those files are tried in child processes, which must only end.
 #include <vorlund/PluginStore.h>
 
 #include "api/plugins/TestPlugins.h"
@@ -114,7 +113,8 @@ TTally Try(const fs::path& image, std::size_t first, std::size_t end, std::size_
 }
 
 TEST_F(PluginDamage, DamagedHeadersAreRefusedOrHarmless) {
-    // Each byte of the headers, turned over. What is loaded all the same is of no account to the loader.
+    // Each byte of the headers, turned over. The loader does not use the damaged byte of a file that it
+    // loads.
     const std::size_t size = GetHeaderSize(image_);
     const TTally tally = Try(PluginFile("accepting"), 0, size, 1);
     EXPECT_EQ(tally.loaded + tally.refused + tally.ended, static_cast<int>(size));

@@ -139,7 +139,7 @@ TEST(TextFormatModel, Fractions) {
 
 // Bounds.
 
-TEST(TextFormatBounds, EveryCapacityCutsAndTerminates) {
+TEST(TextFormatModelBounds, EveryCapacityCutsAndTerminates) {
     const std::string whole = "ab 0001.50 text   7 (null)";
     for (std::size_t capacity = 0; capacity <= whole.size() + 3; ++capacity) {
         std::array<wchar, 40> buffer;
@@ -158,7 +158,7 @@ TEST(TextFormatBounds, EveryCapacityCutsAndTerminates) {
     }
 }
 
-TEST(TextFormatBounds, NothingIsReadBehindTheCut) {
+TEST(TextFormatModelBounds, NothingIsReadBehindTheCut) {
     // Would be read from an address that nobody has, if it were looked at.
     const wchar* const wild = reinterpret_cast<const wchar*>(std::uintptr_t{16});
     wchar buffer[4];
@@ -166,8 +166,8 @@ TEST(TextFormatBounds, NothingIsReadBehindTheCut) {
     EXPECT_EQ(Narrow(buffer), "abc");
 }
 
-TEST(TextFormatBounds, NumberLongerThanItsBuffer) {
-    // 1500 characters are kept; the padding goes by the full length.
+TEST(TextFormatModelBounds, NumberLongerThanItsBuffer) {
+    // 1500 characters are kept; the padding is counted from the full length.
     std::array<wchar, 3000> buffer;
     FormatArguments(buffer.data(), buffer.size(), VRL_L("%.2000f|"), 1.0);
     EXPECT_EQ(Narrow(buffer.data()), "1." + std::string(1498, '0') + '|');

@@ -10,6 +10,7 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace vorlund::test {
 namespace {
@@ -39,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, ClassObjectExhausted,
 TEST(ClassObject, ExhaustionIsReportedWithoutABox) {
     const CDebugRecorder recorder;
     const volatile std::size_t size = kMax;
-    EXPECT_THROW(CClassObject::operator new(size), COutOfMemoryException);
+    ExpectRaises<COutOfMemoryException>(kMallocFailed, [&] { CClassObject::operator new(size); });
     const auto entries = recorder.GetEntries();
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries[0].type, DEBUG_MESSAGE_OUTPUT);
@@ -59,7 +60,9 @@ TEST(ClassObject, AllocatesAlignedWritableMemory) {
 }
 
 TEST(ClassObject, NullMayBeFreed) {
+    const CDebugRecorder recorder;
     CClassObject::operator delete(nullptr);
+    EXPECT_TRUE(recorder.GetEntries().empty());
 }
 
 class CDerived : public CClassObject {
@@ -109,10 +112,22 @@ TEST(ClassObject, ConstructorsMayRaise) {
     EXPECT_THROW(new CRaisingStart, std::runtime_error);
 }
 
-TEST(ClassObject, Copies) {
-    const CClassObject first;
-    CClassObject second(first);
+class CNamed : public CClassObject {
+public:
+    explicit CNamed(std::string name) : name_(std::move(name)) {}
+    const std::string& GetName() const { return name_; }
+
+private:
+    std::string name_;
+};
+
+TEST(ClassObject, DerivedClassesAreCopiedWhole) {
+    const CNamed first("first");
+    CNamed second("second");
+    CNamed third(first);
+    EXPECT_EQ(third.GetName(), "first");
     second = first;
+    EXPECT_EQ(second.GetName(), "first");
 }
 
 } // namespace

@@ -42,9 +42,9 @@ struct TStreamRow {
     std::string errors;
 };
 
-class DebugStreams : public testing::TestWithParam<TStreamRow> {};
+class DebugDefaultsStreams : public testing::TestWithParam<TStreamRow> {};
 
-TEST_P(DebugStreams, GetWholeLinesInUtf8) {
+TEST_P(DebugDefaultsStreams, GetWholeLinesInUtf8) {
     const TChildEnd end = RunMode(GetParam().arguments);
     EXPECT_TRUE(end.IsSuccess()) << end.exitCode;
     EXPECT_EQ(end.output, GetParam().output);
@@ -52,7 +52,7 @@ TEST_P(DebugStreams, GetWholeLinesInUtf8) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    DebugDefaults, DebugStreams,
+    DebugDefaults, DebugDefaultsStreams,
     testing::Values(TStreamRow{"InitialLocale", {"mixed"}, kMixedLines, kMixedLines},
                     TStreamRow{"Utf8Locale", {"mixed-in-locale", "C.UTF-8"}, kMixedLines, kMixedLines},
                     TStreamRow{"BehindBytes", {"behind-bytes"}, "before " + kMixed + "\nafter\n", ""},
@@ -97,7 +97,7 @@ TEST(DebugDefaults, LongestMessageIsLoggedWhole) {
 
 // The box.
 
-/// What stands between the left and right edges of a frame, rows joined by blanks; what is outside is cut.
+/// What is between the left and right edges of a frame, rows joined by blanks; what is outside is cut.
 std::string TextInFrame(const std::string& terminal) {
     std::string text;
     for (const std::string& line : Lines(terminal)) {
@@ -120,9 +120,9 @@ struct TBoxRow {
     const char* output;
 };
 
-class DebugBox : public testing::TestWithParam<TBoxRow> {};
+class DebugDefaultsBox : public testing::TestWithParam<TBoxRow> {};
 
-TEST_P(DebugBox, StandsOnTheTerminalUntilEnter) {
+TEST_P(DebugDefaultsBox, StandsOnTheTerminalUntilEnter) {
     CChildProcess child(kChild, {.arguments = {GetParam().mode}, .hasTerminal = true});
     ASSERT_TRUE(child.WaitForTerminal(kButton));
     // Nobody has closed it, so nothing was raised.
@@ -140,7 +140,7 @@ TEST_P(DebugBox, StandsOnTheTerminalUntilEnter) {
     EXPECT_EQ(TextInFrame(terminal), kBoxText + "  " + kButton);
 }
 
-INSTANTIATE_TEST_SUITE_P(DebugDefaults, DebugBox,
+INSTANTIATE_TEST_SUITE_P(DebugDefaults, DebugDefaultsBox,
                          testing::Values(TBoxRow{"Plain", "bug", "\n", "raised\n"},
                                          TBoxRow{"OtherKeysFirst", "bug", "no\n", "raised\n"},
                                          TBoxRow{"EndOfInput", "bug", "\x04", "raised\n"},

@@ -61,9 +61,9 @@ struct TStreamRow {
     std::string errors;
 };
 
-class DebugStreams : public testing::TestWithParam<TStreamRow> {};
+class DebugDefaultsStreams : public testing::TestWithParam<TStreamRow> {};
 
-TEST_P(DebugStreams, GetWholeLinesInTheirCodePage) {
+TEST_P(DebugDefaultsStreams, GetWholeLinesInTheirCodePage) {
     const TChildEnd end = RunMode(GetParam().arguments);
     EXPECT_TRUE(end.IsSuccess()) << end.exitCode;
     EXPECT_EQ(end.output, GetParam().output);
@@ -74,7 +74,7 @@ TEST_P(DebugStreams, GetWholeLinesInTheirCodePage) {
 const std::string kMixed1252 = "h\xE9 ? ?? ? end";
 
 INSTANTIATE_TEST_SUITE_P(
-    DebugDefaults, DebugStreams,
+    DebugDefaults, DebugDefaultsStreams,
     testing::Values(
         TStreamRow{"InitialLocale", {"mixed"}, MixedLines(Mixed(CP_ACP)), MixedLines(Mixed(CP_ACP))},
         TStreamRow{"Latin", {"mixed-in-locale", ".1252"}, MixedLines(kMixed1252), MixedLines(kMixed1252)},

@@ -338,7 +338,7 @@ TEST(StringEdit, ReplacementsThatHoldTheNeedleAreRefused) {
     }
 }
 
-// These replacements do not hold the needle, but each edit makes a new occurrence out of what stands around
+// These replacements do not hold the needle, but each edit makes a new occurrence out of what is around
 // it.
 TEST(StringEdit, EditsWithoutAnEndAreGivenUp) {
     struct TRow {

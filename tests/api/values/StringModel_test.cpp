@@ -180,7 +180,7 @@ TEST(StringModel, TailsAroundTheirLimit) {
 TEST(StringModel, ReplacementsLongerThanTheTailLimit) {
     const wstring to = wstring(65530, 'c') + VRL_L("a");
     for (const std::size_t tail : {0u, 3u, 10u, 70000u}) {
-        // Behind the first replacement stands "b" or a part of it, so the next occurrence lies behind 65530
+        // Behind the first replacement is "b" or a part of it, so the next occurrence lies behind 65530
         // units.
         ExpectLoop(VRL_L("xab") + wstring(tail, 'b'), VRL_L("ab"), wstring(65530, 'c') + VRL_L("b"));
         ExpectLoop(VRL_L("xabb") + wstring(tail, 'd'), VRL_L("ab"), to);

@@ -149,7 +149,7 @@ TEST(StringSearch, NeedlesMayBePartsOfTheText) {
 
 TEST(StringSearch, FailuresAreReportedOnce) {
     const vorlund::test::CDebugRecorder recorder;
-    EXPECT_THROW(CString("abc").FindFirst(wchar{'x'}), CObjectNotFoundException);
+    ExpectRaises<CObjectNotFoundException>(kFirstUnit, [&] { CString("abc").FindFirst(wchar{'x'}); });
     const auto texts = recorder.GetTexts(vorlund::DEBUG_MESSAGE_OUTPUT);
     ASSERT_EQ(texts.size(), 1u);
     EXPECT_EQ(texts[0], "Exception: type=CObjectNotFoundException | method=vorlund::CString::FindFirst | "

@@ -248,7 +248,7 @@ void ExpectOrder(const CString& left, const CString& right, int order, int order
     EXPECT_EQ(left == right, order == 0);
 }
 
-/// The narrow overloads, when bytes can stand for the units of `right`.
+/// The narrow overloads, when bytes can replace the units of `right`.
 void ExpectNarrowOrder(const CString& left, const wstring& right, int order, int orderIgnoringCase) {
     std::string bytes;
     for (const wchar unit : right) {

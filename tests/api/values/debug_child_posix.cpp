@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 // The program's own function comes before the C library's, also for the calls of the library under test: the
-// system log is what stands on this program's standard output.
+// system log is what is on this program's standard output.
 extern "C" __attribute__((visibility("default"))) void syslog(int priority, const char* format, ...) {
     char text[8192];
     std::va_list arguments;

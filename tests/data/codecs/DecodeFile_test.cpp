@@ -124,9 +124,9 @@ private:
     CLiveObject live_;
 };
 
-class DecodeMemoryFile : public DecodeFile {
+class DecodeFileFromMemory : public DecodeFile {
 protected:
-    DecodeMemoryFile() {
+    DecodeFileFromMemory() {
         CMemoryFile::opened.clear();
         const TClassInfo kept[] = {*v.GetClassStore().GetClassInfo(classid::CPushObjectEnumerator),
                                    *v.GetClassStore().GetClassInfo(classid::CPtrObject)};
@@ -138,7 +138,7 @@ protected:
     }
 };
 
-TEST_F(DecodeMemoryFile, ReferenceToTheFileIsGivenBackInEveryCase) {
+TEST_F(DecodeFileFromMemory, ReferenceToTheFileIsGivenBackInEveryCase) {
     RegisterFileClass(&NewObject<CMemoryFile>);
     decoders_.Register(store_, 0, {.accepts = CId::Null(), .produces = TestFormat(2)});
     auto decoded = Decode(VRL_L("any"), TestFormat(2));
@@ -155,7 +155,7 @@ TEST_F(DecodeMemoryFile, ReferenceToTheFileIsGivenBackInEveryCase) {
     EXPECT_EQ(CMemoryFile::opened, (TCallLog{"any", "none", "broken", "foreign"}));
 }
 
-TEST_F(DecodeMemoryFile, LongPathIsCut) {
+TEST_F(DecodeFileFromMemory, LongPathIsCut) {
     RegisterFileClass(&NewObject<CMemoryFile>);
     const wstring path(1000, VRL_L('x'));
     try {
@@ -170,7 +170,7 @@ IObject* NoObject() {
     return nullptr;
 }
 
-TEST_F(DecodeMemoryFile, ClassThatYieldsNoFileStreamIsABug) {
+TEST_F(DecodeFileFromMemory, ClassThatYieldsNoFileStreamIsABug) {
     RegisterFileClass(&NoObject);
     ExpectRaises<CBugException>(kNoFileStream, [&] { Decode(VRL_L("any"), TestFormat(2)); });
     v.GetClassStore().Clear();

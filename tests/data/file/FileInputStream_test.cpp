@@ -59,7 +59,7 @@ protected:
     CRefPtr<IFileInputStream> stream_ = CreateAs<IFileInputStream>(classid::CFileInputStream);
 };
 
-/// Bytes that show where they stand.
+/// Bytes that show where they are.
 std::string Pattern(std::size_t size) {
     std::string bytes(size, '\0');
     std::uint32_t state = 1;

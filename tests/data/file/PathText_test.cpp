@@ -65,15 +65,15 @@ struct TFolderRow {
     const char* name;
 };
 
-class FolderText : public testing::TestWithParam<TFolderRow> {};
+class PathTextOfFolders : public testing::TestWithParam<TFolderRow> {};
 
-TEST_P(FolderText, EndsInASlash) {
+TEST_P(PathTextOfFolders, EndsInASlash) {
     const CString path = pathtext::AsFolder(GetParam().given);
     EXPECT_EQ(Narrow(path), GetParam().path);
     EXPECT_EQ(Narrow(pathtext::GetFolderName(path)), GetParam().name);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, FolderText,
+INSTANTIATE_TEST_SUITE_P(Rows, PathTextOfFolders,
                          testing::Values(TFolderRow{"Drive", VRL_L("C:\\data"), "C:/data/", "data"},
                                          TFolderRow{"WithSlash", VRL_L("C:/data/"), "C:/data/", "data"},
                                          TFolderRow{"WithBackslash", VRL_L("C:\\data\\"), "C:/data/", "data"},
@@ -84,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, FolderText,
                                          TFolderRow{"Empty", VRL_L(""), "/", ""}),
                          [](const auto& row) { return row.param.test; });
 
-TEST(JoinedText, HasOneSeparator) {
+TEST(PathTextJoined, HasOneSeparator) {
     using pathtext::Join;
     EXPECT_EQ(Narrow(Join(VRL_L("data"), VRL_L("song"), VRL_L('/'))), "data/song");
     EXPECT_EQ(Narrow(Join(VRL_L("data/"), VRL_L("song"), VRL_L('/'))), "data/song");
@@ -95,7 +95,7 @@ TEST(JoinedText, HasOneSeparator) {
     EXPECT_EQ(Narrow(Join(VRL_L("data"), VRL_L(""), VRL_L('/'))), "data/");
 }
 
-TEST(TextWithoutSeparator, KeepsARoot) {
+TEST(PathTextWithoutSeparator, KeepsARoot) {
     using pathtext::WithoutSeparator;
     EXPECT_EQ(Narrow(WithoutSeparator(VRL_L("data/"), VRL_L('/'))), "data");
     EXPECT_EQ(Narrow(WithoutSeparator(VRL_L("data"), VRL_L('/'))), "data");
@@ -105,7 +105,7 @@ TEST(TextWithoutSeparator, KeepsARoot) {
     EXPECT_EQ(Narrow(WithoutSeparator(VRL_L(""), VRL_L('/'))), "");
 }
 
-TEST(FolderTextOfNothing, HasNoName) {
+TEST(PathTextOfNothing, HasNoName) {
     EXPECT_EQ(Narrow(pathtext::GetFolderName(VRL_L(""))), "");
     EXPECT_EQ(Narrow(pathtext::GetFolderName(nullptr)), "");
 }

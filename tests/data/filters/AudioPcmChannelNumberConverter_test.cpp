@@ -98,7 +98,7 @@ TEST_F(AudioPcmChannelNumberConverter, HandsOtherNumbersThrough) {
         Connect(SAMPLE_FORMAT_16BIT, channels, {1, 2, 3, 4, 5});
         EXPECT_EQ(ReadOnce(*converter_, 3), (TBytes{1, 2, 3}));
         EXPECT_EQ(PcmText(*converter_), "code 1, channels 2, rate 8000");
-        // The rescaling goes by the numbers all the same.
+        // The numbers are rescaled all the same.
         EXPECT_EQ(converter_->GetLength(), channels == 0 ? 0 : 10 / channels);
         EXPECT_EQ(converter_->Tell(), channels == 0 ? 0 : 6 / channels);
         converter_->Seek(2);

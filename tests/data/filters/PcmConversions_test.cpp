@@ -315,7 +315,7 @@ std::vector<TPair> Pairs() {
 INSTANTIATE_TEST_SUITE_P(Pairs, PcmConversions, testing::ValuesIn(Pairs()),
                          [](const auto& pair) { return NameOf(pair.param); });
 
-TEST(PcmConversionSets, TheReferenceIsCompleteAndAlwaysThere) {
+TEST(PcmConversionsSets, TheReferenceIsCompleteAndAlwaysThere) {
     const auto sets = GetConversionSets();
     ASSERT_FALSE(sets.empty());
     EXPECT_EQ(sets[0], &kScalarConversions);
@@ -325,7 +325,7 @@ TEST(PcmConversionSets, TheReferenceIsCompleteAndAlwaysThere) {
             EXPECT_EQ(sets[0]->routines[from][to] != nullptr, from != to);
 }
 
-TEST(PcmConversionSets, NothingToDoHasNoRoutine) {
+TEST(PcmConversionsSets, NothingToDoHasNoRoutine) {
     for (std::uint32_t format = 0; format < kFormatCount; ++format) {
         EXPECT_EQ(FindConversion(format, format), nullptr);
         for (const std::uint32_t other : {4u, 7u, 0x80000000u, 0xFFFFFFFFu}) {

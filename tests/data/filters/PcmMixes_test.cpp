@@ -309,7 +309,7 @@ TEST_P(PcmMixes, EveryLengthAndAlignment) {
 
 // ---- the choice
 
-TEST(PcmMixChoice, EqualAndOtherNumbersPassThrough) {
+TEST(PcmMixesChoice, EqualAndOtherNumbersPassThrough) {
     for (std::uint32_t from = 0; from < 9; ++from) {
         for (std::uint32_t to = 0; to < 9; ++to) {
             const auto isMixed = [](std::uint32_t count) { return count == 1 || count == 2 || count == 6; };
@@ -323,7 +323,7 @@ TEST(PcmMixChoice, EqualAndOtherNumbersPassThrough) {
     }
 }
 
-TEST(PcmMixChoice, TheLastSupportedSetWithARoutineIsTaken) {
+TEST(PcmMixesChoice, TheLastSupportedSetWithARoutineIsTaken) {
     for (const TMixPair pair : pcm::kMixPairs) {
         for (std::uint32_t code = 0; code < pcm::kMixFormatCount; ++code) {
             pcm::TRoutine last = nullptr;
@@ -336,7 +336,7 @@ TEST(PcmMixChoice, TheLastSupportedSetWithARoutineIsTaken) {
     }
 }
 
-TEST(PcmMixChoice, TheReferenceIsComplete) {
+TEST(PcmMixesChoice, TheReferenceIsComplete) {
     ASSERT_EQ(pcm::GetMixSets()[0], &pcm::kScalarMixes);
     EXPECT_TRUE(pcm::kScalarMixes.isSupported());
     for (const auto& byFormat : pcm::kScalarMixes.routines)
@@ -352,7 +352,7 @@ template <class TSample> std::vector<TSample> MixByChoice(TMixPair pair, const s
     return out;
 }
 
-TEST(PcmMixResults, TermsAreDividedBeforeTheSum) {
+TEST(PcmMixesResults, TermsAreDividedBeforeTheSum) {
     using T16 = std::vector<std::int16_t>;
     using T8 = std::vector<std::uint8_t>;
     EXPECT_EQ(MixByChoice<std::int16_t>({2, 1}, {1000, -1001}), (T16{0}));

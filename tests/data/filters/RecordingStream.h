@@ -36,7 +36,7 @@ public:
 
     /// The most bytes that one `Read` delivers.
     std::uint64_t mostPerRead = std::numeric_limits<std::uint64_t>::max();
-    /// Makes `Tell` claim to stand further on, as in a file too large for a test.
+    /// Makes `Tell` claim to be further on, as in a file too large for a test.
     std::int64_t tellShift = 0;
     /// The call with this number, counted from 0, does `fault` instead.
     int faultyCall = -1;

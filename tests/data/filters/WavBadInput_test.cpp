@@ -69,30 +69,30 @@ protected:
         const TWavModelAnswer answer = model.Decode();
         const TWavModelChunk* const data = answer.reason.empty() ? model.Find("data") : nullptr;
         const std::uint64_t stored = data ? model.GetStored(*data) : 0;
-        accepted += answer.reason.empty();
-        stream->bytes = file;
+        accepted_ += answer.reason.empty();
+        stream_->bytes = file;
 
         const auto decoder = CreateAs<IWavDecoder>(classid::CWavDecoder);
-        EXPECT_EQ(Refusal([&] { decoder->Connect(stream.Get()); }), answer.reason);
+        EXPECT_EQ(Refusal([&] { decoder->Connect(stream_.Get()); }), answer.reason);
         if (answer.reason.empty()) {
             ExpectDecoded(*decoder, file, answer, stored);
         } else {
             EXPECT_EQ(decoder->GetInputStream(), nullptr);
-            EXPECT_EQ(stream->GetReferences(), 1);
+            EXPECT_EQ(stream_->GetReferences(), 1);
         }
         decoder->Disconnect();
 
         const std::string reason = Refusal([&] {
             const auto decoded = CRefPtr<IInputStream>::Adopt(
-                CInputStreamSelector(stream.Get()).DecodeStream(TDataFormat_AudioPcm::FormatId));
+                CInputStreamSelector(stream_.Get()).DecodeStream(TDataFormat_AudioPcm::FormatId));
             ExpectDecoded(*decoded, file, answer, stored);
         });
         EXPECT_EQ(reason, answer.reason.empty() ? "" : kCannotDecode);
 
         // With nothing wanted, what nobody can decode comes back as it is.
         const auto any =
-            CRefPtr<IInputStream>::Adopt(CInputStreamSelector(stream.Get()).DecodeStream(CId::Null()));
-        EXPECT_EQ(any.Get() == static_cast<IInputStream*>(stream.Get()), !answer.reason.empty());
+            CRefPtr<IInputStream>::Adopt(CInputStreamSelector(stream_.Get()).DecodeStream(CId::Null()));
+        EXPECT_EQ(any.Get() == static_cast<IInputStream*>(stream_.Get()), !answer.reason.empty());
 
         CheckChunks(model);
     }
@@ -100,7 +100,7 @@ protected:
     void CheckChunks(const CWavModel& model) {
         if (!model.HasHeader()) return;
         const auto decoder = CreateAs<IWavChunkDecoder>(classid::CWavChunkDecoder);
-        decoder->Connect(stream.Get());
+        decoder->Connect(stream_.Get());
         const auto list = CRefPtr<IObjectList>::Adopt(decoder->EnumerateChunks());
         ASSERT_EQ(list->GetObjectCount(), model.GetChunks().size());
         for (unsigned int i = 0; i < list->GetObjectCount(); ++i) {
@@ -110,15 +110,15 @@ protected:
     }
 
     void TearDown() override {
-        EXPECT_EQ(stream->GetReferences(), 1) << "nothing holds on to the stream";
-        stream.Reset();
+        EXPECT_EQ(stream_->GetReferences(), 1) << "nothing holds on to the stream";
+        stream_.Reset();
         EXPECT_EQ(CLiveObject::GetCount(), 0);
     }
 
-    CLibraryScope library;
-    CRefPtr<CRecordingStream> stream = CRecordingStream::Create();
+    CLibraryScope library_;
+    CRefPtr<CRecordingStream> stream_ = CRecordingStream::Create();
     /// Files that the model took for good.
-    int accepted = 0;
+    int accepted_ = 0;
 };
 
 /// Heads of all kinds, an odd chunk, and data of both parities.
@@ -140,9 +140,9 @@ std::vector<TSourceRow> Sources() {
         {"DataFirst", CWavBuilder().Chunk("data", Ramp(20, 200)).Format(format).Build(), 64}};
 }
 
-class WavDamaged : public WavBadInput, public testing::WithParamInterface<TSourceRow> {};
+class WavBadInputDamaged : public WavBadInput, public testing::WithParamInterface<TSourceRow> {};
 
-TEST_P(WavDamaged, TruncatedAtEveryByte) {
+TEST_P(WavBadInputDamaged, TruncatedAtEveryByte) {
     for (std::size_t size = 0; size <= GetParam().file.size(); ++size) {
         SCOPED_TRACE("cut to " + std::to_string(size));
         TBytes file = GetParam().file;
@@ -150,10 +150,10 @@ TEST_P(WavDamaged, TruncatedAtEveryByte) {
         Check(file);
         if (HasFailure()) return;
     }
-    EXPECT_GT(accepted, 0);
+    EXPECT_GT(accepted_, 0);
 }
 
-TEST_P(WavDamaged, WithEveryHeadByteFlipped) {
+TEST_P(WavBadInputDamaged, WithEveryHeadByteFlipped) {
     for (std::size_t at = 0; at < GetParam().heads; ++at) {
         // Each bit, all bits, letter case, and the values that sizes and offsets are afraid of.
         for (const int change : {1, 2, 4, 8, 16, 32, 64, 128, 255, 0x100, 0x17F, 0x1FF}) {
@@ -164,10 +164,10 @@ TEST_P(WavDamaged, WithEveryHeadByteFlipped) {
             if (HasFailure()) return;
         }
     }
-    EXPECT_GT(accepted, 0);
+    EXPECT_GT(accepted_, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Sources, WavDamaged, testing::ValuesIn(Sources()),
+INSTANTIATE_TEST_SUITE_P(Sources, WavBadInputDamaged, testing::ValuesIn(Sources()),
                          [](const auto& row) { return row.param.name; });
 
 TEST_F(WavBadInput, EveryFileOfNothingButAByte) {
@@ -175,7 +175,7 @@ TEST_F(WavBadInput, EveryFileOfNothingButAByte) {
         for (const std::size_t size : {1, 11, 12, 44, 200})
             Check(TBytes(size, static_cast<std::uint8_t>(byte)));
     }
-    EXPECT_EQ(accepted, 0);
+    EXPECT_EQ(accepted_, 0);
 }
 
 TEST_F(WavBadInput, EveryTagAndNumberOfBits) {
@@ -184,7 +184,7 @@ TEST_F(WavBadInput, EveryTagAndNumberOfBits) {
         Check(PlainWav({.tag = half}, Ramp(4)));
         Check(PlainWav({.bits = half}, Ramp(4)));
     }
-    EXPECT_EQ(accepted, 1 + 2) << "tag 1, 8 and 16 bits";
+    EXPECT_EQ(accepted_, 1 + 2) << "tag 1, 8 and 16 bits";
 }
 
 TEST_F(WavBadInput, WildSizes) {

@@ -36,23 +36,23 @@ protected:
     ~WavChunkDecoder() noexcept override = default;
 
     void Connect(const TBytes& bytes) {
-        stream->bytes = bytes;
-        decoder->Connect(stream.Get());
-        stream->TakeCalls();
+        stream_->bytes = bytes;
+        decoder_->Connect(stream_.Get());
+        stream_->TakeCalls();
     }
     void ConnectAndSelect(const wchar* id = kData) {
         Connect(SampleFile());
-        decoder->SelectChunk(id);
-        stream->TakeCalls();
+        decoder_->SelectChunk(id);
+        stream_->TakeCalls();
     }
     bool IsConnected() {
-        const auto input = CRefPtr<IInputStream>::Adopt(decoder->GetInputStream());
-        EXPECT_TRUE(!input || input.Get() == stream.Get());
+        const auto input = CRefPtr<IInputStream>::Adopt(decoder_->GetInputStream());
+        EXPECT_TRUE(!input || input.Get() == stream_.Get());
         return static_cast<bool>(input);
     }
     std::vector<std::string> Ids() {
         std::vector<std::string> ids;
-        const auto list = CRefPtr<IObjectList>::Adopt(decoder->EnumerateChunks());
+        const auto list = CRefPtr<IObjectList>::Adopt(decoder_->EnumerateChunks());
         for (unsigned int i = 0; i < list->GetObjectCount(); ++i) {
             const auto member = CRefPtr<IObject>::Adopt(list->GetObject(i)).Query<IStringObject>();
             ids.push_back(Narrow(member->GetString().GetBuffer()));
@@ -61,19 +61,19 @@ protected:
     }
     std::vector<std::uint8_t> ReadAll(std::uint64_t most = 1000) {
         std::vector<std::uint8_t> bytes(most);
-        bytes.resize(decoder->Read(bytes.data(), most));
+        bytes.resize(decoder_->Read(bytes.data(), most));
         return bytes;
     }
 
-    CLibraryScope library;
-    CRefPtr<CRecordingStream> stream = CRecordingStream::Create();
-    CRefPtr<IWavChunkDecoder> decoder = CreateAs<IWavChunkDecoder>(classid::CWavChunkDecoder);
+    CLibraryScope library_;
+    CRefPtr<CRecordingStream> stream_ = CRecordingStream::Create();
+    CRefPtr<IWavChunkDecoder> decoder_ = CreateAs<IWavChunkDecoder>(classid::CWavChunkDecoder);
 };
 
-// Identity ------------------------------------------------------------------------------------------------
+// Identity.
 
 TEST_F(WavChunkDecoder, KnowsItsClass) {
-    EXPECT_EQ(decoder->GetClassId(), CId(0x9196075E, 0x9CA345E2, 0x824A41F7, 0x414D7EE9));
+    EXPECT_EQ(decoder_->GetClassId(), CId(0x9196075E, 0x9CA345E2, 0x824A41F7, 0x414D7EE9));
     EXPECT_EQ(Narrow(v.GetClassStore().GetClassInfo(classid::CWavChunkDecoder)->name),
               "vorlund::CWavChunkDecoder");
 }
@@ -86,10 +86,10 @@ struct TQueryRow {
 class WavChunkDecoderQuery : public WavChunkDecoder, public testing::WithParamInterface<TQueryRow> {};
 
 TEST_P(WavChunkDecoderQuery, AnswersWithAReference) {
-    IObject* const answer = decoder->QueryInterface(GetParam().id);
-    EXPECT_EQ(answer, GetParam().isAnswered ? static_cast<IObject*>(decoder.Get()) : nullptr);
-    EXPECT_EQ(decoder->AddRef(), GetParam().isAnswered ? 3 : 2);
-    decoder->Release();
+    IObject* const answer = decoder_->QueryInterface(GetParam().id);
+    EXPECT_EQ(answer, GetParam().isAnswered ? static_cast<IObject*>(decoder_.Get()) : nullptr);
+    EXPECT_EQ(decoder_->AddRef(), GetParam().isAnswered ? 3 : 2);
+    decoder_->Release();
     if (answer) answer->Release();
 }
 
@@ -104,7 +104,7 @@ INSTANTIATE_TEST_SUITE_P(
                     TQueryRow{"Null", {}, false}),
     [](const auto& row) { return row.param.name; });
 
-// Failures ------------------------------------------------------------------------------------------------
+// Failures.
 
 struct TFailureRow {
     const char* name;
@@ -115,7 +115,7 @@ struct TFailureRow {
 class WavChunkDecoderFailure : public WavChunkDecoder, public testing::WithParamInterface<TFailureRow> {};
 
 TEST_P(WavChunkDecoderFailure, IsRaised) {
-    EXPECT_EQ(Outcome([&] { GetParam().act(*decoder, *stream); }), GetParam().outcome);
+    EXPECT_EQ(Outcome([&] { GetParam().act(*decoder_, *stream_); }), GetParam().outcome);
 }
 
 #define FILE_TEXT "src/vorlund/data/filters/WavChunkDecoder"
@@ -222,7 +222,7 @@ void ReplaceClasses(const CId& id) {
 TEST_F(WavChunkDecoder, SaysThatItCannotMakeItsList) {
     Connect(SampleFile());
     ReplaceClasses(classid::CObjectList);
-    EXPECT_EQ(Outcome([&] { decoder->EnumerateChunks(); }),
+    EXPECT_EQ(Outcome([&] { decoder_->EnumerateChunks(); }),
               "CBugException vorlund::CWavChunkDecoder::EnumerateChunks " FILE_TEXT
               ":292 Cannot create object list");
 }
@@ -232,75 +232,75 @@ TEST_F(WavChunkDecoder, SaysThatItCannotMakeTheTextsOfItsList) {
     const TClassInfo list = *v.GetClassStore().GetClassInfo(classid::CObjectList);
     ReplaceClasses(classid::CStringObject);
     v.GetClassStore().RegisterClassVrl(list);
-    EXPECT_EQ(Outcome([&] { decoder->EnumerateChunks(); }),
+    EXPECT_EQ(Outcome([&] { decoder_->EnumerateChunks(); }),
               "CBugException vorlund::CWavChunkDecoder::EnumerateChunks " FILE_TEXT
               ":297 Cannot create string object");
 }
 
-// Operations by state --------------------------------------------------------------------------------------
+// Operations by state.
 
 TEST_F(WavChunkDecoder, UnconnectedIsEmpty) {
-    decoder->Close();
-    decoder->Disconnect();
-    EXPECT_EQ(decoder->GetCapabilities(), 0u);
-    EXPECT_EQ(decoder->GetLength(), 0);
-    EXPECT_TRUE(decoder->Eof());
-    EXPECT_EQ(decoder->GetFormat().id, CId::Null());
-    EXPECT_EQ(decoder->GetFormat().size, 20u);
-    EXPECT_FALSE(decoder->SupportsMediaSamples(0));
-    EXPECT_EQ(decoder->GetInputStream(), nullptr);
+    decoder_->Close();
+    decoder_->Disconnect();
+    EXPECT_EQ(decoder_->GetCapabilities(), 0u);
+    EXPECT_EQ(decoder_->GetLength(), 0);
+    EXPECT_TRUE(decoder_->Eof());
+    EXPECT_EQ(decoder_->GetFormat().id, CId::Null());
+    EXPECT_EQ(decoder_->GetFormat().size, 20u);
+    EXPECT_FALSE(decoder_->SupportsMediaSamples(0));
+    EXPECT_EQ(decoder_->GetInputStream(), nullptr);
     EXPECT_EQ(Ids(), TCalls{});
-    EXPECT_EQ(decoder->GetChunkSize(), 0u);
-    EXPECT_EQ(decoder->GetChunkOffset(), kNone);
-    decoder->SelectChunk(nullptr);
-    EXPECT_EQ(decoder->GetLength(), 0);
-    EXPECT_EQ(decoder->GetChunkOffset(), kNone);
+    EXPECT_EQ(decoder_->GetChunkSize(), 0u);
+    EXPECT_EQ(decoder_->GetChunkOffset(), kNone);
+    decoder_->SelectChunk(nullptr);
+    EXPECT_EQ(decoder_->GetLength(), 0);
+    EXPECT_EQ(decoder_->GetChunkOffset(), kNone);
 }
 
 TEST_F(WavChunkDecoder, ConnectedWithoutSelectionIsEmptyToo) {
     Connect(SampleFile());
     EXPECT_TRUE(IsConnected());
-    EXPECT_EQ(decoder->GetLength(), 0);
-    EXPECT_EQ(decoder->Tell(), 0);
-    EXPECT_TRUE(decoder->Eof());
-    EXPECT_EQ(decoder->GetFormat().id, CId::Null());
-    EXPECT_EQ(decoder->GetFormat().size, 20u);
-    EXPECT_EQ(&decoder->GetFormat(), &GetEmptyFormat());
-    EXPECT_FALSE(decoder->SupportsMediaSamples(1));
-    EXPECT_EQ(decoder->GetChunkSize(), 0u);
-    EXPECT_EQ(decoder->GetChunkOffset(), kNone);
+    EXPECT_EQ(decoder_->GetLength(), 0);
+    EXPECT_EQ(decoder_->Tell(), 0);
+    EXPECT_TRUE(decoder_->Eof());
+    EXPECT_EQ(decoder_->GetFormat().id, CId::Null());
+    EXPECT_EQ(decoder_->GetFormat().size, 20u);
+    EXPECT_EQ(&decoder_->GetFormat(), &GetEmptyFormat());
+    EXPECT_FALSE(decoder_->SupportsMediaSamples(1));
+    EXPECT_EQ(decoder_->GetChunkSize(), 0u);
+    EXPECT_EQ(decoder_->GetChunkOffset(), kNone);
     EXPECT_EQ(ReadAll(), TBytes{});
-    decoder->Seek(5);
-    EXPECT_EQ(decoder->Tell(), 0);
-    EXPECT_EQ(stream->TakeCalls(), TCalls{}) << "the stream below was not needed";
-    decoder->Skip(5);
-    EXPECT_EQ(stream->TakeCalls(), TCalls{"Skip 0"});
+    decoder_->Seek(5);
+    EXPECT_EQ(decoder_->Tell(), 0);
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{}) << "the stream below was not needed";
+    decoder_->Skip(5);
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{"Skip 0"});
     EXPECT_EQ(Ids(), (TCalls{"fmt ", "LIST", "data"}));
 }
 
 TEST_F(WavChunkDecoder, SelectedIsTheChunk) {
     ConnectAndSelect();
-    EXPECT_EQ(decoder->GetLength(), 10);
-    EXPECT_EQ(decoder->GetChunkSize(), 10u);
-    EXPECT_EQ(decoder->GetChunkOffset(), 60);
-    EXPECT_EQ(decoder->Tell(), 0);
-    EXPECT_FALSE(decoder->Eof());
-    EXPECT_EQ(decoder->GetFormat().id, CId::Null());
-    EXPECT_FALSE(decoder->SupportsMediaSamples(0));
-    EXPECT_EQ(stream->TakeCalls(), TCalls{});
+    EXPECT_EQ(decoder_->GetLength(), 10);
+    EXPECT_EQ(decoder_->GetChunkSize(), 10u);
+    EXPECT_EQ(decoder_->GetChunkOffset(), 60);
+    EXPECT_EQ(decoder_->Tell(), 0);
+    EXPECT_FALSE(decoder_->Eof());
+    EXPECT_EQ(decoder_->GetFormat().id, CId::Null());
+    EXPECT_FALSE(decoder_->SupportsMediaSamples(0));
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{});
     EXPECT_EQ(ReadAll(4), Ramp(4, 100));
-    EXPECT_EQ(decoder->Tell(), 4);
+    EXPECT_EQ(decoder_->Tell(), 4);
     EXPECT_EQ(ReadAll(), Ramp(6, 104));
-    EXPECT_EQ(decoder->Tell(), 10);
-    EXPECT_TRUE(decoder->Eof());
-    EXPECT_EQ(stream->TakeCalls(), (TCalls{"Read 4", "Read 6"}));
+    EXPECT_EQ(decoder_->Tell(), 10);
+    EXPECT_TRUE(decoder_->Eof());
+    EXPECT_EQ(stream_->TakeCalls(), (TCalls{"Read 4", "Read 6"}));
 }
 
 TEST_F(WavChunkDecoder, HandsCloseAndFlushOn) {
     Connect(SampleFile());
-    decoder->Close();
-    decoder->Flush();
-    EXPECT_EQ(stream->TakeCalls(), (TCalls{"Close", "Flush"}));
+    decoder_->Close();
+    decoder_->Flush();
+    EXPECT_EQ(stream_->TakeCalls(), (TCalls{"Close", "Flush"}));
     EXPECT_TRUE(IsConnected());
 }
 
@@ -308,29 +308,29 @@ TEST_F(WavChunkDecoder, AddsTheThreeLowestBitsToTheCapabilities) {
     Connect(SampleFile());
     for (const auto& [below, answer] : std::vector<std::pair<std::uint32_t, std::uint32_t>>{
              {0, 7}, {3, 7}, {8, 15}, {0x80000000, 0x80000007}}) {
-        stream->capabilities = below;
-        EXPECT_EQ(decoder->GetCapabilities(), answer);
+        stream_->capabilities = below;
+        EXPECT_EQ(decoder_->GetCapabilities(), answer);
     }
 }
 
-// Connect ---------------------------------------------------------------------------------------------------
+// Connect.
 
 TEST_F(WavChunkDecoder, WalksTheFileOnce) {
-    stream->bytes = CWavBuilder().Chunk("ab\tc", Ramp(3)).Chunk("data", {}).Build();
-    stream->position = 17;
-    decoder->Connect(stream.Get());
-    EXPECT_EQ(stream->TakeCalls(),
+    stream_->bytes = CWavBuilder().Chunk("ab\tc", Ramp(3)).Chunk("data", {}).Build();
+    stream_->position = 17;
+    decoder_->Connect(stream_.Get());
+    EXPECT_EQ(stream_->TakeCalls(),
               (TCalls{"GetCapabilities", "Seek 0", "Read 12", "Seek 12", "Read 4", "Read 4", "Tell", "Skip 3",
                       "Read 4", "Read 4", "Tell", "Skip 0", "Read 4", "Seek 0"}));
     EXPECT_EQ(Ids(), (TCalls{"ab\tc", "data"}));
-    EXPECT_EQ(stream->GetReferences(), 2);
+    EXPECT_EQ(stream_->GetReferences(), 2);
 }
 
 TEST_F(WavChunkDecoder, TakesBlocksInPieces) {
-    stream->mostPerRead = 1;
+    stream_->mostPerRead = 1;
     Connect(SampleFile());
     EXPECT_EQ(Ids(), (TCalls{"fmt ", "LIST", "data"}));
-    decoder->SelectChunk(kData);
+    decoder_->SelectChunk(kData);
     EXPECT_EQ(ReadAll(), Ramp(1, 100)) << "a caller's read is one read below";
 }
 
@@ -338,7 +338,7 @@ TEST_F(WavChunkDecoder, TwelveBytesAreAFileWithoutChunks) {
     Connect(CWavBuilder().Build());
     EXPECT_TRUE(IsConnected());
     EXPECT_EQ(Ids(), TCalls{});
-    EXPECT_EQ(Outcome([&] { decoder->SelectChunk(kFmt); }),
+    EXPECT_EQ(Outcome([&] { decoder_->SelectChunk(kFmt); }),
               "CObjectNotFoundException vorlund::CWavChunkDecoder::SelectChunk " FILE_TEXT
               ":331 Cannot find chunk");
 }
@@ -355,15 +355,15 @@ TBytes Cut(TBytes bytes, std::size_t size) {
 class WavChunkDecoderHeader : public WavChunkDecoder, public testing::WithParamInterface<THeaderRow> {};
 
 TEST_P(WavChunkDecoderHeader, IsJudged) {
-    stream->bytes = GetParam().bytes;
-    const std::string outcome = Outcome([&] { decoder->Connect(stream.Get()); });
+    stream_->bytes = GetParam().bytes;
+    const std::string outcome = Outcome([&] { decoder_->Connect(stream_.Get()); });
     EXPECT_EQ(outcome, GetParam().isValid
                            ? "nothing"
                            : "CDataFormatException vorlund::CWavChunkDecoder::Connect " FILE_TEXT
                              ":256 Invalid header");
     EXPECT_EQ(IsConnected(), GetParam().isValid);
-    EXPECT_EQ(stream->GetReferences(), GetParam().isValid ? 2 : 1);
-    EXPECT_EQ(decoder->GetCapabilities(), GetParam().isValid ? 7u : 0u);
+    EXPECT_EQ(stream_->GetReferences(), GetParam().isValid ? 2 : 1);
+    EXPECT_EQ(decoder_->GetCapabilities(), GetParam().isValid ? 7u : 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -382,55 +382,54 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(WavChunkDecoder, ConnectReplacesTheConnection) {
     ConnectAndSelect();
-    decoder->Seek(4);
+    decoder_->Seek(4);
     const auto other = CRecordingStream::Create(CWavBuilder().Chunk("cue ", Ramp(4)).Build());
-    decoder->Connect(other.Get());
-    EXPECT_EQ(stream->GetReferences(), 1);
+    decoder_->Connect(other.Get());
+    EXPECT_EQ(stream_->GetReferences(), 1);
     EXPECT_EQ(other->GetReferences(), 2);
-    EXPECT_EQ(decoder->Tell(), 0);
-    EXPECT_EQ(decoder->GetChunkOffset(), kNone);
+    EXPECT_EQ(decoder_->Tell(), 0);
+    EXPECT_EQ(decoder_->GetChunkOffset(), kNone);
     EXPECT_EQ(Ids(), TCalls{"cue "});
-    decoder->Disconnect();
+    decoder_->Disconnect();
 }
 
 TEST_F(WavChunkDecoder, ConnectsToTheSameStreamAgain) {
     ConnectAndSelect();
-    decoder->Connect(stream.Get());
-    EXPECT_EQ(stream->GetReferences(), 2);
-    EXPECT_EQ(decoder->GetChunkOffset(), kNone);
+    decoder_->Connect(stream_.Get());
+    EXPECT_EQ(stream_->GetReferences(), 2);
+    EXPECT_EQ(decoder_->GetChunkOffset(), kNone);
     EXPECT_EQ(Ids(), (TCalls{"fmt ", "LIST", "data"}));
 }
 
 TEST_F(WavChunkDecoder, ConnectsToTheStreamThatOnlyItHolds) {
     Connect(SampleFile());
-    CRecordingStream* const only = stream.Detach();
+    CRecordingStream* const only = stream_.Detach();
     only->Release();
-    decoder->Connect(only);
+    decoder_->Connect(only);
     EXPECT_EQ(Ids(), (TCalls{"fmt ", "LIST", "data"}));
 }
 
 TEST_F(WavChunkDecoder, ConnectingToNothingDisconnects) {
     ConnectAndSelect();
-    decoder->Connect(nullptr);
+    decoder_->Connect(nullptr);
     EXPECT_FALSE(IsConnected());
-    EXPECT_EQ(stream->GetReferences(), 1);
+    EXPECT_EQ(stream_->GetReferences(), 1);
     EXPECT_EQ(Ids(), TCalls{});
-    EXPECT_EQ(decoder->GetLength(), 0);
-    EXPECT_TRUE(decoder->Eof());
+    EXPECT_EQ(decoder_->GetLength(), 0);
+    EXPECT_TRUE(decoder_->Eof());
 }
 
 TEST_F(WavChunkDecoder, AStreamThatCannotSeekEndsTheFormerConnection) {
     ConnectAndSelect();
     const auto other = CRecordingStream::Create(SampleFile());
     other->capabilities = STREAM_CAPABILITY_READ;
-    Outcome([&] { decoder->Connect(other.Get()); });
+    Outcome([&] { decoder_->Connect(other.Get()); });
     EXPECT_EQ(other->GetReferences(), 1);
-    EXPECT_EQ(stream->GetReferences(), 1);
+    EXPECT_EQ(stream_->GetReferences(), 1);
     EXPECT_FALSE(IsConnected());
 }
 
-// Faults from below
-// -------------------------------------------------------------------------------------------
+// Faults from below.
 
 struct TFaultRow {
     const char* name;
@@ -443,20 +442,20 @@ struct TFaultRow {
 class WavChunkDecoderFault : public WavChunkDecoder, public testing::WithParamInterface<TFaultRow> {};
 
 TEST_P(WavChunkDecoderFault, IsPassedOn) {
-    stream->bytes = SampleFile();
-    stream->faultyCall = GetParam().call;
-    stream->fault = GetParam().fault;
-    EXPECT_EQ(Outcome([&] { decoder->Connect(stream.Get()); }), GetParam().outcome);
+    stream_->bytes = SampleFile();
+    stream_->faultyCall = GetParam().call;
+    stream_->fault = GetParam().fault;
+    EXPECT_EQ(Outcome([&] { decoder_->Connect(stream_.Get()); }), GetParam().outcome);
     EXPECT_EQ(IsConnected(), GetParam().isConnected);
-    EXPECT_EQ(stream->GetReferences(), GetParam().isConnected ? 2 : 1);
+    EXPECT_EQ(stream_->GetReferences(), GetParam().isConnected ? 2 : 1);
     EXPECT_EQ(Ids().size(), GetParam().chunks);
     // What was found works.
     if (GetParam().chunks > 0) {
-        decoder->SelectChunk(kFmt);
+        decoder_->SelectChunk(kFmt);
         EXPECT_EQ(ReadAll(), TWavFormat{}.Record());
     }
-    decoder->Disconnect();
-    EXPECT_EQ(stream->GetReferences(), 1);
+    decoder_->Disconnect();
+    EXPECT_EQ(stream_->GetReferences(), 1);
 }
 
 #define STREAM_TEXT " test::CRecordingStream tests/filters/RecordingStream:7 on request"
@@ -491,31 +490,30 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(WavChunkDecoder, AFailedSeekLeavesTheChunkSelected) {
     ConnectAndSelect();
-    decoder->Seek(4);
-    stream->fault = &RaiseFromStream<CIOException>;
-    stream->faultyCall = stream->callCount;
-    EXPECT_EQ(Outcome([&] { decoder->SelectChunk(kFmt); }), kIo);
-    EXPECT_EQ(decoder->GetChunkOffset(), 20);
-    EXPECT_EQ(decoder->Tell(), 0);
-    stream->faultyCall = stream->callCount;
-    EXPECT_EQ(Outcome([&] { decoder->Seek(3); }), kIo);
-    EXPECT_EQ(decoder->Tell(), 0);
-    stream->faultyCall = stream->callCount;
+    decoder_->Seek(4);
+    stream_->fault = &RaiseFromStream<CIOException>;
+    stream_->faultyCall = stream_->callCount;
+    EXPECT_EQ(Outcome([&] { decoder_->SelectChunk(kFmt); }), kIo);
+    EXPECT_EQ(decoder_->GetChunkOffset(), 20);
+    EXPECT_EQ(decoder_->Tell(), 0);
+    stream_->faultyCall = stream_->callCount;
+    EXPECT_EQ(Outcome([&] { decoder_->Seek(3); }), kIo);
+    EXPECT_EQ(decoder_->Tell(), 0);
+    stream_->faultyCall = stream_->callCount;
     EXPECT_EQ(Outcome([&] { ReadAll(); }), kIo);
-    EXPECT_EQ(decoder->Tell(), 0);
+    EXPECT_EQ(decoder_->Tell(), 0);
 }
 
-// Chunks
-// ------------------------------------------------------------------------------------------------------
+// Chunks.
 
 TEST_F(WavChunkDecoder, FindsAChunkInEitherCase) {
     Connect(SampleFile());
     for (const wchar* const id : {VRL_L("FMT "), VRL_L("Fmt "), VRL_L("fmt ")}) {
-        decoder->SelectChunk(id);
-        EXPECT_EQ(decoder->GetChunkOffset(), 20) << Narrow(id);
+        decoder_->SelectChunk(id);
+        EXPECT_EQ(decoder_->GetChunkOffset(), 20) << Narrow(id);
     }
-    decoder->SelectChunk(VRL_L("list"));
-    EXPECT_EQ(decoder->GetChunkOffset(), 44);
+    decoder_->SelectChunk(VRL_L("list"));
+    EXPECT_EQ(decoder_->GetChunkOffset(), 44);
     EXPECT_EQ(Ids(), (TCalls{"fmt ", "LIST", "data"})) << "ids keep their case";
 }
 
@@ -529,9 +527,9 @@ class WavChunkDecoderId : public WavChunkDecoder, public testing::WithParamInter
 
 TEST_P(WavChunkDecoderId, IsCompared) {
     Connect(CWavBuilder().Chunk(GetParam().stored, Ramp(4)).Build());
-    EXPECT_EQ(Outcome([&] { decoder->SelectChunk(GetParam().wanted.c_str()); }) == "nothing",
+    EXPECT_EQ(Outcome([&] { decoder_->SelectChunk(GetParam().wanted.c_str()); }) == "nothing",
               GetParam().isFound);
-    EXPECT_EQ(decoder->GetChunkSize(), GetParam().isFound ? 4u : 0u);
+    EXPECT_EQ(decoder_->GetChunkSize(), GetParam().isFound ? 4u : 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, WavChunkDecoderId,
@@ -559,33 +557,33 @@ TEST_F(WavChunkDecoder, TakesTheFirstOfSeveral) {
         CWavBuilder().Chunk("data", Ramp(3, 1)).Chunk("DATA", Ramp(5, 50)).Chunk("data", Ramp(7)).Build());
     EXPECT_EQ(Ids(), (TCalls{"data", "DATA", "data"}));
     for (const wchar* const id : {VRL_L("data"), VRL_L("DATA")}) {
-        decoder->SelectChunk(id);
+        decoder_->SelectChunk(id);
         EXPECT_EQ(ReadAll(), Ramp(3, 1));
     }
 }
 
 TEST_F(WavChunkDecoder, SelectingSeeksToTheData) {
     Connect(SampleFile());
-    decoder->SelectChunk(kData);
-    EXPECT_EQ(stream->TakeCalls(), TCalls{"Seek 60"});
+    decoder_->SelectChunk(kData);
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{"Seek 60"});
     ReadAll(3);
-    decoder->SelectChunk(kData);
-    EXPECT_EQ(decoder->Tell(), 0);
+    decoder_->SelectChunk(kData);
+    EXPECT_EQ(decoder_->Tell(), 0);
     EXPECT_EQ(ReadAll(3), Ramp(3, 100));
 }
 
 TEST_F(WavChunkDecoder, SelectingNothingOrTheUnknownSelectsNone) {
     for (const wchar* const id : {static_cast<const wchar*>(nullptr), VRL_L("cue ")}) {
         ConnectAndSelect();
-        decoder->Seek(4);
-        stream->TakeCalls();
-        Outcome([&] { decoder->SelectChunk(id); });
-        EXPECT_EQ(stream->TakeCalls(), TCalls{});
+        decoder_->Seek(4);
+        stream_->TakeCalls();
+        Outcome([&] { decoder_->SelectChunk(id); });
+        EXPECT_EQ(stream_->TakeCalls(), TCalls{});
         EXPECT_TRUE(IsConnected());
-        EXPECT_EQ(decoder->Tell(), 0);
-        EXPECT_EQ(decoder->GetChunkSize(), 0u);
-        EXPECT_EQ(decoder->GetChunkOffset(), kNone);
-        EXPECT_TRUE(decoder->Eof());
+        EXPECT_EQ(decoder_->Tell(), 0);
+        EXPECT_EQ(decoder_->GetChunkSize(), 0u);
+        EXPECT_EQ(decoder_->GetChunkOffset(), kNone);
+        EXPECT_TRUE(decoder_->Eof());
     }
 }
 
@@ -593,9 +591,9 @@ TEST_F(WavChunkDecoder, SkipsNoPadByte) {
     // The head behind "odd " is read one byte early: the pad byte becomes part of its id.
     Connect(CWavBuilder().Chunk("odd ", Ramp(3)).Raw({0}).Chunk("data", Ramp(4)).Build());
     EXPECT_EQ(Ids(), (TCalls{"odd ", ""}));
-    decoder->SelectChunk(VRL_L(""));
-    EXPECT_EQ(decoder->GetChunkOffset(), 31);
-    EXPECT_EQ(decoder->GetChunkSize(), 0x461u) << "'a' and three bytes of the size";
+    decoder_->SelectChunk(VRL_L(""));
+    EXPECT_EQ(decoder_->GetChunkOffset(), 31);
+    EXPECT_EQ(decoder_->GetChunkSize(), 0x461u) << "'a' and three bytes of the size";
     EXPECT_EQ(ReadAll(), (TBytes{0, 0, 1, 2, 3}));
 
     Connect(CWavBuilder().Chunk("odd ", Ramp(3)).Chunk("data", Ramp(4)).Build());
@@ -610,7 +608,7 @@ TEST_F(WavChunkDecoder, EntersNoList) {
     Append16(inner, 0xFFFF);
     Connect(CWavBuilder().Chunk("LIST", inner).Chunk("data", Ramp(4, 9)).Build());
     EXPECT_EQ(Ids(), (TCalls{"LIST", "data"}));
-    decoder->SelectChunk(kData);
+    decoder_->SelectChunk(kData);
     EXPECT_EQ(ReadAll(), Ramp(4, 9));
 }
 
@@ -624,15 +622,15 @@ TEST_F(WavChunkDecoder, StopsAtHalfAHead) {
 TEST_F(WavChunkDecoder, RecordsASizeAsItIsDeclared) {
     Connect(CWavBuilder().Declare("data", 0xFFFFFFFF, Ramp(6)).Build());
     EXPECT_EQ(Ids(), TCalls{"data"});
-    decoder->SelectChunk(kData);
-    EXPECT_EQ(decoder->GetLength(), 0xFFFFFFFF);
+    decoder_->SelectChunk(kData);
+    EXPECT_EQ(decoder_->GetLength(), 0xFFFFFFFF);
     EXPECT_EQ(ReadAll(), Ramp(6));
-    EXPECT_EQ(decoder->Tell(), 6);
-    EXPECT_FALSE(decoder->Eof()) << "the declared end is not reached";
+    EXPECT_EQ(decoder_->Tell(), 6);
+    EXPECT_FALSE(decoder_->Eof()) << "the declared end is not reached";
     EXPECT_EQ(ReadAll(), TBytes{});
-    decoder->Seek(0x100000000);
-    EXPECT_EQ(decoder->Tell(), 0xFFFFFFFF);
-    EXPECT_TRUE(decoder->Eof());
+    decoder_->Seek(0x100000000);
+    EXPECT_EQ(decoder_->Tell(), 0xFFFFFFFF);
+    EXPECT_TRUE(decoder_->Eof());
 }
 
 struct TOffsetRow {
@@ -643,13 +641,13 @@ struct TOffsetRow {
 class WavChunkDecoderOffset : public WavChunkDecoder, public testing::WithParamInterface<TOffsetRow> {};
 
 TEST_P(WavChunkDecoderOffset, IsTheLow32BitsWithTheirSign) {
-    stream->tellShift = GetParam().told - 20;
+    stream_->tellShift = GetParam().told - 20;
     Connect(CWavBuilder().Chunk("data", Ramp(4)).Build());
-    decoder->SelectChunk(kData);
-    EXPECT_EQ(decoder->GetChunkOffset(), GetParam().offset);
-    EXPECT_EQ(stream->TakeCalls(), TCalls{"Seek " + std::to_string(GetParam().offset)});
-    decoder->Seek(3);
-    EXPECT_EQ(stream->TakeCalls(), TCalls{"Seek " + std::to_string(GetParam().offset + 3)});
+    decoder_->SelectChunk(kData);
+    EXPECT_EQ(decoder_->GetChunkOffset(), GetParam().offset);
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{"Seek " + std::to_string(GetParam().offset)});
+    decoder_->Seek(3);
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{"Seek " + std::to_string(GetParam().offset + 3)});
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -663,47 +661,46 @@ TEST_F(WavChunkDecoder, StepsIn64Bits) {
     // 4 GiB - 1 and a bit: the sum of sizes passes every 32-bit border, and each step goes forward.
     CWavBuilder file;
     for (int i = 0; i < 3; ++i) file.Declare("big ", 0xFFFFFFF8);
-    stream->bytes = file.Build();
-    decoder->Connect(stream.Get());
+    stream_->bytes = file.Build();
+    decoder_->Connect(stream_.Get());
     EXPECT_EQ(Ids(), TCalls{"big "}) << "what is declared next lies beyond the end of the file";
-    EXPECT_EQ(stream->TakeCalls(), (TCalls{"GetCapabilities", "Seek 0", "Read 12", "Seek 12", "Read 4",
-                                           "Read 4", "Tell", "Skip 4294967288", "Read 4", "Seek 0"}));
+    EXPECT_EQ(stream_->TakeCalls(), (TCalls{"GetCapabilities", "Seek 0", "Read 12", "Seek 12", "Read 4",
+                                            "Read 4", "Tell", "Skip 4294967288", "Read 4", "Seek 0"}));
 }
 
-// Reading, seeking, skipping
-// ---------------------------------------------------------------------------------
+// Reading, seeking, skipping.
 
 TEST_F(WavChunkDecoder, ReadsNoFurtherThanTheChunk) {
     ConnectAndSelect();
     EXPECT_EQ(ReadAll(100), Ramp(10, 100));
-    EXPECT_EQ(stream->TakeCalls(), TCalls{"Read 10"});
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{"Read 10"});
     EXPECT_EQ(ReadAll(100), TBytes{});
-    EXPECT_EQ(stream->TakeCalls(), TCalls{}) << "the end is known here";
-    decoder->Seek(50);
-    EXPECT_EQ(decoder->Tell(), 10);
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{}) << "the end is known here";
+    decoder_->Seek(50);
+    EXPECT_EQ(decoder_->Tell(), 10);
 }
 
 TEST_F(WavChunkDecoder, ReadOfNothingAsksNobody) {
     ConnectAndSelect();
     char byte;
-    EXPECT_EQ(decoder->Read(&byte, 0), 0u);
-    EXPECT_EQ(stream->TakeCalls(), TCalls{});
+    EXPECT_EQ(decoder_->Read(&byte, 0), 0u);
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{});
 }
 
 TEST_F(WavChunkDecoder, ReadOfTheLargestCountIsCut) {
     ConnectAndSelect();
     TBytes bytes(10);
-    EXPECT_EQ(decoder->Read(bytes.data(), ~std::uint64_t{0}), 10u);
+    EXPECT_EQ(decoder_->Read(bytes.data(), ~std::uint64_t{0}), 10u);
     EXPECT_EQ(bytes, Ramp(10, 100));
 }
 
 TEST_F(WavChunkDecoder, CountsWhatWasRead) {
     ConnectAndSelect();
-    stream->mostPerRead = 3;
+    stream_->mostPerRead = 3;
     EXPECT_EQ(ReadAll(), Ramp(3, 100));
-    EXPECT_EQ(decoder->Tell(), 3);
+    EXPECT_EQ(decoder_->Tell(), 3);
     EXPECT_EQ(ReadAll(), Ramp(3, 103));
-    EXPECT_EQ(stream->TakeCalls(), (TCalls{"Read 10", "Read 7"}));
+    EXPECT_EQ(stream_->TakeCalls(), (TCalls{"Read 10", "Read 7"}));
 }
 
 struct TSeekRow {
@@ -715,10 +712,10 @@ class WavChunkDecoderSeek : public WavChunkDecoder, public testing::WithParamInt
 
 TEST_P(WavChunkDecoderSeek, StaysInTheChunk) {
     ConnectAndSelect();
-    decoder->Seek(GetParam().target);
-    EXPECT_EQ(decoder->Tell(), GetParam().position);
-    EXPECT_EQ(stream->TakeCalls(), TCalls{"Seek " + std::to_string(60 + GetParam().position)});
-    EXPECT_EQ(decoder->Eof(), GetParam().position == 10);
+    decoder_->Seek(GetParam().target);
+    EXPECT_EQ(decoder_->Tell(), GetParam().position);
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{"Seek " + std::to_string(60 + GetParam().position)});
+    EXPECT_EQ(decoder_->Eof(), GetParam().position == 10);
     EXPECT_EQ(ReadAll(), Ramp(static_cast<std::size_t>(10 - GetParam().position),
                               static_cast<unsigned int>(100 + GetParam().position)));
 }
@@ -734,51 +731,50 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(WavChunkDecoder, SkipMovesOnlyTheStreamBelow) {
     ConnectAndSelect();
-    decoder->Seek(2);
-    stream->TakeCalls();
-    decoder->Skip(4);
-    EXPECT_EQ(stream->TakeCalls(), TCalls{"Skip 4"});
-    EXPECT_EQ(stream->position, 66);
-    EXPECT_EQ(decoder->Tell(), 2);
+    decoder_->Seek(2);
+    stream_->TakeCalls();
+    decoder_->Skip(4);
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{"Skip 4"});
+    EXPECT_EQ(stream_->position, 66);
+    EXPECT_EQ(decoder_->Tell(), 2);
     EXPECT_EQ(ReadAll(3), Ramp(3, 106)) << "from where the stream below stands";
-    EXPECT_EQ(decoder->Tell(), 5);
+    EXPECT_EQ(decoder_->Tell(), 5);
 }
 
 TEST_F(WavChunkDecoder, SkipIsCutLikeARead) {
     ConnectAndSelect();
-    decoder->Seek(7);
-    stream->TakeCalls();
-    decoder->Skip(~std::uint64_t{0});
-    EXPECT_EQ(stream->TakeCalls(), TCalls{"Skip 3"});
-    decoder->Seek(10);
-    stream->TakeCalls();
-    decoder->Skip(5);
-    EXPECT_EQ(stream->TakeCalls(), TCalls{"Skip 0"});
+    decoder_->Seek(7);
+    stream_->TakeCalls();
+    decoder_->Skip(~std::uint64_t{0});
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{"Skip 3"});
+    decoder_->Seek(10);
+    stream_->TakeCalls();
+    decoder_->Skip(5);
+    EXPECT_EQ(stream_->TakeCalls(), TCalls{"Skip 0"});
 }
 
 TEST_F(WavChunkDecoder, AnEmptyChunkIsAtItsEnd) {
     Connect(CWavBuilder().Chunk("data", {}).Chunk("cue ", Ramp(4)).Build());
-    decoder->SelectChunk(kData);
-    EXPECT_TRUE(decoder->Eof());
-    EXPECT_EQ(decoder->GetChunkOffset(), 20);
+    decoder_->SelectChunk(kData);
+    EXPECT_TRUE(decoder_->Eof());
+    EXPECT_EQ(decoder_->GetChunkOffset(), 20);
     EXPECT_EQ(ReadAll(), TBytes{});
 }
 
-// End of life
-// --------------------------------------------------------------------------------------------------
+// End of life.
 
 TEST_F(WavChunkDecoder, DisconnectForgetsEverything) {
     ConnectAndSelect();
-    decoder->Seek(4);
-    decoder->Disconnect();
-    EXPECT_EQ(stream->GetReferences(), 1);
+    decoder_->Seek(4);
+    decoder_->Disconnect();
+    EXPECT_EQ(stream_->GetReferences(), 1);
     EXPECT_FALSE(IsConnected());
     EXPECT_EQ(Ids(), TCalls{});
-    EXPECT_EQ(decoder->GetChunkSize(), 0u);
-    EXPECT_EQ(decoder->GetChunkOffset(), kNone);
-    EXPECT_TRUE(decoder->Eof());
+    EXPECT_EQ(decoder_->GetChunkSize(), 0u);
+    EXPECT_EQ(decoder_->GetChunkOffset(), kNone);
+    EXPECT_TRUE(decoder_->Eof());
     Connect(SampleFile());
-    EXPECT_EQ(decoder->Tell(), 0);
+    EXPECT_EQ(decoder_->Tell(), 0);
 }
 
 TEST_F(WavChunkDecoder, TellsItsListenersWhileItIsWhole) {
@@ -787,12 +783,12 @@ TEST_F(WavChunkDecoder, TellsItsListenersWhileItIsWhole) {
         const auto dying = CRefPtr<IWavChunkDecoder>::Adopt(
             static_cast<IWavChunkDecoder*>(object->QueryInterface(IWavChunkDecoder::InterfaceId)));
         EXPECT_EQ(dying->GetLength(), 10);
-        EXPECT_EQ(CRefPtr<IInputStream>::Adopt(dying->GetInputStream()).Get(), stream.Get());
+        EXPECT_EQ(CRefPtr<IInputStream>::Adopt(dying->GetInputStream()).Get(), stream_.Get());
     });
-    decoder->AddListener(&listener);
-    decoder.Reset();
+    decoder_->AddListener(&listener);
+    decoder_.Reset();
     EXPECT_EQ(listener.GetCalls(), 1);
-    EXPECT_EQ(stream->GetReferences(), 1) << "then it lets go of the stream";
+    EXPECT_EQ(stream_->GetReferences(), 1) << "then it lets go of the stream";
 }
 
 TEST_F(WavChunkDecoder, TakesOneNumber) {
@@ -805,10 +801,10 @@ TEST_F(WavChunkDecoder, TakesOneNumber) {
 TEST_F(WavChunkDecoder, ReleasesTheStreamEvenAfterTheLibraryWasClosed) {
     ConnectAndSelect();
     v.Close();
-    EXPECT_EQ(Outcome([&] { decoder.Reset(); }),
+    EXPECT_EQ(Outcome([&] { decoder_.Reset(); }),
               "CBugException vorlund::CObjectCounter::OnDestroyObject src/vorlund/api/ObjectCounter:117 Not "
               "initialized");
-    EXPECT_EQ(stream->GetReferences(), 1);
+    EXPECT_EQ(stream_->GetReferences(), 1);
     v.Init();
 }
 

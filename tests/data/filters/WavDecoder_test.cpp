@@ -41,29 +41,29 @@ protected:
     ~WavDecoder() noexcept override = default;
 
     std::string ConnectOutcome(const TBytes& bytes) {
-        stream->bytes = bytes;
-        return Outcome([&] { decoder->Connect(stream.Get()); });
+        stream_->bytes = bytes;
+        return Outcome([&] { decoder_->Connect(stream_.Get()); });
     }
     bool IsConnected() {
-        const auto input = CRefPtr<IInputStream>::Adopt(decoder->GetInputStream());
-        EXPECT_TRUE(!input || input.Get() == stream.Get());
+        const auto input = CRefPtr<IInputStream>::Adopt(decoder_->GetInputStream());
+        EXPECT_TRUE(!input || input.Get() == stream_.Get());
         return static_cast<bool>(input);
     }
     TBytes ReadAll(std::uint64_t most = 1000) {
         TBytes bytes(most);
-        bytes.resize(decoder->Read(bytes.data(), most));
+        bytes.resize(decoder_->Read(bytes.data(), most));
         return bytes;
     }
 
-    CLibraryScope library;
-    CRefPtr<CRecordingStream> stream = CRecordingStream::Create();
-    CRefPtr<IWavDecoder> decoder = CreateAs<IWavDecoder>(classid::CWavDecoder);
+    CLibraryScope library_;
+    CRefPtr<CRecordingStream> stream_ = CRecordingStream::Create();
+    CRefPtr<IWavDecoder> decoder_ = CreateAs<IWavDecoder>(classid::CWavDecoder);
 };
 
-// Identity ------------------------------------------------------------------------------------------------
+// Identity.
 
 TEST_F(WavDecoder, KnowsItsClass) {
-    EXPECT_EQ(decoder->GetClassId(), CId(0x521C3225, 0x5C8F4D10, 0xBE3A0AB0, 0x62E4711B));
+    EXPECT_EQ(decoder_->GetClassId(), CId(0x521C3225, 0x5C8F4D10, 0xBE3A0AB0, 0x62E4711B));
     EXPECT_EQ(Narrow(v.GetClassStore().GetClassInfo(classid::CWavDecoder)->name), "vorlund::CWavDecoder");
 }
 
@@ -81,9 +81,9 @@ struct TQueryRow {
 class WavDecoderQuery : public WavDecoder, public testing::WithParamInterface<TQueryRow> {};
 
 TEST_P(WavDecoderQuery, AnswersWithAReference) {
-    IObject* const answer = decoder->QueryInterface(GetParam().id);
-    EXPECT_EQ(answer, GetParam().isAnswered ? static_cast<IObject*>(decoder.Get()) : nullptr);
-    EXPECT_EQ(ReferencesOf(decoder.Get()), GetParam().isAnswered ? 2 : 1);
+    IObject* const answer = decoder_->QueryInterface(GetParam().id);
+    EXPECT_EQ(answer, GetParam().isAnswered ? static_cast<IObject*>(decoder_.Get()) : nullptr);
+    EXPECT_EQ(ReferencesOf(decoder_.Get()), GetParam().isAnswered ? 2 : 1);
     if (answer) answer->Release();
 }
 
@@ -99,15 +99,14 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 TEST_F(WavDecoder, HasAFormatBeforeAnyConnection) {
-    const TDataFormat_AudioPcm& format = PcmFormat(*decoder);
+    const TDataFormat_AudioPcm& format = PcmFormat(*decoder_);
     EXPECT_EQ(format.id, TDataFormat_AudioPcm::FormatId);
     EXPECT_EQ(format.size, 32u);
-    EXPECT_EQ(FormatText(*decoder), kDefaultFormat);
-    EXPECT_EQ(&decoder->GetFormat(), &format);
+    EXPECT_EQ(FormatText(*decoder_), kDefaultFormat);
+    EXPECT_EQ(&decoder_->GetFormat(), &format);
 }
 
-// The chunk decoder inside
-// --------------------------------------------------------------------------------------
+// The chunk decoder inside.
 
 struct TOperationRow {
     const char* name;
@@ -119,10 +118,10 @@ class WavDecoderOperation : public WavDecoder, public testing::WithParamInterfac
 
 TEST_P(WavDecoderOperation, CreatesTheChunkDecoderOnce) {
     const auto first = CreateAs<IObject>(classid::CObject);
-    EXPECT_EQ(Outcome([&] { GetParam().act(*decoder); }), GetParam().outcome);
+    EXPECT_EQ(Outcome([&] { GetParam().act(*decoder_); }), GetParam().outcome);
     EXPECT_EQ(CreateAs<IObject>(classid::CObject)->GetObjectNumber(), first->GetObjectNumber() + 2);
-    Outcome([&] { GetParam().act(*decoder); });
-    decoder->Eof();
+    Outcome([&] { GetParam().act(*decoder_); });
+    decoder_->Eof();
     EXPECT_EQ(CreateAs<IObject>(classid::CObject)->GetObjectNumber(), first->GetObjectNumber() + 3);
 }
 
@@ -170,15 +169,15 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(WavDecoder, ReadSampleIsRefusedByTheChunkDecoder) {
     const auto sample = CreateAs<IMediaSample>(classid::CMediaSample);
-    EXPECT_EQ(Outcome([&] { decoder->Read(sample.Get()); }),
+    EXPECT_EQ(Outcome([&] { decoder_->Read(sample.Get()); }),
               "CInvalidParameterException vorlund::CWavChunkDecoder::Read " CHUNK_FILE_TEXT
               ":226 Media samples are not supported");
 }
 
 TEST_F(WavDecoder, NeedsNoChunkDecoderForItsFormatAndItsEnd) {
     const auto first = CreateAs<IObject>(classid::CObject);
-    decoder->GetFormat();
-    decoder.Reset();
+    decoder_->GetFormat();
+    decoder_.Reset();
     EXPECT_EQ(CreateAs<IObject>(classid::CObject)->GetObjectNumber(), first->GetObjectNumber() + 1);
 }
 
@@ -264,46 +263,46 @@ protected:
 };
 
 TEST_F(WavDecoderOverFake, ForwardsEveryCallUnchanged) {
-    decoder->Close();
-    EXPECT_EQ(decoder->GetCapabilities(), 77u);
-    EXPECT_EQ(decoder->GetLength(), -78);
-    decoder->Flush();
-    decoder->Seek(-5);
-    EXPECT_EQ(decoder->Tell(), -79);
-    EXPECT_FALSE(decoder->Eof());
-    decoder->Read(static_cast<IMediaSample*>(nullptr));
-    EXPECT_EQ(decoder->Read(buffer, 0x123456789A), 0xFFFFFFFFFFFFFFF0);
-    EXPECT_TRUE(decoder->SupportsMediaSamples(9));
-    decoder->Skip(0x123456789A);
-    decoder->Disconnect();
-    EXPECT_EQ(decoder->GetInputStream(), nullptr);
+    decoder_->Close();
+    EXPECT_EQ(decoder_->GetCapabilities(), 77u);
+    EXPECT_EQ(decoder_->GetLength(), -78);
+    decoder_->Flush();
+    decoder_->Seek(-5);
+    EXPECT_EQ(decoder_->Tell(), -79);
+    EXPECT_FALSE(decoder_->Eof());
+    decoder_->Read(static_cast<IMediaSample*>(nullptr));
+    EXPECT_EQ(decoder_->Read(buffer, 0x123456789A), 0xFFFFFFFFFFFFFFF0);
+    EXPECT_TRUE(decoder_->SupportsMediaSamples(9));
+    decoder_->Skip(0x123456789A);
+    decoder_->Disconnect();
+    EXPECT_EQ(decoder_->GetInputStream(), nullptr);
     EXPECT_EQ(TakeCalls(), (TCallLog{"Close", "GetCapabilities", "GetLength", "Flush", "Seek -5", "Tell",
                                      "Eof", "ReadSample 0", "Read 78187493530", "SupportsMediaSamples 9",
                                      "Skip 78187493530", "Disconnect", "GetInputStream"}));
-    EXPECT_EQ(FormatText(*decoder), kDefaultFormat);
+    EXPECT_EQ(FormatText(*decoder_), kDefaultFormat);
     EXPECT_EQ(TakeCalls(), TCallLog{});
 }
 
 TEST_F(WavDecoderOverFake, DisconnectsItAtTheEnd) {
-    decoder->Eof();
+    decoder_->Eof();
     TakeCalls();
-    decoder.Reset();
+    decoder_.Reset();
     EXPECT_EQ(TakeCalls(), TCallLog{"Disconnect"});
 }
 
 TEST_F(WavDecoderOverFake, PassesOnWhatItsEndRaises) {
-    decoder->Eof();
+    decoder_->Eof();
     CFakeChunkDecoder::onDisconnect = &RaiseFromStream<CInvalidStateException>;
-    EXPECT_EQ(Outcome([&] { decoder.Reset(); }),
+    EXPECT_EQ(Outcome([&] { decoder_.Reset(); }),
               "CInvalidStateException test::CRecordingStream tests/filters/RecordingStream:7 on request");
 }
 
 TEST_F(WavDecoderOverFake, KeepsTheFirstOfTwoFailuresAtItsEnd) {
-    decoder->Eof();
+    decoder_->Eof();
     CFakeChunkDecoder::onDisconnect = &RaiseFromStream<CInvalidStateException>;
     CTestListener listener([](IObject*) { RaiseFromStream<CTimeoutException>(); });
-    decoder->AddListener(&listener);
-    EXPECT_EQ(Outcome([&] { decoder.Reset(); }),
+    decoder_->AddListener(&listener);
+    EXPECT_EQ(Outcome([&] { decoder_.Reset(); }),
               "CTimeoutException test::CRecordingStream tests/filters/RecordingStream:7 on request");
 }
 
@@ -317,11 +316,11 @@ class WavDecoderFactory : public WavDecoder, public testing::WithParamInterface<
 TEST_P(WavDecoderFactory, FailuresAreReported) {
     ReplaceChunkDecoder(GetParam().factory);
     for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(Outcome([&] { decoder->Eof(); }), GetParam().outcome);
+        EXPECT_EQ(Outcome([&] { decoder_->Eof(); }), GetParam().outcome);
         EXPECT_EQ(ConnectOutcome({}), GetParam().outcome);
     }
-    EXPECT_EQ(FormatText(*decoder), kDefaultFormat);
-    decoder.Reset();
+    EXPECT_EQ(FormatText(*decoder_), kDefaultFormat);
+    decoder_.Reset();
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -345,7 +344,7 @@ INSTANTIATE_TEST_SUITE_P(
                                 "request"}),
     [](const auto& row) { return row.param.name; });
 
-// Connect ---------------------------------------------------------------------------------------------------
+// Connect.
 
 struct TFileRow {
     const char* name;
@@ -362,13 +361,13 @@ TEST_P(WavDecoderFile, IsDecodedOrRefused) {
     const std::string outcome = ConnectOutcome(GetParam().bytes);
     const bool isAccepted = !GetParam().failure;
     EXPECT_EQ(outcome, isAccepted ? "nothing" : std::string("CDataFormatException ") + GetParam().failure);
-    EXPECT_EQ(FormatText(*decoder), GetParam().format);
-    EXPECT_EQ(PcmFormat(*decoder).id, TDataFormat_AudioPcm::FormatId);
-    EXPECT_EQ(PcmFormat(*decoder).size, 32u);
+    EXPECT_EQ(FormatText(*decoder_), GetParam().format);
+    EXPECT_EQ(PcmFormat(*decoder_).id, TDataFormat_AudioPcm::FormatId);
+    EXPECT_EQ(PcmFormat(*decoder_).size, 32u);
     EXPECT_EQ(IsConnected(), isAccepted);
-    EXPECT_EQ(stream->GetReferences(), isAccepted ? 2 : 1);
+    EXPECT_EQ(stream_->GetReferences(), isAccepted ? 2 : 1);
     if (isAccepted) {
-        EXPECT_EQ(decoder->Tell(), 0);
+        EXPECT_EQ(decoder_->Tell(), 0);
         EXPECT_EQ(ReadAll(), GetParam().data);
         EXPECT_EQ(ReadAll(), TBytes{});
     }
@@ -484,63 +483,62 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& row) { return row.param.name; });
 
 TEST_F(WavDecoder, NeedsAStreamThatSeeksAndTells) {
-    stream->capabilities = STREAM_CAPABILITY_TELL;
+    stream_->capabilities = STREAM_CAPABILITY_TELL;
     EXPECT_EQ(ConnectOutcome(WavOf({})), "CDataFormatException " CHUNK_CONNECT ":244 Seek unsupported");
-    stream->capabilities = STREAM_CAPABILITY_SEEK;
+    stream_->capabilities = STREAM_CAPABILITY_SEEK;
     EXPECT_EQ(ConnectOutcome(WavOf({})), "CDataFormatException " CHUNK_CONNECT ":247 Tell unsupported");
-    EXPECT_EQ(stream->GetReferences(), 1);
+    EXPECT_EQ(stream_->GetReferences(), 1);
     EXPECT_FALSE(IsConnected());
 }
 
 TEST_F(WavDecoder, ReadsInWhateverPiecesTheStreamDelivers) {
-    stream->mostPerRead = 1;
+    stream_->mostPerRead = 1;
     EXPECT_EQ(ConnectOutcome(WavOf({.channels = 2, .samplesPerSec = 22050})), "nothing");
-    EXPECT_EQ(FormatText(*decoder), "code 1, channels 2, rate 22050");
+    EXPECT_EQ(FormatText(*decoder_), "code 1, channels 2, rate 22050");
 }
 
 TEST_F(WavDecoder, BeginsWithTheDataWhereverTheStreamStood) {
-    stream->position = 31;
+    stream_->position = 31;
     EXPECT_EQ(ConnectOutcome(WavOf({})), "nothing");
     EXPECT_EQ(ReadAll(), Ramp(8, 50));
 }
 
 TEST_F(WavDecoder, ReadsNothingBehindTheData) {
     ConnectOutcome(CWavBuilder().Format({}).Chunk("data", Ramp(6)).Chunk("cue ", Ramp(40)).Build());
-    EXPECT_EQ(decoder->GetLength(), 6);
+    EXPECT_EQ(decoder_->GetLength(), 6);
     EXPECT_EQ(ReadAll(4), Ramp(4));
     EXPECT_EQ(ReadAll(4), Ramp(2, 4));
     EXPECT_EQ(ReadAll(4), TBytes{});
-    EXPECT_TRUE(decoder->Eof());
-    decoder->Seek(1000);
-    EXPECT_EQ(decoder->Tell(), 6);
+    EXPECT_TRUE(decoder_->Eof());
+    decoder_->Seek(1000);
+    EXPECT_EQ(decoder_->Tell(), 6);
     EXPECT_EQ(ReadAll(4), TBytes{});
-    decoder->Seek(3);
+    decoder_->Seek(3);
     EXPECT_EQ(ReadAll(), Ramp(3, 3));
 }
 
 TEST_F(WavDecoder, KeepsTheFormatOfTheLastFile) {
     EXPECT_EQ(ConnectOutcome(WavOf({.channels = 2, .samplesPerSec = 22050, .bits = 8})), "nothing");
-    decoder->Disconnect();
-    EXPECT_EQ(FormatText(*decoder), "code 0, channels 2, rate 22050");
+    decoder_->Disconnect();
+    EXPECT_EQ(FormatText(*decoder_), "code 0, channels 2, rate 22050");
     EXPECT_EQ(ConnectOutcome(WavOf({.tag = 3})), std::string("CDataFormatException ") + kTag);
-    EXPECT_EQ(FormatText(*decoder), "code 0, channels 2, rate 22050");
+    EXPECT_EQ(FormatText(*decoder_), "code 0, channels 2, rate 22050");
     EXPECT_EQ(ConnectOutcome(WavOf({.channels = 5})), "nothing");
-    EXPECT_EQ(FormatText(*decoder), "code 1, channels 5, rate 44100");
+    EXPECT_EQ(FormatText(*decoder_), "code 1, channels 5, rate 44100");
 }
 
 TEST_F(WavDecoder, ConnectReplacesTheConnection) {
     ConnectOutcome(WavOf({}));
     const auto other = CRecordingStream::Create(WavOf({.bits = 8}));
-    decoder->Connect(other.Get());
-    EXPECT_EQ(stream->GetReferences(), 1);
+    decoder_->Connect(other.Get());
+    EXPECT_EQ(stream_->GetReferences(), 1);
     EXPECT_EQ(other->GetReferences(), 2);
-    EXPECT_EQ(FormatText(*decoder), "code 0, channels 1, rate 44100");
-    decoder->Disconnect();
+    EXPECT_EQ(FormatText(*decoder_), "code 0, channels 1, rate 44100");
+    decoder_->Disconnect();
     EXPECT_EQ(other->GetReferences(), 1);
 }
 
-// Faults from below
-// -------------------------------------------------------------------------------------------
+// Faults from below.
 
 // The calls of a file with two chunks: 0 capabilities, 1 seek, 2 read, 3 seek, 4 to 11 the chunks, 12 read at
 // the end, 13 seek, 14 seek to "fmt ", 15 read, 16 seek to "data".
@@ -555,29 +553,29 @@ struct TFaultRow {
 class WavDecoderFault : public WavDecoder, public testing::WithParamInterface<TFaultRow> {};
 
 TEST_P(WavDecoderFault, LeavesNothingConnected) {
-    stream->bytes = CWavBuilder().Format({.channels = 2}).Chunk("data", Ramp(8)).Build();
-    stream->fault = GetParam().fault;
+    stream_->bytes = CWavBuilder().Format({.channels = 2}).Chunk("data", Ramp(8)).Build();
+    stream_->fault = GetParam().fault;
     for (int call = 0; call < kCalls; ++call) {
         const auto candidate = CreateAs<IWavDecoder>(classid::CWavDecoder);
-        stream->callCount = 0;
-        stream->faultyCall = call;
+        stream_->callCount = 0;
+        stream_->faultyCall = call;
         std::string expected = GetParam().outcome;
         const bool isIo = expected.starts_with("CIOException");
         const bool isNotFound = expected.starts_with("CObjectNotFoundException");
         if (call == 2 && isIo) expected = std::string("CDataFormatException ") + kHeader;
         if (call == 14 && isNotFound) expected = std::string("CDataFormatException ") + kNoFmt;
         if (call == 16 && isNotFound) expected = std::string("CDataFormatException ") + kNoData;
-        EXPECT_EQ(Outcome([&] { candidate->Connect(stream.Get()); }), expected) << "call " << call;
+        EXPECT_EQ(Outcome([&] { candidate->Connect(stream_.Get()); }), expected) << "call " << call;
         EXPECT_EQ(candidate->GetInputStream(), nullptr) << "call " << call;
-        EXPECT_EQ(stream->GetReferences(), 1) << "call " << call;
+        EXPECT_EQ(stream_->GetReferences(), 1) << "call " << call;
         EXPECT_EQ(FormatText(*candidate), call < 16 ? kDefaultFormat : "code 1, channels 2, rate 44100");
         // The same decoder can be used again.
-        stream->faultyCall = -1;
-        EXPECT_EQ(Outcome([&] { candidate->Connect(stream.Get()); }), "nothing");
+        stream_->faultyCall = -1;
+        EXPECT_EQ(Outcome([&] { candidate->Connect(stream_.Get()); }), "nothing");
     }
-    stream->callCount = 0;
-    decoder->Connect(stream.Get());
-    EXPECT_EQ(stream->callCount, kCalls) << "every call was made to fail";
+    stream_->callCount = 0;
+    decoder_->Connect(stream_.Get());
+    EXPECT_EQ(stream_->callCount, kCalls) << "every call was made to fail";
 }
 
 #define STREAM_TEXT " test::CRecordingStream tests/filters/RecordingStream:7 on request"
@@ -595,14 +593,13 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(WavDecoder, AFailureWhileReadingLeavesItConnected) {
     ConnectOutcome(WavOf({}));
-    stream->faultyCall = stream->callCount;
+    stream_->faultyCall = stream_->callCount;
     EXPECT_EQ(Outcome([&] { ReadAll(); }), "CIOException" STREAM_TEXT);
     EXPECT_TRUE(IsConnected());
     EXPECT_EQ(ReadAll(), Ramp(8, 50));
 }
 
-// End of life
-// --------------------------------------------------------------------------------------------------
+// End of life.
 
 TEST_F(WavDecoder, TellsItsListenersWhileItIsWhole) {
     ConnectOutcome(WavOf({.channels = 2}));
@@ -611,21 +608,21 @@ TEST_F(WavDecoder, TellsItsListenersWhileItIsWhole) {
             static_cast<IWavDecoder*>(object->QueryInterface(IWavDecoder::InterfaceId)));
         EXPECT_EQ(FormatText(*dying), "code 1, channels 2, rate 44100");
         EXPECT_EQ(dying->GetLength(), 8);
-        EXPECT_EQ(CRefPtr<IInputStream>::Adopt(dying->GetInputStream()).Get(), stream.Get());
+        EXPECT_EQ(CRefPtr<IInputStream>::Adopt(dying->GetInputStream()).Get(), stream_.Get());
     });
-    decoder->AddListener(&listener);
-    decoder.Reset();
+    decoder_->AddListener(&listener);
+    decoder_.Reset();
     EXPECT_EQ(listener.GetCalls(), 1);
-    EXPECT_EQ(stream->GetReferences(), 1);
+    EXPECT_EQ(stream_->GetReferences(), 1);
 }
 
 TEST_F(WavDecoder, LetsGoOfTheStreamEvenAfterTheLibraryWasClosed) {
     ConnectOutcome(WavOf({}));
     v.Close();
-    EXPECT_EQ(Outcome([&] { decoder.Reset(); }),
+    EXPECT_EQ(Outcome([&] { decoder_.Reset(); }),
               "CBugException vorlund::CObjectCounter::OnDestroyObject src/vorlund/api/ObjectCounter:117 Not "
               "initialized");
-    EXPECT_EQ(stream->GetReferences(), 1);
+    EXPECT_EQ(stream_->GetReferences(), 1);
     v.Init();
 }
 

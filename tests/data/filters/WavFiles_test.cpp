@@ -119,17 +119,16 @@ TEST_F(WavFiles, AFileThatShrinksEndsEarly) {
 }
 
 // Data beyond 2 GiB. The files are sparse: two unused chunks bring the data to its place.
-// ----------------------
 
 struct TFarRow {
     const char* name;
-    /// Where the first data byte stands.
+    /// Where the first data byte is.
     std::uint64_t offset;
     /// What the chunk decoder answers.
     std::int64_t told;
     bool isDecoded;
 };
-class WavFarData : public WavFiles, public testing::WithParamInterface<TFarRow> {
+class WavFilesFarData : public WavFiles, public testing::WithParamInterface<TFarRow> {
 protected:
     static constexpr std::uint64_t kDataSize = 64;
 
@@ -174,7 +173,7 @@ protected:
     }
 };
 
-TEST_P(WavFarData, GoesByTheLow32BitsOfItsOffset) {
+TEST_P(WavFilesFarData, GoesByTheLow32BitsOfItsOffset) {
     const wstring path = PutFarWav(GetParam().offset);
     const auto file = CreateAs<IFileInputStream>(classid::CFileInputStream);
     file->Open(path.c_str());
@@ -205,7 +204,7 @@ TEST_P(WavFarData, GoesByTheLow32BitsOfItsOffset) {
         EXPECT_EQ(Refusal(path), CannotDecode(path));
         return;
     }
-    // What stands at the offset that was told.
+    // What is at the offset that was told.
     file->Seek(GetParam().told);
     const TBytes expected = ReadSome(*file, kDataSize);
     EXPECT_EQ(expected.size(), kDataSize);
@@ -218,7 +217,7 @@ TEST_P(WavFarData, GoesByTheLow32BitsOfItsOffset) {
               GetParam().told == static_cast<std::int64_t>(GetParam().offset));
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, WavFarData,
+INSTANTIATE_TEST_SUITE_P(Rows, WavFilesFarData,
                          testing::Values(TFarRow{"Near", 0x10000, 0x10000, true},
                                          TFarRow{"Across2GiB", 0x7FFFFFE0, 0x7FFFFFE0, true},
                                          TFarRow{"LastBelow2GiB", 0x7FFFFFFF, 0x7FFFFFFF, true},
@@ -229,8 +228,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, WavFarData,
                                          TFarRow{"Behind4GiBInTheHeads", 0x100000000, 0, true}),
                          [](const auto& row) { return row.param.name; });
 
-// Time
-// -----------------------------------------------------------------------------------------------------------
+// Time.
 
 /// The size of the hostile file; the sanitizers' machinery makes it too slow for them.
 constexpr std::size_t kHostileSize = kIsSanitized ? 4u << 20 : 64u << 20;

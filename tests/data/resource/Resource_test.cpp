@@ -185,7 +185,7 @@ TEST_F(Resource, LockedFormatTakesOnlyItsOwnKind) {
     resource_->SetFormat(&head);
     EXPECT_EQ(resource_->GetFormat()->size, 20U);
     resource_->LockFormat();
-    EXPECT_THROW(resource_->SetFormat(&image), CDataFormatException);
+    ExpectRaises<CDataFormatException>(kFormatLocked, [&] { resource_->SetFormat(&image); });
 }
 
 // Saving.
@@ -218,7 +218,7 @@ TEST_F(Resource, SaveNeedsAStream) {
     ExpectRaises<CNullPtrException>(kNothingToSaveTo, [&] { resource_->Save(target.Get(), false); });
     EXPECT_EQ(target->closed, 0);
     EXPECT_EQ(ReferencesOf(target.Get()), 1);
-    EXPECT_THROW(resource_->Save(nothing, false), CNullPtrException);
+    ExpectRaises<CNullPtrException>(kNothingToSaveTo, [&] { resource_->Save(nothing, false); });
     EXPECT_TRUE(IsUnlocked(*resource_));
 }
 
@@ -226,7 +226,7 @@ TEST_F(Resource, FailedSaveHoldsNothing) {
     SetBytes(*resource_, Ramp(100));
     const auto target = Make<CMemoryOutputStream>();
     target->maximumSize = 50;
-    EXPECT_THROW(resource_->Save(target.Get(), true), CIOException);
+    ExpectRaises<CIOException>(streamfailures::kCannotWrite, [&] { resource_->Save(target.Get(), true); });
     EXPECT_EQ(ReferencesOf(target.Get()), 1);
     EXPECT_TRUE(IsUnlocked(*resource_));
     EXPECT_EQ(BytesOf(*resource_), Ramp(100));

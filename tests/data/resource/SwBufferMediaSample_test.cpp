@@ -29,7 +29,8 @@ constexpr TFailure kFormatIsNull{VRL_L("vorlund::CSwBufferMediaSample::SetFormat
 /// A format that no other record has.
 constexpr CId kTestRecordId{0x7E57F043, 1, 2, 3};
 
-TBytes Ramp(std::size_t size) {
+/// Bytes that differ from those 256 places further.
+TBytes Pattern(std::size_t size) {
     TBytes bytes(size);
     for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 256);
     return bytes;
@@ -212,12 +213,12 @@ TEST_F(SwBufferMediaSample, CloneIsANewEmptySample) {
 // Reading.
 
 TEST_F(SwBufferMediaSample, FillsTheBuffer) {
-    const auto source = Source(Ramp(5000));
+    const auto source = Source(Pattern(5000));
     source->format = TDataFormat_AudioPcm::FORMAT_44100HZ_16BIT_STEREO;
     const CInputStreamSelector selector(source.Get());
     EXPECT_TRUE(sample_->ReadFrom(selector));
     EXPECT_EQ(sample_->GetDataSize(), 4096U);
-    const TBytes all = Ramp(5000);
+    const TBytes all = Pattern(5000);
     EXPECT_EQ(Data(), TBytes(all.begin(), all.begin() + 4096));
     EXPECT_EQ(std::memcmp(sample_->GetFormat(), &TDataFormat_AudioPcm::FORMAT_44100HZ_16BIT_STEREO, 32), 0);
     // One read, no more than the buffer takes, and no reference kept.
@@ -232,11 +233,11 @@ TEST_F(SwBufferMediaSample, FillsTheBuffer) {
 
 TEST_F(SwBufferMediaSample, ReadsOnUntilTheBufferIsFullOrTheDataEnd) {
     sample_->SetBufferSize(10);
-    const auto source = Source(Ramp(15));
+    const auto source = Source(Pattern(15));
     source->maximumRead = 4;
     const CInputStreamSelector selector(source.Get());
     EXPECT_TRUE(sample_->ReadFrom(selector));
-    const TBytes all = Ramp(15);
+    const TBytes all = Pattern(15);
     EXPECT_EQ(Data(), TBytes(all.begin(), all.begin() + 10));
     EXPECT_EQ(log_, (TCallLog{"Read 4", "Read 4", "Read 2"}));
     log_.clear();
@@ -247,7 +248,7 @@ TEST_F(SwBufferMediaSample, ReadsOnUntilTheBufferIsFullOrTheDataEnd) {
 
 TEST_F(SwBufferMediaSample, NoBufferReadsNothing) {
     sample_->SetBufferSize(0);
-    const auto source = Source(Ramp(15));
+    const auto source = Source(Pattern(15));
     source->format = TDataFormat_AudioPcm::FORMAT_44100HZ_16BIT_STEREO;
     EXPECT_FALSE(sample_->ReadFrom(CInputStreamSelector(source.Get())));
     EXPECT_TRUE(log_.empty());
@@ -259,7 +260,7 @@ TEST_F(SwBufferMediaSample, StreamThatClaimsTooMuchDoesNotOverflow) {
     for (const std::uint64_t exaggeration :
          {std::uint64_t{1}, std::uint64_t{1} << 32, std::uint64_t{1} << 63, ~std::uint64_t{0} - 100}) {
         sample_->SetBufferSize(10);
-        const auto source = Source(Ramp(100));
+        const auto source = Source(Pattern(100));
         source->exaggeration = exaggeration;
         source->maximumRead = 4;
         EXPECT_TRUE(sample_->ReadFrom(CInputStreamSelector(source.Get())));
@@ -270,7 +271,7 @@ TEST_F(SwBufferMediaSample, StreamThatClaimsTooMuchDoesNotOverflow) {
 
 TEST_F(SwBufferMediaSample, FailedReadPassesOnAndKeepsTheDataSize) {
     sample_->SetDataSize(3);
-    const auto source = Source(Ramp(15));
+    const auto source = Source(Pattern(15));
     source->maximumRead = 4;
     source->failAt = 8;
     const CInputStreamSelector selector(source.Get());
@@ -283,21 +284,21 @@ TEST_F(SwBufferMediaSample, FailedReadPassesOnAndKeepsTheDataSize) {
 
 TEST_F(SwBufferMediaSample, ReadDataSurviveTheGrowthOfTheBuffer) {
     sample_->SetDataSize(10000);
-    const auto source = Source(Ramp(5000));
+    const auto source = Source(Pattern(5000));
     // A block of that size that is made now is likely to hold these bytes, not those that are to survive.
     Source(TBytes(10000, 0xEE)).Reset();
     EXPECT_TRUE(sample_->ReadFrom(CInputStreamSelector(source.Get())));
     EXPECT_EQ(log_, TCallLog{"Read 4096"});
     EXPECT_EQ(sample_->GetBufferSize(), 10000U);
     EXPECT_EQ(sample_->GetDataSize(), 4096U);
-    const TBytes all = Ramp(5000);
+    const TBytes all = Pattern(5000);
     EXPECT_EQ(Data(), TBytes(all.begin(), all.begin() + 4096));
 }
 
 // Writing.
 
 TEST_F(SwBufferMediaSample, WritesTheValidBytesAtOnce) {
-    const TBytes bytes = Ramp(300);
+    const TBytes bytes = Pattern(300);
     std::memcpy(sample_->GetBuffer(), bytes.data(), bytes.size());
     sample_->SetDataSize(300);
     sample_->SetFormat(&TDataFormat_AudioPcm::FORMAT_44100HZ_16BIT_STEREO);

@@ -1,6 +1,6 @@
 // The plasma generator.
 #include <vorlund/ClassIds.h>
-#include <vorlund/Generators.h>
+#include <vorlund/PlasmaVideoGenerator.h>
 
 #include "data/base/InterfaceChain.h"
 #include "data/sources/EndlessSources.h"
@@ -162,7 +162,7 @@ TEST_F(PlasmaVideoGenerator, OneFrameAtMost) {
         std::uint32_t pixels[20] = {};
         EXPECT_EQ(generator_->Read(pixels, sizeof pixels), 32U);
         const std::vector<std::uint32_t> frame = PlasmaFrame(4, 2, t);
-        EXPECT_TRUE(std::equal(frame.begin(), frame.end(), pixels));
+        EXPECT_EQ(std::vector<std::uint32_t>(pixels, pixels + 8), frame);
         EXPECT_EQ(pixels[8], 0U);
     }
 }
@@ -205,7 +205,8 @@ TEST_F(PlasmaVideoGenerator, ANewFormatWaitsForTheNextFrame) {
     std::uint32_t pixels[20] = {};
     // The size of the frame that there is limits the read.
     EXPECT_EQ(generator_->Read(pixels, 24), 24U);
-    EXPECT_TRUE(std::equal(pixels, pixels + 6, first.begin()));
+    EXPECT_EQ(std::vector<std::uint32_t>(pixels, pixels + 6),
+              std::vector<std::uint32_t>(first.begin(), first.begin() + 6));
     ExpectFrames(3, 1, 1, 1);
     SetSize(2, 2);
     ExpectFrames(2, 2, 2, 1);

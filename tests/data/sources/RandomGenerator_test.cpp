@@ -1,6 +1,6 @@
 // The random generator.
 #include <vorlund/ClassIds.h>
-#include <vorlund/Generators.h>
+#include <vorlund/RandomGenerator.h>
 
 #include "data/base/InterfaceChain.h"
 #include "data/sources/EndlessSources.h"

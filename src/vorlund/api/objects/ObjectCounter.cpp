@@ -31,11 +31,11 @@ void CObjectCounter::Close() {
     delete std::exchange(next_, nullptr);
 }
 
-// Kept on purpose: the class is ignored, there is one sequence of numbers for all of them.
+// Kept for existing applications: the class is ignored, and one sequence of numbers serves all classes.
 int CObjectCounter::OnCreateObject(const CId&) {
     if (!next_) Raise<CBugException>(kCreateNotInitialized);
     const int number = *next_;
-    // Beyond the greatest int the numbers go on at the least.
+    // After the greatest int the numbers go on with the least.
     *next_ = static_cast<int>(static_cast<unsigned int>(number) + 1u);
     return number;
 }

@@ -16,27 +16,5 @@
 
 #include <windows.h>
 
-#undef CopyFile
-#undef CreateDirectory
-#undef CreateEvent
-#undef CreateFile
-#undef CreateMutex
-#undef CreateWindow
-#undef DeleteFile
-#undef FindResource
-#undef GetClassInfo
-#undef GetClassName
-#undef GetCurrentDirectory
-#undef GetFileAttributes
-#undef GetMessage
-#undef GetModuleFileName
-#undef GetObject
-#undef LoadLibrary
-#undef LoadResource
-#undef MessageBox
-#undef MoveFile
-#undef OutputDebugString
-#undef RemoveDirectory
-#undef SendMessage
-#undef SetFileAttributes
-#undef Yield
+// Without its counterpart NamesEnd.h: the names are ours to the end of the file that includes this.
+#include <vorlund/NamesBegin.h>

@@ -1,3 +1,8 @@
+// From a plug-in's file to its first use, the second step: `CPluginStore` (PluginStore.cpp) finds a file by
+// its name and asks `IsPlugin` here. What that looks at is the system's part: ELF images in
+// PluginImage_linux.cpp, PE images in PluginImage_win32.cpp. They refuse without a word, so a file that is
+// skipped can be traced to the condition there that fails. A file that passes is loaded by PluginModule.h,
+// again from `CPluginStore::TData::Load`.
 #include "vorlund/api/plugins/PluginImage.h"
 
 #include "vorlund/data/file/FileSystem.h"

@@ -1,6 +1,6 @@
-// The look at a file before the system loads it as a plug-in. Loading runs a library's own code, so what is
-// no plug-in is not loaded at all; and system loaders trust the headers of an image, while what lies behind
-// the end of its file ends the process.
+// The look at a file before the system loads it as a plug-in. Loading runs a library's own code, so a file
+// that is no plug-in is not loaded at all. And system loaders trust the headers of an image: one that is cut
+// short or damaged could end the process.
 #pragma once
 
 #include <vorlund/Platform.h>
@@ -19,8 +19,9 @@ public:
     CImageFile& operator=(const CImageFile&) = delete;
     ~CImageFile();
 
-    /// Whether the file is a shared library for this process by its headers, has every byte that they speak
-    /// of, and names both entry points. Implemented per system, in PluginImage_<system>.cpp.
+    /// Whether the file is a shared library for this process by its headers, has every byte that they tell
+    /// of, and names both entry points. A port supplies this in a file PluginImage_<system>.cpp. Raises
+    /// `std::bad_alloc`.
     bool IsPlugin() const;
 
 private:
@@ -28,7 +29,7 @@ private:
     bool Read(std::uint64_t offset, void* buffer, std::size_t size) const;
     /// Whether the file has the bytes.
     bool Has(std::uint64_t offset, std::uint64_t size) const;
-    /// Whether both names stand in a part of the file, each with a zero behind it.
+    /// Whether a part of the file holds both names, each followed by a zero.
     bool HasNames(std::uint64_t offset, std::uint64_t size, std::string_view first,
                   std::string_view second) const;
 

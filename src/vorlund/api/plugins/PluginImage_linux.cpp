@@ -2,6 +2,8 @@
 // "Program Loading and Dynamic Linking".
 #include "vorlund/api/plugins/PluginImage.h"
 
+#include "vorlund/api/plugins/PluginEntries.h"
+
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -27,8 +29,8 @@ bool IsForThisProcess(const THeader& header) {
            header.e_phentsize == sizeof(TSegment);
 }
 
-/// Whether the loader may map the segment after one that ends at `end`: it puts each where it says, over
-/// whatever is there.
+/// Whether the loader may map the segment after one that ends at `end`: it maps each at the address that the
+/// file gives, over whatever is there.
 bool IsMappable(const TSegment& segment, std::uint64_t end) {
     constexpr unsigned int kFlags = PF_R | PF_W | PF_X;
     // Only what can be written has more memory than it has bytes in the file.
@@ -38,14 +40,14 @@ bool IsMappable(const TSegment& segment, std::uint64_t end) {
            segment.p_memsz <= UINTPTR_MAX - segment.p_vaddr;
 }
 
-/// Whether `segment` is a part of the mapped segment `whole`, in the file and in memory.
+/// Whether `segment` is a part of the loaded segment `whole`, in the file and in memory.
 bool IsPartOf(const TSegment& segment, const TSegment& whole) {
     if (whole.p_type != PT_LOAD || segment.p_offset < whole.p_offset) return false;
     const std::uint64_t distance = segment.p_offset - whole.p_offset;
     if (distance > whole.p_filesz || segment.p_filesz > whole.p_filesz - distance ||
         segment.p_vaddr != whole.p_vaddr + distance)
         return false;
-    // Thread-local memory lies elsewhere; what is made read-only ends with a page.
+    // Thread-local memory is not in the image; a range that is made read-only ends with a page.
     const std::uint64_t room = whole.p_memsz - distance + whole.p_align;
     return segment.p_type == PT_TLS || segment.p_memsz <= room;
 }
@@ -71,7 +73,7 @@ struct TRange {
     std::uint64_t size = 0;
 };
 
-/// Where the names of the dynamic symbols lie; an empty range when the file does not tell.
+/// The names of the dynamic symbols; an empty range when the file does not tell where they are.
 TRange FindNames(const TSegments& segments, const std::vector<TDynamic>& entries) {
     std::uint64_t address = 0;
     TRange names;
@@ -108,7 +110,7 @@ bool CImageFile::IsPlugin() const {
     std::vector<TDynamic> entries(dynamic->p_filesz / sizeof(TDynamic));
     if (!Read(dynamic->p_offset, entries.data(), entries.size() * sizeof(TDynamic))) return false;
     const TRange names = FindNames(segments, entries);
-    return HasNames(names.offset, names.size, "?VrlInitPlugin", "?VrlClosePlugin");
+    return HasNames(names.offset, names.size, kInitEntryName.symbol, kCloseEntryName.symbol);
 }
 
 } // namespace vorlund

@@ -2,6 +2,7 @@
 #include "vorlund/api/plugins/PluginImage.h"
 
 #include "vorlund/api/platform/WindowsLean.h"
+#include "vorlund/api/plugins/PluginEntries.h"
 
 #include <algorithm>
 #include <vector>
@@ -42,7 +43,8 @@ bool AreInOrder(const TSections& sections, const IMAGE_OPTIONAL_HEADER& image) {
     return end <= image.SizeOfImage;
 }
 
-/// Whether the image may lie where it says, and what the loader looks at lies inside.
+/// Whether the image may be at the address that the file gives, and the tables that the loader reads are
+/// inside it.
 bool AreDirectoriesInside(const IMAGE_OPTIONAL_HEADER& image) {
     const auto isInside = [&image](const IMAGE_DATA_DIRECTORY& range) {
         return range.VirtualAddress <= image.SizeOfImage &&
@@ -54,7 +56,8 @@ bool AreDirectoriesInside(const IMAGE_OPTIONAL_HEADER& image) {
            std::all_of(directories, directories + IMAGE_NUMBEROF_DIRECTORY_ENTRIES, isInside);
 }
 
-/// Where the range of the image lies in the file; 0 when it does not, which is never the place of a section.
+/// The offset in the file of a range of the image; 0, where no section can be, when the file does not hold
+/// it.
 std::uint64_t FindOffset(const TSections& sections, const IMAGE_DATA_DIRECTORY& range) {
     for (const TSection& section : sections) {
         if (range.VirtualAddress < section.VirtualAddress || section.PointerToRawData == 0) continue;
@@ -88,7 +91,7 @@ bool CImageFile::IsPlugin() const {
     // Linkers put the names of the exports into the range of their directory.
     const IMAGE_DATA_DIRECTORY& exports = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
     const std::uint64_t offset = FindOffset(sections, exports);
-    return offset != 0 && HasNames(offset, exports.Size, "?VrlInitPlugin@@YA_NXZ", "?VrlClosePlugin@@YAXXZ");
+    return offset != 0 && HasNames(offset, exports.Size, kInitEntryName.whole, kCloseEntryName.whole);
 }
 
 } // namespace vorlund

@@ -1,13 +1,15 @@
 // What the plug-in store needs of the operating system. A port supplies everything declared here in a file
-// PluginModule_<system>.cpp. Nothing here raises, except std::bad_alloc.
+// PluginModule_<system>.cpp. Nothing here raises, except std::bad_alloc. The entry points are in
+// PluginEntries.h.
 #pragma once
 
 #include <vorlund/Platform.h>
 
 namespace vorlund::pluginmodule {
 
-/// What stands between folders, and the extension of shared libraries.
+/// What separates folders in a path.
 extern const wchar kSeparator;
+/// The extension of shared libraries, without the dot.
 extern const wchar* const kExtension;
 
 using TInitEntry = bool (*)();
@@ -17,7 +19,8 @@ using TCloseEntry = void (*)();
 /// the system has that limit.
 wstring GetHostPath();
 
-/// Loads a shared library; null when the system refuses. Only for plug-ins (PluginImage.h).
+/// Loads a shared library; null when the system refuses. Only for files that PluginImage.h takes for
+/// plug-ins.
 void* Load(const wchar* path);
 
 /// The entry points of a loaded plug-in, or null.

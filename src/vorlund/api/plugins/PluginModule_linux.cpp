@@ -1,5 +1,6 @@
 #include "vorlund/api/plugins/PluginModule.h"
 
+#include "vorlund/api/plugins/PluginEntries.h"
 #include "vorlund/data/file/PathCodec_posix.h"
 
 #include <string>
@@ -9,17 +10,6 @@
 #include <unistd.h>
 
 namespace vorlund::pluginmodule {
-namespace {
-
-// An ELF symbol "name@@version" is `name` in its default version `version`; that is how a name with "@@" in
-// it is exported. What follows "?" is the decoration of one Windows compiler.
-constexpr const char* kInitName = "?VrlInitPlugin";
-constexpr const char* kInitVersion = "YA_NXZ";
-constexpr const char* kCloseName = "?VrlClosePlugin";
-constexpr const char* kCloseVersion = "YAXXZ";
-
-} // namespace
-
 const wchar kSeparator = VRL_L('/');
 const wchar* const kExtension = VRL_L("so");
 
@@ -30,7 +20,7 @@ wstring GetHostPath() {
         if (length < 0) return {};
         if (static_cast<std::size_t>(length) < path.size())
             return pathcodec::Decode(std::string_view(path.data(), static_cast<std::size_t>(length)));
-        // Perhaps it was cut.
+        // A full buffer may hold a path that was cut.
         path.resize(path.size() * 2);
     }
 }
@@ -38,17 +28,17 @@ wstring GetHostPath() {
 void* Load(const wchar* path) {
     std::string bytes;
     if (!pathcodec::Encode(path, bytes)) return nullptr;
-    // At once and for itself: what is missing shows here and not in the first call, and the names of one
-    // plug-in mean nothing to another.
+    // RTLD_NOW, so that a missing symbol shows here and not in the first call; RTLD_LOCAL, so that no plug-in
+    // uses the symbols of another.
     return dlopen(bytes.c_str(), RTLD_NOW | RTLD_LOCAL);
 }
 
 TInitEntry FindInitEntry(void* module) {
-    return reinterpret_cast<TInitEntry>(dlvsym(module, kInitName, kInitVersion));
+    return reinterpret_cast<TInitEntry>(dlvsym(module, kInitEntryName.symbol, kInitEntryName.version));
 }
 
 TCloseEntry FindCloseEntry(void* module) {
-    return reinterpret_cast<TCloseEntry>(dlvsym(module, kCloseName, kCloseVersion));
+    return reinterpret_cast<TCloseEntry>(dlvsym(module, kCloseEntryName.symbol, kCloseEntryName.version));
 }
 
 void Unload(void* module) {

@@ -1,12 +1,13 @@
 #include "vorlund/api/plugins/PluginModule.h"
 
 #include "vorlund/api/platform/WindowsLean.h"
+#include "vorlund/api/plugins/PluginEntries.h"
 
 namespace vorlund::pluginmodule {
 namespace {
 
-/// Room for the host's path, terminator included. A longer path has no folder that could be trusted.
-constexpr DWORD kHostPathSize = 256;
+/// Room for the host's path, terminator included. A longer path would be cut, and name another folder.
+constexpr DWORD kHostPathCapacity = 256;
 
 /// Keeps the system from showing a box about a file that it cannot load.
 class CQuietLoader {
@@ -39,9 +40,9 @@ const wchar kSeparator = VRL_L('\\');
 const wchar* const kExtension = VRL_L("dll");
 
 wstring GetHostPath() {
-    wchar path[kHostPathSize];
-    const DWORD length = GetModuleFileNameW(nullptr, path, kHostPathSize);
-    return length < kHostPathSize ? wstring(path, length) : wstring();
+    wchar path[kHostPathCapacity];
+    const DWORD length = GetModuleFileNameW(nullptr, path, kHostPathCapacity);
+    return length < kHostPathCapacity ? wstring(path, length) : wstring();
 }
 
 void* Load(const wchar* path) {
@@ -50,11 +51,11 @@ void* Load(const wchar* path) {
 }
 
 TInitEntry FindInitEntry(void* module) {
-    return Find<TInitEntry>(module, "?VrlInitPlugin@@YA_NXZ");
+    return Find<TInitEntry>(module, kInitEntryName.whole);
 }
 
 TCloseEntry FindCloseEntry(void* module) {
-    return Find<TCloseEntry>(module, "?VrlClosePlugin@@YAXXZ");
+    return Find<TCloseEntry>(module, kCloseEntryName.whole);
 }
 
 void Unload(void* module) {

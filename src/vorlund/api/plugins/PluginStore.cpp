@@ -1,8 +1,15 @@
 // The plug-in store: where plug-ins are looked for, and which are loaded.
 //
-// A plug-in's entry points may use the store, so nothing here holds on to a position in its lists while one
-// runs: lists are walked by index, and what is needed afterwards is copied. A module is unloaded only when
-// its entry point has returned; one that has raised stays, because the exception may point into it.
+// From a plug-in's file to its first use: `LoadAvailablePlugins` (called by `CVorlund::Init`, Vorlund.cpp)
+// lists the plug-in files of the folders and gives each name to `LoadPlugin`, which resolves the paths of
+// that name and gives them to `TData::Load`. There a file is looked at (PluginImage.cpp), loaded, asked for
+// its entry points (PluginModule.h) and initialised. Its entry point registers classes, decoders and devices
+// with the stores of `v`; the first use is the next `CreateObject` of ClassStore.cpp, decoder search of
+// data/codecs or `CreateDevice` of devices/DeviceClassStore.cpp that finds them.
+//
+// A plug-in's entry points may use the store, so nothing here keeps an iterator or a reference into its lists
+// while one runs: lists are walked by index, and what is needed afterwards is copied. A module is unloaded
+// only when its entry point has returned; one that has raised stays, because the exception may point into it.
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/plugins/PluginImage.h"
 #include "vorlund/api/plugins/PluginModule.h"
@@ -13,8 +20,10 @@
 #include <vorlund/Debug.h>
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
+#include <vorlund/ObjectEnumerator.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/PluginStore.h>
+#include <vorlund/StringObject.h>
 
 #include <algorithm>
 #include <string_view>
@@ -51,9 +60,8 @@ struct TPlugin {
     CString name;
 };
 
-/// The full path of a file through a file object; empty when there is none that could be loaded. What does
-/// not exist is asked for first: the file object would say so by an exception, which reaches the debugger
-/// output.
+/// The full path of a file through a file object; empty when there is no such file. Whether it exists is
+/// asked first, because the file object would answer by an exception, which the debugger output shows.
 CString ResolveFile(const CString& candidate) {
     if (filesystem::GetKind(candidate) != TEntryKind::File) return {};
     const auto file = CreateAs<IFile>(classid::CFile);
@@ -88,7 +96,7 @@ struct CPluginStore::TData {
         return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
     }
 
-    /// Whether any folder has a plug-in, found without objects and without a word.
+    /// Whether any folder has a plug-in, found without making objects and without messages.
     bool HasPlugins() const {
         return std::any_of(folders.begin(), folders.end(), [this](const CString& folder) {
             const CString prefix = pathtext::AsFolder(folder);
@@ -131,7 +139,8 @@ struct CPluginStore::TData {
 
 CPluginStore::CPluginStore() : data_(new TData) {
     AddPluginExtension(pluginmodule::kExtension);
-    // The application's executable on purpose, not the file of this library.
+    // The folder of the application's executable, not of this library: an application finds the plug-ins
+    // beside it, wherever the library is installed.
     const wstring host = pluginmodule::GetHostPath();
     const std::size_t separator = host.rfind(pluginmodule::kSeparator);
     if (separator == wstring::npos || separator == 0) return;
@@ -147,8 +156,8 @@ CPluginStore::~CPluginStore() {
 void CPluginStore::Init() {}
 
 void CPluginStore::Close() {
-    // Kept on purpose: the records stay, and with them the names. A library that is opened again must not
-    // close them again, so each gives up its module first.
+    // Kept for existing callers: the records stay, and with them the names. A library that is opened again
+    // must not close the plug-ins a second time, so each record gives up its module first.
     for (std::size_t i = 0; i < data_->plugins.size(); ++i) {
         void* const module = std::exchange(data_->plugins[i].module, nullptr);
         if (!module) continue;
@@ -167,7 +176,8 @@ void CPluginStore::AddPluginExtension(const wchar* extension) {
 
 void CPluginStore::LoadPlugin(const wchar* name) {
     const CString wanted(name);
-    // Kept on purpose: nobody asks whether it is loaded already, and a success does not end the search.
+    // Kept for existing applications: a plug-in that is loaded already is loaded again, and a success does
+    // not end the search.
     for (std::size_t folder = 0; folder < data_->folders.size(); ++folder) {
         const CString prefix = pathtext::Join(data_->folders[folder], wanted, pluginmodule::kSeparator);
         for (std::size_t i = 0; i < data_->extensions.size(); ++i) {
@@ -199,7 +209,7 @@ IObjectEnumerator* CPluginStore::EnumerateAvailablePlugins() const {
     auto names = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoAvailableEnumerator);
     for (const CString& path : data_->folders) {
         const CString plainPath = pathtext::WithoutSeparator(path, pluginmodule::kSeparator);
-        // Asked for first, as for files.
+        // Asked first, as for files.
         if (filesystem::GetKind(plainPath) == TEntryKind::Missing) continue;
         const auto folder = CreateOrRaise<IFolder>(classid::CFolder, kNoFolder);
         folder->Initialize(plainPath);

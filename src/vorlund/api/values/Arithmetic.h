@@ -6,8 +6,8 @@
 
 namespace vorlund {
 
-/// `value` truncated toward zero; -2^63 when that does not fit or when it is not a number, which is also what
-/// the conversion instructions of x86 give.
+/// `value` truncated toward zero; -2^63, as the conversion instructions of x86 give, when that does not fit
+/// and when `value` is not a number.
 constexpr std::int64_t TruncateToInt64(double value) {
     // Both limits are exact in double precision; a NaN fails the comparisons.
     if (value >= -0x1p63 && value < 0x1p63) return static_cast<std::int64_t>(value);

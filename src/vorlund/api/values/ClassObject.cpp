@@ -6,7 +6,7 @@
 namespace vorlund {
 namespace {
 
-// Kept on purpose: the doubled capital L, and no namespace.
+// Kept for callers who compare it: the doubled capital L, and no namespace.
 constexpr TFailure kMallocFailed{VRL_L("CCLassObject::operator new"), VRL_L("src/vorlund/api/ClassObject"),
                                  24, VRL_L("malloc failed")};
 

@@ -1,10 +1,12 @@
-// The way of a message: formatted on the stack, given to the handler of its destination, or else to the
-// default destination.
+// The way of a message: `CDebug::PrintMessage` formats it on the stack; `EmitDebugText`, where the lines of
+// exceptions (Exception.cpp) and long texts enter, gives it to the handler of its destination; without a
+// handler it goes to the default destination, which is the system's part: DebugOutput_win32.cpp, or
+// DebugOutput_posix.cpp with the notice of FramedNotice.cpp.
 //
 // Handler and user pointer belong together, so they are read and replaced as a pair under a mutex. It is held
-// for the copying alone: handlers and boxes run without it, and a handler may replace handlers. Everything
-// here is constant-initialised and never destroyed, as exceptions are printed before the library's own
-// objects are built and after they are destroyed.
+// only while they are copied: handlers and boxes run without it, and a handler may replace handlers.
+// Everything here is constant-initialised and never destroyed, as exceptions are printed before the library's
+// own objects are built and after they are destroyed.
 #include <vorlund/Debug.h>
 
 #include "vorlund/api/text/TextFormat.h"
@@ -66,7 +68,7 @@ void WriteDefault(TDebugMessageType type, const wchar* text) {
 } // namespace
 
 void EmitDebugText(TDebugMessageType type, const wchar* text) {
-    // A handler that fails builds exceptions, which would come back to it without end.
+    // A failing handler builds exceptions, whose lines would come back to it without end.
     if (!IsDestination(type) || isInHandler) return;
     try {
         const THandler handler = GetHandler(type);
@@ -76,7 +78,8 @@ void EmitDebugText(TDebugMessageType type, const wchar* text) {
             WriteDefault(type, text);
         }
     } catch (...) {
-        // This runs inside the raising of another failure, which must not be lost to one of the reporting.
+        // This may run while another failure is being raised, which must not be lost because its report
+        // failed.
     }
 }
 

@@ -1,6 +1,6 @@
 /// \file
-/// What lies behind `CDebug`: the way to a destination, and the four default destinations, which differ from
-/// system to system.
+/// The inside of `CDebug`: how a text reaches its destination, and the four default destinations, which
+/// differ from system to system.
 #pragma once
 
 #include <vorlund/Debug.h>
@@ -11,9 +11,9 @@ namespace vorlund {
 /// prints nothing. Any thread; never raises.
 void EmitDebugText(TDebugMessageType type, const wchar* text);
 
-/// The default destinations, one pair of files: DebugOutput_win32.cpp and DebugOutput_posix.cpp. Each takes
-/// terminated text without a final line end, may be called from several threads at once and also while the
-/// library is being unloaded. What raises in one is dropped by the caller.
+/// The default destinations. A port supplies them in a file DebugOutput_<system>.cpp. Each takes terminated
+/// text without a final line end, and may be called from several threads at once and while the library is
+/// being unloaded. `EmitDebugText` drops what they raise.
 namespace debugoutput {
 
 /// The debugger output, or the system log.

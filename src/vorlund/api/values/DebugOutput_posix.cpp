@@ -21,17 +21,18 @@
 namespace vorlund::debugoutput {
 namespace {
 
-/// How often a wait looks whether the process is still in the foreground.
+/// A wait looks this often whether the process is still in the foreground.
 constexpr int kPollMilliseconds = 250;
 
 constexpr int kUsualColumns = 80;
 
-/// Bytes that UTF-8 takes at most for a text.
-std::size_t Utf8Bound(const wchar* text) {
+/// The most bytes that a text takes in UTF-8.
+std::size_t MaxUtf8Size(const wchar* text) {
     return std::char_traits<wchar>::length(text) * 3;
 }
 
-/// Keeps the job control from stopping this thread: what a background process may not do then fails instead.
+/// Keeps the job control from stopping this thread: what a background process may not do with the terminal
+/// then fails instead.
 class CJobControlBlock {
 public:
     CJobControlBlock() {
@@ -49,10 +50,10 @@ private:
     sigset_t former_;
 };
 
-/// The process's controlling terminal, whatever its standard streams are. Its mode is left alone.
+/// The process's controlling terminal, whatever its standard streams are. Its mode is not changed.
 class CTerminal {
 public:
-    /// A file description of its own, so that O_NONBLOCK touches nobody else's.
+    /// Opened anew, so that O_NONBLOCK applies to nobody else.
     CTerminal() : handle_(open("/dev/tty", O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC)) {}
     CTerminal(const CTerminal&) = delete;
     CTerminal& operator=(const CTerminal&) = delete;
@@ -68,7 +69,7 @@ public:
         return ioctl(handle_, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsualColumns;
     }
 
-    /// A terminal that is held back (Ctrl-S) is waited for by a foreground process only.
+    /// When the terminal's output is stopped (Ctrl-S), only a foreground process waits for it.
     void Write(const std::pmr::string& text) {
         std::size_t done = 0;
         while (done < text.size()) {
@@ -85,10 +86,10 @@ public:
     }
 
     /// Returns at the end of a line (in every mode of the terminal), at the end of the input, when the
-    /// terminal goes away and when the process leaves the foreground. Takes no byte behind the line.
+    /// terminal goes away and when the process leaves the foreground. Reads no byte after the line.
     void WaitForEnter() {
         while (IsInForeground()) {
-            // First the wait, as there are modes in which a read without input returns nothing, like an end.
+            // The wait comes first, as there are modes in which a read without input returns 0, like the end.
             if (!WaitOnce(POLLIN)) continue;
             char unit = 0;
             const ssize_t count = read(handle_, &unit, 1);
@@ -107,16 +108,18 @@ private:
     int handle_;
 };
 
-/// Appends the text in the encoding of the locale. Returns false when that cannot say all of it.
+/// Appends the text in the encoding of the locale. Returns false when that lacks one of its characters.
 bool AppendInLocale(std::pmr::string& out, const wchar* text) {
     std::mbstate_t state{};
     char bytes[MB_LEN_MAX];
     while (const char32_t code = NextCodePoint(text)) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is our own.
         const std::size_t count = std::wcrtomb(bytes, static_cast<wchar_t>(code), &state);
         if (count == static_cast<std::size_t>(-1)) return false;
         out.append(bytes, count);
     }
-    // What returns to the initial shift state, without the terminator.
+    // The sequence that returns to the initial shift state, without the terminator.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the state is our own.
     const std::size_t count = std::wcrtomb(bytes, L'\0', &state);
     if (count != static_cast<std::size_t>(-1)) out.append(bytes, count - 1);
     return true;
@@ -137,13 +140,13 @@ void WriteToFile(int file, const std::pmr::string& text) {
     }
 }
 
-/// A stream that has printed bytes gets bytes. One that prints wide characters would refuse bytes, and be
-/// silenced by a character that it cannot encode; one that has printed nothing would be bound to bytes for
-/// good. Both have their file written to, behind what they hold back.
+/// A stream that has printed bytes gets bytes. One that prints wide characters would refuse bytes, and would
+/// stop printing at a character that it cannot encode; one that has printed nothing would be bound to bytes
+/// for good. For both the line goes to the file below the stream, after what the stream still holds.
 void WriteLine(std::FILE* stream, const wchar* text) {
     CStackArena arena;
-    const std::size_t bound = Utf8Bound(text) + 1;
-    std::pmr::string line = ReserveString(arena, bound);
+    const std::size_t maxSize = MaxUtf8Size(text) + 1;
+    std::pmr::string line = ReserveString(arena, maxSize);
     if (!AppendInLocale(line, text)) {
         line.clear();
         AppendUtf8(line, text);
@@ -166,7 +169,7 @@ void WriteLine(std::FILE* stream, const wchar* text) {
 
 void WriteToDebugger(const wchar* text) {
     CStackArena arena;
-    std::pmr::string line = ReserveString(arena, Utf8Bound(text));
+    std::pmr::string line = ReserveString(arena, MaxUtf8Size(text));
     AppendUtf8(line, text);
     syslog(LOG_USER | LOG_DEBUG, "%s", line.c_str());
 }

@@ -18,8 +18,8 @@ unsigned int CodePageOf(std::FILE* stream) {
     return _isatty(_fileno(stream)) ? GetConsoleOutputCP() : ___lc_codepage_func();
 }
 
-/// One call of the C runtime for text and line end, so that lines of several threads stay whole. The stream's
-/// wide functions are no way: in the initial locale they fail at the first unit beyond Latin-1.
+/// One call of the C runtime for text and line end, so that lines of several threads stay whole. Not the
+/// stream's wide functions: in the initial locale they fail at the first unit beyond Latin-1.
 void WriteLine(std::FILE* stream, const wchar* text) {
     const unsigned int codePage = CodePageOf(stream);
     const int length = static_cast<int>(std::wcslen(text));

@@ -1,6 +1,11 @@
+// From a raise site to the debugger: `Raise` (<vorlund/Exception.h>) builds the exception from a failure
+// record; the constructor below formats the record into one line and sends it to the debugger output, and for
+// a bug also to the message box; `EmitDebugText` (Debug.cpp) gives it to the handler that the application has
+// set, or to the system. Only then is the exception thrown.
 #include <vorlund/Exception.h>
 
 #include "vorlund/api/text/TextFormat.h"
+#include "vorlund/api/values/DebugOutput.h"
 
 #include <vorlund/String.h>
 
@@ -32,8 +37,8 @@ CException::CException(const wchar* method, const wchar* file, int line, const w
     if (type == EXCEPTION_TYPE_BUG) PrintMessage(DEBUG_MESSAGE_BOX);
 }
 
-// Out of line: each is its class's key function, so the type information exists once, in the library, and an
-// exception is caught by its type on both sides of the library's border.
+// Out of line: each is its class's key function, so the type information exists once, in the library, and
+// plug-ins and applications catch an exception of the library by its type, and the other way round.
 CException::~CException() = default;
 #define VRL_DESTRUCTOR(value, className, enumerator) className::~className() = default;
 VRL_EXCEPTION_SUBCLASSES(VRL_DESTRUCTOR)
@@ -52,7 +57,7 @@ CString CException::ToString() const {
 void CException::PrintMessage(TDebugMessageType destination) const {
     wchar line[kLineCapacity];
     FormatLine(line, *this);
-    CDebug::PrintMessage(destination, VRL_L("%s"), line);
+    EmitDebugText(destination, line);
 }
 
 } // namespace vorlund

@@ -7,8 +7,8 @@
 namespace vorlund {
 namespace {
 
-constexpr int kLeastColumns = 24;
-constexpr int kMostColumns = 78;
+constexpr int kMinColumns = 24;
+constexpr int kMaxColumns = 78;
 
 /// "| " and " |".
 constexpr int kBorders = 4;
@@ -29,7 +29,7 @@ bool IsCommand(char32_t code) {
            (code >= 0x2066 && code <= 0x2069);
 }
 
-/// What goes on one row: from `begin` to `end`, `count` code points; `next` begins the next row.
+/// The text of one row: from `begin` to `end`, `count` code points; `next` begins the next row.
 struct TRow {
     const wchar* begin;
     const wchar* end;
@@ -54,7 +54,7 @@ TRow TakeRow(const wchar* text, int width) {
 class CFrame {
 public:
     CFrame(std::pmr::string& out, int columns)
-        : out_(out), width_(std::clamp(columns, kLeastColumns, kMostColumns) - kBorders) {}
+        : out_(out), width_(std::clamp(columns, kMinColumns, kMaxColumns) - kBorders) {}
 
     int GetWidth() const { return width_; }
 

@@ -1,5 +1,5 @@
 /// \file
-/// A message box drawn with characters, for systems whose boxes are a terminal's.
+/// A message box drawn with characters, for systems that show their boxes on a terminal.
 #pragma once
 
 #include <vorlund/Platform.h>

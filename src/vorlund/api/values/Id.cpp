@@ -14,8 +14,8 @@ template <class TUnit> constexpr int DigitValue(TUnit unit) {
     return -1;
 }
 
-/// Narrow text needs no widened copy: sign extension moves the bytes above 0x7F further away from every
-/// digit, so parsing the bytes themselves gives the same identifier, and text of any length is safe.
+/// The identifier in a narrow or wide text. Narrow text needs no widened copy: widening would extend the sign
+/// of the bytes above 0x7F, which are no digits either way. So a text of any length is safe.
 template <class TUnit> CId Parse(const TUnit* text) {
     unsigned int words[4] = {0, 0, 0, 0};
     if (!text) return {};

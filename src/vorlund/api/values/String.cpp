@@ -19,7 +19,7 @@ const wchar* OrEmpty(const wchar* text) {
     return text ? text : kEmpty;
 }
 
-// What stands in for elements out of range: one cell for each overload, shared by all texts.
+// What elements out of range refer to: one cell for each overload, shared by all texts.
 wchar unsignedConstCell;
 wchar unsignedCell;
 wchar signedConstCell;
@@ -48,7 +48,7 @@ std::int64_t ElementPlace(const wchar* text, std::int64_t index) {
         index += static_cast<std::int64_t>(TextLength(text));
         return index < 0 ? -1 : index;
     }
-    // Beyond what an address space holds there is no text, and no sum either.
+    // No text is that long, and the addition below would overflow.
     if (index >= std::numeric_limits<std::ptrdiff_t>::max()) return -1;
     const auto needed = static_cast<std::size_t>(index) + 1;
     return TextLength(text, needed) == needed ? index : -1;
@@ -65,7 +65,8 @@ wchar Widened(char unit) {
 template <class TUnit> int CompareIgnoreCase(const wchar* left, const TUnit* right) {
     for (;; ++left, ++right) {
         const wchar leftUnit = *left;
-        const wchar rightUnit = Widened(*right);
+        // The analyzer follows `right` past its terminator, where the loop has ended.
+        const wchar rightUnit = Widened(*right); // NOLINT(clang-analyzer-core.CallAndMessage)
         if (leftUnit == rightUnit) {
             if (!leftUnit) return 0;
             continue;
@@ -127,7 +128,8 @@ void CString::Allocate(int count) {
     AdoptBuffer(buffer_, std::move(buffer));
 }
 
-// Kept on purpose: an element out of range is a cell that all texts share, and a write to it stays there.
+// Kept for existing callers: an element out of range is a cell that all texts share, and a write to it stays
+// there.
 wchar CString::operator[](unsigned int index) const {
     const std::int64_t place = ElementPlace(buffer_, index);
     return place < 0 ? unsignedConstCell : buffer_[place];
@@ -148,7 +150,7 @@ wchar& CString::operator[](int index) {
     return place < 0 ? signedCell : buffer_[place];
 }
 
-// Kept on purpose: declared, but not provided.
+// Kept for existing callers: declared, but without an implementation; it returns null.
 IObjectEnumerator* CString::EnumerateTokens(wchar) const {
     return nullptr;
 }
@@ -205,7 +207,7 @@ void CString::ToWideChar(wchar* destination, int size) const {
 void CString::ToChar(char* destination, int size) const {
     if (size < 1) return;
     const std::size_t length = TextLength(buffer_, static_cast<std::size_t>(size) - 1);
-    // Kept on purpose: no code page, the low byte of each unit.
+    // Kept for existing callers: no code page, but the low byte of each unit.
     for (std::size_t i = 0; i < length; ++i) destination[i] = static_cast<char>(buffer_[i]);
     destination[length] = 0;
 }

@@ -1,32 +1,24 @@
-#include <vorlund/Exception.h>
+// `Replace` and `Remove` for texts are defined as loops that search from the front again after each edit and
+// end only when that search does: it raises when the text holds no further match, and only the wide search
+// returns, with 0xFFFFFFFF, when the needle has become longer than the text. Here the edits are made in one
+// pass, and the ending is kept for existing callers: after the edits, the same exception or none.
 #include <vorlund/String.h>
 
 #include "vorlund/api/text/TextBuffer.h"
 #include "vorlund/api/text/TextKernels.h"
 #include "vorlund/api/text/TextRewrite.h"
+#include "vorlund/api/values/StringFailures.h"
 
 #include <algorithm>
 #include <utility>
 
-// The loops of `Replace` and `Remove` search from the front again after each edit and end only when that
-// search does: it raises when the text holds nothing more, and only the wide search answers, with 0xFFFFFFFF,
-// when the needle has become longer than the text. Callers see that ending, so it is kept on purpose, after
-// the edits.
-
 namespace vorlund {
 namespace {
 
-constexpr const wchar* kFile = VRL_L("src/vorlund/api/String");
-constexpr const wchar* kFind = VRL_L("vorlund::CString::FindFirst");
+using namespace stringfailures;
+
 constexpr const wchar* kReplace = VRL_L("vorlund::CString::Replace");
 constexpr const wchar* kRemove = VRL_L("vorlund::CString::Remove");
-constexpr const wchar* kNotFound = VRL_L("Didn't find content");
-
-// How the searches end the loops.
-constexpr TFailure kUnitGone{kFind, kFile, 141, kNotFound};
-constexpr TFailure kWideGone{kFind, kFile, 155, kNotFound};
-constexpr TFailure kNarrowTooLong{kFind, kFile, 163, kNotFound};
-constexpr TFailure kNarrowGone{kFind, kFile, 169, kNotFound};
 
 // Calls whose loop would not end.
 constexpr TFailure kReplaceEmpty{kReplace, kFile, 216, VRL_L("Empty search text")};
@@ -70,20 +62,20 @@ void CString::Replace(const wchar* from, const wchar* to) {
     TRewriteResult result = RewriteText(text, needle, View(to));
     if (result.outcome == TRewriteOutcome::Endless) Raise<CInvalidParameterException>(kReplaceEndless);
     const bool changed = result.outcome == TRewriteOutcome::Changed;
-    // Read before the buffer goes, which may hold the needle.
+    // Read before the buffer is freed, which may hold the needle.
     const bool tooLong = needle.length > (changed ? result.length : text.length);
     if (changed) AdoptBuffer(buffer_, std::move(result.text));
-    if (!tooLong) Raise<CObjectNotFoundException>(kWideGone);
+    if (!tooLong) Raise<CObjectNotFoundException>(kFirstWide);
 }
 
 void CString::Remove(wchar unit) {
     if (!unit) Raise<CInvalidParameterException>(kRemoveTerminator);
     {
-        // Gone before the end, which then has nothing to clean up on its way out.
+        // In a block of its own, so that nothing is left to destroy when the exception leaves.
         TRewriteResult result = RewriteText(View(buffer_), {&unit, 1}, {nullptr, 0});
         if (result.outcome == TRewriteOutcome::Changed) AdoptBuffer(buffer_, std::move(result.text));
     }
-    Raise<CObjectNotFoundException>(kUnitGone);
+    Raise<CObjectNotFoundException>(kFirstUnit);
 }
 
 void CString::Remove(const wchar* text) {
@@ -96,7 +88,8 @@ void CString::Remove(const char* text) {
     if (!needle.Length()) Raise<CInvalidParameterException>(kRemoveEmptyNarrow);
     TRewriteResult result = RewriteText(View(buffer_), {needle.GetBuffer(), needle.Length()}, {nullptr, 0});
     if (result.outcome == TRewriteOutcome::Changed) AdoptBuffer(buffer_, std::move(result.text));
-    Raise<CObjectNotFoundException>(needle.Length() > TextLength(buffer_) ? kNarrowTooLong : kNarrowGone);
+    Raise<CObjectNotFoundException>(needle.Length() > TextLength(buffer_) ? kFirstNarrowTooLong
+                                                                          : kFirstNarrow);
 }
 
 void CString::Remove(int start, int count) {
@@ -137,7 +130,7 @@ void CString::Trim() {
     while (end > 0 && IsTrimmed(buffer_[end - 1])) --end;
     std::size_t first = 0;
     while (first < end && IsTrimmed(buffer_[first])) ++first;
-    // Kept on purpose: the buffer stays, so a trimmed text keeps the room of the old one.
+    // Kept for existing callers: the buffer stays, so a trimmed text keeps the room of the old one.
     std::memmove(buffer_, buffer_ + first, (end - first) * sizeof(wchar));
     buffer_[end - first] = 0;
 }

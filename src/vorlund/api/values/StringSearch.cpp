@@ -1,24 +1,13 @@
-#include <vorlund/Exception.h>
 #include <vorlund/String.h>
 
 #include "vorlund/api/text/TextBuffer.h"
 #include "vorlund/api/text/TextKernels.h"
+#include "vorlund/api/values/StringFailures.h"
 
 namespace vorlund {
 namespace {
 
-constexpr const wchar* kFile = VRL_L("src/vorlund/api/String");
-constexpr const wchar* kFirst = VRL_L("vorlund::CString::FindFirst");
-constexpr const wchar* kLast = VRL_L("vorlund::CString::FindLast");
-constexpr const wchar* kNotFound = VRL_L("Didn't find content");
-
-constexpr TFailure kFirstUnit{kFirst, kFile, 141, kNotFound};
-constexpr TFailure kFirstWide{kFirst, kFile, 155, kNotFound};
-constexpr TFailure kFirstNarrowTooLong{kFirst, kFile, 163, kNotFound};
-constexpr TFailure kFirstNarrow{kFirst, kFile, 169, kNotFound};
-constexpr TFailure kLastUnit{kLast, kFile, 178, kNotFound};
-constexpr TFailure kLastWide{kLast, kFile, 192, kNotFound};
-constexpr TFailure kLastNarrow{kLast, kFile, 206, kNotFound};
+using namespace stringfailures;
 
 /// The answer for a needle longer than the text.
 constexpr unsigned int kNeedleTooLong = 0xFFFFFFFF;
@@ -44,8 +33,8 @@ unsigned int CString::FindFirst(const wchar* needle) const {
 unsigned int CString::FindFirst(const char* needle) const {
     const std::size_t length = TextLength(buffer_);
     const CWidenedText wide(needle);
-    // Kept on purpose: of the four searches for a text, only this one raises for a needle longer than the
-    // text.
+    // Kept for existing callers: of the four searches for a text, only this one raises for a needle longer
+    // than the text.
     if (wide.Length() > length) Raise<CObjectNotFoundException>(kFirstNarrowTooLong);
     return FoundOrRaise(FindFirstText(buffer_, length, wide.GetBuffer(), wide.Length()), kFirstNarrow);
 }

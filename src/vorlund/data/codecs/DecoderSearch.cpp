@@ -13,7 +13,8 @@
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>
-#include <vorlund/ObjectList.h>
+#include <vorlund/ObjectEnumerator.h>
+#include <vorlund/PtrObject.h>
 
 #include <algorithm>
 #include <iterator>

@@ -30,7 +30,7 @@ constexpr TFailure kWriteNotOpen{kWrite, kFile, 128, kNotOpen};
 constexpr TFailure kWriteFailed{kWrite, kFile, 131, kWriteFailedReason};
 
 /// The runtime's own blocks have 4 KiB or less, so many small writes would cost many calls of the system.
-constexpr std::size_t kBlockSize = 32 * 1024;
+constexpr std::size_t kBlockSize = std::size_t{32} * 1024;
 
 } // namespace
 

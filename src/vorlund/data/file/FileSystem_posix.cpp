@@ -92,6 +92,7 @@ CFolderSearch::~CFolderSearch() = default;
 
 bool CFolderSearch::Next() {
     if (!state_) return false;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the folder is opened for this search only.
     const dirent* const entry = readdir(state_->folder);
     if (!entry) return false;
     state_->name = pathcodec::Decode(entry->d_name);

@@ -4,6 +4,7 @@
 
 #include <vorlund/DecoderSupport.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/StringObject.h>
 
 #include <algorithm>
 #include <cstring>

@@ -35,12 +35,11 @@ constexpr std::uint16_t kIntegerPcm = 1;
 
 CWavDecoder::~CWavDecoder() noexcept(false) {
     if (!chunks_) return;
-    if (std::uncaught_exceptions() == 0) {
-        chunks_->Disconnect();
-        return;
-    }
     // A second exception in flight would end the process.
-    DisconnectQuietly(*chunks_);
+    if (std::uncaught_exceptions() > 0)
+        DisconnectQuietly(*chunks_);
+    else
+        chunks_->Disconnect();
 }
 
 void CWavDecoder::Connect(IInputStream* stream) {

@@ -4,7 +4,7 @@
 #include "vorlund/data/sources/VideoSourceImpl.h"
 
 #include <vorlund/ClassIds.h>
-#include <vorlund/Generators.h>
+#include <vorlund/PlasmaVideoGenerator.h>
 
 namespace vorlund {
 

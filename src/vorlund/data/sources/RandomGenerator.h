@@ -5,7 +5,7 @@
 #include "vorlund/data/sources/EndlessSourceImpl.h"
 
 #include <vorlund/ClassIds.h>
-#include <vorlund/Generators.h>
+#include <vorlund/RandomGenerator.h>
 
 namespace vorlund {
 

@@ -1,0 +1,5 @@
+/// \file
+/// Brings back the macros that NamesBegin.h has put aside.
+
+#pragma pop_macro("GetObject")
+#pragma pop_macro("GetClassInfo")

@@ -1,0 +1,68 @@
+#!/bin/bash
+# clang-tidy is quiet. Tests, benchmarks and fuzz targets are left out: the macros of their frameworks set off many
+# checks, and they take most of the time.
+#   scripts/tidy.sh BUILD-FOLDER             the files that changed: since the branch left origin/main or main, on main
+#                                            itself since the commit before, and what is not committed
+#   scripts/tidy.sh BUILD-FOLDER --all       all files
+#   scripts/tidy.sh BUILD-FOLDER FILE...     these files
+# A file that was quiet is looked at again when it, a header or .clang-tidy has changed.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+folder=$1
+shift
+state=$folder/tidy
+mkdir -p "$state/quiet"
+
+# Clang stops at this option of GCC.
+sed 's/ -fno-gnu-unique//' "$folder/compile_commands.json" >"$state/compile_commands.json"
+sources=$(sed -nE "s|^ *\"file\": \"$PWD/((src\|tools\|plugins\|examples)/[^\"]*)\".*|\1|p" "$state/compile_commands.json" | sort -u)
+
+changed_files() {
+    local base
+    base=$(git merge-base HEAD origin/main 2>/dev/null || git merge-base HEAD main 2>/dev/null || git rev-parse HEAD)
+    [[ $base != "$(git rev-parse HEAD)" ]] || base=$(git rev-parse --verify -q HEAD~1 || echo HEAD)
+    {
+        git diff --name-only --diff-filter=d "$base"
+        git ls-files --others --exclude-standard
+    } | sort -u
+}
+
+# A header is looked at through the first source file that includes it by name.
+source_of() {
+    local name=${1#include/} found
+    name=${name#src/}
+    found=$(grep -lE "#include [<\"]$name[>\"]" $sources | head -n 1) || true
+    [[ -z $found ]] && found=$(grep -lE "#include \"$(basename "$name")\"" $sources | head -n 1) || true
+    echo "$found"
+}
+
+wanted() {
+    local file
+    while read -r file; do
+        case $file in
+        *.h) source_of "$file" ;;
+        *.cpp) echo "$file" ;;
+        esac
+    done | sort -u | grep -Fx "$sources" || true
+}
+
+case ${1-} in
+--all) files=$sources ;;
+"") files=$(changed_files | wanted) ;;
+*) files=$(printf '%s\n' "$@" | wanted) ;;
+esac
+
+common=$({ find include src tools plugins examples -name '*.h' -print0 | sort -z | xargs -0 cat; cat .clang-tidy; } | sha256sum)
+check() {
+    local key
+    key=$state/quiet/$({ echo "$common $1"; cat "$1"; } | sha256sum | cut -c1-40)
+    [[ -e $key ]] && return
+    # What it counts in headers of others goes to standard error.
+    clang-tidy --quiet --warnings-as-errors='*' -p "$state" "$1" 2>/dev/null && touch "$key" && return
+    echo "tidy: $1" >&2
+    return 1
+}
+export -f check
+export common state
+echo "tidy: $(grep -c . <<<"$files") files"
+grep . <<<"$files" | xargs -r -P "$(nproc)" -I{} bash -c 'check {}'
