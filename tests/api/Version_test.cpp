@@ -7,9 +7,8 @@
 
 #include <string>
 
+namespace vorlund::test {
 namespace {
-
-using namespace vorlund;
 
 // What a program may write in a condition of the preprocessor.
 #if !(VORLUND_VERSION >= VORLUND_MAKE_VERSION(0, 1, 0)) || VORLUND_VERSION >= VORLUND_MAKE_VERSION(1000, 0, 0)
@@ -51,3 +50,4 @@ TEST(Version, IsTheSameRecordWhileTheLibraryIsOpenAndAfter) {
 }
 
 } // namespace
+} // namespace vorlund::test
