@@ -114,7 +114,7 @@ class SourceFile:
                 skipped.update(range(i, end + 1))
             elif token.text == "[" and self._text(i + 1) == "[":
                 skipped.update(range(i, self.partner.get(i, i) + 1))
-            elif token.text == "0" and self._text(i - 1) == "=" and self._text(i - 2) in (")", "const", "noexcept"):
+            elif token.text == "0" and self._text(i - 1) == "=" and self._text(i - 2) in (")", "const", "noexcept", "override"):
                 skipped.add(i)
         return skipped
 

@@ -11,7 +11,7 @@ GROUPS = {
     "riff": [
         ("src/vorlund/data/filters/WavChunkDecoder.cpp",), ("src/vorlund/data/filters/WavChunkDecoder.h",),
         ("src/vorlund/data/filters/WavChunkTable.cpp",), ("src/vorlund/data/filters/WavChunkTable.h",),
-        ("src/vorlund/data/filters/WavDecoder.cpp",), ("src/vorlund/data/filters/WavDecoder.h",),
+        ("src/vorlund/data/base/GuardedFilterImpl.h",), ("src/vorlund/data/filters/WavDecoder.cpp",), ("src/vorlund/data/filters/WavDecoder.h",),
     ],
     "decoder-search": [
         ("src/vorlund/data/codecs/DecoderSearch.cpp",), ("src/vorlund/data/codecs/DecoderSearch.h",),

@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+
 #include <sys/stat.h>
 
 namespace vorlund::test {
@@ -58,6 +61,35 @@ TEST_F(PluginFilesPosix, NamesThatAreNoText) {
     folder_.Add("accepting", folder_.PathOf(name).filename());
     store_.LoadAvailablePlugins();
     EXPECT_TRUE(store_.IsPluginLoaded(PathFromUtf8(name.c_str()).c_str()));
+}
+
+/// The plug-in that goes well with a text in its file replaced by one of the same length.
+std::string ChangedPlugin(const std::string& text, const std::string& other) {
+    std::string bytes = ReadFile(PluginFile("accepting"));
+    std::size_t count = 0;
+    for (std::size_t at; (at = bytes.find(text)) != std::string::npos; ++count)
+        bytes.replace(at, other.size(), other);
+    EXPECT_GT(count, 0U) << text;
+    return bytes;
+}
+
+TEST_F(PluginFilesPosix, LibraryWithOneOfBothEntriesIsUnloaded) {
+    // The names are as they should be, and one of them has another version.
+    for (const auto& [version, other] : {std::pair{"YA_NXZ", "YA_NXY"}, std::pair{"YAXXZ", "YAXXY"}}) {
+        WriteFile(folder_.PathOf(other), ChangedPlugin(version, other));
+        const wstring name = PathFromUtf8(other);
+        store_.LoadPlugin(name.c_str());
+        EXPECT_FALSE(store_.IsPluginLoaded(name.c_str())) << version;
+        EXPECT_FALSE(IsInProcess(folder_.PathOf(other))) << version;
+    }
+}
+
+TEST_F(PluginFilesPosix, LibraryThatTheSystemRefusesIsPassedOver) {
+    WriteFile(folder_.PathOf("refused"), ChangedPlugin("libvorlund.so", "libmissing.so"));
+    store_.LoadAvailablePlugins();
+    store_.LoadPlugin(VRL_L("refused"));
+    EXPECT_FALSE(store_.IsPluginLoaded(VRL_L("refused")));
+    EXPECT_FALSE(IsInProcess(folder_.PathOf("refused")));
 }
 
 } // namespace

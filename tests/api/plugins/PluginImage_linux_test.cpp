@@ -248,6 +248,13 @@ const TRow kRows[] = {
      true},
     {"EntriesWithoutALast", [](TImage& image) { image.entries[3] = image.entries[2]; }, true},
     {"NoNames", [](TImage& image) { image.entries[0].d_tag = DT_SONAME; }, false},
+    // An address that nothing names is 0, which is where this image begins.
+    {"SizeOfNamesAlone",
+     [](TImage& image) {
+         image.entries[0].d_tag = DT_SONAME;
+         image.entries[1].d_un.d_val = image.dataAt;
+     },
+     true},
     {"NoSizeOfNames", [](TImage& image) { image.entries[1].d_tag = DT_SONAME; }, false},
     {"NamesUpToTheEndOfTheirSegment", [](TImage& image) { image.entries[1].d_un.d_val = image.names.size(); },
      true},

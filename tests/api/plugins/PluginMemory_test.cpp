@@ -1,0 +1,56 @@
+// What the plug-in store does with memory, and without it.
+#include <vorlund/PluginStore.h>
+
+#include "api/plugins/TestPlugins.h"
+#include "support/Allocations.h"
+#include "support/LibraryScope.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+
+namespace vorlund::test {
+namespace {
+
+TEST(PluginMemory, StoreGivesBackWhatItTook) {
+    const CLibraryScope library;
+    const CMemoryWatch watch;
+    {
+        CPluginStore store;
+        store.AddPluginPath(VRL_L("/a folder with a name too long to be kept in place"));
+        store.AddPluginExtension(VRL_L("plg"));
+    }
+    EXPECT_EQ(watch.GetLiveBlocks(), 0);
+}
+
+TEST(PluginMemory, PluginThatCannotBeRecordedIsClosedAndUnloaded) {
+    const CLibraryScope library;
+    bool isInProcess = true;
+    for (std::size_t successes = 0;; ++successes) {
+        const CPluginFolder folder;
+        const fs::path file = folder.Add("accepting");
+        const wstring path = folder.GetPath();
+        CPluginStore store;
+        store.AddPluginPath(path.c_str());
+        bool isRefused = false;
+        {
+            const CAllocationFailure failure(successes);
+            try {
+                store.LoadPlugin(VRL_L("accepting"));
+            } catch (const std::bad_alloc&) {
+            }
+            isRefused = failure.HasFailed();
+        }
+        EXPECT_EQ(store.IsPluginLoaded(VRL_L("accepting")), !isRefused) << successes;
+        if (!isRefused) {
+            store.Close();
+            break;
+        }
+        isInProcess = IsInProcess(file);
+    }
+    // The last allocation is the record's. A plug-in that was refused memory in its own entry stays.
+    EXPECT_FALSE(isInProcess);
+}
+
+} // namespace
+} // namespace vorlund::test
