@@ -5,8 +5,8 @@
 ///
 /// A set lives in a file that ends in its name (`_scalar`, `_sse2`, `_avx2`), and the list in the file
 /// without an ending, which makes the choice: when the routine is looked up, when the library is loaded, or,
-/// where the sets differ in nothing but what the compiler's target has, when the library is compiled. Tests,
-/// fuzz targets and benchmarks go through the list.
+/// where the compiler's target alone decides, when the library is compiled. Tests and benchmarks go through
+/// the list.
 ///
 /// Files for AVX2 are compiled for that processor as a whole. They share no function with other files,
 /// because the linker could take their copy for all of them: what is in a header is a declaration,
