@@ -1,6 +1,4 @@
-# GoogleTest from the sources that Debian's package googletest installs, and the helpers of the test folders.
-set(VORLUND_GOOGLETEST_DIR /usr/src/googletest/googletest CACHE PATH "Sources of GoogleTest")
-
+# GoogleTest from its sources in VORLUND_GOOGLETEST_DIR, and the helpers of the test folders.
 # Its one source file is compiled directly: its own CMake project would ask for a C compiler and for Python.
 find_package(Threads REQUIRED)
 add_library(gtest STATIC EXCLUDE_FROM_ALL ${VORLUND_GOOGLETEST_DIR}/src/gtest-all.cc)

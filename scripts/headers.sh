@@ -10,25 +10,27 @@ win32) compiler=i686-w64-mingw32-g++-posix ;;
 win64) compiler=x86_64-w64-mingw32-g++-posix ;;
 esac
 # Alone each of the two does nothing that a compiler could check.
-mapfile -t headers < <(ls include/vorlund/*.h ${2:+"$2"/include/vorlund/*.h} | grep -vE '/Names(Begin|End)\.h$')
+mapfile -t headers < <(find include/vorlund ${2:+"$2/include/vorlund"} -name '*.h' ! -name 'Names*.h' | sort)
 folders="-Iinclude ${2:+-I$2/include}"
 
 # commands: one compilation a line, each with the headers that it includes in that order.
 commands() {
-    local header preludes=("")
-    [[ $1 == win* ]] && preludes+=("-include windows.h" "-DUNICODE -include windows.h")
+    local header order macros
+    local -a names
     for header in "${headers[@]}"; do
-        for prelude in "${preludes[@]}"; do echo "$prelude -include $header"; done
+        echo "-include $header"
+        # The short form, for time; all together then see the long one.
+        [[ $1 != win* ]] || echo "-DUNICODE -DWIN32_LEAN_AND_MEAN -include windows.h -include $header"
     done
     [[ $1 == win* ]] || return 0
-    # All together, with the system's headers behind them and in their middle.
-    local half=$((${#headers[@]} / 2)) order lean
-    local -a names
+    # All together, with the system's headers before them, in their middle and behind them.
+    local half=$((${#headers[@]} / 2))
     for order in "${headers[*]}" "$(printf '%s\n' "${headers[@]}" | tac | paste -sd' ')"; do
         read -ra names <<<"$order"
-        for lean in "" "-DWIN32_LEAN_AND_MEAN" "-DUNICODE" "-DUNICODE -DWIN32_LEAN_AND_MEAN"; do
-            echo "$lean ${names[*]/#/-include } -include windows.h"
-            echo "$lean ${names[*]/#/-include } " | sed "s,-include ,-include windows.h &,$((half + 1))"
+        for macros in "" "-DWIN32_LEAN_AND_MEAN" "-DUNICODE" "-DUNICODE -DWIN32_LEAN_AND_MEAN"; do
+            echo "$macros -include windows.h ${names[*]/#/-include }"
+            echo "$macros ${names[*]/#/-include }" | sed "s,-include ,-include windows.h &,$((half + 1))"
+            echo "$macros ${names[*]/#/-include } -include windows.h"
         done
     done
 }

@@ -8,6 +8,8 @@ vorlund_packages() {
     local tests="$build googletest pkgconf python3"
     # What tests/realfiles compares with.
     local recordings="alsa-utils sox sndfile-programs"
+    # Checks of form and of the binary interface.
+    local checks="clang-format clang-tidy abigail-tools xz-utils git"
     # A display for the tests of windows, and what windows on Linux are built with.
     local windows="xvfb libxcb1-dev"
     case $1 in
@@ -16,7 +18,7 @@ vorlund_packages() {
     # wine64 as well: the tests' Wine prefix serves both word sizes.
     win32) echo "$tests $recordings g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
     win64) echo "$tests g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
-    linux) echo "$tests $recordings $windows" ;;
+    linux) echo "$tests $recordings $windows $checks" ;;
     linux-asan | linux-tsan) echo "$tests $windows" ;;
     linux32-asan) echo "$tests libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
     linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev" ;;

@@ -12,12 +12,6 @@ declare -a rows=()
 # Longest run of one test program, in seconds: a hang fails instead of blocking.
 program_limit=900
 
-# The sanitizers' runtimes: leaks count as failures, an impossible allocation returns null as operator new's
-# callers expect, the first race ends the run.
-export ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1
-export UBSAN_OPTIONS=print_stacktrace=1
-export TSAN_OPTIONS=allocator_may_return_null=1:halt_on_error=1:second_deadlock_stack=1
-
 # count PASSED FAILED: adds to the sums of the target at hand.
 count() {
     passed=$((passed + $1))
@@ -44,13 +38,13 @@ complain() {
 
 # on_target COMMAND...: runs a program of the target, in the way that the target needs.
 on_target() {
-    local -a launcher=(timeout -k 10 "$program_limit")
+    local -a launcher
     case $target in
-    win*) launcher+=(wine) ;;
-    # The sanitizers of GCC 12 and Clang 14 do not know the address layouts of newer kernels.
-    *asan | *tsan | *fuzz) setarch -R true 2>/dev/null && launcher+=(setarch -R) ;;
+    win*) target_launcher wine ;;
+    *asan | *tsan | *fuzz) target_launcher sanitized ;;
+    *) target_launcher native ;;
     esac
-    "${launcher[@]}" "$@"
+    timeout -k 10 "$program_limit" "${launcher[@]}" "$@"
 }
 
 # gtest_program NAME: runs a test program and adds its cases.
@@ -105,6 +99,18 @@ example() {
     (cd examples/data && on_target "$program" </dev/null)
 }
 
+# ctest has an entry for every case of the test programs and more, and its entries work.
+ctest_entries() {
+    local cases=0 entries name
+    for name in vorlund_tests vorlund_internal_tests; do
+        cases=$((cases + $(on_target "$1/bin/$name" --gtest_list_tests | grep -c '^  ')))
+    done
+    entries=$(ctest --test-dir "$1" -N | sed -n 's/^Total Tests: //p')
+    echo "$entries entries, $cases of them cases"
+    ((entries > cases)) &&
+        ctest --test-dir "$1" -R '^(Version\.|smoke$|example\.)' --no-tests=error --output-on-failure
+}
+
 # start_builds TARGET...: builds the targets one after the other in the background, so that the next one is built while
 # one is tested. The status and the seconds of each go to a file.
 start_builds() {
@@ -123,8 +129,10 @@ build_targets() {
     for target in "$@"; do
         start=$SECONDS
         status=0
-        options=()
-        [[ $target == win64 ]] && options=(-- --target vorlund_smoke vorlund_windows_names)
+        # What a target should have must not be left out without a word.
+        options=(-DVORLUND_REQUIRE_ALL=ON)
+        [[ $target == linux ]] && options+=(-DVORLUND_DEBUG_INFO=ON)
+        [[ $target == win64 ]] && options+=(-- --target vorlund_smoke vorlund_windows_names)
         vorlund_build "$target" "build/$target" "${options[@]}" >"$logs/$target-build.log" 2>&1 || status=$?
         echo "$status $((SECONDS - start))" >"$logs/$target-built.new"
         mv "$logs/$target-built.new" "$logs/$target-built"
@@ -173,6 +181,11 @@ test_target() {
         step failures tests/abi/check_failures.py
         step pages tests/docs/check_pages.py
         step readme tests/docs/check_readme.py "$folder"
+        step "test names" tests/check_names.py
+        step abi scripts/abi.sh --check "$folder"
+        step format scripts/format.sh
+        step tidy scripts/tidy.sh "$folder"
+        step ctest ctest_entries "$folder"
     fi
     row "built in $built s, tested in $((SECONDS - start)) s"
 }

@@ -29,10 +29,11 @@ changed_files() {
 
 # A header is looked at through the first source file that includes it by name.
 source_of() {
-    local name=${1#include/} found
+    local name=${1#include/} pattern found=""
     name=${name#src/}
-    found=$(grep -lE "#include [<\"]$name[>\"]" $sources | head -n 1) || true
-    [[ -z $found ]] && found=$(grep -lE "#include \"$(basename "$name")\"" $sources | head -n 1) || true
+    for pattern in "#include [<\"]${name}[>\"]" "#include \"$(basename "$name")\""; do
+        [[ -n $found ]] || found=$(xargs grep -lE "$pattern" <<<"$sources" | head -n 1) || true
+    done
     echo "$found"
 }
 

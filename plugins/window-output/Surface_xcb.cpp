@@ -72,6 +72,7 @@ bool CSurfaceXcb::Draw(const std::uint32_t* pixels, int width, int height) {
     const std::size_t rowSize = std::size_t{geometry->width} * 4;
     constexpr std::size_t kRequestHead = 64;
     const std::size_t room = std::size_t{xcb_get_maximum_request_length(connection_)} * 4 - kRequestHead;
+    // A window is at least one pixel wide. NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
     const int rowsAtOnce = static_cast<int>(std::clamp<std::size_t>(room / rowSize, 1, 0x7FFF));
     for (int row = 0; row < geometry->height; row += rowsAtOnce) {
         const int rows = std::min(rowsAtOnce, geometry->height - row);

@@ -1,7 +1,7 @@
 // What bitmaps add to the resource that they hold.
 #include "data/resource/ResourceTest.h"
 
-#include <vorlund/MediaObjects.h>
+#include <vorlund/Bitmap.h>
 
 #include <gtest/gtest.h>
 

@@ -266,8 +266,10 @@ TEST_F(DeviceClassStore, FailuresOfTheClassStorePassOn) {
 // That it keeps other threads out is seen in a child process, in Unload_test: they wait for ever.
 
 void ExpectDevice(const std::function<IDevice*()>& create) {
-    const auto device = CRefPtr<IDevice>::Adopt(create());
-    EXPECT_EQ(device->GetClassId(), CFirst::ClassId);
+    IDevice* device = nullptr;
+    EXPECT_NO_THROW(device = create());
+    ASSERT_NE(device, nullptr);
+    EXPECT_EQ(CRefPtr<IDevice>::Adopt(device)->GetClassId(), CFirst::ClassId);
 }
 void ExpectNoObject(const std::function<IDevice*()>& create) {
     ExpectRaises<CBugException>(kNoObject, create);

@@ -1,6 +1,6 @@
 // The default property page.
 #include <vorlund/ClassIds.h>
-#include <vorlund/MediaObjects.h>
+#include <vorlund/PropertyPage.h>
 #include <vorlund/RefPtr.h>
 
 #include "support/DebugRecorder.h"

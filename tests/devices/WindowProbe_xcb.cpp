@@ -2,6 +2,8 @@
 
 #include "vorlund/devices/XcbReply.h"
 
+#include <vorlund/Path.h>
+
 #include <xcb/xcb.h>
 
 #include <cstring>
@@ -35,35 +37,14 @@ xcb_window_t ToWindow(void* handle) {
     return static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(handle));
 }
 
-/// Titles of the tests are in the range that UTF-8 writes with up to three bytes.
-wstring FromUtf8(const char* text, std::size_t size) {
-    wstring units;
-    for (std::size_t i = 0; i < size; ++i) {
-        const unsigned char lead = static_cast<unsigned char>(text[i]);
-        unsigned int code = lead;
-        int more = 0;
-        if (lead >= 0xE0) {
-            code = lead & 0x0F;
-            more = 2;
-        } else if (lead >= 0xC0) {
-            code = lead & 0x1F;
-            more = 1;
-        }
-        for (; more > 0 && i + 1 < size; --more) {
-            code = code << 6 | (static_cast<unsigned char>(text[++i]) & 0x3F);
-        }
-        units += static_cast<wchar>(code);
-    }
-    return units;
-}
-
 wstring GetTitle(const CConnection& connection, xcb_window_t window) {
     const auto asked = xcb_get_property(connection, 0, window, connection.FindAtom("_NET_WM_NAME"),
                                         connection.FindAtom("UTF8_STRING"), 0, 1024);
     const auto reply = OwnReply(xcb_get_property_reply(connection, asked, nullptr));
     if (!reply) return {};
-    return FromUtf8(static_cast<const char*>(xcb_get_property_value(reply.get())),
-                    static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
+    const std::string title(static_cast<const char*>(xcb_get_property_value(reply.get())),
+                            static_cast<std::size_t>(xcb_get_property_value_length(reply.get())));
+    return PathFromUtf8(title.c_str());
 }
 
 } // namespace

@@ -175,6 +175,12 @@ def check_commands():
         if not os.access(ROOT / entry, os.X_OK):
             complaints.append(f".pre-commit-config.yaml: {entry} is no program")
 
+    presets = re.findall(r'"name": "([\w-]+)"', read("CMakePresets.json"))
+    for page in ("README.md", "CONTRIBUTING.md", "docs/performance.md"):
+        for preset in re.findall(r"--preset ([\w-]+)", read(page)):
+            if preset not in presets:
+                complaints.append(f"{page}: CMakePresets.json has no preset {preset}")
+
     options = set(re.findall(r"\b(VORLUND_\w+)", "\n".join(re.findall(r"^option\(.*", read("CMakeLists.txt"), re.MULTILINE))))
     for page in ("README.md", "CONTRIBUTING.md", "docs/performance.md"):
         for option in re.findall(r"-D(VORLUND_\w+)=", read(page)):

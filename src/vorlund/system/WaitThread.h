@@ -33,8 +33,8 @@ void Join(TThreadHandle thread) noexcept;
 inline constexpr std::uint32_t kInterrupted = 192;
 
 /// Like `WaitForSeveral` without a limit, on a thread of `StartInterruptible`; `kInterrupted` when somebody
-/// interrupted the thread, and perhaps at other times. With a count of 0 it fails, whether interrupted or
-/// not.
+/// interrupted the thread, and perhaps at other times. With a count that `WaitForSeveral` refuses it fails,
+/// whether interrupted or not.
 std::uint32_t WaitInterruptibly(std::uint32_t count, const TEventHandle* events, bool isForAll) noexcept;
 
 /// Sleeps on a thread of `StartInterruptible` until somebody interrupts it, and perhaps less long.

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 
 namespace vorlund::test {
@@ -37,15 +38,13 @@ INSTANTIATE_TEST_SUITE_P(
                     TRow{"WrongOrder", VRL_L("\xDE00\xD83D"), "\xEF\xBF\xBD\xEF\xBF\xBD"}),
     [](const auto& row) { return row.param.name; });
 
-TEST(Utf8CodePoints, SurrogatesJoin) {
-    for (const char32_t unit : {0xD7FF, 0xE000, 0x1D800, 0x1DC00}) {
-        EXPECT_FALSE(IsHighSurrogate(unit)) << unit;
-        EXPECT_FALSE(IsLowSurrogate(unit)) << unit;
+TEST(Utf8CodePoints, SurrogatesAreToldApartAndJoined) {
+    for (const char32_t unit : {0xD800, 0xDBFF, 0x1D800, 0x1DC00, 0xD7FF, 0xDC00, 0xDFFF, 0xE000}) {
+        EXPECT_EQ(IsHighSurrogate(unit), unit == 0xD800 || unit == 0xDBFF) << std::uint32_t{unit};
+        EXPECT_EQ(IsLowSurrogate(unit), unit == 0xDC00 || unit == 0xDFFF) << std::uint32_t{unit};
     }
-    for (const char32_t unit : {0xD800, 0xDBFF}) EXPECT_TRUE(IsHighSurrogate(unit) && !IsLowSurrogate(unit));
-    for (const char32_t unit : {0xDC00, 0xDFFF}) EXPECT_TRUE(IsLowSurrogate(unit) && !IsHighSurrogate(unit));
-    EXPECT_EQ(JoinSurrogates(0xD800, 0xDC00), U'\U00010000');
-    EXPECT_EQ(JoinSurrogates(0xDBFF, 0xDFFF), U'\U0010FFFF');
+    EXPECT_EQ(std::uint32_t{JoinSurrogates(0xD800, 0xDC00)}, 0x10000u);
+    EXPECT_EQ(std::uint32_t{JoinSurrogates(0xDBFF, 0xDFFF)}, 0x10FFFFu);
 }
 
 TEST(Utf8CodePoints, ALoneSurrogateHasThreeBytes) {

@@ -64,7 +64,7 @@ TEST_F(DecoderSupport, WhatTheStreamRaisesPassesOn) {
     EXPECT_EQ(Got(2), (TBytes{1, 2}));
 }
 
-TEST(LittleEndian, TheLowByteComesFirst) {
+TEST(DecoderSupportLittleEndian, TheLowByteComesFirst) {
     constexpr std::uint8_t bytes[] = {0x01, 0x82, 0x03, 0xF4};
     static_assert(LoadLittleEndian16(bytes) == 0x8201);
     static_assert(LoadLittleEndian32(bytes) == 0xF4038201);

@@ -239,11 +239,18 @@ TEST_P(PcmConversions, TheReferenceFollowsTheRules) {
 TEST_P(PcmConversions, EverySetGivesTheSameBits) {
     const TBytes input = Pack(InputsOf(from_), from_);
     const TBytes expected = Reference(input);
+    std::string ran;
     for (const auto& [name, routine] : Routines()) {
         TBytes output(expected.size());
         routine(output.data(), input.data(), InputsOf(from_).size());
         EXPECT_TRUE(output == expected) << name;
+        ran += std::string(name) + " ";
     }
+    // Each supported set has all routines.
+    std::string supported;
+    for (const TConversionSet* set : GetConversionSets())
+        if (set->isSupported()) supported += std::string(set->name) + " ";
+    EXPECT_EQ(ran, supported);
 }
 
 TEST_P(PcmConversions, SamplesOfAllKindsMix) {
@@ -262,15 +269,15 @@ TEST_P(PcmConversions, SamplesOfAllKindsMix) {
 }
 
 TEST_P(PcmConversions, EveryLengthAndAlignment) {
-    constexpr std::size_t kMost = 131;
+    constexpr std::size_t kMaxCount = 131;
     const TPatterns& inputs = InputsOf(from_);
     std::mt19937 random(8);
-    TPatterns some(kMost);
+    TPatterns some(kMaxCount);
     for (std::uint32_t& pattern : some) pattern = inputs[random() % inputs.size()];
     const TBytes samples = Pack(some, from_);
     const TBytes expected = Reference(samples);
     for (const auto& [name, routine] : Routines()) {
-        for (std::size_t count = 0; count <= kMost; ++count) {
+        for (std::size_t count = 0; count <= kMaxCount; ++count) {
             for (std::size_t shift = 0; shift < 33; shift += shift < 4 ? 1 : 7) {
                 // The source ends with its last sample, where the address sanitizer watches.
                 TBytes source(shift + count * inSize_);

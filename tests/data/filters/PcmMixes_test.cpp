@@ -158,11 +158,11 @@ template <class TSample> std::vector<TSample> RandomBits(std::uint32_t seed) {
 
 /// Everything around zero and around the ends, and every remainder of the divisions there.
 template <class TSample> std::vector<TSample> IntegerEdges() {
-    constexpr std::int64_t kLeast = std::numeric_limits<TSample>::min();
-    constexpr std::int64_t kMost = std::numeric_limits<TSample>::max();
+    constexpr std::int64_t kMin = std::numeric_limits<TSample>::min();
+    constexpr std::int64_t kMax = std::numeric_limits<TSample>::max();
     std::vector<TSample> values;
     for (std::int64_t i = 0; i < 14; ++i) {
-        for (const std::int64_t value : {i, -i, kLeast + i, kMost - i, kLeast / 2 - i, kMost / 2 + i})
+        for (const std::int64_t value : {i, -i, kMin + i, kMax - i, kMin / 2 - i, kMax / 2 + i})
             values.push_back(static_cast<TSample>(value));
     }
     return values;

@@ -13,14 +13,6 @@ constexpr const TTextSet& kInUse = FindFastestSet<TTextSet>(kSets);
 
 } // namespace
 
-TKernelSets<TTextSet> GetTextSets() {
-    return kSets;
-}
-
-const TTextSet& GetTextSetInUse() {
-    return kInUse;
-}
-
 std::size_t TextLength(const wchar* text) {
     return kInUse.routines.length(text);
 }
@@ -70,6 +62,14 @@ void ReplaceUnit(wchar* text, std::size_t length, wchar from, wchar to) {
 
 void WidenText(wchar* destination, const char* source, std::size_t length) {
     kInUse.routines.widen(destination, source, length);
+}
+
+TKernelSets<TTextSet> GetTextSets() {
+    return kSets;
+}
+
+const TTextSet& GetTextSetInUse() {
+    return kInUse;
 }
 
 } // namespace vorlund

@@ -238,6 +238,8 @@ inline std::size_t FindFirstText(const wchar* text, std::size_t length, const wc
     std::size_t i = 0;
     for (; i + 2 * kBlock <= places; i += 2 * kBlock) {
         unsigned int mask = Mask(wanted.Candidates(text + i), wanted.Candidates(text + i + kBlock));
+        if (!mask) [[likely]]
+            continue;
         for (; mask; mask &= mask - 1) {
             const std::size_t place = i + static_cast<unsigned int>(std::countr_zero(mask));
             if (wanted.IsAt(text + place)) return place;
@@ -283,6 +285,8 @@ inline std::size_t FindLastText(const wchar* text, std::size_t length, const wch
     for (; end >= 2 * kBlock; end -= 2 * kBlock) {
         const wchar* at = text + end - 2 * kBlock;
         unsigned int mask = Mask(wanted.Candidates(at), wanted.Candidates(at + kBlock));
+        if (!mask) [[likely]]
+            continue;
         while (mask) {
             const unsigned int bit = 31 - static_cast<unsigned int>(std::countl_zero(mask));
             const std::size_t place = end - 2 * kBlock + bit;

@@ -28,10 +28,9 @@ public:
     /// Hands bytes through.
     CStep() = default;
     /// \param routine     null hands bytes through
-    /// \param frame       bytes per frame, of the input and of the output; they are to each other like
-    /// `ratio`,
-    ///                    of which neither part is more than six times the other
-    /// \param ratio       neither part is 0
+    /// \param inputFrame  bytes per frame of the input
+    /// \param outputFrame the same of the output; the two relate like the parts of `ratio`
+    /// \param ratio       neither part is 0 or more than six times the other
     /// \param inputGrain  only multiples of this many input bytes are rescaled; a power of two
     /// \param units       units of the routine per frame
     CStep(TRoutine routine, std::uint64_t inputFrame, std::uint64_t outputFrame, TRatio ratio,

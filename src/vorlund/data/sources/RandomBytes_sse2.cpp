@@ -5,6 +5,7 @@
 #include "vorlund/data/sources/RandomBytes.h"
 
 #include <emmintrin.h>
+#include <utility>
 
 namespace vorlund {
 namespace {
@@ -32,6 +33,12 @@ __m128i Advance(__m128i states) {
                          _mm_set1_epi64x(kStride.increment));
 }
 
+/// Written out, not looped over, so that all states stay in registers.
+template <std::size_t... i>
+VRL_INLINE void AdvanceAll(__m128i (&states)[kRegisters], std::index_sequence<i...>) {
+    ((states[i] = Advance(states[i])), ...);
+}
+
 /// The bytes of four states, each in 32 bits.
 __m128i BytesOf(__m128i first, __m128i second) {
     const __m128i states = _mm_castps_si128(
@@ -53,7 +60,7 @@ std::uint32_t WriteBlocks(std::uint32_t state, std::uint8_t* bytes, std::size_t 
         _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm_packus_epi16(low, high));
         if (--blocks == 0) break;
         bytes += kLanes;
-        for (__m128i& pair : states) pair = Advance(pair);
+        AdvanceAll(states, std::make_index_sequence<kRegisters>());
     }
     return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_unpackhi_epi64(states[7], states[7])));
 }
