@@ -38,20 +38,19 @@ class Suites:
                     self.of.setdefault((program, path), set()).add(suite["name"])
 
     def steps(self, source):
-        """The runs for a file of the library, as (program, its suites): those of its folder, then the rest of its area,
-        then the command-line program, then what of the area looks inside."""
+        """The runs for a file of the library, as (program, its suites): those of its folder from outside and from inside,
+        with what lies above it in the same area; then the rest of the area, then the command-line program."""
         folder = "tests/" + source.removeprefix("src/vorlund/").rpartition("/")[0]
         area = "/".join(folder.split("/")[:2])
-        in_area = {path for _, path in self.of if path == area or path.startswith(area + "/")}
+        near = {path for _, path in self.of if path.startswith(area) and (folder + "/").startswith(path + "/")}
+        rest = {path for _, path in self.of if (path + "/").startswith(area + "/")} - near
         shared, internal = PROGRAMS
-        rest = in_area - {folder}
-        wanted = [(shared, {folder}), (internal, {folder}), (shared, rest), (shared, {"tests/cli"}), (internal, rest)]
-        steps = []
-        for program, folders in wanted:
-            names = sorted(set().union(*(self.of.get((program, path), set()) for path in folders)))
-            if names:
-                steps.append((program, names))
-        return steps
+        steps = [(shared, near), (internal, near), (shared, rest), (shared, {"tests/cli"})]
+        named = [(program, self._names(program, folders)) for program, folders in steps]
+        return [(program, names) for program, names in named if names]
+
+    def _names(self, program, folders):
+        return sorted(set().union(*(self.of.get((program, path), set()) for path in folders)))
 
 
 class Trial:
