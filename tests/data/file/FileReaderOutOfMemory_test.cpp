@@ -38,8 +38,7 @@ TEST_F(FileReaderOutOfMemory, RefusedOpenLeavesTheStreamClosed) {
     EXPECT_EQ(input->GetCapabilities(), 7u);
     const auto output = CreateAs<IFileOutputStream>(classid::CFileOutputStream);
     EXPECT_GE(RefuseEachAllocation([&] { output->Open(path.c_str(), true); },
-                                   [&] { EXPECT_EQ(output->GetCapabilities(), 0u); },
-                                   TKept::Room),
+                                   [&] { EXPECT_EQ(output->GetCapabilities(), 0u); }, TKept::Room),
               1u);
     EXPECT_EQ(output->GetCapabilities(), 11u);
 }
