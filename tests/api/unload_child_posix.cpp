@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <filesystem>
+#include <link.h>
 #include <string>
 
 namespace vorlund::test {
@@ -29,9 +30,13 @@ bool UnloadModule(void* module) {
 
 bool IsLoaded(const char* name) {
     // The name under which the loader knows it carries the version.
-    void* const module = dlopen((FileName(name) + ".0").c_str(), RTLD_NOW | RTLD_NOLOAD);
-    if (module) dlclose(module);
-    return module != nullptr;
+    std::string wanted = FileName(name);
+    return dl_iterate_phdr(
+               [](dl_phdr_info* module, std::size_t, void* prefix) {
+                   const std::string file = std::filesystem::path(module->dlpi_name).filename();
+                   return static_cast<int>(file.starts_with(*static_cast<const std::string*>(prefix)));
+               },
+               &wanted) != 0;
 }
 
 } // namespace vorlund::test

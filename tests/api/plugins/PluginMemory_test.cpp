@@ -28,7 +28,7 @@ TEST(PluginMemory, PluginThatCannotBeRecordedIsClosedAndUnloaded) {
     bool isInProcess = true;
     for (std::size_t successes = 0;; ++successes) {
         const CPluginFolder folder;
-        const fs::path file = folder.Add("accepting");
+        const fs::path file = folder.Add("silent");
         const wstring path = folder.GetPath();
         CPluginStore store;
         store.AddPluginPath(path.c_str());
@@ -36,12 +36,12 @@ TEST(PluginMemory, PluginThatCannotBeRecordedIsClosedAndUnloaded) {
         {
             const CAllocationFailure failure(successes);
             try {
-                store.LoadPlugin(VRL_L("accepting"));
+                store.LoadPlugin(VRL_L("silent"));
             } catch (const std::bad_alloc&) {
             }
             isRefused = failure.HasFailed();
         }
-        EXPECT_EQ(store.IsPluginLoaded(VRL_L("accepting")), !isRefused) << successes;
+        EXPECT_EQ(store.IsPluginLoaded(VRL_L("silent")), !isRefused) << successes;
         if (!isRefused) {
             store.Close();
             break;
