@@ -15,7 +15,7 @@ constexpr TFailure kWrongFormat{kMethod, kFile, 1, VRL_L("Unsupported format ID"
 constexpr TFailure kWrongPixels{kMethod, kFile, 2, VRL_L("Unsupported pixel format")};
 
 /// Window systems hold sizes in 16 bits.
-constexpr std::uint32_t kLargestSide = 32767;
+constexpr std::uint32_t kMaxSide = 32767;
 
 bool IsChannelOfOneByte(std::uint32_t bits, std::uint32_t shift) {
     return bits == 8 && shift <= 24;
@@ -28,7 +28,7 @@ bool CanShow(const TDataFormat_ImageRgb& image) {
     return pixel.bitsPerPixel == 32 && IsChannelOfOneByte(pixel.redBits, pixel.redShift) &&
            IsChannelOfOneByte(pixel.greenBits, pixel.greenShift) &&
            IsChannelOfOneByte(pixel.blueBits, pixel.blueShift) && image.width >= 1 && image.height >= 1 &&
-           image.width <= kLargestSide && image.height <= kLargestSide;
+           image.width <= kMaxSide && image.height <= kMaxSide;
 }
 
 } // namespace

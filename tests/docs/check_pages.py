@@ -21,7 +21,7 @@ NAMED_LINK = re.compile(r"((?:`[\w:~ ]+`(?:,| and)?\s+)+)in\s+\[[^\]]*\]\(([^)\s
 SKIPPED = {".git", "build", "__pycache__"}
 # What a hosted machine lacks and a developer's has; other commands of the workflow are those of README.md.
 PREPARATION = re.compile(r"apt-get |git config ")
-MOST_LINKS = 3
+MAX_LINKS = 3
 # Where a question is answered: a file, and what it must hold.
 ANSWERS = {
     "where Seek of a WAV goes": ("src/vorlund/data/filters/WavChunkDecoder.cpp", "CWavChunkDecoder::Seek("),
@@ -101,8 +101,8 @@ def check_answers():
     for question, (path, text) in ANSWERS.items():
         if not (ROOT / path).is_file() or text not in read(path):
             complaints.append(f"{question}: {path} no longer has {text}")
-        elif distance.get(path, MOST_LINKS + 1) > MOST_LINKS:
-            complaints.append(f"{question}: {path} is not within {MOST_LINKS} links of README.md")
+        elif distance.get(path, MAX_LINKS + 1) > MAX_LINKS:
+            complaints.append(f"{question}: {path} is not within {MAX_LINKS} links of README.md")
         else:
             print(f"{question}: {path}, {distance[path]} links from README.md")
 

@@ -18,7 +18,7 @@ using vorlund::CVector;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
-constexpr float kLargest = std::numeric_limits<float>::max();
+constexpr float kMax = std::numeric_limits<float>::max();
 constexpr float kSmallest = std::numeric_limits<float>::denorm_min();
 
 static_assert(sizeof(CVector) == 12);
@@ -139,7 +139,7 @@ TEST(Vector, LengthAndNormalize) {
     CVector tiny(0, -kSmallest, 0);
     tiny.Normalize();
     ExpectIs(tiny, 0, -1, 0);
-    CVector tooLong(kLargest, kLargest, 0);
+    CVector tooLong(kMax, kMax, 0);
     tooLong.Normalize();
     ExpectIs(tooLong, 0, 0, 0);
     CVector broken(kNan, 1, 0);
@@ -200,7 +200,7 @@ TEST(Vector, ToleranceBoundsAreIncluded) {
 TEST(Vector, ComparisonOfInfinitiesAndNan) {
     EXPECT_TRUE(CVector(kInfinity, -kInfinity, 0) == CVector(kInfinity, -kInfinity, 0));
     EXPECT_FALSE(CVector(kInfinity, 0, 0) == CVector(-kInfinity, 0, 0));
-    EXPECT_FALSE(CVector(kInfinity, 0, 0) == CVector(kLargest, 0, 0));
+    EXPECT_FALSE(CVector(kInfinity, 0, 0) == CVector(kMax, 0, 0));
     const CVector nan(0, kNan, 0);
     EXPECT_FALSE(nan == nan);
     EXPECT_TRUE(nan != nan);

@@ -127,7 +127,7 @@ TEST_P(VarReaderText, Reads) {
     EXPECT_EQ(Narrow(text), Narrow(GetParam().expected));
 }
 
-constexpr std::uint32_t kMostUnits = 0x3FFFFFFE;
+constexpr std::uint32_t kMaxUnits = 0x3FFFFFFE;
 INSTANTIATE_TEST_SUITE_P(
     Rows, VarReaderText,
     testing::Values(TTextRow{"Empty", 0, {}, {}}, TTextRow{"EmptyWithMoreBehind", 0, {'a', 0}, {}},
@@ -143,8 +143,8 @@ INSTANTIATE_TEST_SUITE_P(
                     TTextRow{"OneAndAHalfArrive", 5, {'a', 0, 'b'}, VRL_L("a")},
                     TTextRow{"TwoOfFiveArrive", 5, {'a', 0, 'b', 0}, VRL_L("ab")},
                     TTextRow{"OneOfAMillionArrives", 1000000, {'a', 0}, VRL_L("a")},
-                    TTextRow{"OneOfMostArrives", kMostUnits, {'a', 0}, VRL_L("a")},
-                    TTextRow{"NothingOfMostArrives", kMostUnits, {}, {}}),
+                    TTextRow{"OneOfMostArrives", kMaxUnits, {'a', 0}, VRL_L("a")},
+                    TTextRow{"NothingOfMostArrives", kMaxUnits, {}, {}}),
     [](const auto& row) { return row.param.name; });
 
 // Long texts come in pieces.
@@ -198,7 +198,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, VarReaderWrongCount,
                                          TWrongCountRow{"MinusTwo", 0xFFFFFFFE},
                                          TWrongCountRow{"Least", 0x80000000},
                                          TWrongCountRow{"Most", 0x7FFFFFFF},
-                                         TWrongCountRow{"TooMany", kMostUnits + 1},
+                                         TWrongCountRow{"TooMany", kMaxUnits + 1},
                                          TWrongCountRow{"WrapsWhenDoubled", 0x40000000}),
                          [](const auto& row) { return row.param.name; });
 

@@ -23,7 +23,7 @@ using namespace vorlund;
 
 namespace {
 
-constexpr std::uint32_t kMostFrames = 1000000;
+constexpr std::uint32_t kMaxFrames = 1000000;
 
 /// What the command line asked for.
 struct TPlasmaOptions {
@@ -77,7 +77,7 @@ void AddPlasmaCommand(CLI::App& program, TCommand& command) {
         program.add_subcommand("plasma", "Make an animated plasma, 30 frames per second");
     AddVideoSizeOption(*plasma, options->size);
     plasma->add_option("--frames", options->frames, "Number of frames (default 30)")
-        ->check(CLI::Range(1u, kMostFrames));
+        ->check(CLI::Range(1u, kMaxFrames));
     plasma
         ->add_option(
             "-o,--output", options->output,

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::uint32_t kLargestSide = 16384;
+constexpr std::uint32_t kMaxSide = 16384;
 
 /// "640x480".
 std::optional<TVideoSize> Parse(std::string_view text) {
@@ -19,7 +19,7 @@ std::optional<TVideoSize> Parse(std::string_view text) {
     if (width.ec != std::errc() || width.ptr == end || *width.ptr != 'x') return std::nullopt;
     const auto height = std::from_chars(width.ptr + 1, end, size.height);
     if (height.ec != std::errc() || height.ptr != end) return std::nullopt;
-    const auto isSide = [](std::uint32_t side) { return side >= 1 && side <= kLargestSide; };
+    const auto isSide = [](std::uint32_t side) { return side >= 1 && side <= kMaxSide; };
     if (!isSide(size.width) || !isSide(size.height)) return std::nullopt;
     return size;
 }
