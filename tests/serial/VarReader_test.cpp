@@ -193,14 +193,12 @@ TEST_P(VarReaderWrongCount, RaisesAndLeavesTheText) {
     EXPECT_TRUE(text == "before and after");
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, VarReaderWrongCount,
-                         testing::Values(TWrongCountRow{"MinusOne", 0xFFFFFFFF},
-                                         TWrongCountRow{"MinusTwo", 0xFFFFFFFE},
-                                         TWrongCountRow{"Least", 0x80000000},
-                                         TWrongCountRow{"Most", 0x7FFFFFFF},
-                                         TWrongCountRow{"TooMany", kMaxUnits + 1},
-                                         TWrongCountRow{"WrapsWhenDoubled", 0x40000000}),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Rows, VarReaderWrongCount,
+    testing::Values(TWrongCountRow{"MinusOne", 0xFFFFFFFF}, TWrongCountRow{"MinusTwo", 0xFFFFFFFE},
+                    TWrongCountRow{"Least", 0x80000000}, TWrongCountRow{"Most", 0x7FFFFFFF},
+                    TWrongCountRow{"TooMany", kMaxUnits + 1}, TWrongCountRow{"WrapsWhenDoubled", 0x40000000}),
+    [](const auto& row) { return row.param.name; });
 
 TEST(VarReaderAllocate, RefusesNegativeCounts) {
     for (const int count : {-1, -2, std::numeric_limits<int>::min()}) {
