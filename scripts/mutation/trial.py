@@ -28,29 +28,41 @@ class Suites:
 
     def __init__(self, folder, scratch):
         self.of = {}  # (program, folder): suites
+        self.word = {}  # suite: the first word of its file's name
         for program in PROGRAMS:
             listing = scratch / f"{program}.json"
             subprocess.run([str(folder / program), "--gtest_list_tests", f"--gtest_output=json:{listing}"],
                            stdout=subprocess.DEVNULL, check=True)
             for suite in json.loads(listing.read_text())["testsuites"]:
                 for test in suite["testsuite"]:
-                    path = test["file"][test["file"].rindex("tests/") :].rpartition("/")[0]
+                    path, _, file = test["file"][test["file"].rindex("tests/") :].rpartition("/")
+                    self.word[program, suite["name"]] = _first_word(file)
                     self.of.setdefault((program, path), set()).add(suite["name"])
 
     def steps(self, source):
         """The runs for a file of the library, as (program, its suites): those of its folder from outside and from inside,
-        with what lies above it in the same area; then the rest of the area, then the command-line program."""
-        folder = "tests/" + source.removeprefix("src/vorlund/").rpartition("/")[0]
+        with what lies above it in the same area, and of these first what is named alike; then the rest of the area, then
+        the command-line program."""
+        path, _, file = source.removeprefix("src/vorlund/").rpartition("/")
+        folder = "tests/" + path
         area = "/".join(folder.split("/")[:2])
         near = {path for _, path in self.of if path.startswith(area) and (folder + "/").startswith(path + "/")}
         rest = {path for _, path in self.of if (path + "/").startswith(area + "/")} - near
-        shared, internal = PROGRAMS
-        steps = [(shared, near), (internal, near), (shared, rest), (shared, {"tests/cli"})]
-        named = [(program, self._names(program, folders)) for program, folders in steps]
-        return [(program, names) for program, names in named if names]
+        shared = PROGRAMS[0]
+        steps = []
+        for is_alike in (True, False):
+            for program in PROGRAMS:
+                steps.append((program, [name for name in self._names(program, near)
+                                        if (self.word[program, name] == _first_word(file)) == is_alike]))
+        steps += [(shared, self._names(shared, rest)), (shared, self._names(shared, {"tests/cli"}))]
+        return [(program, names) for program, names in steps if names]
 
     def _names(self, program, folders):
         return sorted(set().union(*(self.of.get((program, path), set()) for path in folders)))
+
+
+def _first_word(name):
+    return re.match(r"[A-Z]?[a-z0-9]*", name).group()
 
 
 class Trial:
