@@ -458,6 +458,15 @@ TEST_P(WavChunkDecoderFault, IsPassedOn) {
     EXPECT_EQ(stream_->GetReferences(), 1);
 }
 
+TEST_F(WavChunkDecoder, HeaderOfAStreamThatClaimsTooMuchIsInvalid) {
+    const auto stream = Make<CFaultyInputStream>();
+    stream->bytes = CWavBuilder().Build();
+    stream->exaggeration = 1;
+    EXPECT_EQ(Outcome([&] { decoder_->Connect(stream.Get()); }),
+              "CDataFormatException vorlund::CWavChunkDecoder::Connect " FILE_TEXT ":256 Invalid header");
+    EXPECT_EQ(ReferencesOf(stream.Get()), 1);
+}
+
 #define STREAM_TEXT " test::CRecordingStream tests/filters/RecordingStream:7 on request"
 constexpr const char* kInvalidHeader =
     "CDataFormatException vorlund::CWavChunkDecoder::Connect " FILE_TEXT ":256 Invalid header";
