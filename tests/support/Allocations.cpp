@@ -58,9 +58,6 @@ CMemoryWatch::CMemoryWatch() : startBlocks_(allocations.liveBlocks), startBytes_
 std::ptrdiff_t CMemoryWatch::GetLiveBlocks() const {
     return allocations.liveBlocks - startBlocks_;
 }
-std::ptrdiff_t CMemoryWatch::GetLiveBytes() const {
-    return allocations.liveBytes - startBytes_;
-}
 std::size_t CMemoryWatch::GetPeakBytes() const {
     return static_cast<std::size_t>(allocations.peakBytes - startBytes_);
 }

@@ -27,8 +27,6 @@ public:
 
     /// Blocks allocated and not freed since the construction; below 0 when older ones were freed.
     std::ptrdiff_t GetLiveBlocks() const;
-    /// Bytes, likewise.
-    std::ptrdiff_t GetLiveBytes() const;
     /// The most bytes held at once, above those that were held at the construction.
     std::size_t GetPeakBytes() const;
 

@@ -174,18 +174,6 @@ INSTANTIATE_TEST_SUITE_P(
                     TTableRow{"Empty64MiB", 64 << 20, 0}, TTableRow{"OneByte4MiB", 4 << 20, 1}),
     [](const auto& row) { return row.param.name; });
 
-TEST_F(WavDecoderMemory, TableOfAThousandChunksKeepsItsRoom) {
-    const auto kept = [this](std::size_t count) {
-        stream_->bytes = ManyChunks(12 + 8 * count, 0);
-        const auto chunks = CreateAs<IWavChunkDecoder>(classid::CWavChunkDecoder);
-        const CMemoryWatch watch;
-        chunks->Connect(stream_.Get());
-        chunks->Disconnect();
-        return watch.GetLiveBytes();
-    };
-    EXPECT_GT(kept(1000), kept(1001));
-}
-
 TEST_F(WavDecoderMemory, DeclaredSizesCostNothing) {
     // A hundred bytes of heads, each of which declares 4 GiB.
     CWavBuilder file;

@@ -7,9 +7,6 @@ namespace {
 
 constexpr std::size_t kIdLength = 4;
 
-/// A table of up to this many chunks keeps its blocks: giving back so few costs more than it saves.
-constexpr std::size_t kMaxKeptChunks = 1000;
-
 /// The id bytes with the zero that `CString` needs behind them; `CString` widens them, sign included.
 struct TIdText {
     explicit TIdText(const char* id) { std::copy_n(id, kIdLength, text); }
@@ -43,9 +40,7 @@ std::optional<TWavChunkInfo> CWavChunkTable::Find(const wchar* id) const {
 }
 
 void CWavChunkTable::Clear() {
-    const bool isLarge = records_.size() > kMaxKeptChunks;
     records_.clear();
-    if (isLarge) records_.shrink_to_fit();
 }
 
 TWavChunkInfo CWavChunkTable::Describe(const TRecord& record) {
