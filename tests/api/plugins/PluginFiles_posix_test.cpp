@@ -1,5 +1,7 @@
 // What only POSIX systems have: files that nobody may read, pipes, links, and names that are bytes.
+#include <vorlund/ObjectList.h>
 #include <vorlund/PluginStore.h>
+#include <vorlund/RefPtr.h>
 
 #include "api/plugins/TestPlugins.h"
 #include "support/DebugRecorder.h"
@@ -10,7 +12,10 @@
 #include <string>
 #include <utility>
 
+#include <sched.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace vorlund::test {
 namespace {
@@ -90,6 +95,28 @@ TEST_F(PluginFilesPosix, LibraryThatTheSystemRefusesIsPassedOver) {
     store_.LoadPlugin(VRL_L("refused"));
     EXPECT_FALSE(store_.IsPluginLoaded(VRL_L("refused")));
     EXPECT_FALSE(IsInProcess(folder_.PathOf("refused")));
+}
+
+TEST_F(PluginFilesPosix, ProgramWithoutAPathHasNoFoldersOfItsOwn) {
+    fs::create_directory(folder_.At("plugins"));
+    WriteFile(folder_.At("plugins") / "other.so", "");
+    constexpr int kNotPermitted = 77;
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        // Below the new root there is no /proc, which tells the program's path.
+        const char* const root = folder_.GetFolder().c_str();
+        const bool isThere = chroot(root) == 0 || (unshare(CLONE_NEWUSER) == 0 && chroot(root) == 0);
+        if (!isThere || chdir("/") != 0) _exit(kNotPermitted);
+        const CPluginStore store;
+        const auto names = CRefPtr<IObjectEnumerator>::Adopt(store.EnumerateAvailablePlugins());
+        _exit(names->HasNext() ? 1 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == kNotPermitted) GTEST_SKIP() << "this user may not change the root";
+    EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 } // namespace

@@ -482,6 +482,54 @@ TEST_F(DecoderSearch, FailureOfAReleasePassesOnAndLeaksNothing) {
     factory = {};
 }
 
+/// Says that it is connected to a stream which nobody else holds and whose end raises.
+class CDecoderOfDyingStreams : public CInputFilterImpl<IInputStreamFilter> {
+public:
+    static constexpr CId ClassId = kFactoryClass;
+    static inline IObjectListener* listener = nullptr;
+
+    IInputStream* GetInputStream() override {
+        auto stream = Make<CMemoryInputStream>();
+        stream->AddListener(listener);
+        return stream.Detach();
+    }
+};
+
+/// Decodes while another exception is on its way, and keeps what that raises.
+class CDecodeAtTheEnd {
+public:
+    CDecodeAtTheEnd(std::function<void()> decode, bool& hasRaised) : decode_(decode), hasRaised_(hasRaised) {}
+    CDecodeAtTheEnd(const CDecodeAtTheEnd&) = delete;
+    CDecodeAtTheEnd& operator=(const CDecodeAtTheEnd&) = delete;
+    ~CDecodeAtTheEnd() {
+        try {
+            decode_();
+        } catch (const CInvalidStateException&) {
+            hasRaised_ = true;
+        }
+    }
+
+private:
+    std::function<void()> decode_;
+    bool& hasRaised_;
+};
+
+TEST_F(DecoderSearch, FailureOfAStreamsEndPassesOnAlsoWhileAnotherIsOnItsWay) {
+    CTestListener listener([](IObject*) { Raise<CInvalidStateException>(kOnRequest); });
+    CDecoderOfDyingStreams::listener = &listener;
+    v.GetClassStore().RegisterClassVrl(
+        {kFactoryClass, VRL_L("test::CDecoderOfDyingStreams"), &NewObject<CDecoderOfDyingStreams>});
+    store_.RegisterDecoder({kFactoryClass, TestFormat(1), TestFormat(2)});
+    ExpectRaises<CInvalidStateException>(kOnRequest, [&] { Decode(TestFormat(2)); });
+    bool hasRaised = false;
+    try {
+        const CDecodeAtTheEnd atTheEnd([&] { Decode(TestFormat(2)); }, hasRaised);
+        throw std::runtime_error("first");
+    } catch (const std::runtime_error&) {
+    }
+    EXPECT_TRUE(hasRaised);
+}
+
 TEST_F(DecoderSearch, DecoderThatRefusesConnectedIsNotTriedAgain) {
     Register(0, {.accepts = CId::Null(), .produces = TestFormat(3), .refusesConnected = true});
     Register(1, {.accepts = TestFormat(1), .produces = TestFormat(2)});

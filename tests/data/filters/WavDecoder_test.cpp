@@ -299,11 +299,13 @@ TEST_F(WavDecoderOverFake, PassesOnWhatItsEndRaises) {
 
 TEST_F(WavDecoderOverFake, KeepsTheFirstOfTwoFailuresAtItsEnd) {
     decoder_->Eof();
+    TakeCalls();
     CFakeChunkDecoder::onDisconnect = &RaiseFromStream<CInvalidStateException>;
     CTestListener listener([](IObject*) { RaiseFromStream<CTimeoutException>(); });
     decoder_->AddListener(&listener);
     EXPECT_EQ(Outcome([&] { decoder_.Reset(); }),
               "CTimeoutException test::CRecordingStream tests/filters/RecordingStream:7 on request");
+    EXPECT_EQ(TakeCalls(), TCallLog{"Disconnect"});
 }
 
 struct TFactoryRow {
