@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <new>
+#include <string>
 
 namespace vorlund::test {
 namespace {
@@ -26,6 +27,7 @@ TEST(PluginMemory, StoreGivesBackWhatItTook) {
 TEST(PluginMemory, PluginThatCannotBeRecordedIsClosedAndUnloaded) {
     const CLibraryScope library;
     bool isInProcess = true;
+    std::string output;
     for (std::size_t successes = 0;; ++successes) {
         const CPluginFolder folder;
         const fs::path file = folder.Add("silent");
@@ -33,6 +35,7 @@ TEST(PluginMemory, PluginThatCannotBeRecordedIsClosedAndUnloaded) {
         CPluginStore store;
         store.AddPluginPath(path.c_str());
         bool isRefused = false;
+        testing::internal::CaptureStdout();
         {
             const CAllocationFailure failure(successes);
             try {
@@ -41,15 +44,18 @@ TEST(PluginMemory, PluginThatCannotBeRecordedIsClosedAndUnloaded) {
             }
             isRefused = failure.HasFailed();
         }
+        const std::string said = testing::internal::GetCapturedStdout();
         EXPECT_EQ(store.IsPluginLoaded(VRL_L("silent")), !isRefused) << successes;
         if (!isRefused) {
             store.Close();
             break;
         }
         isInProcess = IsInProcess(file);
+        output = said;
     }
     // The last allocation is the record's. A plug-in that was refused memory in its own entry stays.
     EXPECT_FALSE(isInProcess);
+    EXPECT_EQ(output, "close silent\n");
 }
 
 } // namespace

@@ -1,8 +1,14 @@
-// The plug-in that uses nothing of the library, so that programs without the shared library can load it.
+// The plug-in that uses nothing of the library, so that programs without the shared library can load it. Its
+// end is told on the standard output.
 #include <vorlund/Plugin.h>
+
+#include <cstdio>
 
 bool VrlInitPlugin() {
     return true;
 }
 
-void VrlClosePlugin() {}
+void VrlClosePlugin() {
+    std::puts("close silent");
+    std::fflush(stdout);
+}
