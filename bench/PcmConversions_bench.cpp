@@ -9,6 +9,7 @@
 #include "vorlund/data/filters/PcmConversions.h"
 
 #include "BenchSupport.h"
+#include "WavFolder.h"
 
 #include <vorlund/AudioPcmConverters.h>
 #include <vorlund/ClassIds.h>
@@ -39,16 +40,11 @@ extern "C" {
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <random>
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 using namespace vorlund;
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -271,36 +267,25 @@ void RegisterStep(std::uint32_t from, std::uint32_t to) {
 
 // ---- files
 
-constexpr std::uint32_t kFileSize = 64u << 20;
+constexpr std::size_t kFileSize = 64u << 20;
 
 /// WAV files of noise, made once and removed at the end.
 class CFiles {
 public:
-    CFiles() : folder_(fs::temp_directory_path() / ("vorlund-bench-" + std::to_string(getpid()))) {
-        fs::create_directory(folder_);
-        for (const std::uint32_t format : {SAMPLE_FORMAT_8BIT, SAMPLE_FORMAT_16BIT}) Write(format);
+    CFiles() {
+        for (const std::uint32_t format : {SAMPLE_FORMAT_8BIT, SAMPLE_FORMAT_16BIT}) {
+            const std::size_t size = kSampleSizes[format];
+            const TBytes data = MakeNoise(format, kFileSize / size);
+            paths_[format] = folder_.Write(kFormats[format], static_cast<std::uint32_t>(size) * 8,
+                                           {reinterpret_cast<const char*>(data.data()), data.size()});
+        }
     }
-    CFiles(const CFiles&) = delete;
-    CFiles& operator=(const CFiles&) = delete;
-    ~CFiles() { fs::remove_all(folder_); }
 
-    std::string GetPath(std::uint32_t format) const { return (folder_ / kFormats[format]).string(); }
+    const std::string& GetPath(std::uint32_t format) const { return paths_[format]; }
 
 private:
-    void Write(std::uint32_t format) const {
-        const auto size = static_cast<std::uint32_t>(kSampleSizes[format]);
-        const std::uint32_t words[] = {
-            kFileSize + 36, 16, 0x00020001, 44100, 44100 * 2 * size, 2 * size | size * 8 << 16, kFileSize};
-        std::string head = "RIFF....WAVEfmt ....................data....";
-        constexpr std::size_t kPlaces[] = {4, 16, 20, 24, 28, 32, 40};
-        for (std::size_t i = 0; i < std::size(words); ++i) std::memcpy(&head[kPlaces[i]], &words[i], 4);
-        const TBytes data = MakeNoise(format, kFileSize / size);
-        std::ofstream file(GetPath(format), std::ios::binary);
-        file.write(head.data(), static_cast<std::streamsize>(head.size()));
-        file.write(reinterpret_cast<const char*>(data.data()), static_cast<std::streamsize>(data.size()));
-    }
-
-    fs::path folder_;
+    bench::CWavFolder folder_;
+    std::string paths_[pcm::kFormatCount];
 };
 
 const CFiles& Files() {

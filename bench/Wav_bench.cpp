@@ -1,6 +1,7 @@
 // Reading and opening WAV files, against libsndfile and plain stdio. The files are in a temporary folder and
 // in the system's cache.
 #include "BenchSupport.h"
+#include "WavFolder.h"
 
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
@@ -16,73 +17,30 @@
 #endif
 
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 using namespace vorlund;
-namespace fs = std::filesystem;
 
 namespace {
 
 constexpr std::size_t kBigSize = 64u << 20;
 
-void Append(std::string& bytes, const char* id, std::uint32_t size, const std::string& data) {
-    bytes.append(id, 4);
-    bytes.append(reinterpret_cast<const char*>(&size), 4);
-    bytes += data;
-}
-
-/// A 16-bit stereo file; `extraChunks` chunks come before the data.
-std::string MakeWav(std::size_t dataSize, int extraChunks, std::uint16_t bits = 16) {
-    std::string fmt(16, '\0');
-    const std::uint16_t tag = 1, channels = 2, align = 4;
-    const std::uint32_t rate = 44100, byteRate = rate * align;
-    std::memcpy(&fmt[0], &tag, 2);
-    std::memcpy(&fmt[2], &channels, 2);
-    std::memcpy(&fmt[4], &rate, 4);
-    std::memcpy(&fmt[8], &byteRate, 4);
-    std::memcpy(&fmt[12], &align, 2);
-    std::memcpy(&fmt[14], &bits, 2);
-    std::string body = "WAVE";
-    Append(body, "fmt ", 16, fmt);
-    for (int i = 0; i < extraChunks; ++i) Append(body, "note", 64, std::string(64, 'n'));
-    std::string data(dataSize, '\0');
-    for (std::size_t i = 0; i < dataSize; ++i) data[i] = static_cast<char>(i * 2654435761u >> 13);
-    Append(body, "data", static_cast<std::uint32_t>(dataSize), data);
-    std::string file;
-    Append(file, "RIFF", static_cast<std::uint32_t>(body.size()), body);
-    return file;
+std::string MakeData(std::size_t size) {
+    std::string data(size, '\0');
+    for (std::size_t i = 0; i < size; ++i) data[i] = static_cast<char>(i * 2654435761u >> 13);
+    return data;
 }
 
 /// The files of the benchmarks, made once and removed at the end.
 class CFiles {
+    const bench::CWavFolder folder_;
+
 public:
-    CFiles() : folder_(fs::temp_directory_path() / ("vorlund-bench-" + std::to_string(getpid()))) {
-        fs::create_directory(folder_);
-        big = Write("big.wav", MakeWav(kBigSize, 0));
-        small = Write("small.wav", MakeWav(4096, 0));
-        chunks = Write("chunks.wav", MakeWav(4096, 12));
-        rejected = Write("rejected.wav", MakeWav(4096, 0, 24));
-    }
-    CFiles(const CFiles&) = delete;
-    CFiles& operator=(const CFiles&) = delete;
-    ~CFiles() { fs::remove_all(folder_); }
-
-    std::string big, small, chunks, rejected;
-
-private:
-    std::string Write(const char* name, const std::string& bytes) const {
-        const fs::path path = folder_ / name;
-        std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        return path.string();
-    }
-
-    fs::path folder_;
+    const std::string big = folder_.Write("big.wav", 16, MakeData(kBigSize));
+    const std::string small = folder_.Write("small.wav", 16, MakeData(4096));
+    const std::string chunks = folder_.Write("chunks.wav", 16, MakeData(4096), 12);
+    const std::string rejected = folder_.Write("rejected.wav", 24, MakeData(4096));
 };
 
 const CFiles& Files() {
@@ -124,7 +82,7 @@ void ReadStdio(benchmark::State& state) {
     std::fclose(file);
 }
 
-void OpenVorlund(benchmark::State& state, std::string CFiles::*file) {
+void OpenVorlund(benchmark::State& state, const std::string CFiles::*file) {
     const bench::CLibrary library;
     const wstring path = PathFromUtf8((Files().*file).c_str());
     for (auto _ : state) {
@@ -180,7 +138,7 @@ void ReadSndfile(benchmark::State& state) {
     sf_close(file);
 }
 
-void OpenSndfile(benchmark::State& state, std::string CFiles::*file) {
+void OpenSndfile(benchmark::State& state, const std::string CFiles::*file) {
     for (auto _ : state) {
         SF_INFO info{};
         sf_close(sf_open((Files().*file).c_str(), SFM_READ, &info));

@@ -14,7 +14,7 @@ add_library(vorlund_test_settings INTERFACE)
 target_link_libraries(vorlund_test_settings INTERFACE vorlund_build vorlund_basic_warnings)
 target_compile_options(vorlund_test_settings INTERFACE -O0)
 if("undefined" IN_LIST VORLUND_SANITIZE)
-    # These checks stand at every call of a member, of which test macros are full, and cost a third of the time that
+    # These checks are made at every call of a member, of which test macros are full, and cost a third of the time that
     # tests take to compile. The library has them, and the address sanitizer sees null pointers here.
     target_compile_options(vorlund_test_settings INTERFACE
         -fno-sanitize=null,vptr,object-size,alignment,nonnull-attribute,returns-nonnull-attribute)

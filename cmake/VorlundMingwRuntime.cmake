@@ -1,5 +1,5 @@
 # The compiler's runtime DLLs. They are linked dynamically, because exceptions cross vorlund.dll's border and need
-# one unwinder per process; so they stand beside every program of the build tree and are installed with the library.
+# one unwinder per process; so they lie beside every program of the build tree and are installed with the library.
 set(vorlund_runtime_names libstdc++-6.dll libwinpthread-1.dll)
 if(CMAKE_SIZEOF_VOID_P EQUAL 8)
     list(APPEND vorlund_runtime_names libgcc_s_seh-1.dll)

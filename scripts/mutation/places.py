@@ -90,7 +90,7 @@ class SourceFile:
         return self.tokens[i].text if 0 <= i < len(self.tokens) else ""
 
     def _is_spaced(self, i):
-        """Whether the token stands between blanks, as the formatter writes operators between two values."""
+        """Whether the token is between blanks, as the formatter writes operators between two values."""
         token = self.tokens[i]
         return self.text[token.start - 1].isspace() and self.text[token.end : token.end + 1].isspace()
 

@@ -150,8 +150,10 @@ TEST_F(Vorlund, EveryStoreIsClosed) {
                                 [&] { v.GetObjectCounter().OnDestroyObject({}); });
     ExpectRaises<CBugException>(classstorefailures::kGetByIdClosed,
                                 [&] { v.GetClassStore().GetClassInfo(classid::CObject); });
-    EXPECT_THROW(v.GetCodecClassStore().GetDecoderClassInfo({}, {}), CBugException);
-    EXPECT_THROW(v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_AUDIO), CBugException);
+    ExpectRaises<CBugException>(codecstorefailures::kGetDecoderClosed,
+                                [&] { v.GetCodecClassStore().GetDecoderClassInfo({}, {}); });
+    ExpectRaises<CBugException>(devicestorefailures::kCreateClosed,
+                                [&] { v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_AUDIO); });
 }
 
 TEST_F(Vorlund, AnotherLibraryObjectHasStoresOfItsOwn) {

@@ -4,7 +4,7 @@
 Links lead to files and headings that exist, and a name in backticks before a link ("`CEvent::Wait` in [Event.cpp](...)")
 occurs in the linked file. The architecture page names every folder and draws the floors in the order in which
 tests/abi/check_layers.py holds them; the index of docs names every page there. Three questions of somebody new are
-answered within three links of README.md. Targets, commands and options that stand in several places are the same ones.
+answered within three links of README.md. Targets, commands and options that several places name are the same.
 """
 import ast
 import os

@@ -4,6 +4,7 @@
 #include "support/Actor.h"
 #include "support/DebugRecorder.h"
 #include "support/Failures.h"
+#include "support/KnownFailures.h"
 #include "support/Latch.h"
 #include "support/Leaks.h"
 
@@ -19,12 +20,6 @@
 
 namespace vorlund::test {
 namespace {
-
-constexpr const wchar* kMethod = VRL_L("vorlund::CBinaryLock::~CBinaryLock");
-constexpr const wchar* kFile = VRL_L("src/vorlund/system/BinaryLock_win32");
-constexpr TFailure kStillLocked{kMethod, kFile, 25, VRL_L("Still locked")};
-constexpr TFailure kNotLocked{kMethod, kFile, 44, VRL_L("Not locked")};
-constexpr TFailure kLockedElsewhere{kMethod, kFile, 46, VRL_L("Locked in another thread")};
 
 static_assert(std::has_virtual_destructor_v<CBinaryLock>);
 static_assert(std::is_base_of_v<CClassObject, CBinaryLock>);
@@ -45,12 +40,12 @@ TEST(BinaryLock, TakenTwiceGivenBackTwiceAndNotThreeTimes) {
     lock.Lock();
     lock.Unlock();
     lock.Unlock();
-    ExpectRaises<CBugException>(kNotLocked, [&] { lock.Unlock(); });
+    ExpectRaises<CBugException>(lockfailures::kNotLocked, [&] { lock.Unlock(); });
 }
 
 TEST(BinaryLock, UnlockOfANewLockIsRefused) {
     CBinaryLock lock;
-    ExpectRaises<CBugException>(kNotLocked, [&] { lock.Unlock(); });
+    ExpectRaises<CBugException>(lockfailures::kNotLocked, [&] { lock.Unlock(); });
     EXPECT_EQ(lock.GetHoldCount(), 0);
     lock.Lock();
     EXPECT_EQ(lock.GetHoldCount(), 1);
@@ -60,7 +55,7 @@ TEST(BinaryLock, UnlockOfANewLockIsRefused) {
 TEST(BinaryLock, UnlockByAThreadThatNeverLockedIsRefused) {
     CBinaryLock lock;
     CActor other;
-    other.Do([&] { ExpectRaises<CBugException>(kNotLocked, [&] { lock.Unlock(); }); });
+    other.Do([&] { ExpectRaises<CBugException>(lockfailures::kNotLocked, [&] { lock.Unlock(); }); });
 }
 
 TEST(BinaryLock, UnlockByAnotherThreadIsRefusedAndChangesNothing) {
@@ -69,7 +64,7 @@ TEST(BinaryLock, UnlockByAnotherThreadIsRefusedAndChangesNothing) {
     lock.Lock();
     lock.Lock();
     other.Do([&] {
-        ExpectRaises<CBugException>(kLockedElsewhere, [&] { lock.Unlock(); });
+        ExpectRaises<CBugException>(lockfailures::kLockedElsewhere, [&] { lock.Unlock(); });
         EXPECT_EQ(lock.GetHoldCount(), 0);
     });
     EXPECT_EQ(lock.GetHoldCount(), 2);
@@ -85,9 +80,9 @@ TEST(BinaryLock, UnlockByAFormerOwnerIsRefused) {
     lock.Lock();
     lock.Unlock();
     other.Do([&] { lock.Lock(); });
-    ExpectRaises<CBugException>(kLockedElsewhere, [&] { lock.Unlock(); });
+    ExpectRaises<CBugException>(lockfailures::kLockedElsewhere, [&] { lock.Unlock(); });
     other.Do([&] { lock.Unlock(); });
-    ExpectRaises<CBugException>(kNotLocked, [&] { lock.Unlock(); });
+    ExpectRaises<CBugException>(lockfailures::kNotLocked, [&] { lock.Unlock(); });
 }
 
 /// A lock in raw storage, whose destructor can run more than once. One that raises leaves an object that is
@@ -121,7 +116,7 @@ TEST(BinaryLock, DestroyedWhileHeldIsRefusedAndTheLockStaysHeld) {
     for (const int holds : {1, 2, 5}) {
         CRawLock lock;
         for (int hold = 0; hold < holds; ++hold) lock->Lock();
-        ExpectRaises<CBugException>(kStillLocked, [&] { lock.Destroy(); });
+        ExpectRaises<CBugException>(lockfailures::kStillLocked, [&] { lock.Destroy(); });
         EXPECT_EQ(lock->GetHoldCount(), holds);
         for (int hold = 0; hold < holds; ++hold) lock->Unlock();
         EXPECT_EQ(lock->GetHoldCount(), 0);
@@ -133,7 +128,7 @@ TEST(BinaryLock, DestroyedWhileAnotherThreadHoldsItIsRefused) {
     CRawLock lock;
     CActor other;
     other.Do([&] { lock->Lock(); });
-    ExpectRaises<CBugException>(kStillLocked, [&] { lock.Destroy(); });
+    ExpectRaises<CBugException>(lockfailures::kStillLocked, [&] { lock.Destroy(); });
     other.Do([&] { lock->Unlock(); });
     lock.Destroy();
 }
@@ -146,19 +141,17 @@ TEST(BinaryLock, DeletedWhileHeldRaisesAndLosesOnlyTheBlock) {
         lock = new CBinaryLock;
     }
     lock->Lock();
-    ExpectRaises<CBugException>(kStillLocked, [&] { delete lock; });
+    ExpectRaises<CBugException>(lockfailures::kStillLocked, [&] { delete lock; });
 }
 
 struct TReportRow {
     const char* name;
     void (*act)(CBinaryLock& lock, CActor& other);
-    const char* line;
+    TFailure failure;
 };
 
 constexpr TReportRow kReportRows[] = {
-    {"NotLocked", [](CBinaryLock& lock, CActor&) { lock.Unlock(); },
-     "Exception: type=CBugException | method=vorlund::CBinaryLock::~CBinaryLock | "
-     "file=src/vorlund/system/BinaryLock_win32 | line=44 | reason=Not locked"},
+    {"NotLocked", [](CBinaryLock& lock, CActor&) { lock.Unlock(); }, lockfailures::kNotLocked},
     {"LockedElsewhere",
      [](CBinaryLock& lock, CActor& other) {
          other.Do([&] { lock.Lock(); });
@@ -169,8 +162,7 @@ constexpr TReportRow kReportRows[] = {
              throw;
          }
      },
-     "Exception: type=CBugException | method=vorlund::CBinaryLock::~CBinaryLock | "
-     "file=src/vorlund/system/BinaryLock_win32 | line=46 | reason=Locked in another thread"},
+     lockfailures::kLockedElsewhere},
 };
 
 TEST(BinaryLock, RefusalsAreReportedOnceEach) {
@@ -179,9 +171,13 @@ TEST(BinaryLock, RefusalsAreReportedOnceEach) {
         CBinaryLock lock;
         CActor other;
         const CDebugRecorder recorder;
-        EXPECT_THROW(row.act(lock, other), CBugException);
-        EXPECT_EQ(recorder.GetTexts(DEBUG_MESSAGE_OUTPUT), std::vector<std::string>{row.line});
-        EXPECT_EQ(recorder.GetTexts(DEBUG_MESSAGE_BOX), std::vector<std::string>{row.line});
+        const std::vector<std::string> report{
+            "Exception: type=CBugException | method=vorlund::CBinaryLock::~CBinaryLock | "
+            "file=src/vorlund/system/BinaryLock_win32 | line=" +
+            std::to_string(row.failure.line) + " | reason=" + Narrow(row.failure.reason)};
+        ExpectRaises<CBugException>(row.failure, [&] { row.act(lock, other); });
+        EXPECT_EQ(recorder.GetTexts(DEBUG_MESSAGE_OUTPUT), report);
+        EXPECT_EQ(recorder.GetTexts(DEBUG_MESSAGE_BOX), report);
     }
 }
 
@@ -200,7 +196,7 @@ TEST(BinaryLock, TheLockCanBeUsedWhileTheBoxOfARefusalIsShown) {
             shownBox.usable = IsFree(shownBox.lock, shownBox.other);
         },
         &box);
-    ExpectRaises<CBugException>(kNotLocked, [&] { box.lock.Unlock(); });
+    ExpectRaises<CBugException>(lockfailures::kNotLocked, [&] { box.lock.Unlock(); });
     SetDebugTarget(debugTarget);
     EXPECT_EQ(box.shown, 1);
     EXPECT_TRUE(box.usable);
@@ -249,7 +245,7 @@ TEST(BinaryLock, LocksAreIndependent) {
     CActor other;
     left.Lock();
     EXPECT_TRUE(IsFree(right, other));
-    ExpectRaises<CBugException>(kNotLocked, [&] { right.Unlock(); });
+    ExpectRaises<CBugException>(lockfailures::kNotLocked, [&] { right.Unlock(); });
     left.Unlock();
 }
 

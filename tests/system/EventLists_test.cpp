@@ -4,6 +4,8 @@
 
 #include "support/Actor.h"
 #include "support/DebugRecorder.h"
+#include "support/Failures.h"
+#include "support/KnownFailures.h"
 
 #include <gtest/gtest.h>
 
@@ -77,7 +79,7 @@ TEST(EventListsWaitOne, GivesTheLowestThatIsSet) {
     EXPECT_EQ(events.WaitOne(10.0f), 2u);
     EXPECT_TRUE(events[2].GetState());
     events[2].SetState(false);
-    EXPECT_THROW(events.WaitOne(0.0f), CTimeoutException);
+    ExpectRaises<CTimeoutException>(eventfailures::kWaitOne, [&] { events.WaitOne(0.0f); });
 }
 
 TEST(EventListsWaitOne, GivesEveryPositionOfTheLongestList) {
@@ -172,7 +174,7 @@ TEST(EventListsWaitAll, NeedsEveryOne) {
     events[0].SetState(true);
     events[1].SetState(true);
     EXPECT_FALSE(AreAllSet(events));
-    EXPECT_THROW(events.WaitAll(0.002f), CTimeoutException);
+    ExpectRaises<CTimeoutException>(eventfailures::kWaitAll, [&] { events.WaitAll(0.002f); });
     events[2].SetState(true);
     EXPECT_TRUE(AreAllSet(events));
     events.WaitAll();
@@ -229,7 +231,7 @@ TEST(EventListsWaitAll, NeverSeesTwoTogetherThatNeverWere) {
         }
     });
     for (int round = 0; round < 5000; ++round) ASSERT_FALSE(AreAllSet(events));
-    EXPECT_THROW(events.WaitAll(0.05f), CTimeoutException);
+    ExpectRaises<CTimeoutException>(eventfailures::kWaitAll, [&] { events.WaitAll(0.05f); });
     isEnding = true;
     changer.join();
 }

@@ -4,6 +4,7 @@
 #include "support/Actor.h"
 #include "support/DebugRecorder.h"
 #include "support/Failures.h"
+#include "support/KnownFailures.h"
 
 #include <gtest/gtest.h>
 
@@ -20,12 +21,6 @@
 
 namespace vorlund::test {
 namespace {
-
-constexpr const wchar* kFile = VRL_L("src/vorlund/system/EventWin32");
-constexpr TFailure kWait{VRL_L("vorlund::CEvent::Wait"), kFile, 196, VRL_L("Timeout")};
-constexpr TFailure kWaitAll{VRL_L("vorlund::CEvent::WaitAll"), kFile, 248, VRL_L("Timeout")};
-constexpr TFailure kWaitOne{VRL_L("vorlund::CEvent::WaitOne"), kFile, 290, VRL_L("Timeout")};
-constexpr TFailure kStaticWait{VRL_L("vorlund::CEvent::Wait"), kFile, 325, VRL_L("Timeout")};
 
 static_assert(std::has_virtual_destructor_v<CEvent>);
 static_assert(std::is_copy_constructible_v<CEvent> && std::is_copy_assignable_v<CEvent>);
@@ -56,15 +51,18 @@ struct TTimeoutRow {
 };
 
 constexpr TTimeoutRow kTimeoutRows[] = {
-    {"Wait", [](CEvent&, CEvent& unset, float seconds) { unset.Wait(seconds); }, kWait},
-    {"StaticWait", [](CEvent&, CEvent& unset, float seconds) { CEvent::Wait(seconds, unset); }, kStaticWait},
-    {"WaitOne", [](CEvent&, CEvent& unset, float seconds) { CEvent::WaitOne(seconds, 1, &unset); }, kWaitOne},
+    {"Wait", [](CEvent&, CEvent& unset, float seconds) { unset.Wait(seconds); }, eventfailures::kWait},
+    {"StaticWait", [](CEvent&, CEvent& unset, float seconds) { CEvent::Wait(seconds, unset); },
+     eventfailures::kStaticWait},
+    {"WaitOne", [](CEvent&, CEvent& unset, float seconds) { CEvent::WaitOne(seconds, 1, &unset); },
+     eventfailures::kWaitOne},
     {"WaitOneOfTwo",
-     [](CEvent&, CEvent& unset, float seconds) { CEvent::WaitOne(seconds, 2, &unset, &unset); }, kWaitOne},
+     [](CEvent&, CEvent& unset, float seconds) { CEvent::WaitOne(seconds, 2, &unset, &unset); },
+     eventfailures::kWaitOne},
     {"WaitAll", [](CEvent& set, CEvent& unset, float seconds) { CEvent::WaitAll(seconds, 2, &set, &unset); },
-     kWaitAll},
+     eventfailures::kWaitAll},
     {"WaitAllOfOne", [](CEvent&, CEvent& unset, float seconds) { CEvent::WaitAll(seconds, 1, &unset); },
-     kWaitAll},
+     eventfailures::kWaitAll},
 };
 
 class EventTimeout : public testing::TestWithParam<TTimeoutRow> {};

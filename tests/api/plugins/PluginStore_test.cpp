@@ -8,8 +8,10 @@
 #include <vorlund/RefPtr.h>
 
 #include "api/plugins/TestPlugins.h"
+#include "data/file/PathFailures.h"
 #include "support/DebugRecorder.h"
 #include "support/Failures.h"
+#include "support/KnownFailures.h"
 #include "support/LibraryScope.h"
 #include "support/Probes.h"
 
@@ -28,8 +30,6 @@ constexpr TFailure kCannotStart{VRL_L("VrlInitPlugin"), VRL_L("tests/plugins/rai
                                 VRL_L("Plug-in cannot start")};
 constexpr TFailure kCannotEnd{VRL_L("VrlClosePlugin"), VRL_L("tests/plugins/raising_close"), 16,
                               VRL_L("Plug-in cannot end")};
-constexpr TFailure kNoClassStore{VRL_L("vorlund::CClassStore::CreateObject"),
-                                 VRL_L("src/vorlund/api/ClassStore"), 60, VRL_L("Not initialized")};
 
 class PluginStore : public testing::Test {
 protected:
@@ -105,9 +105,11 @@ TEST_F(PluginStore, NeedsNoLibraryToBeMadeAndFilled) {
         store.Close();
     }
     EXPECT_EQ(Reports(), TTexts());
-    ExpectRaises<CBugException>(kNoClassStore, [&] { store_.EnumerateLoadedPlugins(); });
-    ExpectRaises<CBugException>(kNoClassStore, [&] { store_.EnumerateAvailablePlugins(); });
-    ExpectRaises<CBugException>(kNoClassStore, [&] { store_.Dump(); });
+    ExpectRaises<CBugException>(classstorefailures::kCreateByIdClosed,
+                                [&] { store_.EnumerateLoadedPlugins(); });
+    ExpectRaises<CBugException>(classstorefailures::kCreateByIdClosed,
+                                [&] { store_.EnumerateAvailablePlugins(); });
+    ExpectRaises<CBugException>(classstorefailures::kCreateByIdClosed, [&] { store_.Dump(); });
 }
 
 TEST_F(PluginStore, FolderMayEndInASeparator) {
@@ -165,7 +167,8 @@ TEST_F(PluginStore, FolderThatIsAFileRaisesWhatTheFolderRaises) {
     WriteFile(file, "no folder");
     CPluginStore store;
     store.AddPluginPath(ToVorlund(file).c_str());
-    EXPECT_THROW(store.EnumerateAvailablePlugins(), CFileAccessException);
+    ExpectRaisesFor<CFileAccessException>(ToVorlund(file), filefailures::kFolderIsNoDirectory,
+                                          [&] { store.EnumerateAvailablePlugins(); });
     recorder_.Clear();
     // There is no plug-in in it.
     store.LoadAvailablePlugins();
@@ -409,7 +412,8 @@ TEST_F(PluginStore, InitEntryMayRegisterADevice) {
         device->Close();
     }
     EXPECT_EQ(Reports(), (TTexts{"open device", "close device"}));
-    EXPECT_THROW(v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_VIDEO), CClassNotFoundException);
+    ExpectRaises<CClassNotFoundException>(devicestorefailures::kNoClass,
+                                          [] { v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_VIDEO); });
     recorder_.Clear();
 }
 

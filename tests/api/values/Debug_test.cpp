@@ -1,4 +1,5 @@
 #include "support/DebugRecorder.h"
+#include "support/Failures.h"
 
 #include <vorlund/Debug.h>
 #include <vorlund/Exception.h>
@@ -168,7 +169,8 @@ template <class TRaise> void ExpectDropped(TRaise raise) {
     });
     EXPECT_NO_THROW(CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("x")));
     // The failure that is being reported is the one that arrives.
-    EXPECT_THROW(throw CIOException(VRL_L("m"), VRL_L("f"), 1, VRL_L("r")), CIOException);
+    constexpr TFailure kReported{VRL_L("m"), VRL_L("f"), 1, VRL_L("r")};
+    ExpectRaises<CIOException>(kReported, [&] { Raise<CIOException>(kReported); });
     EXPECT_EQ(calls, 2);
     CDebug::PrintMessage(DEBUG_MESSAGE_STDERR, VRL_L("after"));
     EXPECT_EQ(recorder.GetTexts(DEBUG_MESSAGE_STDERR), TTexts{"after"});

@@ -165,15 +165,13 @@ TEST(Exception, CopiesPrintNothingAndAreEqual) {
 
 TEST(Exception, CatchingByReferenceAndRaisingAgainPrintsNothing) {
     const CDebugRecorder recorder;
-    EXPECT_THROW(
-        {
-            try {
-                Raise<CIOException>(kFailure);
-            } catch (const CException&) {
-                throw;
-            }
-        },
-        CIOException);
+    ExpectRaises<CIOException>(kFailure, [] {
+        try {
+            Raise<CIOException>(kFailure);
+        } catch (const CException&) {
+            throw;
+        }
+    });
     EXPECT_EQ(recorder.GetEntries().size(), 1u);
 }
 

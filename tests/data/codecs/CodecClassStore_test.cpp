@@ -8,6 +8,7 @@
 #include <vorlund/Vorlund.h>
 
 #include "support/Failures.h"
+#include "support/KnownFailures.h"
 #include "support/LibraryScope.h"
 #include "support/Probes.h"
 #include "support/TestDecoders.h"
@@ -31,12 +32,19 @@ static_assert(TDecoderClassInfo(CId(1, 0, 0, 0), CId(2, 0, 0, 0), CId(3, 0, 0, 0
               CId(3, 0, 0, 0));
 static_assert(OTHER_MEDIA_FORMAT_ID == CId(0x21089FFF, 0x06984E6C, 0x975010E2, 0x0E01371C));
 
-constexpr const wchar* kFile = VRL_L("src/vorlund/data/CodecClassStore");
+constexpr const wchar* kFile = codecstorefailures::kCodecStoreFile;
 constexpr CId kUnknownClass{0x7E57DEC1, 1, 2, 3};
 
-TFailure Failure(const wchar* method, int line, const wchar* reason) {
+constexpr TFailure Failure(const wchar* method, int line, const wchar* reason) {
     return {method, kFile, line, reason};
 }
+
+constexpr TFailure kNoDecoderInfo =
+    Failure(VRL_L("vorlund::CCodecClassStore::GetDecoderClassInfo"), 131, VRL_L(""));
+constexpr TFailure kNoEncoderInfo =
+    Failure(VRL_L("vorlund::CCodecClassStore::GetEncoderClassInfo"), 146, VRL_L(""));
+constexpr TFailure kNoDecoder = Failure(VRL_L("vorlund::CCodecClassStore::CreateDecoder"), 162, VRL_L(""));
+constexpr TFailure kNoEncoder = Failure(VRL_L("vorlund::CCodecClassStore::CreateEncoder"), 178, VRL_L(""));
 
 class CodecClassStore : public testing::Test {
 protected:
@@ -96,8 +104,7 @@ INSTANTIATE_TEST_SUITE_P(
                    [](CCodecClassStore& store) {
                        store.RegisterEncoder({kUnknownClass, {}, {}});
                    }},
-        TClosedRow{"GetDecoderClassInfo",
-                   Failure(VRL_L("vorlund::CCodecClassStore::GetDecoderClassInfo"), 121, kNotInitialized),
+        TClosedRow{"GetDecoderClassInfo", codecstorefailures::kGetDecoderClosed,
                    [](CCodecClassStore& store) { store.GetDecoderClassInfo({}, {}); }},
         TClosedRow{"GetEncoderClassInfo",
                    Failure(VRL_L("vorlund::CCodecClassStore::GetEncoderClassInfo"), 136, kNotInitialized),
@@ -134,7 +141,8 @@ TEST_F(CodecClassStore, OpensEmptyAfterClose) {
     store_.Init();
     EXPECT_TRUE(Decoders().empty());
     EXPECT_TRUE(Encoders().empty());
-    EXPECT_THROW(store_.GetDecoderClassInfo(TestFormat(1), TestFormat(2)), CClassNotFoundException);
+    ExpectRaises<CClassNotFoundException>(kNoDecoderInfo,
+                                          [&] { store_.GetDecoderClassInfo(TestFormat(1), TestFormat(2)); });
 }
 
 TEST_F(CodecClassStore, DestructionWhileOpenIsABug) {
@@ -179,8 +187,7 @@ TEST_F(CodecClassStore, ClassesMustBeRegisteredFirst) {
 }
 
 TEST_F(CodecClassStore, OtherFailuresOfTheClassStorePassOn) {
-    const TFailure failure{VRL_L("vorlund::CClassStore::GetClassInfo"), VRL_L("src/vorlund/api/ClassStore"),
-                           112, kNotInitialized};
+    constexpr const TFailure& failure = classstorefailures::kGetByIdClosed;
     v.Close();
     ExpectRaises<CBugException>(failure, [&] { store_.RegisterDecoder({classid::CObject, {}, {}}); });
     ExpectRaises<CBugException>(failure, [&] { store_.RegisterEncoder({classid::CObject, {}, {}}); });
@@ -237,42 +244,36 @@ TEST_F(CodecClassStore, PairsMatchExactly) {
                                           {TestFormat(4), TestFormat(3)},
                                           {CId::Null(), CId::Null()}};
     for (const auto& [input, output] : absent) {
-        EXPECT_THROW(store_.GetDecoderClassInfo(input, output), CClassNotFoundException);
-        EXPECT_THROW(store_.CreateDecoder(input, output), CClassNotFoundException);
+        ExpectRaises<CClassNotFoundException>(kNoDecoderInfo,
+                                              [&] { store_.GetDecoderClassInfo(input, output); });
+        ExpectRaises<CClassNotFoundException>(kNoDecoder, [&] { store_.CreateDecoder(input, output); });
     }
 }
 
 TEST_F(CodecClassStore, DecodersAndEncodersAreTwoLists) {
     store_.RegisterDecoder({classid::CObject, TestFormat(1), TestFormat(2)});
     store_.RegisterEncoder({classid::CObject, TestFormat(2), TestFormat(1)});
-    EXPECT_THROW(store_.GetEncoderClassInfo(TestFormat(1), TestFormat(2)), CClassNotFoundException);
-    EXPECT_THROW(store_.GetDecoderClassInfo(TestFormat(2), TestFormat(1)), CClassNotFoundException);
+    ExpectRaises<CClassNotFoundException>(kNoEncoderInfo,
+                                          [&] { store_.GetEncoderClassInfo(TestFormat(1), TestFormat(2)); });
+    ExpectRaises<CClassNotFoundException>(kNoDecoderInfo,
+                                          [&] { store_.GetDecoderClassInfo(TestFormat(2), TestFormat(1)); });
     EXPECT_EQ(store_.GetEncoderClassInfo(TestFormat(2), TestFormat(1))->classId, classid::CObject);
 }
 
 TEST_F(CodecClassStore, AbsentPairsHaveAnEmptyReason) {
     const CId input = TestFormat(1);
     const CId output = TestFormat(2);
-    ExpectRaises<CClassNotFoundException>(
-        Failure(VRL_L("vorlund::CCodecClassStore::GetDecoderClassInfo"), 131, VRL_L("")),
-        [&] { store_.GetDecoderClassInfo(input, output); });
-    ExpectRaises<CClassNotFoundException>(
-        Failure(VRL_L("vorlund::CCodecClassStore::GetEncoderClassInfo"), 146, VRL_L("")),
-        [&] { store_.GetEncoderClassInfo(input, output); });
-    ExpectRaises<CClassNotFoundException>(
-        Failure(VRL_L("vorlund::CCodecClassStore::CreateDecoder"), 162, VRL_L("")),
-        [&] { store_.CreateDecoder(input, output); });
-    ExpectRaises<CClassNotFoundException>(
-        Failure(VRL_L("vorlund::CCodecClassStore::CreateEncoder"), 178, VRL_L("")),
-        [&] { store_.CreateEncoder(input, output); });
+    ExpectRaises<CClassNotFoundException>(kNoDecoderInfo, [&] { store_.GetDecoderClassInfo(input, output); });
+    ExpectRaises<CClassNotFoundException>(kNoEncoderInfo, [&] { store_.GetEncoderClassInfo(input, output); });
+    ExpectRaises<CClassNotFoundException>(kNoDecoder, [&] { store_.CreateDecoder(input, output); });
+    ExpectRaises<CClassNotFoundException>(kNoEncoder, [&] { store_.CreateEncoder(input, output); });
 }
 
 TEST_F(CodecClassStore, CreationRaisesWhatTheClassStoreRaises) {
     store_.RegisterDecoder({classid::CObject, TestFormat(1), TestFormat(2)});
     store_.RegisterEncoder({classid::CObject, TestFormat(1), TestFormat(2)});
     v.GetClassStore().Clear();
-    const TFailure failure{VRL_L("vorlund::CClassStore::CreateObject"), VRL_L("src/vorlund/api/ClassStore"),
-                           68, VRL_L("Cannot find class")};
+    constexpr const TFailure& failure = classstorefailures::kCreateByIdNotFound;
     ExpectRaises<CClassNotFoundException>(failure,
                                           [&] { store_.CreateDecoder(TestFormat(1), TestFormat(2)); });
     ExpectRaises<CClassNotFoundException>(failure,
@@ -348,8 +349,8 @@ TEST_F(CodecClassStore, ClosedStoreEnumeratesNothing) {
 
 TEST_F(CodecClassStore, EnumerationNeedsTheLibrary) {
     v.Close();
-    EXPECT_THROW(store_.EnumerateDecoders(), CBugException);
-    EXPECT_THROW(store_.EnumerateEncoders(), CBugException);
+    ExpectRaises<CBugException>(classstorefailures::kCreateByIdClosed, [&] { store_.EnumerateDecoders(); });
+    ExpectRaises<CBugException>(classstorefailures::kCreateByIdClosed, [&] { store_.EnumerateEncoders(); });
     v.Init();
 }
 

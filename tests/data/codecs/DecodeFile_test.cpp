@@ -6,8 +6,9 @@
 #include <vorlund/RefPtr.h>
 #include <vorlund/Vorlund.h>
 
+#include "data/file/PathFailures.h"
 #include "data/file/TemporaryFolder.h"
-#include "support/Failures.h"
+#include "support/KnownFailures.h"
 #include "support/LibraryScope.h"
 #include "support/Probes.h"
 #include "support/TestDecoders.h"
@@ -22,11 +23,11 @@
 namespace vorlund::test {
 namespace {
 
-constexpr const wchar* kFile = VRL_L("src/vorlund/data/CodecClassStore");
+constexpr const wchar* kFile = codecstorefailures::kCodecStoreFile;
 constexpr const wchar* kDecodeFile = VRL_L("vorlund::CCodecClassStore::DecodeFile");
 constexpr TFailure kNoFileStream{kDecodeFile, kFile, 362, VRL_L("Cannot create file input stream")};
-constexpr TFailure kCannotDecodeFormat{kDecodeFile, kFile, 370, VRL_L("Cannot decode file 'DecodeFile.tmp'")};
-constexpr TFailure kCannotDecodeIo{kDecodeFile, kFile, 373, VRL_L("Cannot decode file 'DecodeFile.tmp'")};
+constexpr TFailure kCannotDecodeFormat{kDecodeFile, kFile, 370, VRL_L("Cannot decode file '%s'")};
+constexpr TFailure kCannotDecodeIo{kDecodeFile, kFile, 373, VRL_L("Cannot decode file '%s'")};
 constexpr TFailure kOnRequest{VRL_L("test::OnRequest"), VRL_L("tests/data/DecodeFile_test"), 1,
                               VRL_L("on request")};
 constexpr const wchar* kPath = VRL_L("DecodeFile.tmp");
@@ -76,30 +77,26 @@ TEST_F(DecodeFile, WithoutADecoderTheFileItselfIsTheLongestChain) {
 }
 
 TEST_F(DecodeFile, FailedOpenPassesOn) {
-    try {
-        Decode(VRL_L("no/such/file"), CId::Null());
-        ADD_FAILURE();
-    } catch (const CFileAccessException& exception) {
-        EXPECT_EQ(Narrow(exception.GetMethod()), "vorlund::CFileInputStream::Open");
-        EXPECT_EQ(Narrow(exception.GetReason()), "Cannot open 'no/such/file' for reading");
-    }
+    const wchar* const path = VRL_L("no/such/file");
+    ExpectRaisesFor<CFileAccessException>(path, filefailures::kCannotRead,
+                                          [&] { Decode(path, CId::Null()); });
 }
 
 TEST_F(DecodeFile, UndecodableFileIsNamed) {
-    ExpectRaises<CDataFormatException>(kCannotDecodeFormat, [&] { Decode(kPath, TestFormat(2)); });
+    ExpectRaisesFor<CDataFormatException>(kPath, kCannotDecodeFormat, [&] { Decode(kPath, TestFormat(2)); });
     decoders_.Register(store_, 0, {.accepts = TestFormat(50), .produces = TestFormat(2)});
-    ExpectRaises<CDataFormatException>(kCannotDecodeFormat, [&] { Decode(kPath, TestFormat(2)); });
+    ExpectRaisesFor<CDataFormatException>(kPath, kCannotDecodeFormat, [&] { Decode(kPath, TestFormat(2)); });
     // A decoder that cannot read is passed over like one that refuses.
     CTestDecoders::plans[0].onConnect = [](IInputStream*) { Raise<CIOException>(kOnRequest); };
-    ExpectRaises<CDataFormatException>(kCannotDecodeFormat, [&] { Decode(kPath, TestFormat(2)); });
+    ExpectRaisesFor<CDataFormatException>(kPath, kCannotDecodeFormat, [&] { Decode(kPath, TestFormat(2)); });
 }
 
 TEST_F(DecodeFile, FailuresOfTheSearchAreNamed) {
     decoders_.Register(store_, 0, {.accepts = CId::Null(), .produces = TestFormat(2)});
     CTestDecoders::plans[0].onGetFormat = [] { Raise<CDataFormatException>(kOnRequest); };
-    ExpectRaises<CDataFormatException>(kCannotDecodeFormat, [&] { Decode(kPath, TestFormat(2)); });
+    ExpectRaisesFor<CDataFormatException>(kPath, kCannotDecodeFormat, [&] { Decode(kPath, TestFormat(2)); });
     CTestDecoders::plans[0].onGetFormat = [] { Raise<CIOException>(kOnRequest); };
-    ExpectRaises<CIOException>(kCannotDecodeIo, [&] { Decode(kPath, TestFormat(2)); });
+    ExpectRaisesFor<CIOException>(kPath, kCannotDecodeIo, [&] { Decode(kPath, TestFormat(2)); });
 }
 
 TEST_F(DecodeFile, OtherFailuresPassOn) {
@@ -145,10 +142,12 @@ TEST_F(DecodeFileFromMemory, ReferenceToTheFileIsGivenBackInEveryCase) {
     EXPECT_EQ(CLiveObject::GetCount(), before_ + 2);
     decoded.Reset();
     EXPECT_EQ(CLiveObject::GetCount(), before_);
-    EXPECT_THROW(Decode(VRL_L("none"), TestFormat(3)), CDataFormatException);
+    ExpectRaisesFor<CDataFormatException>(VRL_L("none"), kCannotDecodeFormat,
+                                          [&] { Decode(VRL_L("none"), TestFormat(3)); });
     EXPECT_EQ(CLiveObject::GetCount(), before_);
     CTestDecoders::plans[0].onGetFormat = [] { Raise<CIOException>(kOnRequest); };
-    EXPECT_THROW(Decode(VRL_L("broken"), TestFormat(2)), CIOException);
+    ExpectRaisesFor<CIOException>(VRL_L("broken"), kCannotDecodeIo,
+                                  [&] { Decode(VRL_L("broken"), TestFormat(2)); });
     EXPECT_EQ(CLiveObject::GetCount(), before_);
     CTestDecoders::plans[0].onGetFormat = [] { throw std::runtime_error("foreign"); };
     EXPECT_THROW(Decode(VRL_L("foreign"), TestFormat(2)), std::runtime_error);
@@ -158,12 +157,9 @@ TEST_F(DecodeFileFromMemory, ReferenceToTheFileIsGivenBackInEveryCase) {
 TEST_F(DecodeFileFromMemory, LongPathIsCut) {
     RegisterFileClass(&NewObject<CMemoryFile>);
     const wstring path(1000, VRL_L('x'));
-    try {
-        Decode(path.c_str(), TestFormat(3));
-        ADD_FAILURE();
-    } catch (const CDataFormatException& exception) {
-        EXPECT_EQ(Narrow(exception.GetReason()), "Cannot decode file '" + std::string(235, 'x'));
-    }
+    ASSERT_EQ(PathMessage(kCannotDecodeFormat.reason, path).size(), 255u);
+    ExpectRaisesFor<CDataFormatException>(path, kCannotDecodeFormat,
+                                          [&] { Decode(path.c_str(), TestFormat(3)); });
 }
 
 IObject* NoObject() {

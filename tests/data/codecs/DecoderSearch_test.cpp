@@ -6,6 +6,7 @@
 #include <vorlund/Vorlund.h>
 
 #include "support/Failures.h"
+#include "support/KnownFailures.h"
 #include "support/LibraryScope.h"
 #include "support/Probes.h"
 #include "support/TestDecoders.h"
@@ -19,9 +20,6 @@
 namespace vorlund::test {
 namespace {
 
-constexpr TFailure kCannotDecodeStream{VRL_L("vorlund::CCodecClassStore::DecodeStream"),
-                                       VRL_L("src/vorlund/data/CodecClassStore"), 352,
-                                       VRL_L("Cannot decode stream")};
 constexpr TFailure kOnRequest{VRL_L("test::OnRequest"), VRL_L("tests/data/DecoderSearch_test"), 1,
                               VRL_L("on request")};
 
@@ -52,7 +50,7 @@ protected:
         return CRefPtr<IInputStream>::Adopt(store_.DecodeStream(source_.Get(), wanted));
     }
     void ExpectNoChain(const CId& wanted) {
-        ExpectRaises<CDataFormatException>(kCannotDecodeStream, [&] { Decode(wanted); });
+        ExpectRaises<CDataFormatException>(codecstorefailures::kCannotDecodeStream, [&] { Decode(wanted); });
     }
 
     CLibraryScope library_;

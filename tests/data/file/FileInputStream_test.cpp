@@ -1,7 +1,7 @@
 // Reading files.
+#include "data/file/PathFailures.h"
 #include "data/file/TemporaryFolder.h"
 #include "support/DebugRecorder.h"
-#include "support/Failures.h"
 #include "support/Probes.h"
 
 #include <vorlund/ClassIds.h>
@@ -16,7 +16,7 @@
 namespace vorlund::test {
 namespace {
 
-constexpr const wchar* kSource = VRL_L("src/vorlund/data/file/FileInputStream_win32");
+constexpr const wchar* kSource = filefailures::kInputFile;
 constexpr const wchar* kRead = VRL_L("vorlund::CFileInputStream::Read");
 constexpr const wchar* kSeek = VRL_L("vorlund::CFileInputStream::Seek");
 constexpr const wchar* kNotOpen = VRL_L("File is not open");
@@ -32,10 +32,6 @@ constexpr TFailure kReadNoSamples{kRead, kSource, 139, VRL_L("Media samples are 
 constexpr TFailure kSkipNotOpen{VRL_L("vorlund::CFileInputStream::Skip"), kSource, 145, kNotOpen};
 constexpr TFailure kFlushNotSupported{VRL_L("vorlund::CFileInputStream::Flush"), kSource, 152,
                                       VRL_L("Flush is not supported")};
-
-TFailure CannotOpen(const wstring& message) {
-    return {VRL_L("vorlund::CFileInputStream::Open"), kSource, 62, message.c_str()};
-}
 
 class FileInputStream : public CFileTest {
 protected:
@@ -380,13 +376,13 @@ TEST_F(FileInputStream, OpenRaisesForWhatCannotBeOpenedAndLeavesTheStreamClosed)
          {ToVorlund(At("missing.wav")), ToVorlund(At("no/such/folder")), wstring(), folder,
           folder + VRL_L('/'), wstring(VRL_L(".")), ToVorlund(good) + VRL_L('/'), wstring(500, VRL_L('x'))}) {
         Open(good);
-        const wstring message = PathMessage(VRL_L("Cannot open '%s' for reading"), path);
-        ExpectRaises<CFileAccessException>(CannotOpen(message), [&] { stream_->Open(path.c_str()); });
+        ExpectRaisesFor<CFileAccessException>(path, filefailures::kCannotRead,
+                                              [&] { stream_->Open(path.c_str()); });
         ExpectClosed();
     }
     Open(good);
-    ExpectRaises<CFileAccessException>(CannotOpen(VRL_L("Cannot open '(null)' for reading")),
-                                       [&] { stream_->Open(nullptr); });
+    ExpectRaisesFor<CFileAccessException>(VRL_L("(null)"), filefailures::kCannotRead,
+                                          [&] { stream_->Open(nullptr); });
     ExpectClosed();
     Open(good);
     EXPECT_EQ(Read(10), "abc");
@@ -394,7 +390,8 @@ TEST_F(FileInputStream, OpenRaisesForWhatCannotBeOpenedAndLeavesTheStreamClosed)
 
 TEST_F(FileInputStream, EachFailureIsReportedOnceAsAnExceptionOnly) {
     CDebugRecorder recorder;
-    EXPECT_THROW(Open(At("missing.wav")), CFileAccessException);
+    const fs::path path = At("missing.wav");
+    ExpectRaisesFor<CFileAccessException>(ToVorlund(path), filefailures::kCannotRead, [&] { Open(path); });
     ASSERT_EQ(recorder.GetEntries().size(), 1u);
     EXPECT_EQ(recorder.GetEntries()[0].type, DEBUG_MESSAGE_OUTPUT);
 }

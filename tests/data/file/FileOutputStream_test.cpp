@@ -1,7 +1,7 @@
 // Writing files.
+#include "data/file/PathFailures.h"
 #include "data/file/RefusingPlace.h"
 #include "data/file/TemporaryFolder.h"
-#include "support/Failures.h"
 #include "support/Probes.h"
 
 #include <vorlund/ClassIds.h>
@@ -14,7 +14,7 @@
 namespace vorlund::test {
 namespace {
 
-constexpr const wchar* kSource = VRL_L("src/vorlund/data/file/FileOutputStream_win32");
+constexpr const wchar* kSource = filefailures::kOutputFile;
 constexpr const wchar* kSeek = VRL_L("vorlund::CFileOutputStream::Seek");
 constexpr const wchar* kWrite = VRL_L("vorlund::CFileOutputStream::Write");
 constexpr const wchar* kFlush = VRL_L("vorlund::CFileOutputStream::Flush");
@@ -24,14 +24,9 @@ constexpr TFailure kLengthNotOpen{VRL_L("vorlund::CFileOutputStream::GetLength")
 constexpr TFailure kFlushNotOpen{kFlush, kSource, 98, kNotOpen};
 constexpr TFailure kFlushFailed{kFlush, kSource, 100, VRL_L("fwrite failed")};
 constexpr TFailure kSeekNotOpen{kSeek, kSource, 106, kNotOpen};
-constexpr TFailure kSeekFailed{kSeek, kSource, 109, VRL_L("_fseeki64 failed")};
 constexpr TFailure kTellNotOpen{VRL_L("vorlund::CFileOutputStream::Tell"), kSource, 115, kNotOpen};
 constexpr TFailure kWriteNotOpen{kWrite, kSource, 128, kNotOpen};
 constexpr TFailure kWriteFailed{kWrite, kSource, 131, VRL_L("fwrite failed")};
-
-TFailure CannotOpen(const wstring& message) {
-    return {VRL_L("vorlund::CFileOutputStream::Open"), kSource, 58, message.c_str()};
-}
 
 class FileOutputStream : public CFileTest {
 protected:
@@ -192,7 +187,7 @@ TEST_F(FileOutputStream, NegativeSeekFailsAndLeavesThePosition) {
     Open(At("a"));
     Write("abc");
     for (const std::int64_t position : {std::int64_t{-1}, std::numeric_limits<std::int64_t>::min()}) {
-        ExpectRaises<CIOException>(kSeekFailed, [&] { stream_->Seek(position); });
+        ExpectRaises<CIOException>(filefailures::kOutputSeekFailed, [&] { stream_->Seek(position); });
         EXPECT_EQ(stream_->Tell(), 3);
     }
     Write("def");
@@ -265,14 +260,13 @@ TEST_F(FileOutputStream, OpenRaisesForWhatCannotBeOpenedAndLeavesTheStreamClosed
                                     wstring(VRL_L(".")), wstring(500, VRL_L('x'))}) {
             Open(At("good"));
             Write("abc");
-            const wstring message = PathMessage(VRL_L("Cannot open '%s' for writing"), path);
-            ExpectRaises<CFileAccessException>(CannotOpen(message),
-                                               [&] { stream_->Open(path.c_str(), append); });
+            ExpectRaisesFor<CFileAccessException>(path, filefailures::kCannotWrite,
+                                                  [&] { stream_->Open(path.c_str(), append); });
             ExpectClosed();
             EXPECT_EQ(ReadFile(At("good")), "abc");
         }
-        ExpectRaises<CFileAccessException>(CannotOpen(VRL_L("Cannot open '(null)' for writing")),
-                                           [&] { stream_->Open(nullptr, append); });
+        ExpectRaisesFor<CFileAccessException>(VRL_L("(null)"), filefailures::kCannotWrite,
+                                              [&] { stream_->Open(nullptr, append); });
     }
     Open(At("good"));
     EXPECT_EQ(stream_->GetCapabilities(), 11u);

@@ -1,7 +1,7 @@
 // What only POSIX systems have: names that are bytes, links, pipes and devices.
+#include "data/file/PathFailures.h"
 #include "data/file/TemporaryFolder.h"
 #include "support/DebugRecorder.h"
-#include "support/Failures.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/File.h>
@@ -90,7 +90,8 @@ TEST_F(FileSystemPosix, NameWithABackslashIsListedButNotOpened) {
     EXPECT_EQ(ListedFolders(), (TNames{".", "..", "r"}));
     const auto file = NewFile(Path("we\\ird"));
     EXPECT_EQ(Narrow(file->GetPath()), Narrow(Path("we/ird")));
-    EXPECT_THROW(file->OpenInputStream(), CFileAccessException);
+    ExpectRaisesFor<CFileAccessException>(Path("we/ird"), filefailures::kCannotRead,
+                                          [&] { file->OpenInputStream(); });
     // Streams take a path as it is.
     input_->Open(Path("we\\ird").c_str());
     EXPECT_EQ(input_->GetLength(), 1);
@@ -103,7 +104,8 @@ TEST_F(FileSystemPosix, WhatTheStoredPathNamesComesBeforeANameWithABackslash) {
     EXPECT_EQ(stream->GetLength(), 1);
     fs::remove(At("a/b"));
     fs::create_directory(At("a/b"));
-    EXPECT_THROW(NewFile(Path("a\\b")), CFileAccessException);
+    ExpectRaisesFor<CFileAccessException>(Path("a\\b"), filefailures::kFileIsDirectory,
+                                          [&] { NewFile(Path("a\\b")); });
 }
 
 TEST_F(FileSystemPosix, NamesThatAreNotUtf8SurviveEnumerateAndOpen) {
@@ -197,10 +199,12 @@ TEST_F(FileSystemPosix, LoneSurrogatesThatStandForNoByteNameNothing) {
     const CWorkingFolder here(folder_.GetPath());
     for (const wchar unit : {0xD800, 0xDBFF, 0xDC00, 0xDC7F, 0xDD00, 0xDFFF}) {
         const wchar name[] = {'n', unit, 'm', 0};
-        EXPECT_THROW(input_->Open(name), CFileAccessException);
-        EXPECT_THROW(output_->Open(name, false), CFileAccessException);
-        EXPECT_THROW(NewFile(name), CFileAccessException);
-        EXPECT_THROW(CreateAs<IFolder>(classid::CFolder)->Initialize(name), CFileAccessException);
+        ExpectRaisesFor<CFileAccessException>(name, filefailures::kCannotRead, [&] { input_->Open(name); });
+        ExpectRaisesFor<CFileAccessException>(name, filefailures::kCannotWrite,
+                                              [&] { output_->Open(name, false); });
+        ExpectRaisesFor<CFileAccessException>(name, filefailures::kNoFile, [&] { NewFile(name); });
+        ExpectRaisesFor<CFileAccessException>(name, filefailures::kNoFolder,
+                                              [&] { CreateAs<IFolder>(classid::CFolder)->Initialize(name); });
     }
     EXPECT_TRUE(fs::is_empty(folder_.GetPath()));
 }
@@ -214,13 +218,11 @@ TEST_F(FileSystemPosix, DanglingLinkIsAFileThatCannotBeOpened) {
     for (const char* const name : {"dangling", "round"}) {
         const auto file = NewFile(Path(name));
         EXPECT_EQ(Narrow(file->GetName()), name);
-        EXPECT_THROW(file->OpenInputStream(), CFileAccessException);
+        ExpectRaisesFor<CFileAccessException>(Path(name), filefailures::kCannotRead,
+                                              [&] { file->OpenInputStream(); });
         const auto folder = CreateAs<IFolder>(classid::CFolder);
-        const wstring message = PathMessage(VRL_L("'%s' is not a directory"), Path(name));
-        ExpectRaises<CFileAccessException>({VRL_L("vorlund::CFolder::Initialize"),
-                                            VRL_L("src/vorlund/data/file/Folder_win32"), 134,
-                                            message.c_str()},
-                                           [&] { folder->Initialize(Path(name).c_str()); });
+        ExpectRaisesFor<CFileAccessException>(Path(name), filefailures::kFolderIsNoDirectory,
+                                              [&] { folder->Initialize(Path(name).c_str()); });
     }
     EXPECT_FALSE(fs::exists(At("nowhere")));
 }
@@ -251,22 +253,21 @@ TEST_F(FileSystemPosix, PipeIsAFileThatIsNotReadAndNeverWaitedFor) {
     ASSERT_EQ(mkfifo(At("pipe").c_str(), 0600), 0);
     EXPECT_EQ(ListedFiles(), TNames{"pipe"});
     const auto file = NewFile(Path("pipe"));
-    EXPECT_THROW(file->OpenInputStream(), CFileAccessException);
+    ExpectRaisesFor<CFileAccessException>(Path("pipe"), filefailures::kCannotRead,
+                                          [&] { file->OpenInputStream(); });
     // Nor with a writer: a pipe has no positions.
     const int end = open(At("pipe").c_str(), O_RDWR);
     ASSERT_GE(end, 0);
-    const wstring message = PathMessage(VRL_L("Cannot open '%s' for reading"), Path("pipe"));
-    ExpectRaises<CFileAccessException>({VRL_L("vorlund::CFileInputStream::Open"),
-                                        VRL_L("src/vorlund/data/file/FileInputStream_win32"), 62,
-                                        message.c_str()},
-                                       [&] { input_->Open(Path("pipe").c_str()); });
+    ExpectRaisesFor<CFileAccessException>(Path("pipe"), filefailures::kCannotRead,
+                                          [&] { input_->Open(Path("pipe").c_str()); });
     close(end);
 }
 
 TEST_F(FileSystemPosix, PipeIsWrittenWhenItHasAReader) {
     ASSERT_EQ(mkfifo(At("pipe").c_str(), 0600), 0);
     for (const bool append : {false, true}) {
-        EXPECT_THROW(output_->Open(Path("pipe").c_str(), append), CFileAccessException);
+        ExpectRaisesFor<CFileAccessException>(Path("pipe"), filefailures::kCannotWrite,
+                                              [&] { output_->Open(Path("pipe").c_str(), append); });
         const int reader = open(At("pipe").c_str(), O_RDONLY | O_NONBLOCK);
         ASSERT_GE(reader, 0);
         output_->Open(Path("pipe").c_str(), append);
@@ -275,8 +276,8 @@ TEST_F(FileSystemPosix, PipeIsWrittenWhenItHasAReader) {
         char bytes[10];
         ASSERT_EQ(read(reader, bytes, sizeof(bytes)), 5);
         EXPECT_EQ(std::string(bytes, 5), "sound");
-        EXPECT_THROW(output_->Seek(0), CIOException);
-        EXPECT_THROW(output_->GetLength(), CIOException);
+        ExpectRaises<CIOException>(filefailures::kOutputSeekFailed, [&] { output_->Seek(0); });
+        ExpectRaises<CIOException>(filefailures::kOutputSeekFailed, [&] { output_->GetLength(); });
         output_->Write("more", 4);
         output_->Close();
         EXPECT_EQ(read(reader, bytes, sizeof(bytes)), 4);
@@ -324,10 +325,11 @@ TEST_F(FileSystemPosix, DescriptorsAreGivenBack) {
         output_->Open(Path("copy.wav").c_str(), true);
         EXPECT_EQ(CountDescriptors(), before + 2);
         for (const char* const name : {"data", "pipe", "missing"}) {
-            EXPECT_THROW(input_->Open(Path(name).c_str()), CFileAccessException);
-            EXPECT_THROW(
-                output_->Open(Path(name == std::string("missing") ? "no/such" : name).c_str(), false),
-                CFileAccessException);
+            ExpectRaisesFor<CFileAccessException>(Path(name), filefailures::kCannotRead,
+                                                  [&] { input_->Open(Path(name).c_str()); });
+            const wstring target = Path(name == std::string("missing") ? "no/such" : name);
+            ExpectRaisesFor<CFileAccessException>(target, filefailures::kCannotWrite,
+                                                  [&] { output_->Open(target.c_str(), false); });
         }
         ListedFiles();
         ListedFolders();

@@ -1,7 +1,7 @@
 // Files by name.
+#include "data/file/PathFailures.h"
 #include "data/file/TemporaryFolder.h"
 #include "support/DebugRecorder.h"
-#include "support/Failures.h"
 #include "support/Probes.h"
 
 #include <vorlund/ClassIds.h>
@@ -10,16 +10,6 @@
 
 namespace vorlund::test {
 namespace {
-
-constexpr const wchar* kSource = VRL_L("src/vorlund/data/file/File_win32");
-constexpr const wchar* kInitialize = VRL_L("vorlund::CFile::Initialize");
-
-TFailure CannotFind(const wstring& message) {
-    return {kInitialize, kSource, 84, message.c_str()};
-}
-TFailure IsDirectory(const wstring& message) {
-    return {kInitialize, kSource, 90, message.c_str()};
-}
 
 class File : public CFileTest {
 protected:
@@ -121,43 +111,45 @@ TEST_F(File, InitializeRaisesForWhatIsMissing) {
     const auto file = NewFile();
     for (const fs::path name : {"missing.wav", "no/such/folder.wav", "missing/"}) {
         const wstring path = ToVorlund(At(name));
-        ExpectRaises<CFileAccessException>(CannotFind(PathMessage(VRL_L("Cannot find '%s'"), path)),
-                                           [&] { file->Initialize(path.c_str()); });
+        ExpectRaisesFor<CFileAccessException>(path, filefailures::kNoFile,
+                                              [&] { file->Initialize(path.c_str()); });
     }
-    ExpectRaises<CFileAccessException>(CannotFind(VRL_L("Cannot find ''")),
-                                       [&] { file->Initialize(VRL_L("")); });
-    ExpectRaises<CFileAccessException>(CannotFind(VRL_L("Cannot find '(null)'")),
-                                       [&] { file->Initialize(nullptr); });
+    ExpectRaisesFor<CFileAccessException>(VRL_L(""), filefailures::kNoFile,
+                                          [&] { file->Initialize(VRL_L("")); });
+    ExpectRaisesFor<CFileAccessException>(VRL_L("(null)"), filefailures::kNoFile,
+                                          [&] { file->Initialize(nullptr); });
     EXPECT_EQ(Narrow(file->GetPath()), "");
     EXPECT_EQ(file->OpenInputStream(), nullptr);
 }
 
 TEST_F(File, InitializeRaisesForAFileNamedAsAFolder) {
     const wstring path = ToVorlund(Put("song.wav")) + VRL_L('/');
-    ExpectRaises<CFileAccessException>(CannotFind(PathMessage(VRL_L("Cannot find '%s'"), path)),
-                                       [&] { NewFile()->Initialize(path.c_str()); });
+    ExpectRaisesFor<CFileAccessException>(path, filefailures::kNoFile,
+                                          [&] { NewFile()->Initialize(path.c_str()); });
 }
 
 TEST_F(File, InitializeRaisesForADirectory) {
     const auto file = NewFile();
     const wstring path = ToVorlund(folder_.GetPath());
     for (const wstring& given : {path, path + VRL_L('/'), wstring(VRL_L(".")), wstring(VRL_L(".."))}) {
-        ExpectRaises<CFileAccessException>(IsDirectory(PathMessage(VRL_L("'%s' is a directory"), given)),
-                                           [&] { file->Initialize(given.c_str()); });
+        ExpectRaisesFor<CFileAccessException>(given, filefailures::kFileIsDirectory,
+                                              [&] { file->Initialize(given.c_str()); });
     }
     EXPECT_EQ(Narrow(file->GetPath()), "");
 }
 
 TEST_F(File, MessageNamesThePathAsGiven) {
     const wstring path = WithBackslashes(ToVorlund(At("missing.wav")));
-    ExpectRaises<CFileAccessException>(CannotFind(PathMessage(VRL_L("Cannot find '%s'"), path)),
-                                       [&] { NewFile()->Initialize(path.c_str()); });
+    ExpectRaisesFor<CFileAccessException>(path, filefailures::kNoFile,
+                                          [&] { NewFile()->Initialize(path.c_str()); });
 }
 
 TEST_F(File, InitializesAfterAFailure) {
     const auto file = NewFile();
-    EXPECT_THROW(file->Initialize(ToVorlund(At("song.wav")).c_str()), CFileAccessException);
-    const wstring path = ToVorlund(Put("song.wav"));
+    const wstring path = ToVorlund(At("song.wav"));
+    ExpectRaisesFor<CFileAccessException>(path, filefailures::kNoFile,
+                                          [&] { file->Initialize(path.c_str()); });
+    Put("song.wav");
     file->Initialize(path.c_str());
     EXPECT_EQ(Narrow(file->GetPath()), Narrow(path));
 }
@@ -175,13 +167,13 @@ TEST_F(File, SecondInitializeIsIgnored) {
 
 TEST_F(File, MessageIsCutAt255Units) {
     const wstring longName(400, VRL_L('x'));
-    const wstring message = PathMessage(VRL_L("Cannot find '%s'"), longName);
-    ASSERT_EQ(message.size(), 255u);
-    ExpectRaises<CFileAccessException>(CannotFind(message), [&] { NewFile()->Initialize(longName.c_str()); });
+    ASSERT_EQ(PathMessage(filefailures::kNoFile.reason, longName).size(), 255u);
+    ExpectRaisesFor<CFileAccessException>(longName, filefailures::kNoFile,
+                                          [&] { NewFile()->Initialize(longName.c_str()); });
     // 241 units and the rest of the message fill the buffer to the last unit.
     const wstring fitting(241, VRL_L('y'));
-    ExpectRaises<CFileAccessException>(CannotFind(VRL_L("Cannot find '") + fitting + VRL_L("'")),
-                                       [&] { NewFile()->Initialize(fitting.c_str()); });
+    ExpectRaisesFor<CFileAccessException>(fitting, filefailures::kNoFile,
+                                          [&] { NewFile()->Initialize(fitting.c_str()); });
 }
 
 TEST_F(File, PathMayStandInTheMessageBuffer) {
@@ -191,8 +183,8 @@ TEST_F(File, PathMayStandInTheMessageBuffer) {
         FAIL();
     } catch (const CFileAccessException& exception) {
         const wchar* const reason = exception.GetReason();
-        ExpectRaises<CFileAccessException>(CannotFind(VRL_L("Cannot find 'Cannot find 'missing.wav''")),
-                                           [&] { file->Initialize(reason); });
+        ExpectRaisesFor<CFileAccessException>(VRL_L("Cannot find 'missing.wav'"), filefailures::kNoFile,
+                                              [&] { file->Initialize(reason); });
         // One buffer for the process: the first exception shows the text of the second.
         EXPECT_EQ(Narrow(exception.GetReason()), "Cannot find 'Cannot find 'missing.wav''");
     }
@@ -247,25 +239,28 @@ TEST_F(File, WhatAReplacedClassWithholdsIsReported) {
     for (const CId& id : {classid::CFolder, classid::CFileInputStream, classid::CFileOutputStream})
         store.RegisterClassVrl({id, VRL_L("test::Nothing"), [] { return static_cast<IObject*>(nullptr); }});
     ExpectRaises<CBugException>(
-        {VRL_L("vorlund::CFile::GetFolder"), kSource, 55, VRL_L("Cannot create folder")},
+        {VRL_L("vorlund::CFile::GetFolder"), filefailures::kFileFile, 55, VRL_L("Cannot create folder")},
         [&] { file->GetFolder(); });
-    ExpectRaises<CBugException>(
-        {VRL_L("vorlund::CFile::OpenInputStream"), kSource, 102, VRL_L("Cannot create file input stream")},
-        [&] { file->OpenInputStream(); });
-    ExpectRaises<CBugException>(
-        {VRL_L("vorlund::CFile::OpenOutputStream"), kSource, 112, VRL_L("Cannot create file output stream")},
-        [&] { file->OpenOutputStream(); });
+    ExpectRaises<CBugException>({VRL_L("vorlund::CFile::OpenInputStream"), filefailures::kFileFile, 102,
+                                 VRL_L("Cannot create file input stream")},
+                                [&] { file->OpenInputStream(); });
+    ExpectRaises<CBugException>({VRL_L("vorlund::CFile::OpenOutputStream"), filefailures::kFileFile, 112,
+                                 VRL_L("Cannot create file output stream")},
+                                [&] { file->OpenOutputStream(); });
 }
 
 TEST_F(File, NewStreamIsReleasedWhenItsOpeningRaises) {
     const fs::path path = Put("data/song.wav");
     const auto file = NewFile(ToVorlund(path));
     fs::remove_all(path.parent_path());
+    const wstring folder = ToVorlund(path.parent_path()) + VRL_L('/');
     CDebugRecorder recorder;
     for (int i = 0; i < 3; ++i) {
-        EXPECT_THROW(file->OpenInputStream(), CFileAccessException);
-        EXPECT_THROW(file->OpenOutputStream(), CFileAccessException);
-        EXPECT_THROW(file->GetFolder(), CFileAccessException);
+        ExpectRaisesFor<CFileAccessException>(ToVorlund(path), filefailures::kCannotRead,
+                                              [&] { file->OpenInputStream(); });
+        ExpectRaisesFor<CFileAccessException>(ToVorlund(path), filefailures::kCannotWrite,
+                                              [&] { file->OpenOutputStream(); });
+        ExpectRaisesFor<CFileAccessException>(folder, filefailures::kNoFolder, [&] { file->GetFolder(); });
     }
     const std::vector<std::string> reports = recorder.GetTexts(DEBUG_MESSAGE_OUTPUT);
     ASSERT_EQ(reports.size(), 9u);

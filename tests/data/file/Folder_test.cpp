@@ -1,7 +1,7 @@
 // Folders and their entries.
+#include "data/file/PathFailures.h"
 #include "data/file/TemporaryFolder.h"
 #include "support/DebugRecorder.h"
-#include "support/Failures.h"
 #include "support/Probes.h"
 
 #include <vorlund/ClassIds.h>
@@ -14,16 +14,6 @@
 
 namespace vorlund::test {
 namespace {
-
-constexpr const wchar* kSource = VRL_L("src/vorlund/data/file/Folder_win32");
-constexpr const wchar* kInitialize = VRL_L("vorlund::CFolder::Initialize");
-
-TFailure CannotFind(const wstring& message) {
-    return {kInitialize, kSource, 128, message.c_str()};
-}
-TFailure IsNoDirectory(const wstring& message) {
-    return {kInitialize, kSource, 134, message.c_str()};
-}
 
 using TNames = std::vector<std::string>;
 
@@ -116,27 +106,27 @@ TEST_F(Folder, InitializeRaisesForWhatIsMissing) {
     const auto folder = NewFolder();
     for (const fs::path name : {"missing", "missing/", "no/such/folder"}) {
         const wstring path = ToVorlund(At(name));
-        ExpectRaises<CFileAccessException>(CannotFind(PathMessage(VRL_L("Cannot find '%s'"), path)),
-                                           [&] { folder->Initialize(path.c_str()); });
+        ExpectRaisesFor<CFileAccessException>(path, filefailures::kNoFolder,
+                                              [&] { folder->Initialize(path.c_str()); });
     }
     const wstring backslashes = WithBackslashes(ToVorlund(At("missing")));
-    ExpectRaises<CFileAccessException>(CannotFind(PathMessage(VRL_L("Cannot find '%s'"), backslashes)),
-                                       [&] { folder->Initialize(backslashes.c_str()); });
-    ExpectRaises<CFileAccessException>(CannotFind(VRL_L("Cannot find ''")),
-                                       [&] { folder->Initialize(VRL_L("")); });
-    ExpectRaises<CFileAccessException>(CannotFind(VRL_L("Cannot find '(null)'")),
-                                       [&] { folder->Initialize(nullptr); });
+    ExpectRaisesFor<CFileAccessException>(backslashes, filefailures::kNoFolder,
+                                          [&] { folder->Initialize(backslashes.c_str()); });
+    ExpectRaisesFor<CFileAccessException>(VRL_L(""), filefailures::kNoFolder,
+                                          [&] { folder->Initialize(VRL_L("")); });
+    ExpectRaisesFor<CFileAccessException>(VRL_L("(null)"), filefailures::kNoFolder,
+                                          [&] { folder->Initialize(nullptr); });
     EXPECT_EQ(Narrow(folder->GetPath()), "");
 }
 
 TEST_F(Folder, InitializeRaisesForAFile) {
     const wstring path = ToVorlund(Put("song.wav"));
     const auto folder = NewFolder();
-    ExpectRaises<CFileAccessException>(IsNoDirectory(PathMessage(VRL_L("'%s' is not a directory"), path)),
-                                       [&] { folder->Initialize(path.c_str()); });
+    ExpectRaisesFor<CFileAccessException>(path, filefailures::kFolderIsNoDirectory,
+                                          [&] { folder->Initialize(path.c_str()); });
     const wstring asFolder = path + VRL_L('/');
-    ExpectRaises<CFileAccessException>(CannotFind(PathMessage(VRL_L("Cannot find '%s'"), asFolder)),
-                                       [&] { folder->Initialize(asFolder.c_str()); });
+    ExpectRaisesFor<CFileAccessException>(asFolder, filefailures::kNoFolder,
+                                          [&] { folder->Initialize(asFolder.c_str()); });
     EXPECT_EQ(Narrow(folder->GetPath()), "");
 }
 
@@ -152,9 +142,11 @@ TEST_F(Folder, SecondInitializeIsIgnored) {
 
 TEST_F(Folder, InitializesAfterAFailure) {
     const auto folder = NewFolder();
-    EXPECT_THROW(folder->Initialize(ToVorlund(At("late")).c_str()), CFileAccessException);
+    const wstring path = ToVorlund(At("late"));
+    ExpectRaisesFor<CFileAccessException>(path, filefailures::kNoFolder,
+                                          [&] { folder->Initialize(path.c_str()); });
     fs::create_directory(At("late"));
-    folder->Initialize(ToVorlund(At("late")).c_str());
+    folder->Initialize(path.c_str());
     EXPECT_EQ(Narrow(folder->GetName()), "late");
 }
 
@@ -397,16 +389,19 @@ TEST_F(FolderThatChanges, WhatAReplacedClassWithholdsIsReported) {
     store.RegisterClassVrl(list);
     store.RegisterClassVrl({classid::CFile, VRL_L("test::Nothing"), nothing});
     store.RegisterClassVrl({classid::CFolder, VRL_L("test::Nothing"), nothing});
-    ExpectRaises<CBugException>({kEnumerateFiles, kSource, 57, VRL_L("Cannot create file")},
+    ExpectRaises<CBugException>({kEnumerateFiles, filefailures::kFolderFile, 57, VRL_L("Cannot create file")},
                                 [&] { here_->EnumerateFiles(); });
-    ExpectRaises<CBugException>({kEnumerateFolders, kSource, 94, VRL_L("Cannot create folder")},
-                                [&] { here_->EnumerateFolders(); });
+    ExpectRaises<CBugException>(
+        {kEnumerateFolders, filefailures::kFolderFile, 94, VRL_L("Cannot create folder")},
+        [&] { here_->EnumerateFolders(); });
     store.Clear();
     store.RegisterClassVrl({classid::CObjectList, VRL_L("test::Nothing"), nothing});
-    ExpectRaises<CBugException>({kEnumerateFiles, kSource, 42, VRL_L("Cannot create object list")},
-                                [&] { here_->EnumerateFiles(); });
-    ExpectRaises<CBugException>({kEnumerateFolders, kSource, 79, VRL_L("Cannot create object list")},
-                                [&] { here_->EnumerateFolders(); });
+    ExpectRaises<CBugException>(
+        {kEnumerateFiles, filefailures::kFolderFile, 42, VRL_L("Cannot create object list")},
+        [&] { here_->EnumerateFiles(); });
+    ExpectRaises<CBugException>(
+        {kEnumerateFolders, filefailures::kFolderFile, 79, VRL_L("Cannot create object list")},
+        [&] { here_->EnumerateFolders(); });
 }
 
 } // namespace

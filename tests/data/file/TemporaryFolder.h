@@ -43,11 +43,6 @@ inline wstring WithBackslashes(wstring text) {
     return text;
 }
 
-/// What a path message says: `format` with `path` for its "%s", cut at 255 units.
-inline wstring PathMessage(wstring format, const wstring& path) {
-    return format.replace(format.find(VRL_L("%s")), 2, path).substr(0, 255);
-}
-
 inline std::string ReadFile(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};

@@ -746,7 +746,7 @@ TEST_F(WavChunkDecoder, SkipMovesOnlyTheStreamBelow) {
     EXPECT_EQ(stream_->TakeCalls(), TCalls{"Skip 4"});
     EXPECT_EQ(stream_->position, 66);
     EXPECT_EQ(decoder_->Tell(), 2);
-    EXPECT_EQ(ReadAll(3), Ramp(3, 106)) << "from where the stream below stands";
+    EXPECT_EQ(ReadAll(3), Ramp(3, 106)) << "from where the stream below is";
     EXPECT_EQ(decoder_->Tell(), 5);
 }
 

@@ -1,4 +1,5 @@
 // WAV files on the disk, by the way that applications go: selector or file name in, PCM out.
+#include "data/file/PathFailures.h"
 #include "data/file/TemporaryFolder.h"
 #include "support/Failures.h"
 #include "support/Probes.h"

@@ -7,8 +7,9 @@
 #include <vorlund/Resource.h>
 #include <vorlund/StreamSelector.h>
 
+#include "data/file/PathFailures.h"
 #include "data/file/TemporaryFolder.h"
-#include "support/Failures.h"
+#include "support/KnownFailures.h"
 #include "support/LibraryScope.h"
 #include "support/Probes.h"
 #include "support/Streams.h"
@@ -163,7 +164,8 @@ TEST_F(InputStreamSelector, DecodesThroughTheLibrarysStore) {
     EXPECT_EQ(decoded->GetClassId(), TestDecoderId(0));
     EXPECT_EQ(ReferencesOf(decoded.Get()), 1);
     EXPECT_EQ(ReferencesOf(stream.Get()), 4);
-    EXPECT_THROW(selector.DecodeStream(TestFormat(3)), CDataFormatException);
+    ExpectRaises<CDataFormatException>(codecstorefailures::kCannotDecodeStream,
+                                       [&] { selector.DecodeStream(TestFormat(3)); });
     EXPECT_EQ(ReferencesOf(stream.Get()), 4);
 }
 
@@ -195,13 +197,9 @@ TEST_F(InputStreamSelector, OpensAFileThroughTheClassStore) {
 }
 
 TEST_F(InputStreamSelector, FailedOpenPassesOn) {
-    try {
-        const CInputStreamSelector selector(VRL_L("no/such/file"));
-        ADD_FAILURE();
-    } catch (const CFileAccessException& exception) {
-        EXPECT_EQ(Narrow(exception.GetReason()), "Cannot open 'no/such/file' for reading");
-        EXPECT_EQ(Narrow(exception.GetMethod()), "vorlund::CFileInputStream::Open");
-    }
+    const wchar* const path = VRL_L("no/such/file");
+    ExpectRaisesFor<CFileAccessException>(path, filefailures::kCannotRead,
+                                          [&] { const CInputStreamSelector selector(path); });
 }
 
 IObject* NoObject() {
@@ -217,7 +215,8 @@ TEST_F(InputStreamSelector, FileStreamClassThatYieldsNoFileStreamIsRefused) {
         {classid::CFileInputStream, VRL_L("test::CMemoryInputStream"), &NewObject<CMemoryInputStream>});
     ExpectRaises<CBugException>(kNoFileStream, [] { const CInputStreamSelector selector(VRL_L("any")); });
     v.GetClassStore().Clear();
-    EXPECT_THROW(CInputStreamSelector selector(VRL_L("any")), CClassNotFoundException);
+    ExpectRaises<CClassNotFoundException>(classstorefailures::kCreateByIdNotFound,
+                                          [] { const CInputStreamSelector selector(VRL_L("any")); });
 }
 
 // Video callbacks.
@@ -233,7 +232,8 @@ TEST_F(InputStreamSelector, VideoSourceClassThatYieldsNoVideoSourceIsRefused) {
         {classid::CCbVideoSource, VRL_L("test::CMemoryInputStream"), &NewObject<CMemoryInputStream>});
     ExpectRaises<CBugException>(kNoVideoSource, [] { const CInputStreamSelector selector(&PaintNothing); });
     v.GetClassStore().Clear();
-    EXPECT_THROW(CInputStreamSelector selector(&PaintNothing), CClassNotFoundException);
+    ExpectRaises<CClassNotFoundException>(classstorefailures::kCreateByIdNotFound,
+                                          [] { const CInputStreamSelector selector(&PaintNothing); });
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include <vorlund/StreamSelector.h>
 #include <vorlund/Vorlund.h>
 
+#include "data/file/PathFailures.h"
 #include "data/file/TemporaryFolder.h"
 #include "support/Failures.h"
 #include "support/LibraryScope.h"
@@ -131,13 +132,9 @@ TEST_F(OutputStreamSelector, OpensAnEmptyFileThroughTheClassStore) {
 }
 
 TEST_F(OutputStreamSelector, FailedOpenPassesOn) {
-    try {
-        const COutputStreamSelector selector(VRL_L("no/such/file"));
-        ADD_FAILURE();
-    } catch (const CFileAccessException& exception) {
-        EXPECT_EQ(Narrow(exception.GetReason()), "Cannot open 'no/such/file' for writing");
-        EXPECT_EQ(Narrow(exception.GetMethod()), "vorlund::CFileOutputStream::Open");
-    }
+    const wchar* const path = VRL_L("no/such/file");
+    ExpectRaisesFor<CFileAccessException>(path, filefailures::kCannotWrite,
+                                          [&] { const COutputStreamSelector selector(path); });
 }
 
 IObject* NoObject() {

@@ -2,6 +2,7 @@
 #include "data/resource/ResourceTest.h"
 
 #include "support/Failures.h"
+#include "support/KnownFailures.h"
 
 #include <vorlund/ClassStore.h>
 #include <vorlund/StreamFilterImpl.h>
@@ -12,7 +13,7 @@
 namespace vorlund::test {
 namespace {
 
-constexpr const wchar* kFile = VRL_L("src/vorlund/data/resource/Resource");
+constexpr const wchar* kFile = resourcefailures::kResourceFile;
 constexpr const wchar* kApplyFilter = VRL_L("vorlund::CResource::ApplyFilter");
 constexpr TFailure kFilterIsNull{kApplyFilter, kFile, 76, VRL_L("filter is NULL")};
 constexpr TFailure kNoInputStream{kApplyFilter, kFile, 81, VRL_L("Cannot create resource input stream")};

@@ -2,14 +2,14 @@
 #include "data/resource/ResourceTest.h"
 
 #include "support/Failures.h"
+#include "support/KnownFailures.h"
 #include "support/TestDecoders.h"
 
 namespace vorlund::test {
 namespace {
 
 constexpr TFailure kDecodedFormatLocked{VRL_L("vorlund::CResource::LoadDecoded"),
-                                        VRL_L("src/vorlund/data/resource/Resource"), 163,
-                                        VRL_L("Data format is locked")};
+                                        resourcefailures::kResourceFile, 163, VRL_L("Data format is locked")};
 
 class ResourceLoad : public CResourceTest {
 protected:
@@ -248,7 +248,8 @@ TEST_F(ResourceLoad, LockedFormatMayBeDecodedTo) {
 TEST_F(ResourceLoad, WhatCannotBeDecodedLeavesAllAsItWas) {
     resource_->SetFormat(&TDataFormat_AudioPcm::FORMAT_44100HZ_16BIT_MONO);
     source_->bytes = Ramp(10);
-    EXPECT_THROW(resource_->LoadDecoded(source_.Get()), CDataFormatException);
+    ExpectRaises<CDataFormatException>(codecstorefailures::kCannotDecodeStream,
+                                       [&] { resource_->LoadDecoded(source_.Get()); });
     EXPECT_EQ(BytesOf(*resource_), (TBytes{1, 2, 3}));
     EXPECT_EQ(resource_->GetModificationCount(), 1U);
     EXPECT_EQ(resource_->GetFormat()->size, 32U);
@@ -291,7 +292,7 @@ TEST_F(ResourceLoad, DecodedThatRaisesLeavesNothingInTheFormerFormat) {
     source_->format = HeadOnly(TestFormat(1));
     source_->bytes = Ramp(10);
     source_->failAt = 5;
-    EXPECT_THROW(resource_->LoadDecoded(source_.Get()), CIOException);
+    ExpectRaises<CIOException>(streamfailures::kCannotRead, [&] { resource_->LoadDecoded(source_.Get()); });
     EXPECT_EQ(resource_->GetSize(), 0U);
     EXPECT_EQ(resource_->GetFormat()->size, 32U);
     EXPECT_TRUE(IsUnlocked(*resource_));

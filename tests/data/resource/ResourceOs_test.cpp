@@ -3,6 +3,7 @@
 #include "data/resource/ResourceTest.h"
 
 #include "support/Failures.h"
+#include "support/KnownFailures.h"
 
 #include <string>
 
@@ -97,8 +98,9 @@ TEST_P(ResourceOs, FormatGoesToTheResource) {
     stream_->SetFormat(&TDataFormat_AudioPcm::FORMAT_44100HZ_16BIT_MONO);
     EXPECT_EQ(resource_->GetFormat()->size, 32U);
     resource_->LockFormat();
-    EXPECT_THROW(stream_->SetFormat(&GetEmptyFormat()), CDataFormatException);
-    EXPECT_THROW(stream_->SetFormat(nullptr), CNullPtrException);
+    ExpectRaises<CDataFormatException>(resourcefailures::kFormatLocked,
+                                       [&] { stream_->SetFormat(&GetEmptyFormat()); });
+    ExpectRaises<CNullPtrException>(resourcefailures::kFormatIsNull, [&] { stream_->SetFormat(nullptr); });
 }
 
 TEST_P(ResourceOs, FillsAnEmptyResource) {
@@ -295,7 +297,7 @@ TEST_P(ResourceOs, ForeignResourceThatCannotGrowKeepsItsBytes) {
     foreign->SetSize(0);
     foreign->maximumSize = 0;
     stream_->Seek(0);
-    EXPECT_THROW(Write({1}), COutOfMemoryException);
+    ExpectRaises<COutOfMemoryException>(GetParam().writeOutOfMemory, [&] { Write({1}); });
     EXPECT_EQ(foreign->GetSize(), 0U);
 }
 
@@ -311,7 +313,7 @@ TEST_F(ResourceOsPlaces, PositionsBeyondAllMemoryAreRefusedByTheWrite) {
     for (const std::int64_t position : {(std::int64_t{1} << 32) - 1, std::int64_t{1} << 32, INT64_MAX}) {
         stream->Seek(position);
         EXPECT_EQ(stream->Tell(), position);
-        EXPECT_THROW(stream->Write(&byte, 1), COutOfMemoryException);
+        ExpectRaises<COutOfMemoryException>(kClasses[0].writeOutOfMemory, [&] { stream->Write(&byte, 1); });
         EXPECT_EQ(stream->Tell(), position);
         EXPECT_EQ(resource_->GetSize(), 0U);
     }

@@ -2,16 +2,11 @@
 #include "data/resource/ResourceTest.h"
 
 #include "support/Failures.h"
+#include "support/KnownFailures.h"
 
 namespace vorlund::test {
 namespace {
 
-constexpr const wchar* kFile = VRL_L("src/vorlund/data/resource/Resource");
-constexpr TFailure kFormatLocked{VRL_L("vorlund::CResource::SetFormat"), kFile, 325,
-                                 VRL_L("Data format is locked")};
-constexpr TFailure kFormatIsNull{VRL_L("vorlund::CResource::SetFormat"), kFile, 321, VRL_L("format is NULL")};
-constexpr TFailure kNothingToSaveTo{VRL_L("vorlund::CResource::Save"), kFile, 289,
-                                    VRL_L("Stream pointer is NULL")};
 constexpr TFailure kNothingToEncodeTo{VRL_L("vorlund::COutputStreamSelector::EncodeStream"),
                                       VRL_L("src/vorlund/data/OutputStreamSelector"), 97,
                                       VRL_L("Stream pointer is NULL")};
@@ -170,7 +165,7 @@ TEST_F(Resource, RecordIsAtLeastItsHead) {
 }
 
 TEST_F(Resource, NullFormatIsRefused) {
-    ExpectRaises<CNullPtrException>(kFormatIsNull, [&] { resource_->SetFormat(nullptr); });
+    ExpectRaises<CNullPtrException>(resourcefailures::kFormatIsNull, [&] { resource_->SetFormat(nullptr); });
 }
 
 TEST_F(Resource, LockedFormatTakesOnlyItsOwnKind) {
@@ -180,15 +175,18 @@ TEST_F(Resource, LockedFormatTakesOnlyItsOwnKind) {
     resource_->SetFormat(&second);
     EXPECT_EQ(std::memcmp(resource_->GetFormat(), &second, sizeof second), 0);
     const TDataFormat_ImageRgb image;
-    ExpectRaises<CDataFormatException>(kFormatLocked, [&] { resource_->SetFormat(&image); });
-    ExpectRaises<CDataFormatException>(kFormatLocked, [&] { resource_->SetFormat(&GetEmptyFormat()); });
+    ExpectRaises<CDataFormatException>(resourcefailures::kFormatLocked,
+                                       [&] { resource_->SetFormat(&image); });
+    ExpectRaises<CDataFormatException>(resourcefailures::kFormatLocked,
+                                       [&] { resource_->SetFormat(&GetEmptyFormat()); });
     EXPECT_EQ(std::memcmp(resource_->GetFormat(), &second, sizeof second), 0);
     // The same kind in another size.
     TDataFormat head = HeadOnly(first.id);
     resource_->SetFormat(&head);
     EXPECT_EQ(resource_->GetFormat()->size, 20U);
     resource_->LockFormat();
-    ExpectRaises<CDataFormatException>(kFormatLocked, [&] { resource_->SetFormat(&image); });
+    ExpectRaises<CDataFormatException>(resourcefailures::kFormatLocked,
+                                       [&] { resource_->SetFormat(&image); });
 }
 
 // Saving.
@@ -215,10 +213,12 @@ TEST_F(Resource, EmptyOneSavesNoBytes) {
 
 TEST_F(Resource, SaveNeedsAStream) {
     const COutputStreamSelector nothing(static_cast<IOutputStream*>(nullptr));
-    ExpectRaises<CNullPtrException>(kNothingToSaveTo, [&] { resource_->Save(nothing, true); });
+    ExpectRaises<CNullPtrException>(resourcefailures::kNothingToSaveTo,
+                                    [&] { resource_->Save(nothing, true); });
     // The library has no encoders.
     const auto target = Make<CMemoryOutputStream>();
-    ExpectRaises<CNullPtrException>(kNothingToSaveTo, [&] { resource_->Save(target.Get(), false); });
+    ExpectRaises<CNullPtrException>(resourcefailures::kNothingToSaveTo,
+                                    [&] { resource_->Save(target.Get(), false); });
     EXPECT_EQ(target->closed, 0);
     EXPECT_EQ(ReferencesOf(target.Get()), 1);
     ExpectRaises<CNullPtrException>(kNothingToEncodeTo, [&] { resource_->Save(nothing, false); });

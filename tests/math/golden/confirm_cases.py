@@ -31,7 +31,7 @@ def to_float(value):
 
 
 def round_once(exact):
-    """Single precision from a decimal. Between them stands a double: it must not decide the last digit."""
+    """Single precision from a decimal, by way of a double, which must not decide the last digit."""
     rounded = to_float(float(exact))
     bits = struct.unpack("<I", struct.pack("<f", rounded))[0]
     for other in (bits + 1, bits - 1 if rounded else bits + 1):
