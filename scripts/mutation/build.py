@@ -74,7 +74,8 @@ class Build:
 
     def sources(self):
         """The files of the library that this build compiles."""
-        return sorted(name for name in self.objects_of if name.startswith("src/vorlund/"))
+        return sorted(name for name in self.objects_of
+                      if name.startswith("src/vorlund/") and name.endswith((".cpp", ".h")))
 
 
 class Workplace:

@@ -168,7 +168,7 @@ class SourceFile:
             self._add("negation", token.start, token.end, "")
         is_prefix = not self._is_spaced(i) and (before.kind == "mark" and before.text not in (")", "]")
                                                 or before.text == "return")
-        is_destructor = token.text == "~" and before.text in (";", "{", "}", "::", ">")
+        is_destructor = token.text == "~" and before.text in (";", "{", "}", ":", "::", ">")
         if token.text in ("-", "~") and is_prefix and not is_destructor:
             self._add("sign", token.start, token.end, "")
         if token.text == "[":

@@ -462,6 +462,8 @@ TEST_F(WavChunkDecoder, HeaderOfAStreamThatClaimsTooMuchIsInvalid) {
     const auto stream = Make<CFaultyInputStream>();
     stream->bytes = CWavBuilder().Build();
     stream->exaggeration = 1;
+    // What reads on ends here.
+    stream->failAt = static_cast<std::int64_t>(stream->bytes.size());
     EXPECT_EQ(Outcome([&] { decoder_->Connect(stream.Get()); }),
               "CDataFormatException vorlund::CWavChunkDecoder::Connect " FILE_TEXT ":256 Invalid header");
     EXPECT_EQ(ReferencesOf(stream.Get()), 1);
