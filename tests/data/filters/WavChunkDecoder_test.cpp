@@ -458,6 +458,17 @@ TEST_P(WavChunkDecoderFault, IsPassedOn) {
     EXPECT_EQ(stream_->GetReferences(), 1);
 }
 
+TEST_F(WavChunkDecoder, PassesOnWhatTheEndOfItsStreamRaises) {
+    auto stream = Make<CMemoryInputStream>();
+    stream->bytes = CWavBuilder().Build();
+    CTestListener listener([](IObject*) { RaiseFromStream<CInvalidStateException>(); });
+    stream->AddListener(&listener);
+    decoder_->Connect(stream.Get());
+    stream.Reset();
+    EXPECT_EQ(Outcome([&] { decoder_.Reset(); }),
+              "CInvalidStateException test::CRecordingStream tests/filters/RecordingStream:7 on request");
+}
+
 TEST_F(WavChunkDecoder, HeaderOfAStreamThatClaimsTooMuchIsInvalid) {
     const auto stream = Make<CFaultyInputStream>();
     stream->bytes = CWavBuilder().Build();
