@@ -65,5 +65,6 @@ check() {
 }
 export -f check
 export common state
-echo "tidy: $(grep -c . <<<"$files") files"
-grep . <<<"$files" | xargs -r -P "$(nproc)" -I{} bash -c 'check {}'
+[[ -n $files ]] || { echo "tidy: no file changed"; exit 0; }
+echo "tidy: $(wc -l <<<"$files") files"
+xargs -P "$(nproc)" -I{} bash -c 'check {}' <<<"$files"
