@@ -5,17 +5,19 @@
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace vorlund::test {
 namespace {
 
-/// What one thread has allocated and shall be refused. Plain data, so that it works in every phase of a
-/// thread.
+/// What one thread has allocated, what it shall be refused, and what it does in between. Plain data, so that
+/// it works in every phase of a thread.
 struct TThreadAllocations {
     std::size_t count;
     bool isArmed;
     bool hasFailed;
     std::size_t successesLeft;
+    const std::function<void()>* step;
     std::ptrdiff_t liveBlocks;
     std::ptrdiff_t liveBytes;
     std::ptrdiff_t peakBytes;
@@ -25,6 +27,7 @@ thread_local TThreadAllocations allocations;
 void* Allocate(std::size_t size) {
     TThreadAllocations& state = allocations;
     ++state.count;
+    if (const auto* const step = std::exchange(state.step, nullptr)) (*step)();
     if (state.isArmed && state.successesLeft-- == 0) {
         state.isArmed = false;
         state.hasFailed = true;
@@ -72,6 +75,13 @@ CAllocationFailure::~CAllocationFailure() {
 }
 bool CAllocationFailure::HasFailed() const {
     return allocations.hasFailed;
+}
+
+CAllocationStep::CAllocationStep(std::function<void()> step) : step_(std::move(step)) {
+    allocations.step = &step_;
+}
+CAllocationStep::~CAllocationStep() {
+    allocations.step = nullptr;
 }
 
 } // namespace vorlund::test

@@ -1,9 +1,11 @@
 /// \file
-/// Sees and refuses what the calling thread allocates with `operator new`. Only in vorlund_internal_tests,
-/// whose library is linked into the program: it replaces the allocation functions of the program.
+/// Sees, refuses and interrupts what the calling thread allocates with `operator new`. Only in
+/// vorlund_internal_tests, whose library is linked into the program: it replaces the allocation functions of
+/// the program.
 #pragma once
 
 #include <cstddef>
+#include <functional>
 
 namespace vorlund::test {
 
@@ -46,6 +48,19 @@ public:
 
     /// True once the allocation was refused.
     bool HasFailed() const;
+};
+
+/// Does something in the middle of an operation: right before the next allocation of the calling thread,
+/// once. One at a time per thread.
+class CAllocationStep {
+public:
+    explicit CAllocationStep(std::function<void()> step);
+    CAllocationStep(const CAllocationStep&) = delete;
+    CAllocationStep& operator=(const CAllocationStep&) = delete;
+    ~CAllocationStep();
+
+private:
+    const std::function<void()> step_;
 };
 
 } // namespace vorlund::test

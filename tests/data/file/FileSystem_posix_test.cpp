@@ -285,6 +285,28 @@ TEST_F(FileSystemPosix, PipeIsWrittenWhenItHasAReader) {
     }
 }
 
+TEST_F(FileSystemPosix, LengthIsNotKnownWhileWhatWaitsCannotBeWrittenOut) {
+    output_->Open(VRL_L("/dev/full"), false);
+    output_->Write("waits in the buffer", 19);
+    ExpectRaises<CIOException>(filefailures::kOutputSeekFailed, [&] { output_->GetLength(); });
+}
+
+TEST_F(FileSystemPosix, BytesAroundALeftPositionAreNotReadAgain) {
+    const fs::path path = Put("a", std::string(300000, 'x'));
+    input_->Open(ToVorlund(path).c_str());
+    char byte = 0;
+    ASSERT_EQ(input_->Read(&byte, 1), 1u);
+    input_->Seek(200000);
+    input_->Seek(2);
+    // Only who asks the system again sees the change.
+    Put("a", std::string(300000, 'y'));
+    ASSERT_EQ(input_->Read(&byte, 1), 1u);
+    EXPECT_EQ(byte, 'x');
+    input_->Seek(200000);
+    ASSERT_EQ(input_->Read(&byte, 1), 1u);
+    EXPECT_EQ(byte, 'y');
+}
+
 TEST_F(FileSystemPosix, DevicesAreReadByPosition) {
     input_->Open(VRL_L("/dev/null"));
     EXPECT_EQ(input_->GetCapabilities(), 7u);

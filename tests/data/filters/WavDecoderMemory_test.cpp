@@ -1,6 +1,7 @@
 // What decoding costs in memory, and that nothing stays behind.
 #include "data/file/TemporaryFolder.h"
 #include "support/Allocations.h"
+#include "support/Failures.h"
 #include "support/Outcome.h"
 #include "support/Probes.h"
 #include "support/Streams.h"
@@ -120,6 +121,24 @@ TEST_F(WavDecoderMemory, NothingIsLeftWhenTheStreamClaimsTooMuch) {
         stream_->exaggeration = exaggeration;
         ExpectNothingLeft(SampleFile());
     }
+}
+
+TEST_F(WavDecoderMemory, NothingIsLeftWhenTheEndOfTheStreamRaises) {
+    const TBytes file = SampleFile();
+    CTestListener listener([](IObject*) { Raise<CInvalidStateException>(streamfailures::kCannotRead); });
+    const auto endOfADecoder = [&] {
+        auto decoder = CreateAs<IWavChunkDecoder>(classid::CWavChunkDecoder);
+        auto stream = Make<CMemoryInputStream>();
+        stream->bytes = file;
+        stream->AddListener(&listener);
+        decoder->Connect(stream.Get());
+        stream.Reset();
+        ExpectRaises<CInvalidStateException>(streamfailures::kCannotRead, [&] { decoder.Reset(); });
+    };
+    endOfADecoder();
+    const CMemoryWatch watch;
+    endOfADecoder();
+    EXPECT_EQ(watch.GetLiveBlocks(), 0);
 }
 
 // The table of chunks.

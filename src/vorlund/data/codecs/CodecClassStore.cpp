@@ -104,7 +104,6 @@ struct CCodecClassStore::TData {
     template <class TInfo> std::vector<TInfo*> Snapshot(std::deque<TInfo>& records) {
         std::vector<TInfo*> snapshot;
         const CReadWriteLockGuard guard(lock, LOCK_MODE_READ);
-        snapshot.reserve(records.size());
         for (TInfo& info : records) snapshot.push_back(&info);
         return snapshot;
     }
