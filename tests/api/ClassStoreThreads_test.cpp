@@ -80,7 +80,7 @@ private:
 /// A thread that looks a class up whenever a message comes, and how often that did not have to wait.
 struct TOtherUser {
     const CClassStore& store;
-    CActor actor;
+    CActor actor{};
     int lookups = 0;
 };
 
