@@ -4,6 +4,7 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/Vorlund.h>
 
+#include "support/Actor.h"
 #include "support/DebugRecorder.h"
 #include "support/Failures.h"
 #include "support/Latch.h"
@@ -62,6 +63,40 @@ TEST(ClassStoreThreadsOfTheLibrary, CloseAfterARaisingFactorySucceeds) {
     v.Init();
     std::thread([] { EXPECT_TRUE(CreateAs<IObject>(classid::CObject)); }).join();
     v.Close();
+}
+
+/// Sends the library's messages to `target` for the length of a block.
+class CDebugTargetScope {
+public:
+    explicit CDebugTargetScope(TDebugTarget target) : former_(debugTarget) { SetDebugTarget(target); }
+    CDebugTargetScope(const CDebugTargetScope&) = delete;
+    CDebugTargetScope& operator=(const CDebugTargetScope&) = delete;
+    ~CDebugTargetScope() { SetDebugTarget(former_); }
+
+private:
+    TDebugTarget former_;
+};
+
+/// A thread that looks a class up whenever a message comes, and how often that did not have to wait.
+struct TOtherUser {
+    const CClassStore& store;
+    CActor actor{};
+    int lookups = 0;
+};
+
+TEST_F(ClassStoreThreads, FailedLookupsAreReportedWithoutTheLock) {
+    Register(kFirstId, kFirstName);
+    TOtherUser other{store_};
+    const CDebugTargetScope scope({[](TDebugMessageType, const wchar*, void* user) {
+                                       TOtherUser& that = *static_cast<TOtherUser*>(user);
+                                       that.actor.Start([&] { that.store.GetClassInfo(kFirstId); });
+                                       that.lookups += that.actor.Finishes() ? 1 : 0;
+                                   },
+                                   &other});
+    ExpectRaises<CClassNotFoundException>(kGetByIdNotFound, [&] { store_.GetClassInfo(kSecondId); });
+    EXPECT_EQ(other.lookups, 1);
+    ExpectRaises<CClassNotFoundException>(kCreateByNameNotFound, [&] { store_.CreateObject(kSecondName); });
+    EXPECT_EQ(other.lookups, 2);
 }
 
 CLatch* isInFactory = nullptr;

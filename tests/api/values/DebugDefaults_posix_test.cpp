@@ -56,6 +56,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(TStreamRow{"InitialLocale", {"mixed"}, kMixedLines, kMixedLines},
                     TStreamRow{"Utf8Locale", {"mixed-in-locale", "C.UTF-8"}, kMixedLines, kMixedLines},
                     TStreamRow{"BehindBytes", {"behind-bytes"}, "before " + kMixed + "\nafter\n", ""},
+                    TStreamRow{"BeforeAnAbruptEnd", {"abrupt-end"}, "before " + kMixed + "\n", ""},
                     TStreamRow{"BehindWideText", {"behind-wide"}, "before " + kMixed + "\nafter\n", ""},
                     TStreamRow{"BeforeWideText", {"before-wide"}, kMixed + "\nafter\n", ""},
                     TStreamRow{"AfterAHandlerWasTakenBack", {"restored"}, "printed\n", "printed\n"}),
@@ -172,6 +173,32 @@ TEST(DebugDefaults, BoxIsLeftWhenTheProcessLeavesTheForeground) {
     const TChildEnd end = child.Wait();
     EXPECT_TRUE(end.IsSuccess()) << end.exitCode;
     EXPECT_EQ(Lines(end.output).back(), "until the background");
+}
+
+TEST(DebugDefaults, BoxIsLeftWhenInputComesInTheBackground) {
+    CChildProcess child(kChild, {.arguments = {"background-input"}, .hasTerminal = true});
+    ASSERT_TRUE(child.WaitForTerminal(kButton));
+    kill(static_cast<pid_t>(child.GetProcessId()), SIGUSR1);
+    ASSERT_TRUE(child.WaitForTerminal("taken"));
+    child.Type("\n");
+    kill(static_cast<pid_t>(child.GetProcessId()), SIGUSR1);
+    const TChildEnd end = child.Wait();
+    // Reading there would have stopped the process.
+    EXPECT_TRUE(end.IsSuccess()) << end.exitCode;
+    EXPECT_EQ(Lines(end.output).back(), "input in the background");
+}
+
+/// What the terminal shows of a box that is closed by Enter.
+std::string ShowAndClose(const char* mode) {
+    CChildProcess child(kChild, {.arguments = {mode}, .hasTerminal = true});
+    EXPECT_TRUE(child.WaitForTerminal(kButton));
+    child.Type("\n");
+    EXPECT_TRUE(child.Wait().IsSuccess());
+    return child.GetTerminal();
+}
+
+TEST(DebugDefaults, BoxIsWholeWhereTheTerminalTakesParts) {
+    EXPECT_EQ(ShowAndClose("halves"), ShowAndClose("bug"));
 }
 
 TEST(DebugDefaults, BoxCannotCommandTheTerminal) {

@@ -4,12 +4,23 @@
 #include <cstdarg>
 #include <cstdio>
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
-// The program's own function comes before the C library's, also for the calls of the library under test: the
+namespace {
+
+/// How many calls of `poll` still time out, at once and whatever has come.
+int missedPolls = 0;
+/// Whether `write` writes half of what it is given, as a terminal may.
+bool isWritingHalves = false;
+
+} // namespace
+
+// The program's own functions come before the C library's, also for the calls of the library under test: the
 // system log is what is on this program's standard output.
 extern "C" __attribute__((visibility("default"))) void syslog(int priority, const char* format, ...) {
     char text[8192];
@@ -18,6 +29,20 @@ extern "C" __attribute__((visibility("default"))) void syslog(int priority, cons
     std::vsnprintf(text, sizeof(text), format, arguments);
     va_end(arguments);
     std::printf("log %d: %s\n", priority, text);
+}
+
+extern "C" __attribute__((visibility("default"))) int poll(pollfd* requests, nfds_t count, int milliseconds) {
+    if (missedPolls > 0) {
+        --missedPolls;
+        return 0;
+    }
+    timespec limit{milliseconds / 1000, milliseconds % 1000 * 1000000L};
+    return ppoll(requests, count, milliseconds < 0 ? nullptr : &limit, nullptr);
+}
+
+extern "C" __attribute__((visibility("default"))) ssize_t write(int file, const void* bytes,
+                                                                std::size_t size) {
+    return syscall(SYS_write, file, bytes, isWritingHalves ? (size + 1) / 2 : size);
 }
 
 namespace vorlund::test {
@@ -78,6 +103,34 @@ int ReportUntilBackground() {
     return WaitForChild(process);
 }
 
+/// From a process group that loses the terminal while it waits for input, before that comes. SIGUSR1 takes
+/// the terminal, which this program tells there; a second one lets the waiting process go on.
+int ReportInputInBackground() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGUSR1);
+    sigaddset(&signals, SIGTTOU);
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
+    const pid_t process = fork();
+    if (process == 0) {
+        setpgid(0, 0);
+        tcsetpgrp(terminal, getpid());
+        _exit(ReportBug("input in the background"));
+    }
+    sigdelset(&signals, SIGTTOU);
+    int received = 0;
+    sigwait(&signals, &received);
+    int status = 0;
+    kill(process, SIGSTOP);
+    if (waitpid(process, &status, WUNTRACED) != process) return 5;
+    tcsetpgrp(terminal, getpid());
+    dprintf(terminal, "taken\n");
+    sigwait(&signals, &received);
+    kill(process, SIGCONT);
+    return WaitForChild(process);
+}
+
 /// While a timer interrupts every call.
 int ReportInterrupted() {
     struct sigaction action {};
@@ -88,7 +141,21 @@ int ReportInterrupted() {
     return ReportBug("interrupted");
 }
 
-/// On a terminal whose Enter key gives a carriage return, and which reads nothing rather than wait.
+/// While the terminal takes only a part of each text.
+int ReportInHalves() {
+    isWritingHalves = true;
+    return ReportBug("halves");
+}
+
+/// Ends without the C library, which would write what its streams still hold.
+int PrintBeforeAbruptEnd() {
+    std::printf("before ");
+    CDebug::PrintMessage(DEBUG_MESSAGE_STDOUT, VRL_L("%s"), kMixedText);
+    _exit(0);
+}
+
+/// On a terminal whose Enter key gives a carriage return, and which reads nothing rather than wait. The first
+/// waits end without input.
 int ReportInRawMode() {
     const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
     termios mode{};
@@ -97,6 +164,7 @@ int ReportInRawMode() {
     mode.c_cc[VMIN] = 0;
     mode.c_cc[VTIME] = 0;
     tcsetattr(terminal, TCSANOW, &mode);
+    missedPolls = 3;
     const int result = ReportBug("raw");
     // What was typed behind Enter is still there.
     char rest[8] = {};
@@ -123,6 +191,9 @@ int ShowControls() {
 int RunSystemMode(const std::string& mode) {
     if (mode == "background") return ReportFromBackground();
     if (mode == "until-background") return ReportUntilBackground();
+    if (mode == "background-input") return ReportInputInBackground();
+    if (mode == "halves") return ReportInHalves();
+    if (mode == "abrupt-end") return PrintBeforeAbruptEnd();
     if (mode == "interrupted") return ReportInterrupted();
     if (mode == "raw") return ReportInRawMode();
     if (mode == "long-log") return LogLongText();
