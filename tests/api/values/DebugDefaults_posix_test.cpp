@@ -184,7 +184,7 @@ TEST(DebugDefaults, BoxIsLeftWhenInputComesInTheBackground) {
     kill(static_cast<pid_t>(child.GetProcessId()), SIGUSR1);
     const TChildEnd end = child.Wait();
     // Reading there would have stopped the process.
-    EXPECT_TRUE(end.IsSuccess()) << end.exitCode;
+    ASSERT_TRUE(end.IsSuccess()) << end.exitCode;
     EXPECT_EQ(Lines(end.output).back(), "input in the background");
 }
 
