@@ -5,13 +5,16 @@
 #include <vorlund/RefPtr.h>
 #include <vorlund/VideoWindow.h>
 
+#include "devices/DisplayScope.h"
 #include "devices/WindowProbe.h"
 #include "support/LibraryScope.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
+#include <string>
 #include <utility>
 #include <vector>
 #include <xcb/xcb.h>
@@ -64,6 +67,46 @@ TEST_F(VideoWindowProtocol, OpensAsSmallAsAPixel) {
         })) << width
             << " x " << height;
     }
+}
+
+/// An X server that nobody has used yet. It ends with its last client; this object is one.
+class CFreshServer {
+public:
+    CFreshServer() {
+        char number[16] = {};
+        if (server_ && std::fgets(number, sizeof number, server_)) {
+            number[std::strcspn(number, "\n")] = 0;
+            display_ = std::string(":") + number;
+            connection_ = xcb_connect(display_.c_str(), nullptr);
+        }
+    }
+    CFreshServer(const CFreshServer&) = delete;
+    CFreshServer& operator=(const CFreshServer&) = delete;
+    ~CFreshServer() {
+        if (connection_) xcb_disconnect(connection_);
+        if (server_) pclose(server_);
+    }
+
+    bool IsThere() const { return connection_ && xcb_connection_has_error(connection_) == 0; }
+    const char* GetDisplay() const { return display_.c_str(); }
+
+private:
+    std::FILE* server_ = popen("exec Xvfb -displayfd 1 -terminate -nolisten tcp 2>/dev/null", "r");
+    std::string display_;
+    xcb_connection_t* connection_ = nullptr;
+};
+
+TEST(VideoWindowProtocolFirst, BringsTheNamesOfItsProperties) {
+    const CFreshServer server;
+    if (!server.IsThere()) GTEST_SKIP() << "no server to start";
+    const CDisplayScope display(server.GetDisplay());
+    const CLibraryScope library;
+    const auto window = CreateAs<IVideoWindow>(classid::CVideoWindow);
+    window->SetTitle(VRL_L("First"));
+    window->Open();
+    const auto view = LookAtWindow(window->GetHandle());
+    ASSERT_TRUE(view);
+    EXPECT_EQ(view->title, VRL_L("First"));
 }
 
 } // namespace
