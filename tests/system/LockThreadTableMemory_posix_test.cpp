@@ -26,5 +26,20 @@ TEST(LockThreadTableMemory, GivesBackItsBlocks) {
     EXPECT_LT(UsedBytes(), before + 100 * 500 * sizeof(CLockThreadEntry) / 2);
 }
 
+TEST(LockThreadTableMemory, GivesBackTheModesOfWhoStillHolds) {
+    constexpr int kTables = 100;
+    constexpr unsigned int kThreads = 500;
+    constexpr int kModes = 50;
+    const std::size_t before = UsedBytes();
+    for (int i = 0; i < kTables; ++i) {
+        CLockThreadTable table;
+        for (unsigned int thread = 1; thread <= kThreads; ++thread) {
+            CLockThreadEntry& entry = table.Insert(thread);
+            for (int mode = 0; mode < kModes; ++mode) entry.Push(mode % 2 ? LOCK_MODE_WRITE : LOCK_MODE_READ);
+        }
+    }
+    EXPECT_LT(UsedBytes(), before + std::size_t{kTables} * kThreads * kModes * sizeof(TLockMode) / 2);
+}
+
 } // namespace
 } // namespace vorlund::test
