@@ -3,6 +3,7 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/DeviceClassStore.h>
 #include <vorlund/Exception.h>
+#include <vorlund/ObjectImpl.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/RefPtr.h>
 
@@ -17,6 +18,7 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
 #include <functional>
 #include <set>
 #include <stdexcept>
@@ -249,6 +251,24 @@ TEST_F(DeviceClassStore, ClassWithoutTheInterfaceIsABug) {
     RegisterFactory(store_, &NewObject<CProbe>);
     ExpectRaises<CBugException>(kNoInterface, [&] { store_.CreateDevice(DEVICE_TYPE_AUDIO); });
     EXPECT_EQ(CProbe::alive, 0);
+}
+
+/// Notes whether it ended while a failure was on its way.
+class CNoDevice : public CObjectImpl<IObject> {
+public:
+    static constexpr CId ClassId{0x7E57DE73, 7, 8, 9};
+
+    static inline int raising = -1;
+
+protected:
+    ~CNoDevice() { raising = std::uncaught_exceptions(); }
+};
+
+TEST_F(DeviceClassStore, ObjectWithoutTheInterfaceEndsBeforeTheFailure) {
+    CNoDevice::raising = -1;
+    RegisterFactory(store_, &NewObject<CNoDevice>);
+    ExpectRaises<CBugException>(kNoInterface, [&] { store_.CreateDevice(DEVICE_TYPE_AUDIO); });
+    EXPECT_EQ(CNoDevice::raising, 0);
 }
 
 TEST_F(DeviceClassStore, FailuresOfTheClassStorePassOn) {

@@ -1,11 +1,13 @@
 // Every set of loops that the processor has, against the reference, bit for bit.
 #include "vorlund/math/MatrixKernels.h"
+#include "vorlund/math/Row_scalar.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <limits>
@@ -80,6 +82,19 @@ TEST_P(MatrixKernels, GivesTheBitsOfTheReference) {
         const float determinants[] = {set.determinant(left), reference.determinant(left)};
         ExpectSame(&determinants[0], &determinants[1], 1, "determinant");
         ExpectSame(set.invert(left), reference.invert(left), "inverse");
+    }
+}
+
+TEST(MatrixKernelsReference, WritesNothingBehindTheInverse) {
+    constexpr float kGuard = 12345;
+    // Both with room behind the sixteen elements.
+    std::array<float, 32> minors, inverse;
+    minors.fill(3);
+    inverse.fill(kGuard);
+    CRowScalar::DivideAdjugate(minors.data(), 2, inverse.data());
+    for (std::size_t i = 0; i < inverse.size(); ++i) {
+        const float quotient = (i / 4 + i) % 2 ? -1.5f : 1.5f;
+        EXPECT_EQ(inverse[i], i < 16 ? quotient : kGuard) << i;
     }
 }
 

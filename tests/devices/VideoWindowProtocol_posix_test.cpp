@@ -1,0 +1,113 @@
+// What window managers see of the video window.
+#include "vorlund/devices/XcbReply.h"
+
+#include <vorlund/ClassIds.h>
+#include <vorlund/RefPtr.h>
+#include <vorlund/VideoWindow.h>
+
+#include "devices/DisplayScope.h"
+#include "devices/WindowProbe.h"
+#include "support/LibraryScope.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+#include <xcb/xcb.h>
+
+namespace vorlund::test {
+namespace {
+
+xcb_atom_t FindAtom(xcb_connection_t* connection, const char* name) {
+    const auto asked = xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
+    const auto reply = OwnReply(xcb_intern_atom_reply(connection, asked, nullptr));
+    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
+/// The atoms in a property of a window.
+std::vector<xcb_atom_t> GetAtoms(xcb_connection_t* connection, void* window, xcb_atom_t property) {
+    const auto number = static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(window));
+    const auto asked = xcb_get_property(connection, 0, number, property, XCB_ATOM_ATOM, 0, 16);
+    const auto reply = OwnReply(xcb_get_property_reply(connection, asked, nullptr));
+    if (!reply || reply->format != 32) return {};
+    const auto* const first = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
+    return {first, first + reply->value_len};
+}
+
+class VideoWindowProtocol : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!CanShowWindows()) GTEST_SKIP() << "no display";
+    }
+
+    CLibraryScope library_;
+};
+
+TEST_F(VideoWindowProtocol, AsksToBeToldThatTheUserClosesIt) {
+    const auto window = CreateAs<IVideoWindow>(classid::CVideoWindow);
+    window->Open();
+    xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+    EXPECT_EQ(GetAtoms(connection, window->GetHandle(), FindAtom(connection, "WM_PROTOCOLS")),
+              std::vector{FindAtom(connection, "WM_DELETE_WINDOW")});
+    xcb_disconnect(connection);
+}
+
+TEST_F(VideoWindowProtocol, OpensAsSmallAsAPixel) {
+    for (const auto& [width, height] : {std::pair{1, 100}, {100, 1}, {1, 1}}) {
+        const auto window = CreateAs<IVideoWindow>(classid::CVideoWindow);
+        window->SetClientSize(width, height);
+        window->Open();
+        EXPECT_TRUE(WaitUntil([&, w = width, h = height] {
+            const auto view = LookAtWindow(window->GetHandle());
+            return view && view->width == w && view->height == h;
+        })) << width
+            << " x " << height;
+    }
+}
+
+/// An X server that nobody has used yet. It ends with its last client; this object is one.
+class CFreshServer {
+public:
+    CFreshServer() {
+        char number[16] = {};
+        if (server_ && std::fgets(number, sizeof number, server_)) {
+            number[std::strcspn(number, "\n")] = 0;
+            display_ = std::string(":") + number;
+            connection_ = xcb_connect(display_.c_str(), nullptr);
+        }
+    }
+    CFreshServer(const CFreshServer&) = delete;
+    CFreshServer& operator=(const CFreshServer&) = delete;
+    ~CFreshServer() {
+        if (connection_) xcb_disconnect(connection_);
+        if (server_) pclose(server_);
+    }
+
+    bool IsThere() const { return connection_ && xcb_connection_has_error(connection_) == 0; }
+    const char* GetDisplay() const { return display_.c_str(); }
+
+private:
+    std::FILE* server_ = popen("exec Xvfb -displayfd 1 -terminate -nolisten tcp 2>/dev/null", "r");
+    std::string display_;
+    xcb_connection_t* connection_ = nullptr;
+};
+
+TEST(VideoWindowProtocolFirst, BringsTheNamesOfItsProperties) {
+    const CFreshServer server;
+    if (!server.IsThere()) GTEST_SKIP() << "no server to start";
+    const CDisplayScope display(server.GetDisplay());
+    const CLibraryScope library;
+    const auto window = CreateAs<IVideoWindow>(classid::CVideoWindow);
+    window->SetTitle(VRL_L("First"));
+    window->Open();
+    const auto view = LookAtWindow(window->GetHandle());
+    ASSERT_TRUE(view);
+    EXPECT_EQ(view->title, VRL_L("First"));
+}
+
+} // namespace
+} // namespace vorlund::test
