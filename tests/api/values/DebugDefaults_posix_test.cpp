@@ -113,6 +113,17 @@ std::string TextInFrame(const std::string& terminal) {
 const std::string kBoxText = "Exception: type=CBugException" + kFields;
 const std::string kButton = "[ OK ]  press Enter";
 
+/// Waits until the whole box is on the terminal, so that no echo of what is typed then falls into it. Returns
+/// false when the child ends without it.
+bool WaitForBox(CChildProcess& child) {
+    if (!child.WaitForTerminal(kButton)) return false;
+    const std::string terminal = child.GetTerminal();
+    // The upper edge is as long as the lower one, but has a caption in it.
+    const std::size_t left = terminal.find('+');
+    const std::size_t right = terminal.find("+\r", left + 1);
+    return child.WaitForTerminal('+' + std::string(right - left - 1, '-') + "+\r");
+}
+
 /// Starts `mode` on a terminal, waits for the box, types `keys`, and returns what the child printed.
 struct TBoxRow {
     const char* name;
@@ -125,7 +136,7 @@ class DebugDefaultsBox : public testing::TestWithParam<TBoxRow> {};
 
 TEST_P(DebugDefaultsBox, StandsOnTheTerminalUntilEnter) {
     CChildProcess child(kChild, {.arguments = {GetParam().mode}, .hasTerminal = true});
-    ASSERT_TRUE(child.WaitForTerminal(kButton));
+    ASSERT_TRUE(WaitForBox(child));
     // Nobody has closed it, so nothing was raised.
     child.Type(GetParam().keys);
     const TChildEnd end = child.Wait();
@@ -168,7 +179,7 @@ TEST(DebugDefaults, BoxFromTheBackgroundDoesNotWait) {
 
 TEST(DebugDefaults, BoxIsLeftWhenTheProcessLeavesTheForeground) {
     CChildProcess child(kChild, {.arguments = {"until-background"}, .hasTerminal = true});
-    ASSERT_TRUE(child.WaitForTerminal(kButton));
+    ASSERT_TRUE(WaitForBox(child));
     kill(static_cast<pid_t>(child.GetProcessId()), SIGUSR1);
     const TChildEnd end = child.Wait();
     EXPECT_TRUE(end.IsSuccess()) << end.exitCode;
@@ -177,7 +188,7 @@ TEST(DebugDefaults, BoxIsLeftWhenTheProcessLeavesTheForeground) {
 
 TEST(DebugDefaults, BoxIsLeftWhenInputComesInTheBackground) {
     CChildProcess child(kChild, {.arguments = {"background-input"}, .hasTerminal = true});
-    ASSERT_TRUE(child.WaitForTerminal(kButton));
+    ASSERT_TRUE(WaitForBox(child));
     kill(static_cast<pid_t>(child.GetProcessId()), SIGUSR1);
     ASSERT_TRUE(child.WaitForTerminal("taken"));
     child.Type("\n");
@@ -191,7 +202,7 @@ TEST(DebugDefaults, BoxIsLeftWhenInputComesInTheBackground) {
 /// What the terminal shows of a box that is closed by Enter.
 std::string ShowAndClose(const char* mode) {
     CChildProcess child(kChild, {.arguments = {mode}, .hasTerminal = true});
-    EXPECT_TRUE(child.WaitForTerminal(kButton));
+    EXPECT_TRUE(WaitForBox(child));
     child.Type("\n");
     EXPECT_TRUE(child.Wait().IsSuccess());
     return child.GetTerminal();
@@ -203,7 +214,7 @@ TEST(DebugDefaults, BoxIsWholeWhereTheTerminalTakesParts) {
 
 TEST(DebugDefaults, BoxCannotCommandTheTerminal) {
     CChildProcess child(kChild, {.arguments = {"controls"}, .hasTerminal = true});
-    ASSERT_TRUE(child.WaitForTerminal(kButton));
+    ASSERT_TRUE(WaitForBox(child));
     child.Type("\n");
     EXPECT_TRUE(child.Wait().IsSuccess());
     EXPECT_EQ(TextInFrame(child.GetTerminal()), "<?[2J> two rows  " + kButton);
