@@ -51,9 +51,10 @@ public:
 
     /// Forgets every class and closes the store; nothing happens when it is closed. Gives back the store's
     /// lock where the calling thread still holds it. Threads that wait for the lock find the store closed.
-    /// Waits for another thread that holds the lock, 2 seconds at most, and not for one that has ended.
-    /// When such a thread still holds it then, raises `CBugException` "Still locked" (see `CBinaryLock`); the
-    /// store is closed all the same, and its memory is freed when the last thread has left it.
+    /// Waits for another thread that holds the lock, 2 seconds at most, and not for one that has ended or
+    /// that an operation has left with the lock. When such a thread holds it, raises `CBugException` "Still
+    /// locked" (see `CBinaryLock`); the store is closed all the same, and its memory is freed when the last
+    /// thread has left it.
     void Close();
 
     /// Gives back the store's lock where factories that raised have left it with the calling thread, so that
@@ -85,8 +86,8 @@ public:
     /// which the same thread may take again; when it raises, the exception passes on and the lock stays with
     /// the calling thread, until it calls `GiveBackLock` or `Close`.
     ///
-    /// Raises `CClassNotFoundException` "Cannot find class", also when that class has no factory, and `CBugException` "Not initialized" while
-    /// closed.
+    /// Raises `CClassNotFoundException` "Cannot find class", also when that class has no factory, and
+    /// `CBugException` "Not initialized" while closed.
     IObject* CreateObject(const CId& id) const;
 
     /// The same by name (exact, case-sensitive); here `CClassNotFoundException` has an empty reason.

@@ -34,8 +34,9 @@ inline constexpr CId OTHER_MEDIA_FORMAT_ID{0x21089FFF, 0x06984E6C, 0x975010E2, 0
 /// wins.
 ///
 /// Registrations, lookups and decoding may come from any thread. `Init` and `Close` belong to the start and
-/// the end of the library; a thread that is inside another operation then comes to no harm. All operations but `Init`, `Close`, the enumerations and the encoding ones raise
-/// `CBugException` "Not initialized" while the store is closed.
+/// the end of the library; a thread that is inside another operation then comes to no harm. All operations
+/// but `Init`, `Close`, the enumerations and the encoding ones raise `CBugException` "Not initialized" while
+/// the store is closed.
 class VRL_API CCodecClassStore {
 public:
     /// Closed.

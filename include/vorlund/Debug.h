@@ -59,9 +59,9 @@ public:
     static void SetHandler(TDebugMessageType type, TDebugHandler handler, void* user = nullptr);
 
     /// Handlers, those that are set already included, stay in place while the process ends or the library is
-    /// unloaded. Only for handlers whose code is not unloaded before the library, and that use nothing, `user`
-    /// included, which ends with the process's static objects. Any thread; cannot be taken back.
-    /// Since version 0.1.
+    /// unloaded. Only for handlers whose code is not unloaded before the library, and that use nothing,
+    /// `user` included, which ends with the process's static objects. Any thread; cannot be taken back. Since
+    /// version 0.1.
     static void KeepHandlersToTheEnd();
 
     /// Stops in an attached debugger (`DebugBreak` on Windows, `SIGTRAP` elsewhere). Without a debugger this

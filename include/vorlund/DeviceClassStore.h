@@ -44,9 +44,10 @@ public:
 
     /// Forgets every class and closes the store; nothing happens when it is closed. Gives back the store's
     /// lock where the calling thread still holds it. Threads that wait for the lock find the store closed.
-    /// Waits for another thread that holds the lock, 2 seconds at most, and not for one that has ended.
-    /// When such a thread still holds it then, raises `CBugException` "Still locked" (see `CBinaryLock`); the
-    /// store is closed all the same, and its memory is freed when the last thread has left it.
+    /// Waits for another thread that holds the lock, 2 seconds at most, and not for one that has ended or
+    /// that an operation has left with the lock. When such a thread holds it, raises `CBugException` "Still
+    /// locked" (see `CBinaryLock`); the store is closed all the same, and its memory is freed when the last
+    /// thread has left it.
     void Close();
 
     /// Gives back the store's lock where `CreateDevice` has left it with the calling thread, as

@@ -1,5 +1,5 @@
-// Loaded before a program (LD_PRELOAD), refuses it memory: the allocation whose number is in the environment, from
-// 1 on, and all that follow it unless only one is to be refused. What the loader takes counts too.
+// Loaded before a program (LD_PRELOAD), refuses it memory: the allocation whose number is in the environment,
+// from 1 on, and all that follow it unless only one is to be refused. What the loader takes counts too.
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 // The device class store: device classes in the order of registration.
 //
-// One recursive lock guards the list (StoreLock.h tells how it outlives the closing). Creation and enumeration
-// hold it while they create objects, so the class store's lock comes after this one; a registration asks the
-// class store first.
+// One recursive lock guards the list (StoreLock.h tells how it outlives the closing). Creation and
+// enumeration hold it while they create objects, so the class store's lock comes after this one; a
+// registration asks the class store first.
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/system/StoreLock.h"
 #include "vorlund/util/PtrObjects.h"

@@ -102,10 +102,10 @@ bool CStoreLock::WaitForHolder() noexcept {
     const auto deadline = std::chrono::steady_clock::now() + kMaxCloseWait;
     for (;; std::this_thread::sleep_for(kLookAgain)) {
         const CPlainLockGuard guard(storeGate);
-        if (owner_ == kNoThread && sharing_ == 0) return false;
+        if (inside_ == 0 && sharing_ == 0) return owner_ != kNoThread;
         if (owner_ != kNoThread && !IsThreadAlive(owner_)) {
             users_ -= inside_;
-            owner_ = kNoThread;
+            inside_ = 0;
             return true;
         }
         if (std::chrono::steady_clock::now() >= deadline) return true;

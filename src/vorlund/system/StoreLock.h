@@ -8,9 +8,10 @@
 // other lock is taken under it.
 //
 // Closing takes the data out of the store, gives back what the closing thread holds, and sends everybody away
-// who waits. It waits for the thread that holds the lock, but not for ever: a factory that raised may have
-// left it with a thread that never comes back. Whoever is the last inside destroys the data, be it the
-// closing thread or another one. A thread that has ended is inside no more.
+// who waits. It waits for the operations that hold the lock, but not for ever: a factory may take its time. A
+// lock that was left behind with a thread is not waited for, because the thread cannot reach it any more.
+// Whoever is the last inside destroys the data, be it the closing thread or another one. A thread that has
+// ended is inside no more.
 #pragma once
 
 #include "vorlund/system/PlainLock.h"
@@ -54,8 +55,8 @@ public:
     /// calling thread counts as inside afterwards. Expects the gate held, and gives it back.
     void Close() noexcept;
 
-    /// Waits for the thread that holds the closed store's lock, `kMaxCloseWait` at most and not for one that
-    /// has ended, whose share it takes. True when it is held all the same.
+    /// Waits for the operations that hold the closed store's lock, `kMaxCloseWait` at most and not for those
+    /// of a thread that has ended, whose share it takes. True when the lock is held all the same.
     bool WaitForHolder() noexcept;
 
 private:
@@ -71,8 +72,8 @@ private:
     int sharing_ = 0;                ///< operations that hold it together
     int users_ = 0;                  ///< operations inside, whatever they hold or wait for
     int waiting_ = 0;
-    int waitingToShare_ = 0; ///< of those
-    int wakes_ = 0;          ///< how many to wake when the gate opens
+    int waitingToShare_ = 0;             ///< of those
+    int wakes_ = 0;                      ///< how many to wake when the gate opens
     std::atomic<std::uint32_t> turn_{0}; ///< changes when those who wait must look again
 };
 

@@ -1,6 +1,6 @@
 // What the locks need of threads. A port supplies `CurrentThreadId`, `IsThreadAlive`, `ParkWhile` and
-// `UnparkOne` in a file Thread_<system>.cpp; a system without a call that sleeps on a word builds the last two from a mutex and a
-// condition with CParkingLot (ParkingLot.h).
+// `UnparkOne` in a file Thread_<system>.cpp; a system without a call that sleeps on a word builds the last
+// two from a mutex and a condition with CParkingLot (ParkingLot.h).
 #pragma once
 
 #include <atomic>

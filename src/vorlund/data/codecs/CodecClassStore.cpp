@@ -114,8 +114,8 @@ struct CCodecClassStore::TData {
     template <class TInfo>
     static IObject* Create(TData* const& store, std::deque<TInfo> TData::*records, const CId& input,
                            const CId& output, const TFailures& failures) {
-        return services::CreateObject(Find(store, records, input, output, failures,
-                                           [](const TInfo& info) { return info.classId; }));
+        return services::CreateObject(
+            Find(store, records, input, output, failures, [](const TInfo& info) { return info.classId; }));
     }
 
     /// The addresses of all records; none of a closed store.
