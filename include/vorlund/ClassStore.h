@@ -14,7 +14,8 @@ class IObjectEnumerator;
 /// Creates an object with one reference, or returns null. Called under the class store's lock.
 ///
 /// \warning A factory must not raise: the class store then stays locked by the calling thread, and every
-/// other thread that uses the store waits without limit.
+/// other thread that uses the store waits until that thread gives the lock back (`GiveBackLock`) or the store
+/// is closed.
 using TObjectFactory = IObject* (*)();
 
 /// A class of the store.
@@ -22,6 +23,7 @@ struct TClassInfo {
     CId id;
     /// The registered name. Not copied: it must have static storage.
     const wchar* name;
+    /// Null for a class that is found by lookups and cannot be created.
     TObjectFactory factory;
 
     constexpr TClassInfo(CId classId, const wchar* className, TObjectFactory classFactory)
@@ -32,7 +34,8 @@ struct TClassInfo {
 /// order; duplicates are kept, and the first registration of an identifier or of a name wins every lookup.
 ///
 /// Registration, lookup, creation, enumeration, `Clear` and `Dump` may come from any thread. `Init` and
-/// `Close` belong to the start and the end of the library.
+/// `Close` belong to the start and the end of the library. A thread that is inside another operation while
+/// the store is closed, or waits for its lock, comes to no harm: see `Close`.
 class VRL_API CClassStore {
 public:
     /// Closed.
@@ -47,8 +50,20 @@ public:
     void Init();
 
     /// Forgets every class and closes the store; nothing happens when it is closed. Gives back the store's
-    /// lock where the calling thread still holds it, and waits for other threads that hold it.
+    /// lock where the calling thread still holds it. Threads that wait for the lock find the store closed.
+    /// Waits for another thread that holds the lock, 2 seconds at most, and not for one that has ended or
+    /// that an operation has left with the lock. When such a thread holds it, raises `CBugException` "Still
+    /// locked" (see `CBinaryLock`); the store is closed all the same, and its memory is freed when the last
+    /// thread has left it.
     void Close();
+
+    /// Gives back the store's lock where factories that raised have left it with the calling thread, so that
+    /// other threads need not wait any longer. For the thread that has caught such an exception, at any time,
+    /// also from within a factory: what the operations hold in which it is called stays with them. Returns
+    /// how many times the lock was given back, 0 when there was nothing to give back or the store is closed.
+    /// Never raises.
+    /// Since version 0.1.
+    int GiveBackLock() const noexcept;
 
     /// Forgets every class; nothing happens when the store is closed.
     void Clear();
@@ -69,10 +84,10 @@ public:
     /// Creates an object of the first class registered under `id`: the result of its factory, one reference
     /// owned by the caller, or null when the factory yields nothing. The factory runs under the store's lock,
     /// which the same thread may take again; when it raises, the exception passes on and the lock stays with
-    /// the calling thread.
+    /// the calling thread, until it calls `GiveBackLock` or `Close`.
     ///
-    /// Raises `CClassNotFoundException` "Cannot find class", and `CBugException` "Not initialized" while
-    /// closed.
+    /// Raises `CClassNotFoundException` "Cannot find class", also when that class has no factory, and
+    /// `CBugException` "Not initialized" while closed.
     IObject* CreateObject(const CId& id) const;
 
     /// The same by name (exact, case-sensitive); here `CClassNotFoundException` has an empty reason.

@@ -33,9 +33,10 @@ inline constexpr CId OTHER_MEDIA_FORMAT_ID{0x21089FFF, 0x06984E6C, 0x975010E2, 0
 /// The registry of decoders and encoders. Registrations keep their order; the first record of a format pair
 /// wins.
 ///
-/// Registrations and lookups may come from any thread. `Init` and `Close` belong to the start and the end of
-/// the library. All operations but `Init`, `Close`, the enumerations and the encoding ones raise
-/// `CBugException` "Not initialized" while the store is closed.
+/// Registrations, lookups and decoding may come from any thread. `Init` and `Close` belong to the start and
+/// the end of the library; a thread that is inside another operation then comes to no harm. All operations
+/// but `Init`, `Close`, the enumerations and the encoding ones raise `CBugException` "Not initialized" while
+/// the store is closed.
 class VRL_API CCodecClassStore {
 public:
     /// Closed.
@@ -49,7 +50,12 @@ public:
     /// Opens the store; nothing happens when it is open.
     void Init();
 
-    /// Forgets every record and closes the store; nothing happens when it is closed.
+    /// Forgets every record and closes the store; nothing happens when it is closed. Threads that wait for
+    /// the store's lock find it closed. Waits for another thread that holds the lock, 2 seconds at most, and
+    /// not for one that has ended while it registered a record; when one still holds it then, prints
+    /// "[vorlund::CCodecClassStore::Close] Still locked!" to `DEBUG_MESSAGE_OUTPUT`. A search that is under
+    /// way goes on with the records that it has found; the memory is freed when the last thread has left the
+    /// store. Never raises.
     void Close();
 
     /// Registers a copy of the record behind the others. Raises `CBugException` "Class must be registered

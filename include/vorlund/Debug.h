@@ -26,7 +26,7 @@ enum TDebugMessageType : int {
 
 /// Receives what would have gone to destination `type`: `text` is the whole message without a final line end
 /// and lives only during the call. `user` is the pointer given to `CDebug::SetHandler`. May be called from
-/// any thread, and from several at once.
+/// any thread, and from several at once, until it is replaced or the process ends.
 using TDebugHandler = void (*)(TDebugMessageType type, const wchar* text, void* user);
 
 /// Diagnostic output. All operations are static and safe from any thread; lines of concurrent calls may
@@ -49,7 +49,20 @@ public:
     /// A call that is already under way on another thread may still reach the former handler after this
     /// returns. Messages printed from inside a handler, exceptions it builds included, reach no handler and
     /// no destination; an exception that leaves a handler is dropped.
+    ///
+    /// When the process ends, or the library is unloaded, handlers are taken away: a message may still come,
+    /// for example because nobody has closed the library, and what a handler and `user` need may be gone
+    /// then. It happens before the objects with static storage end that were there when the first handler was
+    /// set. From then on messages go to the default destinations, and this function does nothing; only what a
+    /// handler got instead of a box goes to the standard error stream, so that no box holds up the end.
+    /// `KeepHandlersToTheEnd` is for handlers that can do without anything that ends.
     static void SetHandler(TDebugMessageType type, TDebugHandler handler, void* user = nullptr);
+
+    /// Handlers, those that are set already included, stay in place while the process ends or the library is
+    /// unloaded. Only for handlers whose code is not unloaded before the library, and that use nothing,
+    /// `user` included, which ends with the process's static objects. Any thread; cannot be taken back. Since
+    /// version 0.1.
+    static void KeepHandlersToTheEnd();
 
     /// Stops in an attached debugger (`DebugBreak` on Windows, `SIGTRAP` elsewhere). Without a debugger this
     /// ends the process, unless a handler for the trap is installed.

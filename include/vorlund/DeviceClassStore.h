@@ -27,7 +27,8 @@ struct TDeviceClassInfo {
 /// of objects included. The class store's lock is taken under it. The classes "vorlund::CAudioDevice" and
 /// "vorlund::CVideoDevice" take the two locks in the opposite order, so threads that create devices at the
 /// same time must all use `CreateDevice`, or all the class store: otherwise they can wait for each other
-/// without end. `Init` and `Close` belong to the start and the end of the library.
+/// without end. `Init` and `Close` belong to the start and the end of the library. A thread that is inside
+/// another operation while the store is closed, or waits for its lock, comes to no harm: see `Close`.
 class VRL_API CDeviceClassStore {
 public:
     /// Closed.
@@ -42,9 +43,19 @@ public:
     void Init();
 
     /// Forgets every class and closes the store; nothing happens when it is closed. Gives back the store's
-    /// lock where the calling thread still holds it. When another thread has left the lock held, raises
-    /// `CBugException` "Still locked" (see `CBinaryLock`); the store is closed all the same.
+    /// lock where the calling thread still holds it. Threads that wait for the lock find the store closed.
+    /// Waits for another thread that holds the lock, 2 seconds at most, and not for one that has ended or
+    /// that an operation has left with the lock. When such a thread holds it, raises `CBugException` "Still
+    /// locked" (see `CBinaryLock`); the store is closed all the same, and its memory is freed when the last
+    /// thread has left it.
     void Close();
+
+    /// Gives back the store's lock where `CreateDevice` has left it with the calling thread, as
+    /// `CClassStore::GiveBackLock` does for the class store. After a creation through the class store
+    /// ("vorlund::CAudioDevice", "vorlund::CVideoDevice") both stores are left locked:
+    /// `CVorlund::GiveBackLocks` sees to both. Returns how many times the lock was given back. Never raises.
+    /// Since version 0.1.
+    int GiveBackLock() const noexcept;
 
     /// Registers a copy of `info` behind the others. Raises `CBugException` "Not initialized" while closed
     /// and "Class must be registered first" when the class store does not know the class.
@@ -55,7 +66,7 @@ public:
     /// Raises `CClassNotFoundException` with an empty reason when there is none.
     ///
     /// \warning After this exception the store's lock stays with the calling thread, which can go on using
-    /// the store; other threads wait until that thread closes it.
+    /// the store; other threads wait until that thread calls `GiveBackLock`, or the store is closed.
     ///
     ///
     /// Raises `CBugException` "Not initialized" while closed, "Device class not found" when the class yields

@@ -21,7 +21,8 @@ class IObjectEnumerator;
 /// objects raise, and what a plug-in raises from its entry points, passes on.
 class VRL_API CPluginStore {
 public:
-    /// Sets the folders and the extension that the store begins with.
+    /// Sets the folders and the extension that the store begins with. Without memory for them, raises
+    /// nothing: the operations, `Close` excepted, then try again and raise `std::bad_alloc` if they must.
     CPluginStore();
     CPluginStore(const CPluginStore&) = delete;
     CPluginStore& operator=(const CPluginStore&) = delete;
@@ -75,7 +76,7 @@ public:
 
 private:
     struct TData;
-    TData* data_;
+    mutable TData* data_;
 };
 
 } // namespace vorlund

@@ -30,7 +30,8 @@ enum TLockMode : int {
 ///
 /// Any thread may call any operation, except that nobody may use a lock while it is destroyed. Misuse raises
 /// nothing and only prints a `DEBUG_MESSAGE_BOX` message, with nothing held. The operations never raise:
-/// `Lock` keeps a small record for each holder, and while there is no memory for one, it waits.
+/// `Lock` keeps a small record for each holder, and while there is no memory for one, it waits. It does so
+/// before it takes anything, so others are not held up by that.
 class VRL_API CReadWriteLock {
 public:
     /// Free. Raises `COutOfMemoryException` "malloc failed" when there is no memory for its data.

@@ -11,8 +11,8 @@
 
 namespace vorlund {
 
-/// The library object. `Init` and `Close` take no lock: they run on the application's main thread, with no
-/// other thread in the library. The stores guard their own contents.
+/// The library object. `Init`, `Close` and `Abandon` take no lock: they run on the application's main thread,
+/// with no other thread in the library. The stores guard their own contents.
 class VRL_API CVorlund {
 public:
     /// Not initialised.
@@ -28,8 +28,8 @@ public:
 
     /// Opens the stores, registers the built-in classes and decoders, opens the object counter and loads
     /// every available plug-in; does nothing when initialised. What a step raises, plug-ins included, passes
-    /// on; the steps before it stay done and `Close` does nothing. A host that wants to go on then closes
-    /// what is open in the order of `Close`: object counter, plug-in store, device, codec and class store.
+    /// on; the steps before it stay done and `Close` does nothing. `Abandon` then closes what is open, and
+    /// `Init` may be tried again.
     void Init();
 
     /// Closes the object counter, then the plug-in store, which closes and unloads the plug-ins, then the
@@ -40,6 +40,22 @@ public:
     ///
     /// `Init` may be called again: the stores then start empty and serial numbers at 1.
     void Close();
+
+    /// Closes whatever is open, in the order of `Close`: what a completed `Init` has opened, and what one has
+    /// opened that raised. What a step raises is dropped, and the next one follows. Afterwards the library is
+    /// as it was before `Init`, and ends without a complaint. For every way out of a program, whatever
+    /// happened before: may be called in any state and again. Never raises.
+    ///
+    /// The warning of `Close` about objects that still exist holds here too.
+    /// Since version 0.1.
+    void Abandon() noexcept;
+
+    /// Gives back the locks of the class store and the device class store where operations that raised have
+    /// left them with the calling thread: `CClassStore::GiveBackLock` and `CDeviceClassStore::GiveBackLock`
+    /// tell which. For the thread that has caught the exception. Returns how many times a lock was given
+    /// back, 0 when there was nothing to give back. Any thread; never raises.
+    /// Since version 0.1.
+    int GiveBackLocks() const noexcept;
 
     CClassStore& GetClassStore() { return classStore_; }
     CCodecClassStore& GetCodecClassStore() { return codecClassStore_; }

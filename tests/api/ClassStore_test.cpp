@@ -329,5 +329,16 @@ TEST_F(ClassStore, FactoryMayForgetTheClasses) {
     ExpectRaises<CClassNotFoundException>(kGetByIdNotFound, [&] { store_.GetClassInfo(kFirstId); });
 }
 
+TEST_F(ClassStore, ClassWithoutAFactoryIsFoundAndCannotBeCreated) {
+    Register(kFirstId, kFirstName, nullptr);
+    // The first registration wins, whatever it is.
+    Register(kFirstId, kFirstName, &MakeNothing);
+    EXPECT_EQ(store_.GetClassInfo(kFirstId)->factory, nullptr);
+    ExpectRaises<CClassNotFoundException>(kCreateByIdNotFound, [&] { store_.CreateObject(kFirstId); });
+    ExpectRaises<CClassNotFoundException>(kCreateByNameNotFound, [&] { store_.CreateObject(kFirstName); });
+    // The lock has been given back.
+    std::thread([&] { EXPECT_EQ(store_.GetClassInfo(kFirstName)->id, kFirstId); }).join();
+}
+
 } // namespace
 } // namespace vorlund::test

@@ -96,6 +96,14 @@ INSTANTIATE_TEST_SUITE_P(
         return name;
     });
 
+TEST(UnloadHandlers, AreNotCalledWhenTheObjectsOfTheApplicationHaveEnded) {
+    const TChildEnd end = RunChild("lifecycle_child", {.arguments = {"handler-of-a-static-object"}});
+    EXPECT_EQ(Lines(end), "listener called\nlistener ended\n");
+    EXPECT_TRUE(end.IsAbnormal());
+    // Instead of the box that the application did not want.
+    EXPECT_NE(end.errors.find(kVorlund), std::string::npos) << end.errors;
+}
+
 struct TLinesRow {
     const char* mode;
     const char* lines;
@@ -112,7 +120,15 @@ TEST_P(UnloadUnfinishedFactory, LeavesTheLockWithItsThread) {
 INSTANTIATE_TEST_SUITE_P(Rows, UnloadUnfinishedFactory,
                          testing::Values(TLinesRow{"lock-left-to-others",
                                                    "before went on\nthis went on\nother is blocked\n"},
-                                         TLinesRow{"lock-of-an-ended-thread", "close is blocked\n"},
+                                         TLinesRow{"lock-of-an-ended-thread",
+                                                   "output Exception: type=CBugException | "
+                                                   "method=vorlund::CBinaryLock::~CBinaryLock | "
+                                                   "file=src/vorlund/system/BinaryLock_win32 | line=25 | "
+                                                   "reason=Still locked\n"
+                                                   "box Exception: type=CBugException | "
+                                                   "method=vorlund::CBinaryLock::~CBinaryLock | "
+                                                   "file=src/vorlund/system/BinaryLock_win32 | line=25 | "
+                                                   "reason=Still locked\nclose raised\nclose went on\n"},
                                          TLinesRow{"device-lock-left-to-others",
                                                    "before went on\noutput Exception: "
                                                    "type=CClassNotFoundException | "

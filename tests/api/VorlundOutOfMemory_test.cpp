@@ -1,6 +1,7 @@
 // The start of the library when memory runs out.
 #include <vorlund/ClassIds.h>
 #include <vorlund/Exception.h>
+#include <vorlund/ObjectEnumerator.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/Vorlund.h>
 
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <new>
+#include <optional>
 #include <vector>
 
 namespace vorlund::test {
@@ -43,6 +45,60 @@ TEST(VorlundOutOfMemory, InitLeavesWhatItHasDoneAndMayBeRepeated) {
         TKept::Room);
     EXPECT_GT(refusals, builtins);
     EXPECT_EQ(CreateAs<IObject>(classid::CObject)->GetObjectNumber(), 1);
+    v.Close();
+}
+
+TEST(VorlundOutOfMemory, AbandonUndoesWhatInitHasDone) {
+    const CDebugRecorder recorder;
+    EXPECT_GT(RefuseEachAllocation([] { v.Init(); },
+                                   [] {
+                                       v.Abandon();
+                                       ExpectRaises<CBugException>(kGetByIdClosed, [] {
+                                           v.GetClassStore().GetClassInfo(CId::Null());
+                                       });
+                                       ExpectRaises<CBugException>(counterfailures::kCreateClosed, [] {
+                                           v.GetObjectCounter().OnCreateObject({});
+                                       });
+                                   },
+                                   TKept::Room),
+              100u);
+    const CMemoryWatch watch;
+    v.Abandon();
+    // As after a start that went well.
+    v.Init();
+    const std::size_t builtins = Classes(v.GetClassStore()).size();
+    v.Abandon();
+    v.Init();
+    EXPECT_EQ(Classes(v.GetClassStore()).size(), builtins);
+    EXPECT_EQ(CreateAs<IObject>(classid::CObject)->GetObjectNumber(), static_cast<int>(builtins) + 2);
+    v.Abandon();
+    EXPECT_LE(watch.GetLiveBlocks(), 0);
+}
+
+TEST(VorlundOutOfMemory, PluginStoreWithoutMemoryMakesItsDataLater) {
+    const auto isWhole = [](const CPluginStore& store) {
+        // The executable's folder is among those that it begins with.
+        const auto names = CRefPtr<IObjectEnumerator>::Adopt(store.EnumerateLoadedPlugins());
+        return !names->HasNext() && !store.IsPluginLoaded(VRL_L("none"));
+    };
+    v.Init();
+    std::size_t refusals = 0;
+    for (bool isRefused = true; isRefused; ++refusals) {
+        const CMemoryWatch watch;
+        {
+            std::optional<CPluginStore> store;
+            {
+                const CAllocationFailure failure(refusals);
+                EXPECT_NO_THROW(store.emplace());
+                isRefused = failure.HasFailed();
+            }
+            store->Close();
+            EXPECT_TRUE(isWhole(*store));
+            EXPECT_NO_THROW(store->AddPluginPath(VRL_L("some folder")));
+        }
+        EXPECT_EQ(watch.GetLiveBlocks(), 0) << refusals;
+    }
+    EXPECT_GE(refusals, 3u);
     v.Close();
 }
 

@@ -41,6 +41,32 @@ CClassStore& MakeStore() {
     return store;
 }
 
+/// An object of the application that hears the library's messages and ends with the application's other
+/// static objects.
+class CListener {
+public:
+    CListener() = default;
+    CListener(const CListener&) = delete;
+    CListener& operator=(const CListener&) = delete;
+    ~CListener() {
+        hasEnded_ = true;
+        WriteLine("listener", "ended");
+    }
+
+    static void OnMessage(TDebugMessageType, const wchar*, void* user) {
+        const bool hasEnded = static_cast<const CListener*>(user)->hasEnded_;
+        WriteLine("listener", hasEnded ? "called after its end" : "called");
+    }
+
+private:
+    volatile bool hasEnded_ = false;
+};
+
+CListener& TheListener() {
+    static CListener listener;
+    return listener;
+}
+
 /// Tells whether `act` comes to its end on another thread. What is blocked stays blocked, so the process must
 /// be left without its end.
 template <class TAct> void ReportEnd(const char* name, TAct act) {
@@ -59,6 +85,13 @@ template <class TAct> void ReportEnd(const char* name, TAct act) {
 }
 
 int Run(std::string_view mode) {
+    if (mode == "handler-of-a-static-object") {
+        for (const TDebugMessageType type : {DEBUG_MESSAGE_OUTPUT, DEBUG_MESSAGE_BOX})
+            CDebug::SetHandler(type, &CListener::OnMessage, &TheListener());
+        CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("while it lives"));
+        v.Init();
+        return 0;
+    }
     SendReportsToParent();
     if (mode == "never-opened") return 0;
     if (mode == "counter-open") {
@@ -93,8 +126,14 @@ int Run(std::string_view mode) {
     if (mode == "lock-of-an-ended-thread") {
         CClassStore& store = MakeStore();
         std::thread([&] { LeaveTheLock(store); }).join();
-        ReportEnd("close", [&] { store.Close(); });
-        return 1;
+        ReportEnd("close", [&] {
+            try {
+                store.Close();
+            } catch (const CBugException&) {
+                WriteLine("close", "raised");
+            }
+        });
+        return 0;
     }
 
     if (mode == "device-lock-left-to-others") {

@@ -12,12 +12,13 @@
 #include "support/DebugRecorder.h"
 #include "support/Failures.h"
 #include "support/KnownFailures.h"
-#include "support/Leaks.h"
+#include "support/Latch.h"
 #include "support/LibraryScope.h"
 #include "support/Probes.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <set>
@@ -355,10 +356,7 @@ TEST_F(DeviceClassStore, CloseGivesTheLockBack) {
 
 TEST_F(DeviceClassStore, LockOfAnEndedThreadShowsAtTheEnd) {
     CDeviceClassStore store;
-    {
-        const CExpectedLeak leak;
-        store.Init();
-    }
+    store.Init();
     store.RegisterDevice({CFirst::ClassId, DEVICE_TYPE_VIDEO});
     CActor().Do([&] {
         ExpectRaises<CClassNotFoundException>(devicestorefailures::kNoClass,
@@ -372,6 +370,67 @@ TEST_F(DeviceClassStore, LockOfAnEndedThreadShowsAtTheEnd) {
     store.Init();
     EXPECT_TRUE(Enumerate(store).empty());
     store.Close();
+}
+
+TEST_F(DeviceClassStore, CloseTurnsAwayThreadsThatWait) {
+    CActor owner, creator, registrar, enumerator;
+    owner.Do([&] { ExpectNoAudioClass(); });
+    creator.Start([&] {
+        ExpectRaises<CBugException>(devicestorefailures::kCreateClosed,
+                                    [&] { store_.CreateDevice(DEVICE_TYPE_AUDIO); });
+    });
+    EXPECT_TRUE(creator.StaysBusy());
+    registrar.Start([&] {
+        ExpectRaises<CBugException>(kRegisterNotInitialized, [&] {
+            store_.RegisterDevice({CFirst::ClassId, DEVICE_TYPE_AUDIO});
+        });
+    });
+    EXPECT_TRUE(registrar.StaysBusy());
+    enumerator.Start([&] { EXPECT_TRUE(Enumerate(store_).empty()); });
+    EXPECT_TRUE(enumerator.StaysBusy());
+    // Neither the thread that has left the lock behind nor those that wait keep the store open.
+    ExpectRaises<CBugException>(lockfailures::kStillLocked, [&] { store_.Close(); });
+    EXPECT_TRUE(creator.Finishes());
+    EXPECT_TRUE(registrar.Finishes());
+    EXPECT_TRUE(enumerator.Finishes());
+    store_.Init();
+    owner.Do([&] { store_.RegisterDevice({CFirst::ClassId, DEVICE_TYPE_AUDIO}); });
+    EXPECT_EQ(Create(DEVICE_TYPE_AUDIO), CFirst::ClassId);
+}
+
+CLatch* isInDeviceFactory = nullptr;
+CLatch* mayLeaveDeviceFactory = nullptr;
+
+TEST_F(DeviceClassStore, CloseLeavesItsMemoryToACreationThatTakesTooLong) {
+    CLatch isInside(1), mayLeave(1);
+    isInDeviceFactory = &isInside;
+    mayLeaveDeviceFactory = &mayLeave;
+    RegisterFactory(store_, []() -> IObject* {
+        isInDeviceFactory->CountDown();
+        mayLeaveDeviceFactory->Wait();
+        return NewObject<CFirst>();
+    });
+    CActor creator;
+    creator.Start([&] { EXPECT_EQ(Create(DEVICE_TYPE_AUDIO), CFirst::ClassId); });
+    isInside.Wait();
+    const auto start = std::chrono::steady_clock::now();
+    ExpectRaises<CBugException>(lockfailures::kStillLocked, [&] { store_.Close(); });
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    mayLeave.CountDown();
+    EXPECT_TRUE(creator.Finishes());
+}
+
+TEST_F(DeviceClassStore, ThreadGivesBackTheLockOfFailedCreations) {
+    CActor owner, other;
+    owner.Do([&] {
+        for (int i = 0; i < 3; ++i) ExpectNoAudioClass();
+    });
+    other.Start([&] { store_.RegisterDevice({CFirst::ClassId, DEVICE_TYPE_AUDIO}); });
+    EXPECT_TRUE(other.StaysBusy());
+    EXPECT_EQ(store_.GiveBackLock(), 0);
+    owner.Do([&] { EXPECT_EQ(store_.GiveBackLock(), 3); });
+    EXPECT_TRUE(other.Finishes());
+    EXPECT_EQ(Create(DEVICE_TYPE_AUDIO), CFirst::ClassId);
 }
 
 // Enumeration.

@@ -26,8 +26,9 @@ inline void ReportToParent(TDebugMessageType type, const wchar* text, void*) {
     WriteLine(type == DEBUG_MESSAGE_OUTPUT ? "output" : type == DEBUG_MESSAGE_BOX ? "box" : "stream", narrow);
 }
 
-/// Sends every message to the parent, for good.
+/// Sends every message to the parent, for good: also those of the process's end.
 inline void SendReportsToParent() {
+    CDebug::KeepHandlersToTheEnd();
     for (const TDebugMessageType type :
          {DEBUG_MESSAGE_OUTPUT, DEBUG_MESSAGE_BOX, DEBUG_MESSAGE_STDOUT, DEBUG_MESSAGE_STDERR})
         CDebug::SetHandler(type, &ReportToParent);

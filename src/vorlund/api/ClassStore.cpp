@@ -1,14 +1,14 @@
 // The class store: registrations in order, and an index of the first ones.
 //
-// One recursive lock guards the registrations. It is held while a factory runs; a factory may still create
-// further objects through the store, because the lock is recursive. Of the library's locks that are held
-// while foreign code runs it is the last in the order.
+// One recursive lock guards the registrations (StoreLock.h tells how it outlives the closing). It is held
+// while a factory runs; a factory may still create further objects through the store, because the lock is
+// recursive. Of the library's locks that are held while foreign code runs it is the last in the order.
 #include "vorlund/api/ClassIndex.h"
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/values/DebugOutput.h"
+#include "vorlund/system/StoreLock.h"
 #include "vorlund/util/PtrObjects.h"
 
-#include <vorlund/BinaryLock.h>
 #include <vorlund/ClassIds.h>
 #include <vorlund/ClassStore.h>
 #include <vorlund/Exception.h>
@@ -17,7 +17,6 @@
 #include <vorlund/RefPtr.h>
 
 #include <deque>
-#include <utility>
 
 namespace vorlund {
 namespace {
@@ -54,11 +53,12 @@ constexpr TLookupFailures kGetByName{{kGetClassInfo, kFile, 130, kNotInitialized
 } // namespace
 
 struct CClassStore::TData {
-    /// Not held while it is destroyed: `Close` gives it back first.
-    mutable CBinaryLock lock;
+    mutable CStoreLock lock;
     /// A deque, because lookups hand out the addresses of its members.
     std::deque<TClassInfo> classes;
     CClassIndex index;
+
+    using CAccess = CStoreAccess<TData>;
 
     /// Registers a copy of `info`, or nothing at all when memory runs out.
     void Add(const TClassInfo& info) {
@@ -76,35 +76,32 @@ struct CClassStore::TData {
         classes.clear();
     }
 
-    /// The first registration of `key`. When there is none, gives the lock back and raises.
     template <class TKey>
-    const TClassInfo& Find(const TKey& key, CBinaryLockGuard& guard, const TFailure& notFound) const {
-        const TClassInfo* const info = index.Find(key);
-        if (!info) {
-            guard.Unlock();
-            Raise<CClassNotFoundException>(notFound);
+    static const TClassInfo* Get(TData* const& store, const TKey& key, const TLookupFailures& failures) {
+        CAccess data(store, TStoreUse::Exclusive);
+        if (!data) Raise<CBugException>(failures.notInitialized);
+        const TClassInfo* const info = data->index.Find(key);
+        // The failure is reported without the lock.
+        data.Leave();
+        if (!info) Raise<CClassNotFoundException>(failures.notFound);
+        return info;
+    }
+
+    template <class TKey>
+    static IObject* Create(TData* const& store, const TKey& key, const TLookupFailures& failures) {
+        CAccess data(store, TStoreUse::Exclusive);
+        if (!data) Raise<CBugException>(failures.notInitialized);
+        const TClassInfo* const info = data->index.Find(key);
+        // A class without a factory is there for lookups only.
+        if (!info || !info->factory) {
+            data.Leave();
+            Raise<CClassNotFoundException>(failures.notFound);
         }
-        return *info;
-    }
-
-    template <class TKey>
-    static const TClassInfo* Get(const TData* data, const TKey& key, const TLookupFailures& failures) {
-        if (!data) Raise<CBugException>(failures.notInitialized);
-        CBinaryLockGuard guard(data->lock);
-        return &data->Find(key, guard, failures.notFound);
-    }
-
-    template <class TKey>
-    static IObject* Create(const TData* data, const TKey& key, const TLookupFailures& failures) {
-        if (!data) Raise<CBugException>(failures.notInitialized);
-        CBinaryLockGuard guard(data->lock);
-        const TObjectFactory factory = data->Find(key, guard, failures.notFound).factory;
         // Kept for existing applications: when the factory raises, the lock stays with this thread, which can
-        // go on using the store, and other threads wait until it closes the store. So no guard covers the
-        // call.
-        guard.Leave();
-        IObject* const object = factory();
-        data->lock.Unlock();
+        // go on using the store, and other threads wait until it gives the lock back or closes the store.
+        data.KeepLock(true);
+        IObject* const object = info->factory();
+        data.KeepLock(false);
         return object;
     }
 };
@@ -114,32 +111,27 @@ CClassStore::~CClassStore() noexcept(false) {
 }
 
 void CClassStore::Init() {
-    if (!data_) data_ = new TData;
+    OpenStore(data_);
 }
 
 void CClassStore::Close() {
-    if (!data_) return;
-    TData* const data = std::exchange(data_, nullptr);
-    // A factory that raised on this thread has left the lock held: give it back, then wait for other threads.
-    while (data->lock.GetHoldCount() > 0) data->lock.Unlock();
-    {
-        const CBinaryLockGuard guard(data->lock);
-        data->Clear();
-    }
-    delete data;
+    if (CloseStore(data_)) RaiseStillLocked();
+}
+
+int CClassStore::GiveBackLock() const noexcept {
+    return GiveBackStore(data_);
 }
 
 void CClassStore::Clear() {
-    if (!data_) return;
-    const CBinaryLockGuard guard(data_->lock);
-    data_->Clear();
+    const TData::CAccess data(data_, TStoreUse::Exclusive);
+    if (data) data->Clear();
 }
 
 void CClassStore::RegisterClassVrl(const TClassInfo& info) {
-    if (!data_) Raise<CBugException>(kRegisterNotInitialized);
-    const CBinaryLockGuard guard(data_->lock);
+    const TData::CAccess data(data_, TStoreUse::Exclusive);
+    if (!data) Raise<CBugException>(kRegisterNotInitialized);
     // Kept for existing plug-ins: no check for duplicates; the first registration wins.
-    data_->Add(info);
+    data->Add(info);
 }
 
 const TClassInfo* CClassStore::GetClassInfo(const CId& id) const {
@@ -161,21 +153,19 @@ IObject* CClassStore::CreateObject(const wchar* name) const {
 IObjectEnumerator* CClassStore::EnumerateClasses() const {
     // Before this store's own state is looked at: on the library's closed store this call raises.
     auto enumerator = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoEnumerator);
-    if (data_) {
-        const CBinaryLockGuard guard(data_->lock);
-        TakePtrObjects(data_->classes, kNoItem, [&](IPtrObject* item) { enumerator->Push(item); });
-    }
+    const TData::CAccess data(data_, TStoreUse::Exclusive);
+    if (data) TakePtrObjects(data->classes, kNoItem, [&](IPtrObject* item) { enumerator->Push(item); });
     return enumerator.Detach();
 }
 
 void CClassStore::Dump() const {
-    if (!data_) {
+    const TData::CAccess data(data_, TStoreUse::Exclusive);
+    if (!data) {
         EmitDebugText(DEBUG_MESSAGE_STDOUT, VRL_L("Class dump - not initialized!"));
         return;
     }
-    const CBinaryLockGuard guard(data_->lock);
     EmitDebugText(DEBUG_MESSAGE_STDOUT, VRL_L("Class dump"));
-    for (const TClassInfo& info : data_->classes) {
+    for (const TClassInfo& info : data->classes) {
         wstring line = VRL_L(" * ") + info.id.ToString() + VRL_L(" - ");
         if (info.name) line += info.name;
         EmitDebugText(DEBUG_MESSAGE_STDOUT, line.c_str());

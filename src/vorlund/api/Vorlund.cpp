@@ -14,6 +14,16 @@ namespace {
 constexpr TFailure kNotClosed{VRL_L("vorlund::CVorlund::~CVorlund"), VRL_L("src/vorlund/api/Vorlund"), 14,
                               VRL_L("Vorlund not closed before exiting!")};
 
+/// Runs one step of an end that nothing may stop. False when it raised.
+template <class TStep> bool Try(TStep step) noexcept {
+    try {
+        step();
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
 } // namespace
 
 CVorlund v;
@@ -49,6 +59,21 @@ void CVorlund::Close() {
     deviceClassStore_.Close();
     codecClassStore_.Close();
     classStore_.Close();
+}
+
+void CVorlund::Abandon() noexcept {
+    initialized_ = false;
+    Try([this] { objectCounter_.Close(); });
+    // Each call gives up one plug-in more, be it that its close entry raises.
+    while (!Try([this] { pluginStore_.Close(); })) {
+    }
+    Try([this] { deviceClassStore_.Close(); });
+    Try([this] { codecClassStore_.Close(); });
+    Try([this] { classStore_.Close(); });
+}
+
+int CVorlund::GiveBackLocks() const noexcept {
+    return classStore_.GiveBackLock() + deviceClassStore_.GiveBackLock();
 }
 
 } // namespace vorlund

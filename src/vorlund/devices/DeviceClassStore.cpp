@@ -1,11 +1,12 @@
 // The device class store: device classes in the order of registration.
 //
-// One recursive lock guards the list. Creation and enumeration hold it while they create objects, so the
-// class store's lock comes after this one; a registration asks the class store first.
+// One recursive lock guards the list (StoreLock.h tells how it outlives the closing). Creation and
+// enumeration hold it while they create objects, so the class store's lock comes after this one; a
+// registration asks the class store first.
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/system/StoreLock.h"
 #include "vorlund/util/PtrObjects.h"
 
-#include <vorlund/BinaryLock.h>
 #include <vorlund/ClassIds.h>
 #include <vorlund/Device.h>
 #include <vorlund/DeviceClassStore.h>
@@ -16,7 +17,6 @@
 
 #include <algorithm>
 #include <deque>
-#include <utility>
 
 namespace vorlund {
 namespace {
@@ -41,9 +41,11 @@ constexpr TFailure kClassMissing{kRegisterDevice, kFile, 104, VRL_L("Class must 
 } // namespace
 
 struct CDeviceClassStore::TData {
-    CBinaryLock lock;
+    mutable CStoreLock lock;
     /// A deque, because enumerations hand out the addresses of its members.
     std::deque<TDeviceClassInfo> classes;
+
+    using CAccess = CStoreAccess<TData>;
 };
 
 CDeviceClassStore::~CDeviceClassStore() noexcept(false) {
@@ -51,48 +53,48 @@ CDeviceClassStore::~CDeviceClassStore() noexcept(false) {
 }
 
 void CDeviceClassStore::Init() {
-    if (!data_) data_ = new TData;
+    OpenStore(data_);
 }
 
 void CDeviceClassStore::Close() {
-    if (!data_) return;
-    TData* const data = std::exchange(data_, nullptr);
-    // A creation that found no class has left the lock with its thread. When that is another thread, it may
-    // never give it back, so nobody waits for it: the lock raises in its destruction, after everything else
-    // is freed.
-    while (data->lock.GetHoldCount() > 0) data->lock.Unlock();
-    delete data;
+    if (CloseStore(data_)) RaiseStillLocked();
+}
+
+int CDeviceClassStore::GiveBackLock() const noexcept {
+    return GiveBackStore(data_);
 }
 
 void CDeviceClassStore::RegisterDevice(const TDeviceClassInfo& info) {
-    if (!data_) Raise<CBugException>(kRegisterNotInitialized);
+    if (!TData::CAccess(data_, TStoreUse::Pinned)) Raise<CBugException>(kRegisterNotInitialized);
     services::RequireClass(info.classId, kClassMissing);
-    const CBinaryLockGuard guard(data_->lock);
+    const TData::CAccess data(data_, TStoreUse::Exclusive);
+    // Another thread may have closed the store in between.
+    if (!data) Raise<CBugException>(kRegisterNotInitialized);
     // Kept for existing plug-ins: no check for duplicates; the first class of a type wins.
-    data_->classes.push_back(info);
+    data->classes.push_back(info);
 }
 
 IDevice* CDeviceClassStore::CreateDevice(TDeviceType type) const {
-    if (!data_) Raise<CBugException>(kCreateNotInitialized);
-    CBinaryLockGuard guard(data_->lock);
-    const auto& classes = data_->classes;
+    TData::CAccess data(data_, TStoreUse::Exclusive);
+    if (!data) Raise<CBugException>(kCreateNotInitialized);
+    const auto& classes = data->classes;
     const auto found = std::find_if(classes.begin(), classes.end(),
                                     [type](const TDeviceClassInfo& info) { return info.deviceType == type; });
     if (found == classes.end()) {
         // Kept for existing callers: here, and only here, the lock stays with this thread. The caller can go
-        // on, as the lock is recursive; `Close` gives it back.
-        guard.Leave();
+        // on, as the lock is recursive; `GiveBackLock` and `Close` give it back.
+        data.KeepLock(true);
         Raise<CClassNotFoundException>(kNoClass);
     }
     auto object = CRefPtr<IObject>::Adopt(services::CreateObject(found->classId));
     if (!object) {
-        guard.Unlock();
+        data.Leave();
         Raise<CBugException>(kNoObject);
     }
     auto device = object.Query<IDevice>();
     object.Reset();
     if (!device) {
-        guard.Unlock();
+        data.Leave();
         Raise<CBugException>(kNoInterface);
     }
     return device.Detach();
@@ -100,10 +102,8 @@ IDevice* CDeviceClassStore::CreateDevice(TDeviceType type) const {
 
 IObjectList* CDeviceClassStore::EnumerateDevices() const {
     auto list = CreateOrRaise<IObjectList>(classid::CObjectList, kNoList);
-    if (data_) {
-        const CBinaryLockGuard guard(data_->lock);
-        TakePtrObjects(data_->classes, kNoItem, [&](IPtrObject* item) { list->AddObject(item); });
-    }
+    const TData::CAccess data(data_, TStoreUse::Exclusive);
+    if (data) TakePtrObjects(data->classes, kNoItem, [&](IPtrObject* item) { list->AddObject(item); });
     return list.Detach();
 }
 

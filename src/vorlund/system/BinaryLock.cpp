@@ -6,6 +6,7 @@
 // back; otherwise the former owner could see its own number beside the next owner's count.
 #include "vorlund/api/values/ClassMemory.h"
 #include "vorlund/system/PlainLock.h"
+#include "vorlund/system/StoreLock.h"
 
 #include <vorlund/BinaryLock.h>
 #include <vorlund/Exception.h>
@@ -30,6 +31,10 @@ constexpr TFailure kLockedElsewhere{kMethod, kFile, 46, VRL_L("Locked in another
 
 } // namespace
 
+void RaiseStillLocked() {
+    Raise<CBugException>(kStillLocked);
+}
+
 struct CBinaryLock::TData : TClassMemory {
     CPlainLock lock;
     std::atomic<unsigned int> owner{kNoThread};
@@ -43,7 +48,7 @@ CBinaryLock::CBinaryLock() : data_(new TData) {}
 
 CBinaryLock::~CBinaryLock() noexcept(false) {
     // The data of a lock that is still held stays for the holder, who may yet unlock it.
-    if (data_->IsHeld()) Raise<CBugException>(kStillLocked);
+    if (data_->IsHeld()) RaiseStillLocked();
     delete data_;
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <memory>
 #include <new>
 #include <thread>
@@ -17,11 +16,11 @@ void WaitForMemory() {
 } // namespace
 
 CLockThreadEntry::~CLockThreadEntry() {
-    if (runs_ != inlineRuns_) std::free(runs_);
+    if (runs_ != inlineRuns_) ::operator delete(runs_);
 }
 
 void CLockThreadEntry::GiveBackRuns() {
-    std::free(runs_);
+    ::operator delete(runs_);
     runs_ = inlineRuns_;
     capacity_ = kInlineRuns;
 }
@@ -29,10 +28,11 @@ void CLockThreadEntry::GiveBackRuns() {
 void CLockThreadEntry::Grow() {
     const int capacity = capacity_ * 2;
     void* memory = nullptr;
-    while (!(memory = std::malloc(static_cast<std::size_t>(capacity) * sizeof(TRun)))) WaitForMemory();
+    while (!(memory = ::operator new(static_cast<std::size_t>(capacity) * sizeof(TRun), std::nothrow)))
+        WaitForMemory();
     TRun* const runs = static_cast<TRun*>(memory);
     std::copy_n(runs_, top_ + 1, runs);
-    if (runs_ != inlineRuns_) std::free(runs_);
+    if (runs_ != inlineRuns_) ::operator delete(runs_);
     runs_ = runs;
     capacity_ = capacity;
 }
@@ -81,7 +81,7 @@ CLockThreadTable::TBlock* CLockThreadTable::MakeBlock(std::uint32_t slotBits) {
     const std::size_t count = std::size_t{1} << slotBits;
     const std::size_t entriesSize = count * sizeof(CLockThreadEntry);
     const std::size_t size = sizeof(TBlock) + entriesSize + count * sizeof(std::atomic<unsigned int>);
-    auto* const memory = static_cast<unsigned char*>(std::malloc(size));
+    auto* const memory = static_cast<unsigned char*>(::operator new(size, std::nothrow));
     if (!memory) return nullptr;
 
     // In the order of falling alignment.
@@ -99,7 +99,7 @@ CLockThreadTable::TBlock* CLockThreadTable::MakeBlock(std::uint32_t slotBits) {
 void CLockThreadTable::DestroyBlock(TBlock* block) {
     std::destroy_n(block->entries, block->GetSlotCount());
     block->~TBlock();
-    std::free(block);
+    ::operator delete(block);
 }
 
 } // namespace vorlund

@@ -26,7 +26,8 @@
 // joins.
 //
 // Nobody but the thread itself reads its entry in the table, so nested locks touch nothing that is shared.
-// The guard is never held while a thread sleeps, allocates or prints.
+// The guard is never held while a thread sleeps, allocates or prints, and a thread that needs memory gets it
+// before it counts as anything.
 #include "vorlund/system/ReadWriteLockData.h"
 
 #include "vorlund/system/Spin.h"
@@ -51,26 +52,28 @@ void TReadWriteLockData::Lock(TLockMode mode, unsigned int param) {
     // A thread that holds a lock cannot see its word free.
     if (word_.load(std::memory_order_relaxed) != kFree) {
         if (CLockThreadEntry* const entry = threads_.Find(thread)) {
+            // First what may have to wait for memory: an upgrade keeps out new readers.
+            entry->Push(mode);
             if (mode == LOCK_MODE_READ) {
                 ++entry->reads;
             } else {
                 if (entry->writes == 0) Upgrade();
                 ++entry->writes;
             }
-            entry->Push(mode);
             entry->param = param;
             return;
         }
     }
 
+    // Kept for existing callers: a first lock does not record its parameter. The entry comes before the lock,
+    // because there may be no memory for one: then nobody else waits for this thread.
+    CLockThreadEntry& entry = threads_.Insert(thread);
+    entry.Push(mode);
     if (mode == LOCK_MODE_READ)
         AcquireRead();
     else
         AcquireWrite();
-    // Kept for existing callers: a first lock does not record its parameter.
-    CLockThreadEntry& entry = threads_.Insert(thread);
     ++(mode == LOCK_MODE_READ ? entry.reads : entry.writes);
-    entry.Push(mode);
 }
 
 void TReadWriteLockData::Unlock() {

@@ -1,6 +1,6 @@
-// What the locks need of threads. A port supplies `CurrentThreadId`, `ParkWhile` and `UnparkOne` in a file
-// Thread_<system>.cpp; a system without a call that sleeps on a word builds the last two from a mutex and a
-// condition with CParkingLot (ParkingLot.h).
+// What the locks need of threads. A port supplies `CurrentThreadId`, `IsThreadAlive`, `ParkWhile` and
+// `UnparkOne` in a file Thread_<system>.cpp; a system without a call that sleeps on a word builds the last
+// two from a mutex and a condition with CParkingLot (ParkingLot.h).
 #pragma once
 
 #include <atomic>
@@ -33,6 +33,9 @@ inline unsigned int NotedThreadId() noexcept {
     return CurrentThreadId();
 }
 #endif
+
+/// Whether the thread of that number still runs. A number that another thread has got since counts as alive.
+bool IsThreadAlive(unsigned int thread) noexcept;
 
 /// Sleeps while `word` holds `value`; returns at once when it holds something else. Whoever changes the word
 /// calls `UnparkOne` afterwards. May return early without a reason: callers check the word and call it again.

@@ -1,5 +1,6 @@
 #include "vorlund/system/Thread_posix.h"
 
+#include <cerrno>
 #include <ctime>
 #include <linux/futex.h>
 #include <sys/syscall.h>
@@ -27,6 +28,11 @@ unsigned int CurrentThreadId() noexcept {
     // thread.
     if (notedThreadId == kUnknownThread) notedThreadId = static_cast<unsigned int>(syscall(SYS_gettid));
     return notedThreadId;
+}
+
+bool IsThreadAlive(unsigned int thread) noexcept {
+    // The null signal only looks whether there is such a thread.
+    return syscall(SYS_tgkill, getpid(), thread, 0) == 0 || errno != ESRCH;
 }
 
 std::int64_t MonotonicNanoseconds() noexcept {

@@ -28,6 +28,15 @@ unsigned int CurrentThreadId() noexcept {
     return GetCurrentThreadId();
 }
 
+bool IsThreadAlive(unsigned int thread) noexcept {
+    const HANDLE handle = OpenThread(SYNCHRONIZE, FALSE, thread);
+    // A thread that may not be looked at is there.
+    if (!handle) return GetLastError() != ERROR_INVALID_PARAMETER;
+    const bool isAlive = WaitForSingleObject(handle, 0) == WAIT_TIMEOUT;
+    CloseHandle(handle);
+    return isAlive;
+}
+
 void ParkWhile(const std::atomic<std::uint32_t>& word, std::uint32_t value) noexcept {
     parkingLot.ParkWhile(word, value);
 }

@@ -26,6 +26,7 @@
 #include <vorlund/StringObject.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -47,6 +48,9 @@ constexpr TFailure kNoFolder{kEnumerateAvailable, kFile, 147, VRL_L("Cannot crea
 constexpr TFailure kNoAvailableString{kEnumerateAvailable, kFile, 162, kNoString};
 constexpr TFailure kNoLoadedEnumerator{kEnumerateLoaded, kFile, 176, kNoEnumerator};
 constexpr TFailure kNoLoadedString{kEnumerateLoaded, kFile, 181, kNoString};
+
+/// Enough for an exception and what the runtime keeps beside it.
+constexpr std::size_t kRoomToFail = 1024;
 
 /// The end of the names of development variants.
 constexpr TView kDevelopmentMark = VRL_L("_d");
@@ -90,6 +94,38 @@ struct CPluginStore::TData {
     std::vector<CString> folders;
     std::vector<CString> extensions;
     std::vector<TPlugin> plugins;
+
+    /// With the extension and the folders that every store begins with.
+    TData() {
+        extensions.push_back(pluginmodule::kExtension);
+        // The folder of the application's executable, not of this library: an application finds the plug-ins
+        // beside it, wherever the library is installed.
+        const wstring host = pluginmodule::GetHostPath();
+        const std::size_t separator = host.rfind(pluginmodule::kSeparator);
+        if (separator == wstring::npos || separator == 0) return;
+        const CString folder(host.substr(0, separator).c_str());
+        folders.push_back(folder);
+        folders.push_back(pathtext::Join(folder, VRL_L("plugins"), pluginmodule::kSeparator));
+    }
+
+    /// The data; made now if there was no memory for them before.
+    static TData& Of(TData*& data) {
+        if (!data) data = new TData;
+        return *data;
+    }
+
+    /// The data, or null where there is no memory for them.
+    static TData* MakeIfPossible() noexcept {
+        // Raising takes memory too, and ends the process where there is none at all.
+        void* const room = std::malloc(kRoomToFail);
+        if (!room) return nullptr;
+        std::free(room);
+        try {
+            return new TData;
+        } catch (...) {
+            return nullptr;
+        }
+    }
 
     bool IsPluginFile(const wchar* title, const wchar* extension) const {
         if (TView(title).ends_with(kDevelopmentMark)) return false;
@@ -137,17 +173,9 @@ struct CPluginStore::TData {
     }
 };
 
-CPluginStore::CPluginStore() : data_(new TData) {
-    AddPluginExtension(pluginmodule::kExtension);
-    // The folder of the application's executable, not of this library: an application finds the plug-ins
-    // beside it, wherever the library is installed.
-    const wstring host = pluginmodule::GetHostPath();
-    const std::size_t separator = host.rfind(pluginmodule::kSeparator);
-    if (separator == wstring::npos || separator == 0) return;
-    const CString folder(host.substr(0, separator).c_str());
-    AddPluginPath(folder);
-    AddPluginPath(pathtext::Join(folder, VRL_L("plugins"), pluginmodule::kSeparator));
-}
+// The store of `v` is built while the library is loaded, where nobody can catch anything. So memory that runs
+// out there shows when the store is used.
+CPluginStore::CPluginStore() : data_(TData::MakeIfPossible()) {}
 
 CPluginStore::~CPluginStore() {
     delete data_;
@@ -158,6 +186,7 @@ void CPluginStore::Init() {}
 void CPluginStore::Close() {
     // Kept for existing callers: the records stay, and with them the names. A library that is opened again
     // must not close the plug-ins a second time, so each record gives up its module first.
+    if (!data_) return;
     for (std::size_t i = 0; i < data_->plugins.size(); ++i) {
         void* const module = std::exchange(data_->plugins[i].module, nullptr);
         if (!module) continue;
@@ -167,22 +196,23 @@ void CPluginStore::Close() {
 }
 
 void CPluginStore::AddPluginPath(const wchar* path) {
-    data_->folders.push_back(path);
+    TData::Of(data_).folders.push_back(path);
 }
 
 void CPluginStore::AddPluginExtension(const wchar* extension) {
-    data_->extensions.push_back(extension);
+    TData::Of(data_).extensions.push_back(extension);
 }
 
 void CPluginStore::LoadPlugin(const wchar* name) {
+    TData& data = TData::Of(data_);
     const CString wanted(name);
     // Kept for existing applications: a plug-in that is loaded already is loaded again, and a success does
     // not end the search.
-    for (std::size_t folder = 0; folder < data_->folders.size(); ++folder) {
-        const CString prefix = pathtext::Join(data_->folders[folder], wanted, pluginmodule::kSeparator);
-        for (std::size_t i = 0; i < data_->extensions.size(); ++i) {
-            const CString candidate = prefix + VRL_L(".") + data_->extensions[i];
-            data_->Load(ResolveFile(candidate), wanted);
+    for (std::size_t folder = 0; folder < data.folders.size(); ++folder) {
+        const CString prefix = pathtext::Join(data.folders[folder], wanted, pluginmodule::kSeparator);
+        for (std::size_t i = 0; i < data.extensions.size(); ++i) {
+            const CString candidate = prefix + VRL_L(".") + data.extensions[i];
+            data.Load(ResolveFile(candidate), wanted);
         }
     }
 }
@@ -190,24 +220,26 @@ void CPluginStore::LoadPlugin(const wchar* name) {
 void CPluginStore::LoadAvailablePlugins() {
     // The enumeration makes an object of every file in the folders. It begins only where there is a plug-in,
     // so that the first object of an application without plug-ins is number 1.
-    if (!data_->HasPlugins()) return;
+    if (!TData::Of(data_).HasPlugins()) return;
     ForEachText(EnumerateAvailablePlugins(), [this](const CString& name) { LoadPlugin(name); });
 }
 
 bool CPluginStore::IsPluginLoaded(const wchar* name) const {
-    return std::any_of(data_->plugins.begin(), data_->plugins.end(),
+    const TData& data = TData::Of(data_);
+    return std::any_of(data.plugins.begin(), data.plugins.end(),
                        [name](const TPlugin& plugin) { return plugin.name == name; });
 }
 
 IObjectEnumerator* CPluginStore::EnumerateLoadedPlugins() const {
     auto names = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoLoadedEnumerator);
-    for (const TPlugin& plugin : data_->plugins) PushName(*names, plugin.name, kNoLoadedString);
+    for (const TPlugin& plugin : TData::Of(data_).plugins) PushName(*names, plugin.name, kNoLoadedString);
     return names.Detach();
 }
 
 IObjectEnumerator* CPluginStore::EnumerateAvailablePlugins() const {
     auto names = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoAvailableEnumerator);
-    for (const CString& path : data_->folders) {
+    const TData& data = TData::Of(data_);
+    for (const CString& path : data.folders) {
         const CString plainPath = pathtext::WithoutSeparator(path, pluginmodule::kSeparator);
         // Asked first, as for files.
         if (filesystem::GetKind(plainPath) == TEntryKind::Missing) continue;
@@ -218,14 +250,14 @@ IObjectEnumerator* CPluginStore::EnumerateAvailablePlugins() const {
         while (entries->HasNext()) {
             const auto file = CRefPtr<IObject>::Adopt(entries->GetNext()).Query<IFile>();
             const CString title = file->GetTitle();
-            if (data_->IsPluginFile(title, file->GetExtension())) PushName(*names, title, kNoAvailableString);
+            if (data.IsPluginFile(title, file->GetExtension())) PushName(*names, title, kNoAvailableString);
         }
     }
     return names.Detach();
 }
 
 void CPluginStore::Dump() const {
-    for (const TPlugin& plugin : data_->plugins)
+    for (const TPlugin& plugin : TData::Of(data_).plugins)
         CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("Plugin %s is loaded"), plugin.name.GetBuffer());
     ForEachText(EnumerateAvailablePlugins(), [this](const CString& name) {
         if (!IsPluginLoaded(name))

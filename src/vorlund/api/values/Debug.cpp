@@ -6,14 +6,18 @@
 // Handler and user pointer belong together, so they are read and replaced as a pair under a mutex. It is held
 // only while they are copied: handlers and boxes run without it, and a handler may replace handlers.
 // Everything here is constant-initialised and never destroyed, as exceptions are printed before the library's
-// own objects are built and after they are destroyed.
+// own objects are built and after they are destroyed. Handlers are another matter: they belong to the
+// application, whose objects end before the library's. So the first one to be set asks the system to be told
+// of the end (`EndHandlers`). What the application has built by then ends after that call.
 #include <vorlund/Debug.h>
 
 #include "vorlund/api/text/TextFormat.h"
 #include "vorlund/api/values/DebugOutput.h"
 
 #include <cstdarg>
+#include <cstdlib>
 #include <mutex>
+#include <utility>
 
 namespace vorlund {
 namespace {
@@ -27,6 +31,11 @@ struct THandler {
 };
 THandler handlers[kDestinationCount];
 std::mutex handlersMutex;
+
+// Under the mutex:
+bool isEndArranged;
+bool areKeptToTheEnd;
+bool haveEnded;
 
 /// Set while this thread is inside a handler.
 thread_local bool isInHandler;
@@ -46,6 +55,31 @@ void CallHandler(const THandler& handler, TDebugMessageType type, const wchar* t
         ~TMark() { isInHandler = false; }
     } const mark;
     handler.function(type, text, handler.user);
+}
+
+/// What comes instead of a handler for boxes at the end: a box would hold up the end of a process whose
+/// application wanted none.
+void WriteBoxTextAtEnd(TDebugMessageType, const wchar* text, void*) {
+    debugoutput::WriteToStandardError(text);
+}
+
+void EndHandlers() {
+    const std::lock_guard guard(handlersMutex);
+    if (areKeptToTheEnd) return;
+    haveEnded = true;
+    for (THandler& handler : handlers) {
+        const bool isForBoxes = &handler == &handlers[DEBUG_MESSAGE_BOX];
+        handler = {handler.function && isForBoxes ? &WriteBoxTextAtEnd : nullptr, nullptr};
+    }
+}
+
+/// Has `EndHandlers` called when the process ends or the library is unloaded.
+void ArrangeEnd() {
+    {
+        const std::lock_guard guard(handlersMutex);
+        if (std::exchange(isEndArranged, true)) return;
+    }
+    std::atexit(&EndHandlers);
 }
 
 void WriteDefault(TDebugMessageType type, const wchar* text) {
@@ -95,8 +129,14 @@ void CDebug::PrintMessage(TDebugMessageType type, const wchar* format, ...) {
 
 void CDebug::SetHandler(TDebugMessageType type, TDebugHandler handler, void* user) {
     if (!IsDestination(type)) return;
+    if (handler) ArrangeEnd();
     const std::lock_guard guard(handlersMutex);
-    handlers[type] = {handler, user};
+    if (!haveEnded) handlers[type] = {handler, user};
+}
+
+void CDebug::KeepHandlersToTheEnd() {
+    const std::lock_guard guard(handlersMutex);
+    areKeptToTheEnd = true;
 }
 
 void CDebug::Break() {

@@ -1,23 +1,23 @@
 // The codec class store: decoder and encoder records in the order of registration.
 //
-// One lock guards both lists: registration takes it for writing, everything that looks at a record for
-// reading. It is a leaf: while it is held no object is created, no exception raised and no other lock taken.
-// So nothing can leave it locked, and `Close` gets it as soon as other threads are done. Records never
-// move and never change, so a pointer to one stays good until `Close`.
+// One lock guards both lists (StoreLock.h tells how it outlives the closing): registration takes it alone,
+// everything that looks at a record shares it. It is a leaf: while it is held no object is created, no
+// exception raised and no other lock taken. So no operation leaves it locked. Records never move and never
+// change, so a pointer to one stays good until `Close`; a search holds on to the records for as long as it
+// runs.
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/api/values/DebugOutput.h"
 #include "vorlund/api/values/PathReason.h"
 #include "vorlund/data/codecs/DecoderSearch.h"
+#include "vorlund/system/StoreLock.h"
 #include "vorlund/util/PtrObjects.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/File.h>
-#include <vorlund/ReadWriteLock.h>
 
-#include <algorithm>
 #include <deque>
-#include <utility>
 #include <vector>
 
 namespace vorlund {
@@ -39,6 +39,8 @@ constexpr const wchar* kEnumerateDecoders = VRL_L("vorlund::CCodecClassStore::En
 constexpr const wchar* kEnumerateEncoders = VRL_L("vorlund::CCodecClassStore::EnumerateEncoders");
 constexpr const wchar* kDecodeStream = VRL_L("vorlund::CCodecClassStore::DecodeStream");
 constexpr const wchar* kDecodeFile = VRL_L("vorlund::CCodecClassStore::DecodeFile");
+
+constexpr const wchar* kStillLocked = VRL_L("[vorlund::CCodecClassStore::Close] Still locked!");
 
 constexpr TFailure kNotClosed{VRL_L("vorlund::CCodecClassStore::~CCodecClassStore"), kFile, 58,
                               VRL_L("Not closed")};
@@ -73,50 +75,66 @@ constexpr TFailure kCannotDecodeFileIo{kDecodeFile, kFile, 373, kCannotDecodeFil
 } // namespace
 
 struct CCodecClassStore::TData {
+    mutable CStoreLock lock;
     /// Deques, because lookups hand out the addresses of their members.
     std::deque<TDecoderClassInfo> decoders;
     std::deque<TEncoderClassInfo> encoders;
-    CReadWriteLock lock;
+
+    using CAccess = CStoreAccess<TData>;
 
     // Kept for callers: no check for duplicates; the first record of a format pair wins.
-    template <class TInfo> void Register(std::deque<TInfo>& records, const TInfo& info) {
-        const CReadWriteLockGuard guard(lock, LOCK_MODE_WRITE);
-        records.push_back(info);
-    }
-
-    /// The first record of a format pair. Raises `failure` when there is none.
     template <class TInfo>
-    const TInfo& Find(const std::deque<TInfo>& records, const CId& input, const CId& output,
-                      const TFailure& failure) {
-        const auto find = [&]() -> const TInfo* {
-            const CReadWriteLockGuard guard(lock, LOCK_MODE_READ);
-            const auto found = std::find_if(records.begin(), records.end(), [&](const TInfo& info) {
-                return info.inputFormatId == input && info.outputFormatId == output;
-            });
-            return found == records.end() ? nullptr : &*found;
-        };
-        const TInfo* const info = find();
-        if (!info) Raise<CClassNotFoundException>(failure);
-        return *info;
+    static void Register(TData* const& store, std::deque<TInfo> TData::*records, const TInfo& info,
+                         const TFailures& failures) {
+        services::RequireClass(info.classId, failures.notFound);
+        const CAccess data(store, TStoreUse::Exclusive);
+        if (!data) Raise<CBugException>(failures.notInitialized);
+        ((*data).*records).push_back(info);
     }
 
-    /// The addresses of all records.
-    template <class TInfo> std::vector<TInfo*> Snapshot(std::deque<TInfo>& records) {
+    /// Calls `use` with the first record of a format pair, under the lock, and returns its result.
+    template <class TInfo, class TUse>
+    static auto Find(TData* const& store, std::deque<TInfo> TData::*records, const CId& input,
+                     const CId& output, const TFailures& failures, TUse use) {
+        CAccess data(store, TStoreUse::Shared);
+        if (!data) Raise<CBugException>(failures.notInitialized);
+        for (const TInfo& info : (*data).*records) {
+            if (info.inputFormatId == input && info.outputFormatId == output) return use(info);
+        }
+        data.Leave();
+        Raise<CClassNotFoundException>(failures.notFound);
+    }
+
+    template <class TInfo>
+    static const TInfo* Get(TData* const& store, std::deque<TInfo> TData::*records, const CId& input,
+                            const CId& output, const TFailures& failures) {
+        return Find(store, records, input, output, failures, [](const TInfo& info) { return &info; });
+    }
+
+    template <class TInfo>
+    static IObject* Create(TData* const& store, std::deque<TInfo> TData::*records, const CId& input,
+                           const CId& output, const TFailures& failures) {
+        return services::CreateObject(
+            Find(store, records, input, output, failures, [](const TInfo& info) { return info.classId; }));
+    }
+
+    /// The addresses of all records; none of a closed store.
+    template <class TInfo>
+    static std::vector<TInfo*> Snapshot(TData* const& store, std::deque<TInfo> TData::*records) {
         std::vector<TInfo*> snapshot;
-        const CReadWriteLockGuard guard(lock, LOCK_MODE_READ);
-        for (TInfo& info : records) snapshot.push_back(&info);
+        const CAccess data(store, TStoreUse::Shared);
+        if (!data) return snapshot;
+        for (TInfo& info : (*data).*records) snapshot.push_back(&info);
         return snapshot;
     }
 
-    /// An enumerator over one of the lists; empty when there are no data.
+    /// An enumerator over one of the lists; empty when the store is closed.
     template <class TInfo>
-    static IObjectEnumerator* Enumerate(TData* data, std::deque<TInfo> TData::*records,
+    static IObjectEnumerator* Enumerate(TData* const& store, std::deque<TInfo> TData::*records,
                                         const TFailure& failure) {
         auto enumerator = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, failure);
-        if (data) {
-            const std::vector<TInfo*> snapshot = data->Snapshot(data->*records);
-            TakePtrObjects(snapshot, failure, [&](IPtrObject* item) { enumerator->Push(item); });
-        }
+        const std::vector<TInfo*> snapshot = Snapshot(store, records);
+        TakePtrObjects(snapshot, failure, [&](IPtrObject* item) { enumerator->Push(item); });
         return enumerator.Detach();
     }
 };
@@ -128,55 +146,44 @@ CCodecClassStore::~CCodecClassStore() noexcept(false) {
 }
 
 void CCodecClassStore::Init() {
-    if (!data_) data_ = new TData;
+    OpenStore(data_);
 }
 
 void CCodecClassStore::Close() {
-    if (!data_) return;
-    TData* const data = std::exchange(data_, nullptr);
-    // Waits for other threads that are inside.
-    data->lock.Lock(LOCK_MODE_WRITE, 0);
-    data->lock.Unlock();
-    delete data;
+    if (CloseStore(data_)) EmitDebugText(DEBUG_MESSAGE_OUTPUT, kStillLocked);
 }
 
+/// Raises while the store is closed. Another thread may close it right afterwards.
 CCodecClassStore::TData& CCodecClassStore::GetData(const TFailure& notInitialized) const {
-    if (!data_) Raise<CBugException>(notInitialized);
-    return *data_;
+    const TData::CAccess data(data_, TStoreUse::Pinned);
+    if (!data) Raise<CBugException>(notInitialized);
+    return *data;
 }
 
 void CCodecClassStore::RegisterDecoder(const TDecoderClassInfo& info) {
-    TData& data = GetData(kRegisterDecoderFailures.notInitialized);
-    services::RequireClass(info.classId, kRegisterDecoderFailures.notFound);
-    data.Register(data.decoders, info);
+    GetData(kRegisterDecoderFailures.notInitialized);
+    TData::Register(data_, &TData::decoders, info, kRegisterDecoderFailures);
 }
 
 void CCodecClassStore::RegisterEncoder(const TEncoderClassInfo& info) {
-    TData& data = GetData(kRegisterEncoderFailures.notInitialized);
-    services::RequireClass(info.classId, kRegisterEncoderFailures.notFound);
-    data.Register(data.encoders, info);
+    GetData(kRegisterEncoderFailures.notInitialized);
+    TData::Register(data_, &TData::encoders, info, kRegisterEncoderFailures);
 }
 
 const TDecoderClassInfo* CCodecClassStore::GetDecoderClassInfo(const CId& input, const CId& output) const {
-    TData& data = GetData(kGetDecoderFailures.notInitialized);
-    return &data.Find(data.decoders, input, output, kGetDecoderFailures.notFound);
+    return TData::Get(data_, &TData::decoders, input, output, kGetDecoderFailures);
 }
 
 const TEncoderClassInfo* CCodecClassStore::GetEncoderClassInfo(const CId& input, const CId& output) const {
-    TData& data = GetData(kGetEncoderFailures.notInitialized);
-    return &data.Find(data.encoders, input, output, kGetEncoderFailures.notFound);
+    return TData::Get(data_, &TData::encoders, input, output, kGetEncoderFailures);
 }
 
 IObject* CCodecClassStore::CreateDecoder(const CId& input, const CId& output) const {
-    TData& data = GetData(kCreateDecoderFailures.notInitialized);
-    const CId classId = data.Find(data.decoders, input, output, kCreateDecoderFailures.notFound).classId;
-    return services::CreateObject(classId);
+    return TData::Create(data_, &TData::decoders, input, output, kCreateDecoderFailures);
 }
 
 IObject* CCodecClassStore::CreateEncoder(const CId& input, const CId& output) const {
-    TData& data = GetData(kCreateEncoderFailures.notInitialized);
-    const CId classId = data.Find(data.encoders, input, output, kCreateEncoderFailures.notFound).classId;
-    return services::CreateObject(classId);
+    return TData::Create(data_, &TData::encoders, input, output, kCreateEncoderFailures);
 }
 
 IObjectEnumerator* CCodecClassStore::EnumerateDecoders() const {
@@ -188,7 +195,9 @@ IObjectEnumerator* CCodecClassStore::EnumerateEncoders() const {
 }
 
 IInputStream* CCodecClassStore::DecodeStream(IInputStream* stream, const CId& wanted) const {
-    GetData(kDecodeStreamNotInitialized);
+    // Another thread may close the store in the middle: the records stay until the search is over.
+    const TData::CAccess records(data_, TStoreUse::Pinned);
+    if (!records) Raise<CBugException>(kDecodeStreamNotInitialized);
     if (!stream) return nullptr;
     if (wanted != CId::Null() && stream->GetFormat().id == wanted) {
         return CRefPtr<IInputStream>::Share(stream).Detach();

@@ -1,0 +1,65 @@
+// The program when the system gives it no memory: one line and an exit code, wherever that happens.
+#include "cli/DecodeCommand.h"
+
+#include <cstdlib>
+
+namespace vorlund::test {
+namespace {
+
+/// Refuses memory to the children that are started while it lives.
+class CRefusedMemory {
+public:
+    CRefusedMemory(int number, bool isOnce) {
+        // NOLINTBEGIN(concurrency-mt-unsafe): no other thread of the tests reads the environment.
+        setenv("LD_PRELOAD", BesideProgram("refuse_allocations.so").c_str(), 1);
+        setenv("VORLUND_TEST_REFUSE", std::to_string(number).c_str(), 1);
+        if (isOnce) setenv("VORLUND_TEST_REFUSE_ONCE", "1", 1);
+    }
+    CRefusedMemory(const CRefusedMemory&) = delete;
+    CRefusedMemory& operator=(const CRefusedMemory&) = delete;
+    ~CRefusedMemory() {
+        for (const char* const name : {"LD_PRELOAD", "VORLUND_TEST_REFUSE", "VORLUND_TEST_REFUSE_ONCE"})
+            unsetenv(name);
+        // NOLINTEND(concurrency-mt-unsafe)
+    }
+};
+
+class ProgramOutOfMemory : public DecodeCommand, public testing::WithParamInterface<bool> {};
+
+TEST_P(ProgramOutOfMemory, EndsWithOneLine) {
+    const bool isOnce = GetParam();
+    const std::string input = Make("in.wav", PlainWav({.channels = 2, .samplesPerSec = 8000}, Ramp(8000)));
+    const std::vector<std::string> arguments{"--plugin-path", folder_.string(), "decode", input, "-o",
+                                             At("out.wav")};
+    const TBytes whole = [&] {
+        EXPECT_TRUE(Run(arguments).IsSuccess());
+        return Load("out.wav");
+    }();
+    // What the loader and the program's own objects take comes first, before the library and `main`.
+    constexpr int kRefusals = 510;
+    int failures = 0;
+    for (int number = 1; number <= kRefusals && !HasFailure(); ++number) {
+        std::filesystem::remove(At("out.wav"));
+        const TChildEnd end = [&] {
+            const CRefusedMemory refused(number, isOnce);
+            return Run(arguments);
+        }();
+        EXPECT_EQ(end.signal, 0) << number << ": " << end.errors;
+        if (end.IsSuccess()) {
+            // Something can do without.
+            EXPECT_EQ(end.errors, "") << number;
+            EXPECT_EQ(Load("out.wav"), whole) << number;
+            continue;
+        }
+        ++failures;
+        EXPECT_EQ(std::count(end.errors.begin(), end.errors.end(), '\n'), 1) << number << ": " << end.errors;
+        EXPECT_EQ(List(), std::vector<std::string>{"in.wav"}) << number;
+    }
+    EXPECT_GT(failures, kRefusals / 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, ProgramOutOfMemory, testing::Values(true, false),
+                         [](const auto& row) { return row.param ? "Once" : "FromThenOn"; });
+
+} // namespace
+} // namespace vorlund::test
