@@ -10,6 +10,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdio>
+#include <iostream>
 #include <new>
 #include <string>
 
@@ -47,9 +49,18 @@ int Run(const TCommand& command, const std::vector<std::string>& pluginPaths) {
     return kExitFailed;
 }
 
+/// The exit code of a program that is done: what was printed counts when the system has taken it.
+int CheckOutput() {
+    std::cout.flush();
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return 0;
+    CDiagnostics().PrintError(VRL_L("Cannot write to the standard output"));
+    return kExitFailed;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    PrepareStandardStreams();
     CLI::App app{"Decodes and makes media files with the Vorlund library.", "vorlund"};
     app.require_subcommand(1);
     app.set_version_flag("--version", std::string("vorlund ") + vorlund::GetVersion().text,
@@ -76,7 +87,8 @@ int main(int argc, char** argv) {
         // The parser takes the arguments last first.
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kExitUsage;
+        return app.exit(error) == 0 ? CheckOutput() : kExitUsage;
     }
-    return Run(command, pluginPaths);
+    const int code = Run(command, pluginPaths);
+    return code == 0 ? CheckOutput() : code;
 }
