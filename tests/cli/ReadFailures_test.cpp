@@ -59,7 +59,7 @@ TEST_F(ReadFailures, FileThatWasThereIsSpared) {
 }
 
 TEST_F(ReadFailures, WhatIsReadToItsEndIsNone) {
-    const TChildEnd end = RunWithFailingReads({"decode", input_, "-o", At("out.wav")}, 300044, true);
+    const TChildEnd end = RunWithFailingReads({"decode", input_, "-o", At("out.wav")}, 300045, true);
     EXPECT_TRUE(end.IsSuccess()) << end.errors;
     EXPECT_EQ(Load("out.wav"), wav_);
 }
