@@ -34,8 +34,8 @@ VRL_API std::uint32_t GetWriteError(IOutputStream& stream);
 VRL_API void FlushOutput(IOutputStream& stream);
 
 /// Closes `stream`, and with it the file below, and raises `CIOException` "fwrite failed", as
-/// `IFileOutputStream::Write`, when the file has not taken all bytes since it was opened. Raises what `Close`
-/// raises. Since version 0.1.
+/// `IFileOutputStream::Write`, when there has been an error in writing the file since it was opened, reported
+/// before or not. Raises what `Close` raises. Since version 0.1.
 VRL_API void CloseOutput(IOutputStream& stream);
 
 } // namespace vorlund
