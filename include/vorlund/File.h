@@ -1,7 +1,7 @@
 /// \file
 /// Files, folders and file streams. One thread at a time. Paths are UTF-16 with `/` or `\` between folders;
-/// on POSIX they are UTF-8 outside, and a byte that is not valid UTF-8 becomes one unit U+DC80 to U+DCFF and
-/// back.
+/// on POSIX they are UTF-8 outside, a byte that is not valid UTF-8 becomes one unit U+DC80 to U+DCFF and
+/// back, and so does a `\` that belongs to a name: U+DC5C.
 ///
 /// Reasons that name a path are in one buffer of the process: see `CException`.
 #pragma once
@@ -14,8 +14,9 @@ namespace vorlund {
 /// A file input stream: 64-bit positions, capabilities 7 when open and 0 when closed.
 ///
 /// Bytes come through a buffer, and the position is known without asking the system: small reads, `Tell`, and
-/// seeks to the current position or nearby are cheap. Only the low 32 bits of a read's size count. When the
-/// system refuses to read, the data end there, and nothing is raised.
+/// seeks to the current position or nearby are cheap. A seek that leaves the buffer drops it, so what follows
+/// is read as it is then. Only the low 32 bits of a read's size count. When the system refuses to read, the
+/// data end there, and nothing is raised: `GetReadError` (StreamErrors.h) tells.
 ///
 /// A closed stream raises "File is not open": `CIOException` in `Read` and `Skip`,
 /// `COperationNotSupportedException` in `GetLength`, `Seek` and `Tell`. `Seek`, and `Skip` by it, raise
@@ -38,11 +39,11 @@ protected:
 /// A file output stream: 64-bit positions, capabilities 11 when open and 0 when closed.
 ///
 /// Bytes go through the C runtime's buffer. `Write` raises `CIOException` "fwrite failed" when the system
-/// takes less than it is given, and so does `Flush` for what was still buffered; what cannot be written at
-/// `Close` or at the last release is lost and not reported.
+/// takes less than it is given, and so does `Flush` for what was still buffered. `Close` and the last release
+/// raise nothing.
 ///
-/// \warning Call `Flush` before `Close` to learn whether everything was written.
-///
+/// \warning What `Close` cannot write is lost. `CloseOutput` (StreamErrors.h) closes and raises,
+/// `GetWriteError` tells afterwards.
 ///
 /// A closed stream raises "File is not open": `CIOException` in `Write`, `COperationNotSupportedException` in
 /// `GetLength`, `Flush`, `Seek` and `Tell`. `Seek` raises `CIOException` "_fseeki64 failed", also where
@@ -101,7 +102,10 @@ public:
     static constexpr CId InterfaceId{0x073F714C, 0xD5A53317, 0x083B96CF, 0xEDA16CC5};
 
     /// A new list, owned by the caller, of one `IFile` per entry that is not a directory, in the order of the
-    /// file system; empty when not initialised. An entry that vanishes meanwhile is left out.
+    /// file system; empty when not initialised. An entry that vanishes meanwhile, or that cannot be reached,
+    /// is left out. A folder that is gone or may not be searched has no entries; one that the system cannot
+    /// search for lack of descriptors or memory, or cannot read, raises `CFileAccessException` "Cannot search
+    /// '...'".
     virtual IObjectList* EnumerateFiles() = 0;
     /// The same with one `IFolder` per directory, "." and ".." included.
     virtual IObjectList* EnumerateFolders() = 0;

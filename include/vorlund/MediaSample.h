@@ -27,8 +27,9 @@ public:
     /// what the stream raises; the data size is then as it was.
     virtual bool ReadFrom(const CInputStreamSelector& source) = 0;
     /// Writes the sample to the stream that `target` holds: as many bytes as are valid, but no more than the
-    /// sample's buffer has. Raises what the stream raises. A buffered sample raises `CNullPtrException`
-    /// "Stream pointer is NULL" when `target` is empty.
+    /// sample's buffer has. A file gets them at once, so that a full device shows here: `CIOException`
+    /// "fwrite failed". Raises what the stream raises. A buffered sample raises `CNullPtrException` "Stream
+    /// pointer is NULL" when `target` is empty.
     virtual void WriteTo(const COutputStreamSelector& target) = 0;
 
 protected:

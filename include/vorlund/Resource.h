@@ -63,8 +63,9 @@ public:
     /// bytes, and the resource is left empty without an exception: `Seek(0)` first.
     ///
     /// The resource is left empty when the stream has no bytes, when there is no memory for them, when the
-    /// stream ends before, and when it raises. `COperationNotSupportedException` (streams that do not know
-    /// their length raise it) does not reach the caller; everything else does.
+    /// stream ends before (because its file cannot be read, too: see `GetReadError`), and when it raises.
+    /// `COperationNotSupportedException` (streams that do not know their length raise it) does not reach the
+    /// caller; everything else does.
     virtual void Load(const CInputStreamSelector& source) = 0;
 
     /// Takes the lock, waiting without limit, and returns the data, or null when there are none; valid until
@@ -78,7 +79,8 @@ public:
     /// With `raw` they go there as they are, otherwise through the target's `EncodeStream`.
     ///
     /// Raises `CNullPtrException` "Stream pointer is NULL" when the target is empty or there is no encoder,
-    /// and what the stream raises, which is then not closed.
+    /// and what the stream raises, which is then not closed. When a file could not take everything, and that
+    /// shows only as it is closed, `CIOException` "fwrite failed".
     virtual void Save(const COutputStreamSelector& target, bool raw) = 0;
 
     /// Copies the format record, as many bytes as its size field says, and at least the head. Raises

@@ -27,7 +27,7 @@ FLOORS = {
     "api/objects": "ClassIds Object ObjectCounter ObjectImpl RefPtr",
     "util": "ObjectEnumerator ObjectList PtrObject StringObject",
     "data/base": "DataFormat DecoderSupport MediaSample Stream StreamFilter StreamFilterImpl StreamImpl",
-    "data/file": "File Path",
+    "data/file": "File Path StreamErrors",
     "data/sources": "CbVideoSource Generators PlasmaVideoGenerator RandomGenerator",
     "data/codecs": "CodecClassStore",
     "data/resource": "Blob Resource StreamSelector",

@@ -13,9 +13,17 @@
 
 namespace vorlund::test {
 
+/// What a child finds as its standard output.
+enum class TChildOutput {
+    Captured, ///< what takes every byte, for `TChildEnd`
+    Refusing, ///< what takes none: a full device, or on Windows a pipe that nobody reads
+    Closed,   ///< nothing
+};
+
 struct TChildOptions {
     /// ASCII texts without blanks.
     std::vector<std::string> arguments = {};
+    TChildOutput output = TChildOutput::Captured;
     /// The child's controlling terminal is a pseudo-terminal, with the child in the foreground; without this
     /// it has none. Its standard streams are never the terminal. Only on POSIX.
     bool hasTerminal = false;

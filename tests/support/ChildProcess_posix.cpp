@@ -84,6 +84,7 @@ public:
     void Open(int handle, const char* path, int flags) {
         posix_spawn_file_actions_addopen(&actions_, handle, path, flags, 0);
     }
+    void Close(int handle) { posix_spawn_file_actions_addclose(&actions_, handle); }
     void Pass(const CHandle& from, int to) { posix_spawn_file_actions_adddup2(&actions_, from.Get(), to); }
 
     pid_t Run(const std::filesystem::path& program, const std::vector<std::string>& arguments) {
@@ -175,7 +176,17 @@ CChildProcess::CChildProcess(const std::string& program, const TChildOptions& op
     TPipe life;
     CStart start;
     start.Open(0, "/dev/null", O_RDONLY);
-    start.Pass(output.writer, 1);
+    switch (options.output) {
+    case TChildOutput::Captured:
+        start.Pass(output.writer, 1);
+        break;
+    case TChildOutput::Refusing:
+        start.Open(1, "/dev/full", O_WRONLY);
+        break;
+    case TChildOutput::Closed:
+        start.Close(1);
+        break;
+    }
     start.Pass(errors.writer, 2);
     start.Pass(life.writer, kLifeHandle);
     if (options.hasTerminal) {

@@ -59,9 +59,13 @@ public:
 
     HANDLE GetWriter() const { return writer_.Get(); }
 
+    /// From now on the pipe takes no byte.
+    void CloseReader() { reader_.Close(); }
+
     /// To be called when the child has its end.
     void Start() {
         writer_.Close();
+        if (!reader_.Get()) return;
         thread_ = std::thread([this] {
             char bytes[4096];
             DWORD count = 0;
@@ -175,7 +179,9 @@ CChildProcess::CChildProcess(const std::string& program, const TChildOptions& op
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdInput = input.Get();
-    startup.hStdOutput = state_->output.GetWriter();
+    if (options.output != TChildOutput::Captured) state_->output.CloseReader();
+    startup.hStdOutput =
+        options.output == TChildOutput::Closed ? INVALID_HANDLE_VALUE : state_->output.GetWriter();
     startup.hStdError = state_->errors.GetWriter();
     PROCESS_INFORMATION process{};
     Check(CreateProcessW(path.c_str(), command.data(), nullptr, nullptr, TRUE,

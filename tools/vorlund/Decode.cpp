@@ -12,12 +12,14 @@
 #include <vorlund/Path.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/Stream.h>
+#include <vorlund/StreamErrors.h>
 #include <vorlund/StreamSelector.h>
 
 #include <cinttypes>
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 using namespace vorlund;
@@ -26,11 +28,20 @@ namespace {
 
 constexpr std::size_t kBlockSize = 64 * 1024;
 
+/// Raises when the file below `stream` could not be read.
+void CheckReading(IInputStream& stream, const wstring& path) {
+    const std::uint32_t error = GetReadError(stream);
+    if (error == 0) return;
+    const std::string reason = std::system_category().message(static_cast<int>(error));
+    throw TProgramError{VRL_L("Cannot read '") + path + VRL_L("': ") + PathFromUtf8(reason.c_str())};
+}
+
 CRefPtr<IInputStream> OpenDecoded(const CInputStreamSelector& source, const wstring& path,
                                   CDiagnostics& diagnostics) {
     try {
         return CRefPtr<IInputStream>::Adopt(source.DecodeStream(TDataFormat_AudioPcm::FormatId));
     } catch (const CDataFormatException&) {
+        CheckReading(*source.GetInputStreamTmp(), path);
         // What the search raises says only that it failed; the reports before it say why.
         throw TProgramError{VRL_L("Cannot decode '") + path + VRL_L("': ") + diagnostics.GetFormerReason()};
     } catch (const CIOException& error) {
@@ -52,6 +63,16 @@ std::uint64_t Copy(CPcmPipeline& from, COutputFile& to) {
         if (interrupt.IsRaised()) throw TProgramError{VRL_L("Interrupted")};
     }
     return total;
+}
+
+/// Raises when data have been lost: the file could not be read, or it ended before the length that it had,
+/// with less in it than the decoder was promised. A file that declares more than it has is another thing.
+void CheckWhole(const CPcmPipeline& pcm, IInputStream& decoded, IInputStream& source, std::uint64_t bytes,
+                const wstring& path) {
+    CheckReading(source, path);
+    const std::int64_t length = pcm.GetEnd().GetLength();
+    if (length <= 0 || bytes >= static_cast<std::uint64_t>(length) || decoded.Eof() || source.Eof()) return;
+    throw TProgramError{VRL_L("Cannot read '") + path + VRL_L("': It has become shorter")};
 }
 
 std::string FormatBits(const TDataFormat_AudioPcm& format) {
@@ -78,10 +99,12 @@ void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     wstring chain;
     {
         const CInputStreamSelector source(path.c_str());
-        CPcmPipeline pcm(OpenDecoded(source, path, diagnostics), options.target, path);
+        const auto decoded = OpenDecoded(source, path, diagnostics);
+        CPcmPipeline pcm(decoded, options.target, path);
         format = pcm.GetFormat();
         output = COutputFile::Create(options.output, options.raw, format);
         bytes = Copy(pcm, *output);
+        CheckWhole(pcm, *decoded, *source.GetInputStreamTmp(), bytes, path);
         chain = DescribeChain(&pcm.GetEnd());
     }
     const wstring chunks = DescribeChunks(path.c_str());

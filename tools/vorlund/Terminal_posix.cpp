@@ -1,6 +1,19 @@
 #include "Terminal.h"
 
+#include <cerrno>
+#include <cwchar>
+#include <fcntl.h>
 #include <unistd.h>
+
+void PrepareStandardStreams() {
+    // Each open takes the lowest number that is free. The wrong direction refuses what a closed one refuses.
+    for (int file = STDIN_FILENO; file <= STDERR_FILENO; ++file) {
+        if (fcntl(file, F_GETFD) < 0 && errno == EBADF)
+            open("/dev/null", file == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+    // Lines for a stream of bytes go through it, and others past it, where nothing would be marked.
+    std::fwide(stdout, -1);
+}
 
 std::vector<std::string> GetArguments(int argc, char** argv) {
     return {argv + 1, argv + argc};

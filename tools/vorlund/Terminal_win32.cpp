@@ -8,6 +8,10 @@
 // After windows.h, which it needs.
 #include <shellapi.h>
 
+void PrepareStandardStreams() {
+    // Nothing to do: the runtime gives their numbers to no other file, and prints through the streams.
+}
+
 std::vector<std::string> GetArguments(int, char**) {
     // The narrow arguments are in the ANSI code page, which lacks most characters.
     int count = 0;

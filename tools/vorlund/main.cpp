@@ -11,14 +11,13 @@
 #include <cstdlib>
 #include <cxxabi.h>
 #include <exception>
+#include <iostream>
 #include <new>
 #include <string>
 #include <typeinfo>
 #include <vector>
 
 namespace {
-
-constexpr int kExitFailed = 1;
 
 constexpr const vorlund::wchar* kOutOfMemory = VRL_L("Out of memory");
 
@@ -86,11 +85,21 @@ int Run(int argc, char** argv, CDiagnostics& diagnostics, CLibrary& library) {
     return 0;
 }
 
+/// The exit code of a program that is done: what was printed counts when the system has taken it.
+int CheckOutput(const CDiagnostics& diagnostics) {
+    std::cout.flush();
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout)) return 0;
+    diagnostics.PrintError(VRL_L("Cannot write to the standard output"));
+    return kExitFailed;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    PrepareStandardStreams();
     CDiagnostics diagnostics;
     // It ends after the report, because what is reported may lie in a plug-in.
     CLibrary library;
-    return Report(diagnostics, [&] { return Run(argc, argv, diagnostics, library); });
+    const int code = Report(diagnostics, [&] { return Run(argc, argv, diagnostics, library); });
+    return code == 0 ? CheckOutput(diagnostics) : code;
 }

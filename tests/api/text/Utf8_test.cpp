@@ -30,6 +30,8 @@ INSTANTIATE_TEST_SUITE_P(
                     TRow{"FourBytes", VRL_L("\U00010000\U0010FFFF"), "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
                     TRow{"LoneHigh", VRL_L("\xD800") VRL_L("a"), "\xEF\xBF\xBD\x61"},
                     TRow{"LoneLow", VRL_L("\xDFFF") VRL_L("a"), "\xEF\xBF\xBD\x61"},
+                    TRow{"BackslashOfAName", VRL_L("a\xDC5C") VRL_L("b"), "a\\b"},
+                    TRow{"BesideIt", VRL_L("\xDC5B\xDC5D"), "\xEF\xBF\xBD\xEF\xBF\xBD"},
                     TRow{"HighAtTheEnd", VRL_L("a\xDBFF"), "a\xEF\xBF\xBD"},
                     TRow{"TwoHighs", VRL_L("\xD83D\xD83D\xDE00"), "\xEF\xBF\xBD\xF0\x9F\x98\x80"},
                     TRow{"WrongOrder", VRL_L("\xDE00\xD83D"), "\xEF\xBF\xBD\xEF\xBF\xBD"}),

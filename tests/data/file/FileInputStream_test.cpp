@@ -296,6 +296,24 @@ TEST_F(FileInputStream, SeekToWhereTheFileStandsKeepsTheBuffer) {
     EXPECT_EQ(Read(4), "bbbb");
 }
 
+TEST_F(FileInputStream, SeekThatLeavesTheBufferDropsIt) {
+    const fs::path path = Put("a", std::string(200000, 'a'));
+    // In the buffer, behind it, and beyond the end; back to where the buffer was.
+    for (const std::int64_t away : {150000, 199999, 500000}) {
+        const auto other = CreateAs<IFileOutputStream>(classid::CFileOutputStream);
+        Open(Put("a", std::string(200000, 'a')));
+        EXPECT_EQ(Read(8), "aaaaaaaa");
+        other->Open(ToVorlund(path).c_str(), false);
+        const std::string bytes(200000, 'b');
+        other->Write(bytes.data(), bytes.size());
+        other->Flush();
+        stream_->Seek(away);
+        stream_->Seek(0);
+        EXPECT_EQ(Read(8), "bbbbbbbb") << away;
+        stream_->Close();
+    }
+}
+
 TEST_F(FileInputStream, EveryMixOfStepsEqualsTheFile) {
     const std::string bytes = Pattern(400000);
     Open(Put("a", bytes));

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -66,6 +67,41 @@ std::size_t CountDescriptors() {
     return count;
 }
 
+/// Lends the process no further descriptor.
+class CNoDescriptors {
+public:
+    CNoDescriptors() {
+        getrlimit(RLIMIT_NOFILE, &former_);
+        // Numbers from here on are refused; what is open stays.
+        const rlimit none{0, former_.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &none);
+    }
+    CNoDescriptors(const CNoDescriptors&) = delete;
+    CNoDescriptors& operator=(const CNoDescriptors&) = delete;
+    ~CNoDescriptors() { setrlimit(RLIMIT_NOFILE, &former_); }
+
+private:
+    rlimit former_;
+};
+
+/// Whom every permission concerns, also when the tests run as the system's administrator.
+class CPlainUser {
+public:
+    CPlainUser() : former_(geteuid()) { EXPECT_EQ(seteuid(former_ == 0 ? 65534 : former_), 0); }
+    CPlainUser(const CPlainUser&) = delete;
+    CPlainUser& operator=(const CPlainUser&) = delete;
+    ~CPlainUser() { EXPECT_EQ(seteuid(former_), 0); }
+
+private:
+    const uid_t former_;
+};
+
+constexpr const wchar* kFolderFile = filefailures::kFolderFile;
+constexpr TFailure kCannotSearchFiles{VRL_L("vorlund::CFolder::EnumerateFiles"), kFolderFile, 64,
+                                      VRL_L("Cannot search '%s'")};
+constexpr TFailure kCannotSearchFolders{VRL_L("vorlund::CFolder::EnumerateFolders"), kFolderFile, 101,
+                                        VRL_L("Cannot search '%s'")};
+
 // --- Names ---
 
 TEST_F(FileSystemPosix, DrivePathIsAPathWithAFolderNamedC) {
@@ -83,35 +119,63 @@ TEST_F(FileSystemPosix, DrivePathIsAPathWithAFolderNamedC) {
     EXPECT_EQ(Narrow(folder->GetName()), "data");
 }
 
-TEST_F(FileSystemPosix, NameWithABackslashIsListedButNotOpened) {
+TEST_F(FileSystemPosix, NameWithABackslashIsListedAndOpened) {
     Put("we\\ird", "x");
-    fs::create_directory(At("di\\r"));
-    EXPECT_EQ(ListedFiles(), TNames{"ird"});
-    EXPECT_EQ(ListedFolders(), (TNames{".", "..", "r"}));
+    Put("ird", "other");
+    Put("di\\r/in\\side", "xyz");
+    EXPECT_EQ(ListedFiles(), (TNames{"ird", "we\\ird"}));
+    EXPECT_EQ(ListedFolders(), (TNames{".", "..", "di\\r"}));
+    const wchar name[] = {'w', 'e', 0xDC5C, 'i', 'r', 'd', 0};
+    EXPECT_EQ(Narrow(PathFromUtf8("we\\ird")), Narrow(name));
     const auto file = NewFile(Path("we\\ird"));
-    EXPECT_EQ(Narrow(file->GetPath()), Narrow(Path("we/ird")));
-    ExpectRaisesFor<CFileAccessException>(Path("we/ird"), filefailures::kCannotRead,
-                                          [&] { file->OpenInputStream(); });
-    // Streams take a path as it is.
+    EXPECT_EQ(Narrow(file->GetName()), Narrow(name));
+    EXPECT_EQ(CRefPtr<IFileInputStream>::Adopt(file->OpenInputStream())->GetLength(), 1);
     input_->Open(Path("we\\ird").c_str());
     EXPECT_EQ(input_->GetLength(), 1);
+
+    const auto folder = CreateAs<IFolder>(classid::CFolder);
+    folder->Initialize(Path("di\\r").c_str());
+    EXPECT_EQ(PathToUtf8(folder->GetName().GetBuffer()), "di\\r");
+    const auto files = CRefPtr<IObjectList>::Adopt(folder->EnumerateFiles());
+    ASSERT_EQ(files->GetObjectCount(), 1u);
+    const auto inside = CRefPtr<IObject>::Adopt(files->GetObject(0)).Query<IFile>();
+    EXPECT_EQ(PathToUtf8(inside->GetPath().GetBuffer()), At("di\\r/in\\side").string());
+    EXPECT_EQ(CRefPtr<IFileInputStream>::Adopt(inside->OpenInputStream())->GetLength(), 3);
 }
 
-TEST_F(FileSystemPosix, WhatTheStoredPathNamesComesBeforeANameWithABackslash) {
-    Put("a\\b");
-    Put("a/b", "x");
-    const auto stream = CRefPtr<IFileInputStream>::Adopt(NewFile(Path("a\\b"))->OpenInputStream());
-    EXPECT_EQ(stream->GetLength(), 1);
-    fs::remove(At("a/b"));
-    fs::create_directory(At("a/b"));
-    ExpectRaisesFor<CFileAccessException>(Path("a\\b"), filefailures::kFileIsDirectory,
-                                          [&] { NewFile(Path("a\\b")); });
+TEST_F(FileSystemPosix, BackslashOfATextIsBetweenFoldersForEverybody) {
+    Put("data/x", "inside");
+    Put("data\\x", "a name");
+    const CWorkingFolder here(folder_.GetPath());
+    const auto file = NewFile(VRL_L("data\\x"));
+    EXPECT_EQ(Narrow(file->GetPath()), "data/x");
+    EXPECT_EQ(CRefPtr<IFileInputStream>::Adopt(file->OpenInputStream())->GetLength(), 6);
+    input_->Open(VRL_L("data\\x"));
+    EXPECT_EQ(input_->GetLength(), 6);
+    EXPECT_EQ(PathToUtf8(VRL_L("data\\x")), "data/x");
+    output_->Open(VRL_L("data\\new"), false);
+    output_->Write("y", 1);
+    output_->Open(VRL_L("data\\x"), true);
+    output_->Write("!", 1);
+    output_->Close();
+    EXPECT_EQ(ReadFile(At("data/new")), "y");
+    EXPECT_EQ(ReadFile(At("data/x")), "inside!");
+    EXPECT_EQ(ReadFile(At("data\\x")), "a name");
+    EXPECT_FALSE(fs::exists(At("data\\new")));
+
+    fs::remove(At("data/x"));
+    fs::create_directory(At("data/x"));
+    ExpectRaisesFor<CFileAccessException>(VRL_L("data\\x"), filefailures::kFileIsDirectory,
+                                          [&] { NewFile(VRL_L("data\\x")); });
+    fs::remove(At("data/x"));
+    ExpectRaisesFor<CFileAccessException>(VRL_L("data\\x"), filefailures::kNoFile,
+                                          [&] { NewFile(VRL_L("data\\x")); });
 }
 
 TEST_F(FileSystemPosix, NamesThatAreNotUtf8SurviveEnumerateAndOpen) {
     TNames names;
     for (int byte = 1; byte < 256; ++byte) {
-        if (byte != '/' && byte != '\\') names.push_back("n" + std::string(1, static_cast<char>(byte)));
+        if (byte != '/') names.push_back("n" + std::string(1, static_cast<char>(byte)));
     }
     for (const char* const name : {
              "\xC0\x80",
@@ -197,7 +261,7 @@ TEST_F(FileSystemPosix, StrayByteStandsForItself) {
 
 TEST_F(FileSystemPosix, LoneSurrogatesThatStandForNoByteNameNothing) {
     const CWorkingFolder here(folder_.GetPath());
-    for (const wchar unit : {0xD800, 0xDBFF, 0xDC00, 0xDC7F, 0xDD00, 0xDFFF}) {
+    for (const wchar unit : {0xD800, 0xDBFF, 0xDC00, 0xDC5B, 0xDC5D, 0xDC7F, 0xDD00, 0xDFFF}) {
         const wchar name[] = {'n', unit, 'm', 0};
         ExpectRaisesFor<CFileAccessException>(name, filefailures::kCannotRead, [&] { input_->Open(name); });
         ExpectRaisesFor<CFileAccessException>(name, filefailures::kCannotWrite,
@@ -207,6 +271,41 @@ TEST_F(FileSystemPosix, LoneSurrogatesThatStandForNoByteNameNothing) {
                                               [&] { CreateAs<IFolder>(classid::CFolder)->Initialize(name); });
     }
     EXPECT_TRUE(fs::is_empty(folder_.GetPath()));
+}
+
+// --- Folders that cannot be searched ---
+
+TEST_F(FileSystemPosix, LackOfDescriptorsIsNoEmptyFolder) {
+    Put("song.wav");
+    fs::create_directory(At("sub"));
+    const auto here = Here();
+    {
+        const CNoDescriptors none;
+        ExpectRaisesFor<CFileAccessException>(here->GetPath().GetBuffer(), kCannotSearchFiles,
+                                              [&] { here->EnumerateFiles(); });
+        ExpectRaisesFor<CFileAccessException>(here->GetPath().GetBuffer(), kCannotSearchFolders,
+                                              [&] { here->EnumerateFolders(); });
+    }
+    EXPECT_EQ(ListedFiles(), TNames{"song.wav"});
+    EXPECT_EQ(ListedFolders(), (TNames{".", "..", "sub"}));
+}
+
+TEST_F(FileSystemPosix, EntriesThatCannotBeReachedAreLeftOutInSilence) {
+    Put("sub/song.wav");
+    fs::create_directory(At("sub/inner"));
+    const auto sub = CreateAs<IFolder>(classid::CFolder);
+    sub->Initialize(Path("sub").c_str());
+    // It may be listed, but its entries may not be touched.
+    fs::permissions(At("sub"), static_cast<fs::perms>(0444));
+    fs::permissions(folder_.GetPath(), static_cast<fs::perms>(0755));
+    {
+        const CPlainUser user;
+        CDebugRecorder recorder;
+        EXPECT_EQ(CRefPtr<IObjectList>::Adopt(sub->EnumerateFiles())->GetObjectCount(), 0u);
+        EXPECT_EQ(CRefPtr<IObjectList>::Adopt(sub->EnumerateFolders())->GetObjectCount(), 0u);
+        EXPECT_TRUE(recorder.GetEntries().empty());
+    }
+    fs::permissions(At("sub"), static_cast<fs::perms>(0755));
 }
 
 // --- Links ---
@@ -289,22 +388,6 @@ TEST_F(FileSystemPosix, LengthIsNotKnownWhileWhatWaitsCannotBeWrittenOut) {
     output_->Open(VRL_L("/dev/full"), false);
     output_->Write("waits in the buffer", 19);
     ExpectRaises<CIOException>(filefailures::kOutputSeekFailed, [&] { output_->GetLength(); });
-}
-
-TEST_F(FileSystemPosix, BytesAroundALeftPositionAreNotReadAgain) {
-    const fs::path path = Put("a", std::string(300000, 'x'));
-    input_->Open(ToVorlund(path).c_str());
-    char byte = 0;
-    ASSERT_EQ(input_->Read(&byte, 1), 1u);
-    input_->Seek(200000);
-    input_->Seek(2);
-    // Only who asks the system again sees the change.
-    Put("a", std::string(300000, 'y'));
-    ASSERT_EQ(input_->Read(&byte, 1), 1u);
-    EXPECT_EQ(byte, 'x');
-    input_->Seek(200000);
-    ASSERT_EQ(input_->Read(&byte, 1), 1u);
-    EXPECT_EQ(byte, 'y');
 }
 
 TEST_F(FileSystemPosix, DevicesAreReadByPosition) {

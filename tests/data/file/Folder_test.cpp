@@ -10,6 +10,7 @@
 #include <vorlund/RefPtr.h>
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 namespace vorlund::test {
@@ -361,15 +362,32 @@ TEST_F(FolderThatChanges, FileThatBecomesADirectoryIsLeftOut) {
     EXPECT_EQ(CTrickyFile::alive, 0);
 }
 
-TEST_F(FolderThatChanges, OtherFailuresPassAndReleaseEverything) {
+TEST_F(FolderThatChanges, EntryThatVanishesAndReturnsIsAskedForAgain) {
+    for (const char* const name : {"a", "b", "c"}) Put(name);
+    bool isFirst = true;
+    Trick([&](const fs::path& path) {
+        // There before and afterwards, only not in between.
+        if (path.filename() == "b" && std::exchange(isFirst, false)) Raise<CFileAccessException>(kNotThere);
+    });
+    EXPECT_EQ(TakeNames<IFile>(here_->EnumerateFiles()), (TNames{"tricky", "tricky", "tricky"}));
+    EXPECT_EQ(CTrickyFile::alive, 0);
+}
+
+TEST_F(FolderThatChanges, EntryThatCannotBeReachedLosesNoOther) {
     for (const char* const name : {"a", "b", "c"}) Put(name);
     int count = 0;
-    Trick([&](const fs::path&) {
-        // Still there, so it has not vanished.
-        if (++count == 2) Raise<CFileAccessException>(kNotThere);
+    Trick([&](const fs::path& path) {
+        if (path.filename() != "b") return;
+        ++count;
+        Raise<CFileAccessException>(kNotThere);
     });
-    ExpectRaises<CFileAccessException>(kNotThere, [&] { here_->EnumerateFiles(); });
+    EXPECT_EQ(TakeNames<IFile>(here_->EnumerateFiles()), (TNames{"tricky", "tricky"}));
+    EXPECT_EQ(count, 3);
     EXPECT_EQ(CTrickyFile::alive, 0);
+}
+
+TEST_F(FolderThatChanges, OtherFailuresPassAndReleaseEverything) {
+    for (const char* const name : {"a", "b", "c"}) Put(name);
     Trick([&](const fs::path& path) {
         fs::remove(path);
         Raise<CIOException>(kNotThere);

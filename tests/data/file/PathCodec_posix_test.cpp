@@ -38,7 +38,7 @@ wstring Utf16(unsigned int code) {
 }
 
 /// What the codec should make of `bytes`: at each place the one sequence that a code point has there, found
-/// by reading it loosely and writing it back, or else the byte itself.
+/// by reading it loosely and writing it back, or else the byte itself; so for "\", which names hold.
 wstring Model(const std::string& bytes) {
     wstring text;
     for (std::size_t i = 0; i < bytes.size();) {
@@ -48,7 +48,9 @@ wstring Model(const std::string& bytes) {
             unsigned int code = static_cast<unsigned char>(bytes[i]) & kLeadBits[tried - 1];
             for (std::size_t k = 1; k < tried; ++k)
                 code = code * 0x40 + (static_cast<unsigned char>(bytes[i + k]) & 0x3F);
-            if (code > 0x10FFFF || IsSurrogate(code) || bytes.compare(i, tried, Utf8(code)) != 0) continue;
+            if (code > 0x10FFFF || IsSurrogate(code) || code == '\\' ||
+                bytes.compare(i, tried, Utf8(code)) != 0)
+                continue;
             text += Utf16(code);
             length = tried;
         }
@@ -93,7 +95,7 @@ TEST(PathCodec, EveryStringOfUpToFiveBytesFromTheEdgesComesBack) {
     // Both sides of every limit in the table of well-formed sequences.
     constexpr unsigned char kEdges[] = {0x01, 0x41, 0x7F, 0x80, 0x8F, 0x90, 0x9F, 0xA0, 0xBF,
                                         0xC0, 0xC1, 0xC2, 0xDF, 0xE0, 0xE1, 0xEC, 0xED, 0xEE,
-                                        0xEF, 0xF0, 0xF1, 0xF3, 0xF4, 0xF5, 0xFF};
+                                        0xEF, 0xF0, 0xF1, 0xF3, 0xF4, 0xF5, 0xFF, 0x5C};
     constexpr std::size_t kCount = std::size(kEdges);
     for (int length = 3; length <= 4; ++length) {
         std::size_t total = 1;
@@ -121,7 +123,7 @@ TEST(PathCodec, EveryCodePointComesBack) {
         if (IsSurrogate(code)) {
             ASSERT_EQ(pathcodec::Decode(bytes).size(), 3u) << "an encoded surrogate is three stray bytes";
         } else {
-            ASSERT_TRUE(pathcodec::Decode(bytes) == Utf16(code)) << Hex(bytes);
+            ASSERT_TRUE(pathcodec::Decode(bytes) == Utf16(code) || code == '\\') << Hex(bytes);
         }
     }
 }
@@ -130,6 +132,18 @@ TEST(PathCodec, StrayBytesBecomeTheirOwnUnits) {
     EXPECT_EQ(Narrow(pathcodec::Decode("a\x80z")), Narrow(wstring{'a', 0xDC80, 'z'}));
     EXPECT_EQ(Narrow(pathcodec::Decode("\xFF")), Narrow(wstring{0xDCFF}));
     EXPECT_EQ(Narrow(pathcodec::Decode("\xED\xA0\x80")), Narrow(wstring{0xDCED, 0xDCA0, 0xDC80}));
+}
+
+TEST(PathCodec, BackslashOfANameIsToldFromThatOfATextThatIsBetweenFolders) {
+    EXPECT_EQ(Narrow(pathcodec::Decode("a\\b/c")), Narrow(wstring{'a', 0xDC5C, 'b', '/', 'c'}));
+    std::string bytes;
+    for (const wchar* const text : {VRL_L("a\\b\\"), VRL_L("\u00E9\\b")}) {
+        ASSERT_TRUE(pathcodec::Encode(text, bytes));
+        EXPECT_EQ(bytes.find('\\'), std::string::npos) << bytes;
+        EXPECT_NE(bytes.find("/b"), std::string::npos) << bytes;
+    }
+    // A pair, then the unit of a name.
+    EXPECT_TRUE(IsRight("\xF0\x9F\x98\x80\\"));
 }
 
 TEST(PathCodec, StrayUnitAfterAPairStaysAlone) {
@@ -144,7 +158,7 @@ TEST(PathCodec, StrayUnitAfterAPairStaysAlone) {
 TEST(PathCodec, SurrogatesThatStandForNothingAreRefused) {
     std::string bytes;
     for (unsigned int unit = 0xD800; unit <= 0xDFFF; ++unit) {
-        const bool isStray = unit >= 0xDC80 && unit <= 0xDCFF;
+        const bool isStray = unit == 0xDC5C || (unit >= 0xDC80 && unit <= 0xDCFF);
         const wchar alone[] = {static_cast<wchar>(unit), 0};
         const wchar before[] = {static_cast<wchar>(unit), 'a', 0};
         const wchar after[] = {'a', static_cast<wchar>(unit), 0};

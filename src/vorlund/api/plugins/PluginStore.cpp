@@ -144,7 +144,8 @@ struct CPluginStore::TData {
                     CImageFile(prefix + name).IsPlugin())
                     return true;
             }
-            return false;
+            // The enumeration raises what has happened.
+            return search.HasFailed();
         });
     }
 

@@ -6,6 +6,7 @@ namespace vorlund {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
+constexpr char32_t kBackslashInName = kFirstLowSurrogate + '\\';
 
 } // namespace
 
@@ -13,7 +14,7 @@ char32_t NextCodePoint(const wchar*& text) {
     const char32_t first = static_cast<std::uint16_t>(*text);
     if (first == 0) return 0;
     ++text;
-    if (IsLowSurrogate(first)) return kReplacement;
+    if (IsLowSurrogate(first)) return first == kBackslashInName ? '\\' : kReplacement;
     if (!IsHighSurrogate(first)) return first;
     const char32_t second = static_cast<std::uint16_t>(*text);
     if (!IsLowSurrogate(second)) return kReplacement;

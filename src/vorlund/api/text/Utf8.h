@@ -1,6 +1,7 @@
 /// \file
 /// UTF-16 text on its way out, as code points and as UTF-8. In texts that people read, a lone surrogate
-/// becomes U+FFFD. File names have rules of their own, which lose nothing (PathCodec_posix.h).
+/// becomes U+FFFD, except U+DC5C, by which paths have a "\" inside a name, and which reads as one. File names
+/// have rules of their own, which lose nothing (PathCodec_posix.h).
 #pragma once
 
 #include <vorlund/Platform.h>

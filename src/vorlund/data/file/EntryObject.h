@@ -7,24 +7,23 @@
 
 namespace vorlund::filesystem {
 
-/// True when nothing of kind `kind` is at `path` any more. An entry about which the system does not tell has
-/// not gone: its initialisation may say why.
-inline bool HasVanished(const wchar* path, TEntryKind kind) {
-    const TEntryKind now = GetKind(path);
-    return now != kind && now != TEntryKind::Unknown;
-}
+/// How often an object is initialised with an entry that is there before, but not in time.
+constexpr int kMaxAttempts = 3;
 
-/// Initialises a file or folder object with `path`. False when the entry has vanished since somebody saw it;
-/// every other failure passes on. Ask `HasVanished` before: an exception reaches the debugger output even
-/// when it is caught here.
+/// Initialises a file or folder object with `path`. False when the entry has vanished since somebody saw it,
+/// cannot be reached, or vanishes and returns at every attempt: one entry must not lose the others. Failures
+/// other than `CFileAccessException` pass on.
 template <class TEntry> bool InitializeIfThere(TEntry& entry, const wchar* path, TEntryKind kind) {
-    try {
-        entry.Initialize(path);
-    } catch (const CFileAccessException&) {
-        if (!HasVanished(path, kind)) throw;
-        return false;
+    // Asked first each time: an exception reaches the debugger output even when it is caught here.
+    for (int attempt = 0; attempt < kMaxAttempts && GetKind(path) == kind; ++attempt) {
+        try {
+            entry.Initialize(path);
+            return true;
+        } catch (const CFileAccessException&) {
+            // Looked at again.
+        }
     }
-    return true;
+    return false;
 }
 
 } // namespace vorlund::filesystem

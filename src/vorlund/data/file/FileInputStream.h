@@ -27,6 +27,9 @@ public:
 
     void Open(const wchar* path) override;
 
+    /// The system's number of the first error in reading since the last `Open`; 0 without one.
+    std::uint32_t GetReadError() const { return reader_.GetReadError(); }
+
 private:
     CFileReader reader_;
     /// The path given to `Open`; empty when closed.

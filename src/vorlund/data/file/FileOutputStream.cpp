@@ -46,7 +46,7 @@ std::uint32_t CFileOutputStream::GetCapabilities() {
 std::int64_t CFileOutputStream::GetLength() {
     if (!file_) Raise<COperationNotSupportedException>(kLengthNotOpen);
     const std::int64_t position = Tell();
-    if (!filesystem::SeekToEnd(file_)) Raise<CIOException>(kSeekFailed);
+    if (!NoteSeek(filesystem::SeekToEnd(file_))) Raise<CIOException>(kSeekFailed);
     const std::int64_t length = Tell();
     Seek(position);
     return length;
@@ -54,13 +54,13 @@ std::int64_t CFileOutputStream::GetLength() {
 
 void CFileOutputStream::Flush() {
     if (!file_) Raise<COperationNotSupportedException>(kFlushNotOpen);
-    if (std::fflush(file_) != 0) Raise<CIOException>(kFlushFailed);
+    if (!NoteWrite(filesystem::Flush(file_))) Raise<CIOException>(kFlushFailed);
 }
 
 void CFileOutputStream::Seek(std::int64_t position) {
     if (!file_) Raise<COperationNotSupportedException>(kSeekNotOpen);
     writing_ = false;
-    if (!filesystem::SeekFromStart(file_, position)) Raise<CIOException>(kSeekFailed);
+    if (!NoteSeek(filesystem::SeekFromStart(file_, position))) Raise<CIOException>(kSeekFailed);
 }
 
 std::int64_t CFileOutputStream::Tell() {
@@ -75,13 +75,15 @@ void CFileOutputStream::Write(const void* buffer, std::uint64_t size) {
     if (!buffer || size > std::numeric_limits<std::size_t>::max()) Raise<CIOException>(kWriteFailed);
     // Appended bytes go to the end wherever the position is. Moving it there first keeps `Tell` right while
     // they are still in the buffer. Where that fails there are no positions (a pipe), and nothing is lost.
-    if (append_ && !writing_) filesystem::SeekToEnd(file_);
+    if (append_ && !writing_) NoteSeek(filesystem::SeekToEnd(file_));
     writing_ = true;
-    if (!filesystem::Write(file_, buffer, static_cast<std::size_t>(size))) Raise<CIOException>(kWriteFailed);
+    if (!NoteWrite(filesystem::Write(file_, buffer, static_cast<std::size_t>(size))))
+        Raise<CIOException>(kWriteFailed);
 }
 
 void CFileOutputStream::Open(const wchar* path, bool append) {
     Close();
+    writeError_ = 0;
     // First, so that a failed allocation leaves no file open.
     CString name(path);
     // Not zeroed, and kept until the next opening: the runtime writes it out when the program ends.
@@ -94,10 +96,25 @@ void CFileOutputStream::Open(const wchar* path, bool append) {
     writing_ = false;
 }
 
+void CFileOutputStream::RaiseWriteError() const {
+    if (writeError_ != 0) Raise<CIOException>(kWriteFailed);
+}
+
 void CFileOutputStream::CloseFile() {
-    // What cannot be written out any more is lost here without a word; `Flush` before would have told.
-    if (file_) std::fclose(file_);
-    file_ = nullptr;
+    // Kept for callers: a closing never raises. `CloseOutput` and `GetWriteError` tell what was lost.
+    if (file_) NoteWrite(filesystem::CloseOutput(std::exchange(file_, nullptr)));
+}
+
+bool CFileOutputStream::NoteWrite(bool isGood) {
+    if (!isGood && writeError_ == 0) writeError_ = filesystem::GetError();
+    return isGood;
+}
+
+bool CFileOutputStream::NoteSeek(bool isGood) {
+    // A seek writes out the buffer first. Runtimes differ in whether it fails when that does, but each marks
+    // the file.
+    NoteWrite(std::ferror(file_) == 0);
+    return isGood;
 }
 
 } // namespace vorlund

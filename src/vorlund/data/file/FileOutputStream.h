@@ -27,11 +27,21 @@ public:
 
     void Open(const wchar* path, bool append) override;
 
+    /// The system's number of the first error in writing since the last `Open`, the closing included; 0
+    /// without one.
+    std::uint32_t GetWriteError() const { return writeError_; }
+    /// Raises as `Write` when there was such an error.
+    void RaiseWriteError() const;
+
 protected:
     ~CFileOutputStream() { CloseFile(); }
 
 private:
     void CloseFile();
+    /// Remembers that the system has refused bytes, unless `isGood`, which is returned.
+    bool NoteWrite(bool isGood);
+    /// The same when a seek could not write out what it had to; `isGood` tells of the seek.
+    bool NoteSeek(bool isGood);
 
     /// The buffer of the file, which outlives it.
     std::unique_ptr<char[]> block_;
@@ -41,6 +51,7 @@ private:
     bool append_ = false;
     /// True while the last operation was a write, so that the position is where writes go.
     bool writing_ = false;
+    std::uint32_t writeError_ = 0;
 };
 
 } // namespace vorlund

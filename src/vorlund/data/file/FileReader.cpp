@@ -19,6 +19,7 @@ constexpr std::uint32_t kMaxRequest = 16 * 1024 * 1024;
 } // namespace
 
 bool CFileReader::Open(const wchar* path) {
+    readError_ = 0;
     descriptor_ = filesystem::OpenInput(path, length_);
     if (!IsOpen()) return false;
     capacity_ = static_cast<std::uint32_t>(std::clamp<std::int64_t>(length_, kFirstStride, kMaxWindow));
@@ -31,7 +32,6 @@ void CFileReader::Close() {
     descriptor_ = -1;
     length_ = 0;
     buffer_.reset();
-    leftSize_ = 0;
     EmptyWindow(0);
 }
 
@@ -40,16 +40,7 @@ bool CFileReader::Seek(std::int64_t position) {
     const std::int64_t windowSize = end_ - buffer_.get();
     if (position <= endPosition_ && position >= endPosition_ - windowSize) {
         next_ = end_ - (endPosition_ - position);
-    } else if (position <= leftEnd_ && position >= leftEnd_ - leftSize_) {
-        // Back in the window that was left, which nothing has overwritten.
-        end_ = buffer_.get() + leftSize_;
-        endPosition_ = leftEnd_;
-        next_ = end_ - (endPosition_ - position);
     } else {
-        if (windowSize != 0) {
-            leftEnd_ = endPosition_;
-            leftSize_ = windowSize;
-        }
         EmptyWindow(position);
     }
     return true;
@@ -79,8 +70,7 @@ std::uint32_t CFileReader::ReadBeyondWindow(void* destination, std::uint32_t siz
 
 /// Reads straight into `destination`: the buffer has nothing left, and a copy through it would cost time.
 std::uint32_t CFileReader::ReadDirectly(unsigned char* destination, std::uint32_t size) {
-    const std::uint32_t count =
-        filesystem::ReadAt(descriptor_, endPosition_, destination, std::min(size, kMaxRequest));
+    const std::uint32_t count = ReadAtEnd(destination, std::min(size, kMaxRequest));
     stride_ = capacity_;
     next_ = end_ = buffer_.get();
     endPosition_ += count;
@@ -90,15 +80,21 @@ std::uint32_t CFileReader::ReadDirectly(unsigned char* destination, std::uint32_
 std::uint32_t CFileReader::FillWindow() {
     // Not zeroed: only what was read is ever delivered.
     if (!buffer_) buffer_.reset(new unsigned char[capacity_]);
-    const std::uint32_t count = filesystem::ReadAt(descriptor_, endPosition_, buffer_.get(), stride_);
+    const std::uint32_t count = ReadAtEnd(buffer_.get(), stride_);
     // The end of the file overwrites nothing: a parser that looks there comes back to a window as it was.
     if (count == 0) return 0;
-    leftSize_ = 0;
     stride_ = std::min(2 * stride_, capacity_);
     next_ = buffer_.get();
     end_ = next_ + count;
     endPosition_ += count;
     return count;
+}
+
+/// Asks the system for what follows the window. 0 at the end of the file, and when the system refuses.
+std::uint32_t CFileReader::ReadAtEnd(unsigned char* destination, std::uint32_t size) {
+    // The first error is the one that explains those that follow.
+    return filesystem::ReadAt(descriptor_, endPosition_, destination, size,
+                              readError_ == 0 ? &readError_ : nullptr);
 }
 
 void CFileReader::EmptyWindow(std::int64_t position) {

@@ -12,8 +12,8 @@ namespace vorlund {
 
 /// Reads a file through a window: a buffer that holds the bytes before `end_`, whose place in the file is
 /// known. The position is therefore always known without asking the system, and setting it inside the window
-/// keeps the window: the small steps of a parser cost no system call. Setting it elsewhere only empties the
-/// window.
+/// keeps the window: the small steps of a parser cost no system call. Setting it elsewhere drops the window,
+/// so that who comes back sees what has been written meanwhile.
 ///
 /// One thread at a time. A closed reader has position and length 0.
 class CFileReader {
@@ -44,11 +44,16 @@ public:
         return size;
     }
 
+    /// The system's number of the first error since the file was opened; 0 without one. Kept when the reader
+    /// is closed, until it is opened again.
+    std::uint32_t GetReadError() const { return readError_; }
+
 private:
     std::uint32_t GetAvailable() const { return static_cast<std::uint32_t>(end_ - next_); }
     std::uint32_t ReadBeyondWindow(void* destination, std::uint32_t size);
     std::uint32_t ReadDirectly(unsigned char* destination, std::uint32_t size);
     std::uint32_t FillWindow();
+    std::uint32_t ReadAtEnd(unsigned char* destination, std::uint32_t size);
     void EmptyWindow(std::int64_t position);
 
     int descriptor_ = -1;
@@ -62,10 +67,8 @@ private:
     const unsigned char* end_ = nullptr;
     /// Where the window ends in the file.
     std::int64_t endPosition_ = 0;
-    /// End and size of the window that the last far seek left, while its bytes are still in the buffer.
-    std::int64_t leftEnd_ = 0;
-    std::int64_t leftSize_ = 0;
     std::int64_t length_ = 0;
+    std::uint32_t readError_ = 0;
 };
 
 } // namespace vorlund

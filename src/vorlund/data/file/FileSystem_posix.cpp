@@ -6,7 +6,6 @@
 
 #include "vorlund/data/file/PathCodec_posix.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <string>
 
@@ -37,6 +36,11 @@ TEntryKind KindAt(int folder, const char* name) {
     return missing ? TEntryKind::Missing : TEntryKind::Unknown;
 }
 
+/// Whether a search fails by this. Folders that are not there, or not for this user, have no entries.
+bool IsFault(int error) {
+    return error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO;
+}
+
 /// Opens without waiting for the other end of a pipe; reading and writing then wait as usual.
 int OpenWithoutWaiting(const std::string& path, int flags, struct stat& status) {
     const int descriptor = open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kNewFileMode);
@@ -54,14 +58,7 @@ int OpenWithoutWaiting(const std::string& path, int flags, struct stat& status) 
 
 TEntryKind GetKind(const wchar* path) {
     std::string bytes;
-    if (!pathcodec::Encode(path, bytes)) return TEntryKind::Missing;
-    // Files and folders store their paths with "/" for "\", so the path in that form is asked for first. A
-    // name that holds a "\" itself is found by the second question, but not opened by the stored path.
-    std::string slashes = bytes;
-    std::replace(slashes.begin(), slashes.end(), '\\', '/');
-    const TEntryKind kind = KindAt(AT_FDCWD, slashes.c_str());
-    if (kind != TEntryKind::Missing || slashes == bytes) return kind;
-    return KindAt(AT_FDCWD, bytes.c_str());
+    return pathcodec::Encode(path, bytes) ? KindAt(AT_FDCWD, bytes.c_str()) : TEntryKind::Missing;
 }
 
 struct CFolderSearch::TState {
@@ -79,7 +76,10 @@ CFolderSearch::CFolderSearch(const wchar* folderPath) {
     std::string bytes;
     if (!pathcodec::Encode(folderPath, bytes)) return;
     DIR* const folder = opendir(bytes.c_str());
-    if (!folder) return;
+    if (!folder) {
+        hasFailed_ = IsFault(errno);
+        return;
+    }
     try {
         state_ = std::make_unique<TState>(folder);
     } catch (...) {
@@ -92,9 +92,13 @@ CFolderSearch::~CFolderSearch() = default;
 
 bool CFolderSearch::Next() {
     if (!state_) return false;
+    errno = 0;
     // NOLINTNEXTLINE(concurrency-mt-unsafe): the folder is opened for this search only.
     const dirent* const entry = readdir(state_->folder);
-    if (!entry) return false;
+    if (!entry) {
+        hasFailed_ = IsFault(errno);
+        return false;
+    }
     state_->name = pathcodec::Decode(entry->d_name);
     if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) {
         state_->kind = KindAt(dirfd(state_->folder), entry->d_name);
@@ -133,12 +137,19 @@ int OpenInput(const wchar* path, std::int64_t& length) {
     return -1;
 }
 
-std::uint32_t ReadAt(int descriptor, std::int64_t position, void* buffer, std::uint32_t count) {
+std::uint32_t GetError() {
+    return errno != 0 ? static_cast<std::uint32_t>(errno) : EIO;
+}
+
+std::uint32_t ReadAt(int descriptor, std::int64_t position, void* buffer, std::uint32_t count,
+                     std::uint32_t* error) {
     ssize_t result;
     do {
         result = pread(descriptor, buffer, count, position);
     } while (result < 0 && errno == EINTR);
-    return result < 0 ? 0 : static_cast<std::uint32_t>(result);
+    if (result >= 0) return static_cast<std::uint32_t>(result);
+    if (error) *error = GetError();
+    return 0;
 }
 
 void CloseInput(int descriptor) {
@@ -164,6 +175,14 @@ std::FILE* OpenOutput(const wchar* path, bool append) {
 
 bool Write(std::FILE* file, const void* buffer, std::size_t size) {
     return fwrite_unlocked(buffer, 1, size, file) == size;
+}
+
+bool Flush(std::FILE* file) {
+    return std::fflush(file) == 0;
+}
+
+bool CloseOutput(std::FILE* file) {
+    return std::fclose(file) == 0;
 }
 
 bool SeekFromStart(std::FILE* file, std::int64_t position) {

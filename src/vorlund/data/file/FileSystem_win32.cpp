@@ -33,6 +33,23 @@ bool IsMissing(DWORD error) {
     }
 }
 
+/// Whether a search fails by this. Folders that are not there, or not for this user, have no entries.
+bool IsFault(DWORD error) {
+    switch (error) {
+    case ERROR_TOO_MANY_OPEN_FILES:
+    case ERROR_NOT_ENOUGH_MEMORY:
+    case ERROR_OUTOFMEMORY:
+    case ERROR_NO_SYSTEM_RESOURCES:
+    case ERROR_CRC:
+    case ERROR_READ_FAULT:
+    case ERROR_GEN_FAILURE:
+    case ERROR_IO_DEVICE:
+        return true;
+    default:
+        return false;
+    }
+}
+
 HANDLE HandleOf(int descriptor) {
     return reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
 }
@@ -65,7 +82,9 @@ CFolderSearch::CFolderSearch(const wchar* folderPath) {
     const wstring pattern = wstring(folderPath) + L"*.*";
     state_ = std::make_unique<TState>();
     state_->search = FindFirstFileW(pattern.c_str(), &state_->entry);
-    if (state_->search == INVALID_HANDLE_VALUE) state_.reset();
+    if (state_->search != INVALID_HANDLE_VALUE) return;
+    hasFailed_ = IsFault(GetLastError());
+    state_.reset();
 }
 
 CFolderSearch::~CFolderSearch() = default;
@@ -73,7 +92,9 @@ CFolderSearch::~CFolderSearch() = default;
 bool CFolderSearch::Next() {
     if (!state_) return false;
     if (std::exchange(state_->isFirst, false)) return true;
-    return FindNextFileW(state_->search, &state_->entry) != 0;
+    if (FindNextFileW(state_->search, &state_->entry)) return true;
+    hasFailed_ = IsFault(GetLastError());
+    return false;
 }
 
 const wchar* CFolderSearch::GetName() const {
@@ -97,11 +118,19 @@ int OpenInput(const wchar* path, std::int64_t& length) {
     return -1;
 }
 
-std::uint32_t ReadAt(int descriptor, std::int64_t position, void* buffer, std::uint32_t count) {
+std::uint32_t GetError() {
+    return _doserrno != 0 ? static_cast<std::uint32_t>(_doserrno) : ERROR_GEN_FAILURE;
+}
+
+std::uint32_t ReadAt(int descriptor, std::int64_t position, void* buffer, std::uint32_t count,
+                     std::uint32_t* error) {
     // A read at a position (ReadFile with OVERLAPPED) would be one call, but takes Wine five times as long.
-    if (_lseeki64(descriptor, position, SEEK_SET) < 0) return 0;
-    const int result = _read(descriptor, buffer, count);
-    return result < 0 ? 0 : static_cast<std::uint32_t>(result);
+    if (_lseeki64(descriptor, position, SEEK_SET) >= 0) {
+        const int result = _read(descriptor, buffer, count);
+        if (result >= 0) return static_cast<std::uint32_t>(result);
+    }
+    if (error) *error = GetError();
+    return 0;
 }
 
 void CloseInput(int descriptor) {
@@ -121,6 +150,16 @@ std::FILE* OpenOutput(const wchar* path, bool append) {
 
 bool Write(std::FILE* file, const void* buffer, std::size_t size) {
     return std::fwrite(buffer, 1, size, file) == size;
+}
+
+bool Flush(std::FILE* file) {
+    return std::fflush(file) == 0;
+}
+
+bool CloseOutput(std::FILE* file) {
+    // Not every runtime tells at the closing that the last bytes were refused.
+    const bool isFlushed = Flush(file);
+    return std::fclose(file) == 0 && isFlushed;
 }
 
 bool SeekFromStart(std::FILE* file, std::int64_t position) {

@@ -16,12 +16,15 @@ constexpr const wchar* kFile = VRL_L("src/vorlund/data/file/Folder_win32");
 constexpr const wchar* kEnumerateFiles = VRL_L("vorlund::CFolder::EnumerateFiles");
 constexpr const wchar* kEnumerateFolders = VRL_L("vorlund::CFolder::EnumerateFolders");
 constexpr const wchar* kInitialize = VRL_L("vorlund::CFolder::Initialize");
+constexpr const wchar* kCannotSearch = VRL_L("Cannot search '%s'");
 constexpr const wchar* kNoList = VRL_L("Cannot create object list");
 
 constexpr TFailure kNoFileList{kEnumerateFiles, kFile, 42, kNoList};
 constexpr TFailure kNoFile{kEnumerateFiles, kFile, 57, VRL_L("Cannot create file")};
+constexpr TFailure kCannotSearchFiles{kEnumerateFiles, kFile, 64, kCannotSearch};
 constexpr TFailure kNoFolderList{kEnumerateFolders, kFile, 79, kNoList};
 constexpr TFailure kNoFolder{kEnumerateFolders, kFile, 94, VRL_L("Cannot create folder")};
+constexpr TFailure kCannotSearchFolders{kEnumerateFolders, kFile, 101, kCannotSearch};
 constexpr TFailure kCannotFind{kInitialize, kFile, 128, VRL_L("Cannot find '%s'")};
 constexpr TFailure kIsNoDirectory{kInitialize, kFile, 134, VRL_L("'%s' is not a directory")};
 
@@ -31,11 +34,14 @@ struct TSelection {
     const CId& classId;
     const TFailure& noList;
     const TFailure& noEntry;
+    const TFailure& cannotSearch;
 };
 
-/// A new object initialised with `path`; empty when the entry has vanished since the search saw it.
+/// A new object initialised with `path`; empty when the entry has vanished since the search saw it, or cannot
+/// be reached.
 template <class TEntry> CRefPtr<TEntry> MakeEntry(const TSelection& selection, const wchar* path) {
-    if (filesystem::HasVanished(path, selection.kind)) return {};
+    // Asked before the object is made: nothing is made of an entry that is left out.
+    if (filesystem::GetKind(path) != selection.kind) return {};
     auto entry = CreateOrRaise<TEntry>(selection.classId, selection.noEntry);
     if (!filesystem::InitializeIfThere(*entry, path, selection.kind)) return {};
     return entry;
@@ -53,17 +59,22 @@ template <class TEntry> IObjectList* Enumerate(const TSelection& selection, cons
         path += search.GetName();
         if (const auto entry = MakeEntry<TEntry>(selection, path)) list->AddObject(entry.Get());
     }
+    if (search.HasFailed())
+        Raise<CFileAccessException>(selection.cannotSearch,
+                                    PathReason(selection.cannotSearch.reason, folderPath));
     return list.Detach();
 }
 
 } // namespace
 
 IObjectList* CFolder::EnumerateFiles() {
-    return Enumerate<IFile>({TEntryKind::File, classid::CFile, kNoFileList, kNoFile}, path_);
+    return Enumerate<IFile>({TEntryKind::File, classid::CFile, kNoFileList, kNoFile, kCannotSearchFiles},
+                            path_);
 }
 
 IObjectList* CFolder::EnumerateFolders() {
-    return Enumerate<IFolder>({TEntryKind::Directory, classid::CFolder, kNoFolderList, kNoFolder}, path_);
+    return Enumerate<IFolder>(
+        {TEntryKind::Directory, classid::CFolder, kNoFolderList, kNoFolder, kCannotSearchFolders}, path_);
 }
 
 CString CFolder::GetName() {

@@ -2,15 +2,11 @@
 
 #include "vorlund/api/text/Utf8.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace vorlund::pathcodec {
 namespace {
-
-/// A stray byte is added to this; the bytes 0x80 to 0xFF are those that can be stray.
-constexpr unsigned int kStrayBase = 0xDC00;
-constexpr unsigned int kFirstStray = 0xDC80;
-constexpr unsigned int kLastStray = 0xDCFF;
 
 /// A well-formed sequence of UTF-8.
 struct TSequence {
@@ -77,8 +73,8 @@ wstring Decode(std::string_view bytes) {
     text.reserve(bytes.size());
     while (!bytes.empty()) {
         const TSequence sequence = TakeSequence(bytes);
-        if (sequence.length == 0) {
-            text += static_cast<wchar>(kStrayBase + static_cast<unsigned char>(bytes.front()));
+        if (sequence.length == 0 || sequence.code == '\\') {
+            text += static_cast<wchar>(kEscapeBase + static_cast<unsigned char>(bytes.front()));
             bytes.remove_prefix(1);
         } else {
             AppendUtf16(text, sequence.code);
@@ -95,12 +91,15 @@ bool Encode(const wchar* text, std::string& bytes) {
     // In most paths, this is all of it.
     const wchar* const afterAscii = SkipAscii(text);
     bytes.assign(text, afterAscii);
+    std::replace(bytes.begin(), bytes.end(), '\\', '/');
     for (text = afterAscii; *text; ++text) {
         const char32_t unit = *text;
-        if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) {
+        if (unit == '\\') {
+            bytes += '/';
+        } else if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) {
             AppendUtf8(bytes, unit);
-        } else if (unit >= kFirstStray && unit <= kLastStray) {
-            bytes += static_cast<char>(unit - kStrayBase);
+        } else if (IsEscape(unit)) {
+            bytes += static_cast<char>(unit - kEscapeBase);
         } else if (IsHighSurrogate(unit) && IsLowSurrogate(text[1])) {
             AppendUtf8(bytes, JoinSurrogates(unit, *++text));
         } else {

@@ -6,17 +6,13 @@
 namespace vorlund {
 namespace {
 
-constexpr bool IsEscapedByte(wchar unit) {
-    return unit >= 0xDC80 && unit <= 0xDCFF;
-}
-
 /// `path` with U+FFFD for what no file name can hold.
 wstring Encodable(const wchar* path) {
     wstring text(path);
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (IsHighSurrogate(text[i]) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
             ++i;
-        } else if (IsHighSurrogate(text[i]) || (IsLowSurrogate(text[i]) && !IsEscapedByte(text[i]))) {
+        } else if (IsHighSurrogate(text[i]) || (IsLowSurrogate(text[i]) && !pathcodec::IsEscape(text[i]))) {
             text[i] = 0xFFFD;
         }
     }

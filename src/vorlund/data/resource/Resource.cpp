@@ -7,6 +7,7 @@
 #include "vorlund/data/base/FilterConnection.h"
 #include "vorlund/data/resource/ResourceLock.h"
 
+#include <vorlund/StreamErrors.h>
 #include <vorlund/StreamFilter.h>
 #include <vorlund/StreamSelector.h>
 
@@ -122,7 +123,7 @@ void CResource::Save(const COutputStreamSelector& target, bool raw) {
         const CResourceLock lock(*this, LOCK_MODE_READ);
         stream->Write(lock.GetData(), lock.GetSize());
     }
-    stream->Close();
+    CloseOutput(*stream);
 }
 
 void CResource::SetFormat(const TDataFormat* format) {

@@ -2,6 +2,7 @@
 
 #include <vorlund/Exception.h>
 #include <vorlund/Stream.h>
+#include <vorlund/StreamErrors.h>
 #include <vorlund/StreamSelector.h>
 
 #include <algorithm>
@@ -50,6 +51,8 @@ void CSwBufferMediaSample::WriteTo(const COutputStreamSelector& target) {
     if (!stream) Raise<CNullPtrException>(kWriteToNothing);
     // The data size may exceed the buffer: see SetDataSize.
     stream->Write(buffer_.get(), std::min(dataSize_, bufferSize_));
+    // Who writes a sample may never close the stream, and what waits in a buffer has not been written.
+    FlushOutput(*stream);
 }
 
 ISwBufferMediaSample* CSwBufferMediaSample::SetDataSize(std::uint32_t size) {
