@@ -163,6 +163,7 @@ test_target() {
     if [[ $target != win64 ]]; then
         gtest_program vorlund_tests
         gtest_program vorlund_internal_tests
+        soak_steps
         while read -r name; do
             [[ -z $name ]] || step "corpus $name" replay_corpus "$name"
         done <"$folder/fuzzers.txt"

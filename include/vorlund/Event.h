@@ -108,7 +108,8 @@ public:
     ///
     /// \warning A call that has begun before may still be running when this returns: it is not waited for.
     /// Free what the callback uses only when it has said that it has ended, for example by an event that it
-    /// sets as its last step.
+    /// sets as its last step. A running callback keeps this library loaded on Windows; elsewhere unloading it
+    /// waits for the callback, which must not load or unload anything then. No callback may unload it.
     static void StopAsync(unsigned int handle);
 
     /// Stops the wait that was started first of those that have this callback, in the same way. Others with

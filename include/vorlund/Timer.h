@@ -37,8 +37,9 @@ public:
     void Start();
 
     /// Stops the timer: it sets the event no more when this has returned. The event stays as it is. Nothing
-    /// happens when the timer does not run. Stopping the last running timer waits for the end of the timers'
-    /// thread.
+    /// happens when the timer does not run. Stopping the last running timer waits until the timers' thread
+    /// has left the library, and then it ends. So a running timer may be a static object of a library that is
+    /// unloaded.
     void Stop();
 
 private:

@@ -2,6 +2,11 @@
 // in the state that its argument names.
 #include "api/unload_child.h"
 
+#include "system/ProcessResources.h"
+
+#include <vorlund/Event.h>
+
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <string_view>
@@ -39,15 +44,50 @@ public:
     void Close() { Do("UnloadClientClose"); }
     void Do(const char* name) { Find<void()>(name)(); }
 
-private:
     template <class TFunction> TFunction* Find(const char* name) {
         auto* const function = FindFunction(module_, name);
         if (!function) Fail(6);
         return reinterpret_cast<TFunction*>(function);
     }
 
+private:
     void* module_;
 };
+
+std::atomic<bool> isInside{false};
+std::atomic<bool> mayLeave{false};
+
+bool IsInside() {
+    return isInside;
+}
+
+void StayInside() {
+    isInside = true;
+    while (!mayLeave) std::this_thread::yield();
+}
+
+void StayInsideCallback(CEvent::TAsyncCbData&) {
+    StayInside();
+}
+
+/// Unloads the library while a callback runs, which returns only when the library has gone, or cannot be seen
+/// to go. `start` is the function of the client that enters it.
+template <class TCallback> int UnloadDuring(TCallback* callback, const char* start) {
+    const int threads = CountThreads();
+    std::thread leave;
+    {
+        CLibrary library;
+        library.Find<void(TCallback*, bool (*)())>(start)(callback, &IsInside);
+        leave = std::thread([] {
+            const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(300);
+            while (IsLoaded("vorlund") && std::chrono::steady_clock::now() < limit) std::this_thread::yield();
+            mayLeave = true;
+        });
+    }
+    leave.join();
+    // The callback's thread has survived its return.
+    return ThreadsComeDownTo(threads) ? 0 : 9;
+}
 
 int Run(std::string_view mode) {
     if (IsLoaded("vorlund")) return 7;
@@ -58,6 +98,25 @@ int Run(std::string_view mode) {
         if (!start) return 2;
         start();
         return UnloadModule(module) ? 0 : 3;
+    }
+    if (mode == "inside-callback") return UnloadDuring(&StayInsideCallback, "UnloadClientStopInsideCallback");
+    if (mode == "inside-own-callback") return UnloadDuring(&StayInside, "UnloadClientStopInsideOwnCallback");
+    if (mode == "inside-callback-at-exit") {
+        // Never unloaded, and the callback never returns.
+        CLibrary* const library = new CLibrary;
+        library->Find<void(void (*)(CEvent::TAsyncCbData&), bool (*)())>("UnloadClientStopInsideCallback")(
+            &StayInsideCallback, &IsInside);
+        return 0;
+    }
+    if (mode == "static-timer-at-exit") {
+        (new CLibrary)->Do("UnloadClientRunStaticTimer");
+        return 0;
+    }
+    if (mode == "static-timers") {
+        const int threads = CountThreads();
+        for (int life = 0; life < 40; ++life)
+            CLibrary().Do(life % 2 ? "UnloadClientStartStaticTimer" : "UnloadClientRunStaticTimer");
+        return ThreadsComeDownTo(threads) ? 0 : 9;
     }
     if (mode == "open-in-a-second-life") {
         CLibrary first;

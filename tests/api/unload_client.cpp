@@ -8,6 +8,8 @@
 #include <vorlund/Timer.h>
 #include <vorlund/Vorlund.h>
 
+#include <thread>
+
 extern "C" {
 
 /// Sends the library's reports to the standard output. The handler lies in this module, which is still there
@@ -27,6 +29,36 @@ void UnloadClientStartTimer() {
     auto* const timer = new vorlund::CTimer(0.001f);
     timer->Start();
     timer->Wait();
+}
+
+/// Starts a timer that is a static object of this module: it runs until the module is unloaded.
+void UnloadClientStartStaticTimer() {
+    static vorlund::CTimer timer(0.001f);
+    timer.Start();
+}
+
+/// The same, and waits until it has been set, so that the timers' thread runs.
+void UnloadClientRunStaticTimer() {
+    static vorlund::CTimer timer(0.001f);
+    timer.Start();
+    timer.Wait();
+}
+
+/// Starts an asynchronous wait that calls at once, waits until it is `inside`, and stops it.
+void UnloadClientStopInsideCallback(void (*callback)(vorlund::CEvent::TAsyncCbData&), bool (*isInside)()) {
+    vorlund::CEvent event;
+    event.SetState(true);
+    event.WaitAsync(callback, nullptr);
+    while (!isInside()) std::this_thread::yield();
+}
+
+/// The same with a callback of this module, which calls `act`.
+void UnloadClientStopInsideOwnCallback(void (*act)(), bool (*isInside)()) {
+    vorlund::CEvent event;
+    event.SetState(true);
+    event.WaitAsync(
+        [](vorlund::CEvent::TAsyncCbData& data) { (*reinterpret_cast<void (**)()>(data.userData))(); }, &act);
+    while (!isInside()) std::this_thread::yield();
 }
 
 /// Runs a timer and asynchronous waits to their ends.

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -23,6 +24,9 @@ namespace vorlund::test {
 namespace {
 
 using TData = CEvent::TAsyncCbData;
+
+/// How many threads that are about to end the library lets there be.
+constexpr int kMaxThreadsEnding = 32;
 
 /// How many rounds of a test there are: all of them, or a part where threads are slow.
 int RoundsOf(int all) {
@@ -44,7 +48,9 @@ TEST(EventThreads, StartsAndStopsLeaveNothingBehind) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     const int handles = CountHandles();
     const int threads = CountThreads();
+    int most = 0;
     for (int start = 0; start < starts; ++start) {
+        if (start % 500 == 0) most = std::max(most, CountThreads());
         switch (start % 4) {
         case 0:
             CEvent::StopAsync(never.WaitAsync(nothing, nullptr));
@@ -61,9 +67,76 @@ TEST(EventThreads, StartsAndStopsLeaveNothingBehind) {
             break;
         }
     }
+    // One wait at a time, and what has not ended yet.
+    EXPECT_LE(most, threads + 1 + kMaxThreadsEnding + 3);
     EXPECT_TRUE(ThreadsComeDownTo(threads)) << CountThreads() << " threads, " << threads << " before";
     // Another part of the process may hold a few more meanwhile, but not one for each start.
     EXPECT_LT(CountHandles(), handles + 50);
+}
+
+/// Callbacks that stay until they may leave.
+struct TStay {
+    explicit TStay(int calls) : areInside(calls) {}
+    CLatch areInside;
+    CLatch mayLeave{1};
+};
+
+TEST(EventThreads, StoppingDoesNotWaitForStoppedWaitsInsideCallbacks) {
+    constexpr int kInside = 2 * kMaxThreadsEnding;
+    const int threads = CountThreads();
+    TStay stay(kInside);
+    CEvent always;
+    always.SetState(true);
+    for (int wait = 0; wait < kInside; ++wait) {
+        always.WaitAsync(
+            [](TData& data) {
+                TStay& mine = *static_cast<TStay*>(data.userData);
+                CEvent::StopAsync(data.handle);
+                mine.areInside.CountDown();
+                mine.mayLeave.Wait();
+            },
+            &stay);
+    }
+    stay.areInside.Wait();
+    CEvent never;
+    const auto nothing = [](TData&) {};
+    const auto start = std::chrono::steady_clock::now();
+    for (int stop = 0; stop < 500; ++stop) {
+        CEvent::StopAsync(never.WaitAsync(nothing, nullptr));
+        CEvent event;
+        event.WaitAsync(nothing, nullptr);
+    }
+    // A millisecond each would be a wait already.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_LE(CountThreads(), threads + kInside + 1 + kMaxThreadsEnding + 3);
+    stay.mayLeave.CountDown();
+    EXPECT_TRUE(ThreadsComeDownTo(threads)) << CountThreads() << " threads, " << threads << " before";
+}
+
+TEST(EventThreads, AThreadThatLeavesServesTheNextWait) {
+    // More waits than may end at once are stopped together, and as many are started: each is served.
+    constexpr int kWaits = 4 * kMaxThreadsEnding;
+    const int threads = CountThreads();
+    CEvent never;
+    std::vector<unsigned int> numbers;
+    for (int round = 0; round < 20; ++round) {
+        for (int wait = 0; wait < kWaits; ++wait) numbers.push_back(never.WaitAsync([](TData&) {}, nullptr));
+        for (const unsigned int number : numbers) CEvent::StopAsync(number);
+        numbers.clear();
+        CLatch called(kWaits);
+        CEvent now;
+        now.SetState(true);
+        for (int wait = 0; wait < kWaits; ++wait) {
+            now.WaitAsync(
+                [](TData& data) {
+                    CEvent::StopAsync(data.handle);
+                    static_cast<CLatch*>(data.userData)->CountDown();
+                },
+                &called);
+        }
+        called.Wait();
+    }
+    EXPECT_TRUE(ThreadsComeDownTo(threads)) << CountThreads() << " threads, " << threads << " before";
 }
 
 TEST(EventThreads, StoppedWaitsForClosedEventsEnd) {

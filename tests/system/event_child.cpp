@@ -1,12 +1,16 @@
 // The child program of the tests of events and timers at the end of a process: ends as an application ends,
 // in the state that its argument names. What it returns is its own judgement: 0 when all was well.
 #include "support/ChildReports.h"
+#include "support/EndProcess.h"
 #include "support/Leaks.h"
 
 #include <vorlund/Timer.h>
 #include <vorlund/Vorlund.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
+#include <cxxabi.h>
 #include <memory>
 #include <string_view>
 #include <thread>
@@ -99,6 +103,27 @@ void UseStaticObjects() {
     timer.Wait();
 }
 
+#if defined(__ELF__)
+/// The event that is waited for after the end of the library, or null.
+CEvent* lateEvent = nullptr;
+
+void WaitAfterTheEnd(void*) {
+    if (!lateEvent) return;
+    static std::atomic<bool> isCalled{false};
+    const unsigned int first = lateEvent->WaitAsync([](TData&) { isCalled = true; }, nullptr);
+    // Numbers go on, but nothing is waited for.
+    if (lateEvent->WaitAsync(&DoNothing, nullptr) != first + 1) EndProcess(1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    CEvent::StopAsync(first);
+    if (isCalled) EndProcess(2);
+}
+
+/// Registered before all libraries begin, it is called after they have ended, which then are still there.
+[[gnu::used, gnu::section(".preinit_array")]] void (*const registerLast)() = [] {
+    abi::__cxa_atexit(&WaitAfterTheEnd, nullptr, nullptr);
+};
+#endif
+
 int Run(std::string_view mode) {
     SendReportsToParent();
     if (mode == "first-numbers") return LookAtFirstNumbers();
@@ -127,6 +152,11 @@ int Run(std::string_view mode) {
         StartCallbacks();
     } else if (mode == "threads-at-return") {
         StartThreads();
+#if defined(__ELF__)
+    } else if (mode == "waits-after-the-end") {
+        lateEvent = &MakeEvent();
+        lateEvent->SetState(true);
+#endif
     } else if (mode == "static-objects") {
         UseStaticObjects();
     } else {

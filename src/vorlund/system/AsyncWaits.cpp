@@ -1,21 +1,43 @@
 // A wait's record belongs to the list until the wait is stopped, then to its thread, which frees it. Stopping
 // and entering the callback are changes of one word: whichever comes first keeps the other from happening, so
 // a callback never begins after its stop has returned. The lock is held while the list and the number are
-// read or changed, never while a callback runs or a thread is woken.
+// read or changed and threads are woken, never while a callback runs.
 //
 // A record keeps references of its own to the platform events, so that its thread waits for the events that
 // the wait was started with, whatever becomes of the objects.
+//
+// Nobody waits for the thread of a stopped wait, and yet starting and stopping without a break does not take
+// all threads that the system has. A thread without a wait is "leaving": a new wait takes it over instead of
+// a new thread. To end, it must be one of at most `kMaxThreadsEnding`, each of which joins the one before it;
+// until then it goes on leaving. So there are never more threads than waits that run, stopped ones that are
+// still inside their callbacks, `kMaxThreadsEnding`, and those that were leaving when there were most.
 #include "vorlund/system/AsyncWaits.h"
 
 #include "vorlund/api/values/ClassMemory.h"
 #include "vorlund/system/EventCell.h"
-#include "vorlund/system/WaitThread.h"
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 namespace vorlund {
 
 constinit CAsyncWaits asyncWaits;
+
+namespace {
+
+constexpr int kMaxThreadsEnding = 32;
+
+} // namespace
+
+/// A thread that serves one wait after the other.
+struct CAsyncWaits::TServer {
+    TWait* assigned; ///< a wait that the thread has not seen yet; whoever stops it frees it
+    TServer* previous = nullptr;
+    TServer* next = nullptr;
+    bool isLeaving = false;
+    waiting::TThreadHandle thread = nullptr;
+};
 
 struct CAsyncWaits::TWait : TClassMemory {
     enum TState : std::uint32_t { kWaiting, kCalling, kStopped };
@@ -39,7 +61,7 @@ struct CAsyncWaits::TWait : TClassMemory {
     TWait* next = nullptr;
     std::atomic<std::uint32_t> state{kWaiting};
     unsigned int number = 0;
-    waiting::TThreadHandle thread = nullptr;
+    TServer* server = nullptr; ///< null when the system had no thread to give
     const TAsyncCallback callback;
     void* const userData;
     const bool isForAll;
@@ -66,6 +88,7 @@ CAsyncWaits::TWait::~TWait() {
 
 unsigned int CAsyncWaits::Start(const TAsyncRequest& request) {
     TWait* const wait = new TWait(request);
+    waiting::CLibraryHold hold;
     const CPlainLockGuard guard(lock_);
     const unsigned int number = nextNumber_++;
     if (hasEnded_) {
@@ -75,30 +98,96 @@ unsigned int CAsyncWaits::Start(const TAsyncRequest& request) {
     wait->number = number;
     // Before the thread starts: it may stop its own wait, and looks without the lock whether there is one.
     waits_.Append(*wait);
-    wait->thread = waiting::StartInterruptible(&Run, wait);
+    wait->server = ServerFor(*wait, hold);
     return number;
 }
 
+CAsyncWaits::TServer* CAsyncWaits::ServerFor(TWait& wait, waiting::CLibraryHold& hold) {
+    if (TServer* const server = leaving_.GetFirst()) {
+        RemoveLeaving(*server);
+        server->assigned = &wait;
+        waiting::Interrupt(server->thread);
+        // The next one, because this one may have been woken to end and does not any more.
+        WakeLeaving();
+        return server;
+    }
+    auto* const server = new (std::nothrow) TServer{&wait};
+    if (!server) return nullptr;
+    server->thread = waiting::StartInterruptible(&Run, server, hold);
+    if (server->thread) return server;
+    delete server;
+    return nullptr;
+}
+
+void CAsyncWaits::AddLeaving(TServer& server) {
+    if (server.isLeaving) return;
+    server.isLeaving = true;
+    leaving_.Append(server);
+}
+
+void CAsyncWaits::RemoveLeaving(TServer& server) {
+    if (!server.isLeaving) return;
+    server.isLeaving = false;
+    leaving_.Remove(server);
+}
+
+void CAsyncWaits::WakeLeaving() {
+    if (TServer* const server = leaving_.GetFirst()) waiting::Interrupt(server->thread);
+}
+
 void CAsyncWaits::Run(void* argument) noexcept {
-    TWait* const wait = static_cast<TWait*>(argument);
-    CEvent::TAsyncCbData data{nullptr, 0, wait->number, wait->userData};
-    while (!wait->IsStopped()) {
-        const std::uint32_t result = waiting::WaitInterruptibly(wait->count, wait->handles, wait->isForAll);
+    TServer& server = *static_cast<TServer*>(argument);
+    while (TWait* const wait = asyncWaits.NextFor(server)) {
+        Serve(*wait);
+        delete wait;
+    }
+    asyncWaits.Leave(server);
+}
+
+void CAsyncWaits::Serve(TWait& wait) {
+    CEvent::TAsyncCbData data{nullptr, 0, wait.number, wait.userData};
+    while (!wait.IsStopped()) {
+        const std::uint32_t result = waiting::WaitInterruptibly(wait.count, wait.handles, wait.isForAll);
         if (result == waiting::kInterrupted) continue;
-        if (result >= wait->count || !wait->callback) {
+        if (result >= wait.count || !wait.callback) {
             // Without a callback there is nothing to do, and a wait that failed once fails again.
             waiting::SleepInterruptibly();
             continue;
         }
-        data.index = wait->isForAll ? 0 : result;
-        data.event = wait->events[data.index];
-        if (!wait->Change(TWait::kWaiting, TWait::kCalling)) break;
+        data.index = wait.isForAll ? 0 : result;
+        data.event = wait.events[data.index];
+        if (!wait.Change(TWait::kWaiting, TWait::kCalling)) return;
         waiting::EnterCallback();
-        wait->callback(data);
+        wait.callback(data);
         waiting::LeaveCallback();
-        if (!wait->Change(TWait::kCalling, TWait::kWaiting)) break;
+        if (!wait.Change(TWait::kCalling, TWait::kWaiting)) return;
     }
-    delete wait;
+}
+
+CAsyncWaits::TWait* CAsyncWaits::NextFor(TServer& server) {
+    for (;; waiting::SleepInterruptibly()) {
+        const CPlainLockGuard guard(lock_);
+        if (server.assigned) return std::exchange(server.assigned, nullptr);
+        if (hasEnded_ || ending_ < kMaxThreadsEnding) {
+            RemoveLeaving(server);
+            ++ending_;
+            return nullptr;
+        }
+        AddLeaving(server);
+    }
+}
+
+void CAsyncWaits::Leave(TServer& server) {
+    waiting::TThreadHandle before = nullptr;
+    {
+        const CPlainLockGuard guard(lock_);
+        before = std::exchange(lastEnded_, server.thread);
+    }
+    delete &server;
+    if (before) waiting::Join(before);
+    const CPlainLockGuard guard(lock_);
+    --ending_;
+    WakeLeaving();
 }
 
 void CAsyncWaits::Stop(unsigned int number) {
@@ -117,23 +206,29 @@ void CAsyncWaits::Stop(const CEvent* event) {
 template <class TPredicate> bool CAsyncWaits::StopFirst(TPredicate isMeant) {
     // Every event asks this when it is destroyed, and nearly always there is no wait. The caller's own waits
     // are seen without the lock.
-    if (waits_.IsEmpty()) return false;
-    TWait* wait = nullptr;
-    waiting::TThreadHandle thread = nullptr;
+    if (waits_.IsEmpty() || waiting::IsThreadLast()) return false;
+    TWait* unseen = nullptr;
     {
         const CPlainLockGuard guard(lock_);
-        wait = waits_.GetFirst();
+        TWait* wait = waits_.GetFirst();
         while (wait && !isMeant(*wait)) wait = wait->next;
         if (!wait) return false;
         waits_.Remove(*wait);
-        thread = wait->thread;
-        // From here on the record belongs to the thread, if there is one.
-        wait->state.store(TWait::kStopped, std::memory_order_release);
+        TServer* const server = wait->server;
+        if (!server || server->assigned == wait) {
+            unseen = wait;
+            if (server) {
+                server->assigned = nullptr;
+                AddLeaving(*server);
+            }
+        } else if (wait->state.exchange(TWait::kStopped, std::memory_order_acq_rel) == TWait::kWaiting) {
+            // From the exchange on the record belongs to the thread. Outside a callback that comes without
+            // delay, so it can be taken over from now on.
+            AddLeaving(*server);
+            waiting::Interrupt(server->thread);
+        }
     }
-    if (thread)
-        waiting::Interrupt(thread);
-    else
-        delete wait;
+    delete unseen;
     return true;
 }
 
@@ -143,10 +238,18 @@ void CAsyncWaits::End() noexcept {
     {
         const CPlainLockGuard guard(lock_);
         hasEnded_ = true;
+        for (TServer* server = leaving_.GetFirst(); server; server = server->next)
+            waiting::Interrupt(server->thread);
     }
     while (StopFirst([](const TWait&) { return true; })) {
     }
     waiting::AwaitInterrupted();
+    waiting::TThreadHandle last = nullptr;
+    {
+        const CPlainLockGuard guard(lock_);
+        last = std::exchange(lastEnded_, nullptr);
+    }
+    waiting::JoinLast(last);
 }
 
 } // namespace vorlund

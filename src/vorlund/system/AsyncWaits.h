@@ -3,6 +3,7 @@
 
 #include "vorlund/system/IntrusiveList.h"
 #include "vorlund/system/PlainLock.h"
+#include "vorlund/system/WaitThread.h"
 
 #include <vorlund/Event.h>
 
@@ -42,19 +43,37 @@ public:
     /// Stops all that list this object.
     void Stop(const CEvent* event);
 
-    /// At the end of the library: stops all and waits for their threads, those inside a callback excepted.
-    /// Waits that are started later do nothing.
+    /// At the end of the library: stops all and waits for their threads; at the end of a process, those
+    /// inside a callback excepted. Waits that are started later do nothing.
     void End() noexcept;
 
 private:
     struct TWait;
+    struct TServer;
 
     static void Run(void* argument) noexcept;
+    static void Serve(TWait& wait);
+
     /// Stops the first wait that `isMeant`; false when there is none.
     template <class TPredicate> bool StopFirst(TPredicate isMeant);
 
+    // Under the lock:
+    /// A thread for the wait, or null when the system has none to give.
+    TServer* ServerFor(TWait& wait, waiting::CLibraryHold& hold);
+    void AddLeaving(TServer& server);
+    void RemoveLeaving(TServer& server);
+    void WakeLeaving();
+
+    // On the thread of `server`:
+    /// What it does next, or null when it is to leave.
+    TWait* NextFor(TServer& server);
+    void Leave(TServer& server);
+
     CPlainLock lock_;
     CIntrusiveList<TWait> waits_;
+    CIntrusiveList<TServer> leaving_; ///< threads without a wait that have not begun to end
+    int ending_ = 0;                  ///< threads that have begun to end
+    waiting::TThreadHandle lastEnded_ = nullptr;
     unsigned int nextNumber_ = 0;
     bool hasEnded_ = false;
 };

@@ -6,8 +6,8 @@
 
 namespace vorlund::waiting {
 
-/// Ticks once per millisecond, for the thread that makes it. Of the ticks that come while nobody waits, one
-/// is kept and the others are lost.
+/// Ticks once per millisecond, for one thread that waits. Of the ticks that come while nobody waits, one is
+/// kept and the others are lost. Made and destroyed without a lock of ours (see WaitThread.h).
 class CTickSource {
 public:
     CTickSource() noexcept;

@@ -3,14 +3,19 @@
 // list lock, under which it sets the timers: a timer that has been taken out of the list is not touched any
 // more.
 //
-// At the end of the library the thread is not joined, but the library waits until it has left its loop: while
-// a library is unloaded, some systems let no thread begin or end. So a thread that has not entered its loop
-// yet is not waited for, nor one that the system has ended.
+// A timer may be a static object of a library that is being unloaded, and then the system lets no thread
+// begin or end: stopping waits until the thread has left our code, not for its end. The clock of the system
+// is made and destroyed without a lock of ours, because a system may wait there until nothing is loaded or
+// unloaded.
 #include "vorlund/system/TimerPool.h"
 
 #include "vorlund/system/TickSource.h"
+#include "vorlund/system/WaitThread.h"
 
 #include <vorlund/Exception.h>
+
+#include <new>
+#include <utility>
 
 namespace vorlund {
 namespace {
@@ -20,29 +25,60 @@ constexpr TFailure kStillAlive{VRL_L("vorlund::CTimerPool::~CTimerPool"),
 
 } // namespace
 
+/// What a run of the thread needs.
+struct CTimerPool::TClock {
+    TClock() = default;
+    TClock(const TClock&) = delete;
+    TClock& operator=(const TClock&) = delete;
+    ~TClock() { waiting::Close(stop); }
+
+    waiting::TEventHandle stop = waiting::Create();
+    waiting::CTickSource ticks;
+    waiting::TWorkHandle work = nullptr;
+};
+
 CTimerPool::~CTimerPool() noexcept(false) {
     // Without locks: nobody may start or stop timers any more, and a thread that the system has ended may
     // hold one for ever.
-    if (thread_) {
-        waiting::Set(stop_);
-        if (!waiting::IsThreadLast() && hasEntered_) waiting::Wait(left_, waiting::kForever);
-    }
+    if (clock_ && !waiting::IsThreadLast()) StopClock();
     if (!timers_.IsEmpty()) Raise<CBugException>(kStillAlive);
 }
 
 void CTimerPool::Add(TTimerEntry& entry) {
+    std::unique_ptr<TClock> spare;
+    bool wasSpareMade = false;
+    while (!TryAdd(entry, spare, wasSpareMade)) {
+        spare.reset(new (std::nothrow) TClock);
+        wasSpareMade = true;
+    }
+}
+
+bool CTimerPool::TryAdd(TTimerEntry& entry, std::unique_ptr<TClock>& spare, bool wasSpareMade) {
     const CPlainLockGuard start(startLock_);
-    if (entry.isRunning) return;
+    if (entry.isRunning) return true;
+    const bool isFirst = timers_.IsEmpty();
+    if (isFirst && !wasSpareMade) return false;
     entry.isRunning = true;
     entry.countdown = entry.period;
     {
         const CPlainLockGuard list(listLock_);
         timers_.Append(entry);
     }
-    if (timers_.HasOne()) StartThread();
+    if (isFirst && spare) {
+        clock_ = spare.release();
+        clock_->work = waiting::StartWork(&RunThread, clock_);
+    }
+    return true;
 }
 
 void CTimerPool::Remove(TTimerEntry& entry) {
+    if (waiting::IsThreadLast()) {
+        // No lock is needed, and one may be held for ever.
+        if (entry.isRunning) timers_.Remove(entry);
+        entry.isRunning = false;
+        return;
+    }
+    std::unique_ptr<TClock> stopped;
     const CPlainLockGuard start(startLock_);
     if (!entry.isRunning) return;
     entry.isRunning = false;
@@ -50,32 +86,18 @@ void CTimerPool::Remove(TTimerEntry& entry) {
         const CPlainLockGuard list(listLock_);
         timers_.Remove(entry);
     }
-    if (timers_.IsEmpty()) StopThread();
+    if (timers_.IsEmpty() && clock_) stopped = StopClock();
 }
 
-void CTimerPool::StartThread() {
-    hasEntered_ = false;
-    stop_ = waiting::Create();
-    left_ = waiting::Create();
-    thread_ = waiting::StartJoinable(&RunThread, this);
-}
-
-void CTimerPool::StopThread() {
-    waiting::Set(stop_);
-    if (thread_) waiting::Join(thread_);
-    thread_ = nullptr;
-    waiting::Close(stop_);
-    waiting::Close(left_);
+std::unique_ptr<CTimerPool::TClock> CTimerPool::StopClock() {
+    waiting::Set(clock_->stop);
+    if (clock_->work) waiting::EndWork(clock_->work);
+    return std::unique_ptr<TClock>(std::exchange(clock_, nullptr));
 }
 
 void CTimerPool::RunThread(void* argument) noexcept {
-    CTimerPool& pool = *static_cast<CTimerPool*>(argument);
-    pool.hasEntered_ = true;
-    {
-        waiting::CTickSource ticks;
-        while (ticks.WaitForTick(pool.stop_)) pool.Tick();
-    }
-    waiting::Set(pool.left_);
+    TClock& clock = *static_cast<TClock*>(argument);
+    while (clock.ticks.WaitForTick(clock.stop)) timerPool.Tick();
 }
 
 void CTimerPool::Tick() {

@@ -3,11 +3,11 @@
 
 #include "vorlund/system/IntrusiveList.h"
 #include "vorlund/system/PlainLock.h"
-#include "vorlund/system/WaitThread.h"
 
 #include <vorlund/Event.h>
 
 #include <cstdint>
+#include <memory>
 
 namespace vorlund {
 
@@ -38,18 +38,20 @@ public:
     void Remove(TTimerEntry& entry);
 
 private:
-    static void RunThread(void* pool) noexcept;
+    struct TClock;
+
+    /// False, with nothing done, when it needs a clock and none was made for it.
+    bool TryAdd(TTimerEntry& entry, std::unique_ptr<TClock>& spare, bool wasSpareMade);
+    static void RunThread(void* clock) noexcept;
     void Tick();
-    void StartThread();
-    void StopThread();
+    /// Returns what is left of the clock: its destructor may wait for the system, so it needs no lock of
+    /// ours.
+    std::unique_ptr<TClock> StopClock();
 
     CPlainLock startLock_; ///< keeps the changes of the list and of the thread together
     CPlainLock listLock_;  ///< taken after the other one
     CIntrusiveList<TTimerEntry> timers_;
-    waiting::TThreadHandle thread_ = nullptr;
-    waiting::TEventHandle stop_ = nullptr;
-    waiting::TEventHandle left_ = nullptr; ///< set by the thread when it has left its loop
-    std::atomic<bool> hasEntered_{false};  ///< the thread has entered its loop
+    TClock* clock_ = nullptr; ///< while timers run, unless the system refused one
 };
 
 extern CTimerPool timerPool;

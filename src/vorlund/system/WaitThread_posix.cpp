@@ -1,131 +1,122 @@
-// Nobody who starts a thread that will be interrupted joins it. Instead each such thread, as the last thing
-// it does, joins the one that ended before it. So at most one is not joined, and the library joins that one
-// at its end: then the last instruction of the last thread has run. A message from the thread would not be
-// enough, because the code could be unloaded before the thread has left it.
-#include "vorlund/system/PlainLock.h"
+// Unloading the library waits for its threads: the code that they run, callbacks included, is unmapped only
+// after the library's static objects have been destroyed. A message from a thread would not be enough,
+// because the code could go before the thread has left it. So each thread that ends joins the one that ended
+// before it, and the library joins the last one (AsyncWaits.cpp).
+//
+// The end of a process destroys static objects too, but unmaps nothing, and a callback may never return. So
+// it is marked: what is called at the end of a process is called in the reverse order of its registration,
+// and the mark is registered after the library's own objects.
 #include "vorlund/system/Thread_posix.h"
 #include "vorlund/system/WaitThread.h"
 #include "vorlund/system/Waiting_posix.h"
 
+#include <cxxabi.h>
 #include <new>
 #include <pthread.h>
-#include <utility>
 
 namespace vorlund::waiting {
 
-/// Freed by the thread and by whoever holds its handle, whichever is last.
 struct TThread {
     void (*const run)(void*);
     void* const argument;
-    std::atomic<std::uint32_t> references{2};
     pthread_t id{};
     TInterrupt interrupt{kInterrupted};
 };
 
+struct TWork {
+    void (*const run)(void*);
+    void* const argument;
+    pthread_t id{};
+};
+
 namespace {
 
-/// The calling thread, when this library started it.
+/// The calling thread, when this library started it for a wait.
 thread_local TThread* self = nullptr;
 
-/// Interruptible threads that are in no callback.
+/// Interruptible threads, and those of them that are in no callback.
+constinit std::atomic<std::uint32_t> threads{0};
 constinit std::atomic<std::uint32_t> threadsInside{0};
 constinit std::atomic<bool> isEnding{false};
 
-/// Interrupted threads that have not ended; for a moment below 0 when one ends before its interrupter has
-/// counted it. And how many threads wait for them to end.
-constinit std::atomic<std::uint32_t> threadsEnding{0};
-constinit std::atomic<std::uint32_t> pausing{0};
+/// The mark, and at the same time the name under which it is registered: not that of the library, whose
+/// functions are called when it is unloaded.
+constinit std::atomic<bool> isProcessEnding{false};
+constinit std::atomic<bool> isMarkSet{false};
 
-/// An ended thread that nobody has joined yet.
-struct TEnded {
-    pthread_t id;
-    bool isThere;
-};
-constinit CPlainLock endedLock;
-constinit TEnded lastEnded{};
-
-void Drop(TThread* thread) {
-    if (thread->references.fetch_sub(1, std::memory_order_acq_rel) == 1) delete thread;
+void NoteProcessEnd(void*) {
+    isProcessEnding = true;
 }
 
-void JoinEnded(TEnded next) {
-    TEnded ended;
-    {
-        const CPlainLockGuard guard(endedLock);
-        ended = std::exchange(lastEnded, next);
-    }
-    if (ended.isThere) pthread_join(ended.id, nullptr);
+void SetMark() {
+    if (!isMarkSet.exchange(true)) abi::__cxa_atexit(&NoteProcessEnd, nullptr, &isProcessEnding);
 }
 
-void LeaveInside() {
+/// Calls it too.
+void RemoveMark() {
+    if (isMarkSet) abi::__cxa_finalize(&isProcessEnding);
+}
+
+void CountDown(std::atomic<std::uint32_t>& count) {
     // Sequentially consistent, as in AwaitInterrupted: either that sees the new number, or this sees that it
     // waits.
-    threadsInside.fetch_sub(1);
-    if (isEnding) UnparkOne(&threadsInside);
+    count.fetch_sub(1);
+    if (isEnding) UnparkOne(&count);
 }
 
-void* RunJoinable(void* argument) {
-    TThread* const thread = static_cast<TThread*>(argument);
-    thread->run(thread->argument);
-    Drop(thread);
-    return nullptr;
+void AwaitNone(const std::atomic<std::uint32_t>& count) {
+    while (const std::uint32_t present = count) ParkWhile(count, present);
 }
 
-void PauseWhileManyEnd() {
-    const std::int64_t deadline = MonotonicNanoseconds() + std::int64_t{kMaxPauseMilliseconds} * 1000000;
-    pausing.fetch_add(1);
-    for (;;) {
-        const std::uint32_t ending = threadsEnding;
-        if (static_cast<std::int32_t>(ending) <= kMaxThreadsEnding || MonotonicNanoseconds() >= deadline)
-            break;
-        ParkWhileUntil(threadsEnding, ending, deadline);
-    }
-    pausing.fetch_sub(1);
+void CountOut() {
+    CountDown(threadsInside);
+    CountDown(threads);
 }
 
-/// Returns only after the thread has been interrupted.
 void* RunInterruptible(void* argument) {
     self = static_cast<TThread*>(argument);
-    RunJoinable(argument);
-    JoinEnded({pthread_self(), true});
-    threadsEnding.fetch_sub(1);
-    if (pausing > 0) UnparkOne(&threadsEnding);
-    LeaveInside();
+    self->run(self->argument);
+    CountOut();
     return nullptr;
 }
 
-TThread* Start(void* (*enter)(void*), void (*run)(void*), void* argument) {
-    auto* const thread = new (std::nothrow) TThread{run, argument};
-    if (!thread) return nullptr;
-    // The thread may run before `id` is written, and never reads it.
-    if (pthread_create(&thread->id, nullptr, enter, thread) == 0) return thread;
-    delete thread;
+void* RunWork(void* argument) {
+    const TWork& work = *static_cast<TWork*>(argument);
+    work.run(work.argument);
+    return nullptr;
+}
+
+/// Null when there is no memory or no thread. The thread may run before `id` is written, and never reads it.
+template <class TStarted> TStarted* Start(void* (*enter)(void*), void (*run)(void*), void* argument) {
+    auto* const started = new (std::nothrow) TStarted{run, argument};
+    if (!started) return nullptr;
+    if (pthread_create(&started->id, nullptr, enter, started) == 0) return started;
+    delete started;
     return nullptr;
 }
 
 } // namespace
 
-TThreadHandle StartInterruptible(void (*run)(void*), void* argument) noexcept {
+CLibraryHold::CLibraryHold() noexcept = default;
+
+CLibraryHold::~CLibraryHold() = default;
+
+TThreadHandle StartInterruptible(void (*run)(void*), void* argument, CLibraryHold&) noexcept {
+    SetMark();
+    threads.fetch_add(1, std::memory_order_relaxed);
     threadsInside.fetch_add(1, std::memory_order_relaxed);
-    TThread* const thread = Start(&RunInterruptible, run, argument);
-    if (!thread) LeaveInside();
+    TThread* const thread = Start<TThread>(&RunInterruptible, run, argument);
+    if (!thread) CountOut();
     return thread;
 }
 
-TThreadHandle StartJoinable(void (*run)(void*), void* argument) noexcept {
-    return Start(&RunJoinable, run, argument);
-}
-
 void Interrupt(TThreadHandle thread) noexcept {
-    const bool areMany = static_cast<std::int32_t>(threadsEnding.fetch_add(1)) >= kMaxThreadsEnding;
-    EndWaits(thread->interrupt);
-    Drop(thread);
-    if (areMany) PauseWhileManyEnd();
+    EndWait(thread->interrupt);
 }
 
 void Join(TThreadHandle thread) noexcept {
     pthread_join(thread->id, nullptr);
-    Drop(thread);
+    delete thread;
 }
 
 std::uint32_t WaitInterruptibly(std::uint32_t count, const TEventHandle* events, bool isForAll) noexcept {
@@ -138,7 +129,7 @@ void SleepInterruptibly() noexcept {
 }
 
 void EnterCallback() noexcept {
-    LeaveInside();
+    CountDown(threadsInside);
 }
 
 void LeaveCallback() noexcept {
@@ -147,8 +138,22 @@ void LeaveCallback() noexcept {
 
 void AwaitInterrupted() noexcept {
     isEnding = true;
-    while (const std::uint32_t inside = threadsInside) ParkWhile(threadsInside, inside);
-    JoinEnded({});
+    const bool isUnloading = !isProcessEnding;
+    AwaitNone(isUnloading ? threads : threadsInside);
+    if (isUnloading) RemoveMark();
+}
+
+void JoinLast(TThreadHandle thread) noexcept {
+    if (thread) Join(thread);
+}
+
+TWorkHandle StartWork(void (*run)(void*), void* argument) noexcept {
+    return Start<TWork>(&RunWork, run, argument);
+}
+
+void EndWork(TWorkHandle work) noexcept {
+    pthread_join(work->id, nullptr);
+    delete work;
 }
 
 bool IsThreadLast() noexcept {

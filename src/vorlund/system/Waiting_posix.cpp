@@ -19,6 +19,7 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace vorlund::waiting {
 namespace {
@@ -313,12 +314,12 @@ std::uint32_t WaitForSeveral(std::uint32_t count, const TEventHandle* events, bo
     return WaitInLists(waiter, count, events, DeadlineAfter(milliseconds));
 }
 
-void EndWaits(TInterrupt& interrupt) noexcept {
+void EndWait(TInterrupt& interrupt) noexcept {
     TWaiter* waiter = nullptr;
     {
         const CPlainLockGuard guard(lock);
-        interrupt.isEnding = true;
         waiter = interrupt.waiter;
+        interrupt.isPending = !waiter;
         if (waiter) {
             waiter->result = interrupt.result;
             UnlinkAll(*waiter);
@@ -335,7 +336,7 @@ std::uint32_t WaitUnlessEnded(TInterrupt& interrupt, std::uint32_t count, const 
     waiter.interrupt = &interrupt;
     {
         const CPlainLockGuard guard(lock);
-        if (interrupt.isEnding) {
+        if (std::exchange(interrupt.isPending, false)) {
             waiter.result = interrupt.result;
         } else {
             if (count > 0) LinkAll(waiter, count, events);

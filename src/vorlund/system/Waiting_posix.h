@@ -9,18 +9,18 @@ namespace vorlund::waiting {
 /// Like `Wait`, until `MonotonicNanoseconds` reaches `deadline`.
 std::uint32_t WaitUntil(TEventHandle event, std::int64_t deadline) noexcept;
 
-/// How the waits of one thread are ended by another.
+/// How a wait of one thread is ended by another.
 struct TInterrupt {
     const std::uint32_t result; ///< what a wait that it ends returns
     // Under the lock of the waits:
-    bool isEnding = false;
+    bool isPending = false;
     struct TWaiter* waiter = nullptr; ///< the thread's present wait
 };
 
-/// Ends the present wait of the thread, and every later one at once.
-void EndWaits(TInterrupt& interrupt) noexcept;
+/// Ends the present wait of the thread, or else its next one.
+void EndWait(TInterrupt& interrupt) noexcept;
 
-/// Like `WaitForSeveral` without a limit, but `EndWaits` ends it; with a count of 0 nothing else does.
+/// Like `WaitForSeveral` without a limit, but `EndWait` ends it; with a count of 0 nothing else does.
 std::uint32_t WaitUnlessEnded(TInterrupt& interrupt, std::uint32_t count, const TEventHandle* events,
                               bool isForAll) noexcept;
 
