@@ -130,6 +130,7 @@ void CWavChunkDecoder::Connect(IInputStream* stream) {
         Raise<CDataFormatException>(kInvalidHeader);
     }
     next->Seek(kFileHeaderSize);
+    if (!call.IsUnchanged()) return;
     IndexChunks(*next, call);
     if (call.IsUnchanged()) next->Seek(0);
 }
@@ -143,9 +144,14 @@ void CWavChunkDecoder::Disconnect() {
 
 IObjectList* CWavChunkDecoder::EnumerateChunks() {
     auto list = CreateOrRaise<IObjectList>(classid::CObjectList, kNoList);
-    for (std::size_t i = 0; i < chunks_.GetCount(); ++i) {
+    // The classes of the list and its members may be an application's, and do anything.
+    const CFilterCalls::CCall call(calls_);
+    CWavChunkTable::CReader reader(chunks_);
+    while (call.IsUnchanged()) {
+        const std::optional<TWavChunkInfo> chunk = reader.GetNext();
+        if (!chunk) break;
         const auto text = CreateOrRaise<IStringObject>(classid::CStringObject, kNoString);
-        text->SetString(chunks_.GetInfo(i).id);
+        text->SetString(chunk->id);
         list->AddObject(text.Get());
     }
     return list.Detach();
