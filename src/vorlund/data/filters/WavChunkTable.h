@@ -13,9 +13,9 @@ namespace vorlund {
 
 /// The chunks of one file in file order, duplicates included.
 ///
-/// A chunk takes at least the eight bytes of its head, and a hostile file holds nothing else: millions of equal
-/// heads, or of unequal ones. So the table is a row of 32-bit words, read in order, that says no more than what
-/// tells chunks apart:
+/// A chunk takes at least the eight bytes of its head, and a hostile file holds nothing else: millions of
+/// equal heads, or of unequal ones. So the table is a row of 32-bit words, read in order, that says no more
+/// than what tells chunks apart:
 ///
 /// - a chunk is its id and its size;
 /// - its position follows if it is not right behind the chunk before, which streams of files never say;
