@@ -70,6 +70,10 @@ protected:
         }
     }
 
+    /// Gives back what may call this object once more when it is released, while the object is whole. A layer
+    /// that holds such things has a `GiveBack` of its own, which hides this one. Since version 0.1.
+    void GiveBack() {}
+
     int number_ = 0;
     int references_ = 1;
     std::vector<IObjectListener*> listeners_;
@@ -99,11 +103,12 @@ public:
     CId GetClassId() override { return TClass::ClassId; }
 
 private:
-    /// Raises what a listener raises, and `CBugException` "Not initialized" while the library is closed; the
-    /// members are destroyed and the memory is freed all the same.
+    /// Raises what a listener raises, `CBugException` "Not initialized" while the library is closed, and what
+    /// `GiveBack` raises; the members are destroyed and the memory is freed all the same.
     ~CFinalObject() noexcept(false) {
         this->TellListeners();
         services::OnDestroyObject(TClass::ClassId);
+        this->GiveBack();
     }
 };
 

@@ -27,7 +27,8 @@ struct TGuardedFilterFailures {
 ///
 /// A class that does more than to hand on asks the guard of the operation for the stream first: `ForSeek` in
 /// its `Seek`, and so on. `Flush` and `GetLength` are left to each class, because what they raise without a
-/// stream differs by class.
+/// stream differs by class. After a call on the stream nothing of the filter is touched, unless a `CCall`
+/// says that it is still there.
 template <class TInterface, const auto& kFailures>
 class CGuardedFilterImpl : public CInputFilterImpl<TInterface> {
 public:
@@ -64,6 +65,8 @@ protected:
     }
     IInputStream& ForSkip() const { return Connected<CIOException>(kFailures.skipNotConnected); }
 
+    using CInputFilterImpl<TInterface>::BeginConnect;
+    using CInputFilterImpl<TInterface>::calls_;
     using CInputFilterImpl<TInterface>::stream_;
 };
 

@@ -31,9 +31,10 @@ class CPcmConverterImpl : public CGuardedFilterImpl<TInterface, kFailures> {
 
 public:
     std::int64_t GetLength() override {
-        return ToOutput(
-            this->template Connected<COperationNotSupportedException>(kFailures.getLengthNotConnected)
-                .GetLength());
+        IInputStream& stream =
+            this->template Connected<COperationNotSupportedException>(kFailures.getLengthNotConnected);
+        const pcm::TRatio ratio = ratio_;
+        return ToOutput(ratio, stream.GetLength());
     }
     void Flush() override {
         this->template Connected<COperationNotSupportedException>(kFailures.flushNotConnected).Flush();
@@ -41,29 +42,33 @@ public:
     void Seek(std::int64_t position) override {
         TGuard::Seek(static_cast<std::int64_t>(ratio_.ToInput(static_cast<std::uint64_t>(position))));
     }
-    std::int64_t Tell() override { return ToOutput(TGuard::Tell()); }
+    std::int64_t Tell() override {
+        const pcm::TRatio ratio = ratio_;
+        return ToOutput(ratio, TGuard::Tell());
+    }
 
     const TDataFormat& GetFormat() override { return format_; }
     using TGuard::Read;
     std::uint64_t Read(void* buffer, std::uint64_t size) override {
         IInputStream& stream = this->ForRead(buffer);
+        // A copy: the stream may change or destroy this converter while it is read.
+        const pcm::CStep step = step_;
         // A stream may claim more than it was asked for, here and below.
-        if (step_.IsPassThrough()) return std::min(stream.Read(buffer, size), size);
-        const std::uint32_t wanted = step_.GetInputSize(size);
+        if (step.IsPassThrough()) return std::min(stream.Read(buffer, size), size);
+        const std::uint32_t wanted = step.GetInputSize(size);
         if (wanted == 0) return 0;
         alignas(32) std::byte scratch[kMaxPcmConverterInput];
         const std::uint64_t got = std::min<std::uint64_t>(stream.Read(scratch, wanted), wanted);
-        const std::uint32_t produced = step_.GetOutputSize(static_cast<std::uint32_t>(got));
-        step_.Convert(buffer, scratch, produced);
+        const std::uint32_t produced = step.GetOutputSize(static_cast<std::uint32_t>(got));
+        step.Convert(buffer, scratch, produced);
         return produced;
     }
     void Skip(std::uint64_t count) override { TGuard::Skip(ratio_.ToInput(count)); }
 
     void Connect(IInputStream* stream) override {
-        // The new reference comes first: this converter may hold the only other one.
-        const auto next = CRefPtr<IInputStream>::Share(stream);
-        this->Disconnect();
+        const auto next = this->BeginConnect(stream);
         if (!next) return;
+        const CFilterCalls::CCall call(calls_);
         auto input = CRefPtr<IInputStream>::Adopt(
             services::CodecClassStore().DecodeStream(next.Get(), TDataFormat_AudioPcm::FormatId));
         const TDataFormat& format = input->GetFormat();
@@ -71,9 +76,10 @@ public:
             input.Reset();
             Raise<CDataFormatException>(kFailures.unsupportedFormat);
         }
+        if (!call.IsUnchanged()) return;
         input_ = static_cast<const TDataFormat_AudioPcm&>(format);
-        stream_ = std::move(input);
         OnConnected();
+        stream_ = std::move(input);
     }
 
 protected:
@@ -82,6 +88,7 @@ protected:
     /// Takes from `input_` what the converter does not change, and sets `ratio_` and `step_`. Does not raise.
     virtual void OnConnected() = 0;
 
+    using TGuard::calls_;
     using TGuard::stream_;
 
     /// The output.
@@ -93,8 +100,8 @@ protected:
     pcm::CStep step_;
 
 private:
-    std::int64_t ToOutput(std::int64_t bytes) const {
-        return static_cast<std::int64_t>(ratio_.ToOutput(static_cast<std::uint64_t>(bytes)));
+    static std::int64_t ToOutput(pcm::TRatio ratio, std::int64_t bytes) {
+        return static_cast<std::int64_t>(ratio.ToOutput(static_cast<std::uint64_t>(bytes)));
     }
 };
 

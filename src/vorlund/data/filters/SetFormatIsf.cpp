@@ -24,8 +24,9 @@ constexpr TSetFormatIsfFailures kSetFormatIsfFailures{
 
 void CSetFormatIsf::Close() {
     if (!stream_) return;
+    const CFilterCalls::CCall call(calls_);
     stream_->Close();
-    Disconnect();
+    if (call.IsAlive()) Disconnect();
 }
 
 std::int64_t CSetFormatIsf::GetLength() {

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace vorlund {
 namespace {
@@ -29,6 +30,18 @@ constexpr TFailure kCannotFindChunk{kSelectChunk, kFile, 331, VRL_L("Cannot find
 
 constexpr std::size_t kFileHeaderSize = 12;
 constexpr std::size_t kWordSize = 4;
+
+/// True when `stream` goes on with the head of a RIFF/WAVE file.
+bool ReadFileHeader(IInputStream& stream) {
+    std::uint8_t header[kFileHeaderSize];
+    try {
+        if (!ReadWhole(stream, header, sizeof header)) return false;
+    } catch (const CIOException&) {
+        return false;
+    }
+    // Between the two is the size of the file, which many writers leave wrong: nothing reads it.
+    return std::memcmp(header, "RIFF", kWordSize) == 0 && std::memcmp(header + 8, "WAVE", kWordSize) == 0;
+}
 
 } // namespace
 
@@ -64,9 +77,11 @@ void CWavChunkDecoder::Seek(std::int64_t position) {
     if (current_) {
         // A negative position is a huge one here, so it too ends at the end of the chunk.
         target = std::min(static_cast<std::uint64_t>(position), current_->size);
+        const CFilterCalls::CCall call(calls_);
         stream.Seek(current_->dataOffset + static_cast<std::int64_t>(target));
+        if (!call.IsUnchanged()) return;
     }
-    position_ = target;
+    SetPosition(target);
 }
 
 std::int64_t CWavChunkDecoder::Tell() {
@@ -82,8 +97,9 @@ std::uint64_t CWavChunkDecoder::Read(void* buffer, std::uint64_t size) {
     IInputStream& stream = ForRead(buffer);
     const std::uint64_t wanted = Clamp(size);
     if (wanted == 0) return 0;
+    const CFilterCalls::CCall call(calls_);
     const std::uint64_t count = stream.Read(buffer, wanted);
-    position_ += count;
+    if (call.IsUnchanged()) position_ += count;
     return count;
 }
 
@@ -93,38 +109,49 @@ void CWavChunkDecoder::Skip(std::uint64_t count) {
 }
 
 void CWavChunkDecoder::Connect(IInputStream* stream) {
-    // The new reference comes first: this decoder may hold the only other one.
-    auto next = CRefPtr<IInputStream>::Share(stream);
-    Disconnect();
+    // Holds the stream until the end, whatever it does to the connection. When it has done something, that is
+    // the last word.
+    auto next = BeginConnect(stream);
     if (!next) return;
+    const CFilterCalls::CCall call(calls_);
     const std::uint32_t capabilities = next->GetCapabilities();
     if (!(capabilities & STREAM_CAPABILITY_SEEK)) Raise<CDataFormatException>(kSeekUnsupported);
     if (!(capabilities & STREAM_CAPABILITY_TELL)) Raise<CDataFormatException>(kTellUnsupported);
+    auto connected = next;
+    if (!call.IsUnchanged()) return;
 
-    stream_ = std::move(next);
-    stream_->Seek(0);
-    if (!ReadFileHeader()) {
+    stream_ = std::move(connected);
+    next->Seek(0);
+    const bool isWav = ReadFileHeader(*next);
+    if (!call.IsUnchanged()) return;
+    if (!isWav) {
         stream_.Reset();
+        next.Reset();
         Raise<CDataFormatException>(kInvalidHeader);
     }
-    stream_->Seek(kFileHeaderSize);
-    IndexChunks();
-    stream_->Seek(0);
+    next->Seek(kFileHeaderSize);
+    if (!call.IsUnchanged()) return;
+    IndexChunks(*next, call);
+    if (call.IsUnchanged()) next->Seek(0);
 }
 
 void CWavChunkDecoder::Disconnect() {
     if (!stream_) return;
     chunks_.Clear();
-    current_.reset();
-    position_ = 0;
+    Select({});
     stream_.Reset();
 }
 
 IObjectList* CWavChunkDecoder::EnumerateChunks() {
     auto list = CreateOrRaise<IObjectList>(classid::CObjectList, kNoList);
-    for (std::size_t i = 0; i < chunks_.GetCount(); ++i) {
+    // The classes of the list and its members may be an application's, and do anything.
+    const CFilterCalls::CCall call(calls_);
+    CWavChunkTable::CReader reader(chunks_);
+    while (call.IsUnchanged()) {
+        const std::optional<TWavChunkInfo> chunk = reader.GetNext();
+        if (!chunk) break;
         const auto text = CreateOrRaise<IStringObject>(classid::CStringObject, kNoString);
-        text->SetString(chunks_.GetInfo(i).id);
+        text->SetString(chunk->id);
         list->AddObject(text.Get());
     }
     return list.Detach();
@@ -140,36 +167,35 @@ std::int64_t CWavChunkDecoder::GetChunkOffset() {
 
 void CWavChunkDecoder::SelectChunk(const wchar* id) {
     if (id && !stream_) Raise<CObjectNotFoundException>(kSelectNotConnected);
-    position_ = 0;
-    current_.reset();
+    Select(id ? chunks_.Find(id) : std::nullopt);
     if (!id) return;
-    current_ = chunks_.Find(id);
     if (!current_) Raise<CObjectNotFoundException>(kCannotFindChunk);
     stream_->Seek(current_->dataOffset);
 }
 
-bool CWavChunkDecoder::ReadFileHeader() {
-    std::uint8_t header[kFileHeaderSize];
-    try {
-        if (!ReadWhole(*stream_, header, sizeof header)) return false;
-    } catch (const CIOException&) {
-        return false;
-    }
-    // Between the two is the size of the file, which many writers leave wrong: nothing reads it.
-    return std::memcmp(header, "RIFF", kWordSize) == 0 && std::memcmp(header + 8, "WAVE", kWordSize) == 0;
-}
-
-void CWavChunkDecoder::IndexChunks() {
+void CWavChunkDecoder::IndexChunks(IInputStream& stream, const CFilterCalls::CCall& call) {
     // Sizes never lead backwards and a head moves the stream on by eight bytes, so this ends at the end of
     // the stream, in a time that grows with its length. What a chunk declares beyond that end costs nothing.
     std::uint8_t id[kWordSize];
     std::uint8_t size[kWordSize];
-    while (ReadWhole(*stream_, id, sizeof id) && ReadWhole(*stream_, size, sizeof size)) {
+    while (ReadWhole(stream, id, sizeof id) && ReadWhole(stream, size, sizeof size)) {
         const std::uint32_t dataSize = LoadLittleEndian32(size);
-        chunks_.Append(id, stream_->Tell(), dataSize);
+        const std::int64_t dataOffset = stream.Tell();
+        if (!call.IsUnchanged()) return;
+        chunks_.Append(id, dataOffset, dataSize);
         // Kept for callers: no pad byte follows a chunk of odd size.
-        stream_->Skip(dataSize);
+        stream.Skip(dataSize);
     }
+}
+
+void CWavChunkDecoder::Select(std::optional<TWavChunkInfo> chunk) {
+    current_ = std::move(chunk);
+    SetPosition(0);
+}
+
+void CWavChunkDecoder::SetPosition(std::uint64_t position) {
+    position_ = position;
+    calls_.NoteChange();
 }
 
 std::uint64_t CWavChunkDecoder::Clamp(std::uint64_t count) const {

@@ -40,10 +40,12 @@ public:
     void SelectChunk(const wchar* id) override;
 
 private:
-    /// True when the connected stream begins with the head of a RIFF/WAVE file.
-    bool ReadFileHeader();
-    /// Fills the table from the connected stream.
-    void IndexChunks();
+    /// Fills the table from `stream`, which is connected. Stops when `call` no longer holds.
+    void IndexChunks(IInputStream& stream, const CFilterCalls::CCall& call);
+    /// Makes `chunk`, or none, the selected one.
+    void Select(std::optional<TWavChunkInfo> chunk);
+    /// Calls of the stream that are under way no longer move the position.
+    void SetPosition(std::uint64_t position);
     /// As much of `count` as the selected chunk still holds.
     std::uint64_t Clamp(std::uint64_t count) const;
 

@@ -1,17 +1,25 @@
 #include "vorlund/data/filters/WavChunkTable.h"
 
 #include <algorithm>
+#include <bit>
+#include <limits>
 
 namespace vorlund {
 namespace {
 
 constexpr std::size_t kIdLength = 4;
+constexpr std::uint32_t kHeadSize = 8;
 
-/// The id bytes with the zero that `CString` needs behind them; `CString` widens them, sign included.
-struct TIdText {
-    explicit TIdText(const char* id) { std::copy_n(id, kIdLength, text); }
-    char text[kIdLength + 1] = {};
-};
+/// What follows the id and the size of a chunk, in this order.
+constexpr std::uint32_t kHasOffset = 1;
+constexpr std::uint32_t kHasRepetitions = 2;
+constexpr unsigned int kBitsPerRun = 2;
+constexpr std::size_t kGroupLength = 32 / kBitsPerRun;
+
+/// The bits of a run in the word of its group.
+unsigned int GetShift(std::size_t run) {
+    return static_cast<unsigned int>(run % kGroupLength) * kBitsPerRun;
+}
 
 /// True when `id` has more units than a chunk id ever has.
 bool IsTooLong(const wchar* id) {
@@ -21,31 +29,101 @@ bool IsTooLong(const wchar* id) {
     return true;
 }
 
+/// The id bytes with the zero that `CString` needs behind them; `CString` widens them, sign included.
+struct TIdText {
+    explicit TIdText(const std::array<char, kIdLength>& id) { std::copy(id.begin(), id.end(), text); }
+    char text[kIdLength + 1] = {};
+};
+
 } // namespace
 
+std::uint32_t CWavChunkTable::TRun::GetStep() const {
+    return kHeadSize + size;
+}
+
+TWavChunkInfo CWavChunkTable::TRun::Describe() const {
+    // Kept for callers: the offset is the low 32 bits, with their sign.
+    return {TIdText(id).text, static_cast<std::int32_t>(dataOffset), size};
+}
+
 void CWavChunkTable::Append(const std::uint8_t* id, std::int64_t dataOffset, std::uint32_t size) {
-    TRecord record{{}, static_cast<std::uint32_t>(dataOffset), size};
-    std::copy_n(id, kIdLength, record.id);
-    records_.push_back(record);
+    TChunkId chunkId;
+    std::copy_n(id, kIdLength, chunkId.begin());
+    const auto offset = static_cast<std::uint32_t>(dataOffset);
+    if (!Repeat(chunkId, offset, size)) AppendRun(chunkId, offset, size);
+    expectedOffset_ = offset + size + kHeadSize;
+}
+
+bool CWavChunkTable::Repeat(const TChunkId& id, std::uint32_t dataOffset, std::uint32_t size) {
+    if (runCount_ == 0 || id != lastId_ || size != lastSize_ || dataOffset != expectedOffset_) return false;
+    if (!isLastRepeated_) {
+        words_.push_back(1);
+        words_[groupAt_] |= kHasRepetitions << GetShift(runCount_ - 1);
+        isLastRepeated_ = true;
+        return true;
+    }
+    std::uint32_t& repetitions = words_.back();
+    if (repetitions == std::numeric_limits<std::uint32_t>::max()) return false;
+    ++repetitions;
+    return true;
+}
+
+void CWavChunkTable::AppendRun(const TChunkId& id, std::uint32_t dataOffset, std::uint32_t size) {
+    if (runCount_ % kGroupLength == 0) {
+        groupAt_ = words_.size();
+        words_.push_back(0);
+    }
+    words_.push_back(std::bit_cast<std::uint32_t>(id));
+    words_.push_back(size);
+    if (dataOffset != expectedOffset_) {
+        words_.push_back(dataOffset);
+        words_[groupAt_] |= kHasOffset << GetShift(runCount_);
+    }
+    lastId_ = id;
+    lastSize_ = size;
+    isLastRepeated_ = false;
+    ++runCount_;
+}
+
+const CWavChunkTable::TRun* CWavChunkTable::CReader::GetNextRun() {
+    if (nextRun_ == table_.runCount_) return nullptr;
+    if (nextRun_ % kGroupLength == 0) group_ = NextWord();
+    const std::uint32_t bits = group_ >> GetShift(nextRun_);
+    ++nextRun_;
+    run_.id = std::bit_cast<TChunkId>(NextWord());
+    run_.size = NextWord();
+    run_.dataOffset = bits & kHasOffset ? NextWord() : expectedOffset_;
+    run_.repetitions = bits & kHasRepetitions ? NextWord() : 0;
+    expectedOffset_ = run_.dataOffset + (run_.repetitions + 1) * run_.GetStep();
+    return &run_;
+}
+
+std::optional<TWavChunkInfo> CWavChunkTable::CReader::GetNext() {
+    if (isInRun_ && run_.repetitions > 0) {
+        --run_.repetitions;
+        run_.dataOffset += run_.GetStep();
+    } else {
+        isInRun_ = GetNextRun() != nullptr;
+        if (!isInRun_) return {};
+    }
+    return run_.Describe();
 }
 
 std::optional<TWavChunkInfo> CWavChunkTable::Find(const wchar* id) const {
     // Otherwise each comparison would measure the whole text.
     if (IsTooLong(id)) return {};
     const CString wanted(id);
-    for (const TRecord& record : records_) {
-        if (wanted.CompareToIgnoreCase(TIdText(record.id).text) == 0) return Describe(record);
+    CReader reader(*this);
+    while (const TRun* const run = reader.GetNextRun()) {
+        if (wanted.CompareToIgnoreCase(TIdText(run->id).text) == 0) return run->Describe();
     }
     return {};
 }
 
 void CWavChunkTable::Clear() {
-    records_.clear();
-}
-
-TWavChunkInfo CWavChunkTable::Describe(const TRecord& record) {
-    // Kept for callers: the offset is the low 32 bits, with their sign.
-    return {TIdText(record.id).text, static_cast<std::int32_t>(record.dataOffset), record.size};
+    words_.clear();
+    runCount_ = 0;
+    expectedOffset_ = 0;
 }
 
 } // namespace vorlund

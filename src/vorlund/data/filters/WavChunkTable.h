@@ -3,6 +3,7 @@
 
 #include <vorlund/WavDecoder.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -12,12 +13,21 @@ namespace vorlund {
 
 /// The chunks of one file in file order, duplicates included.
 ///
-/// A chunk takes at least the eight bytes of its head, and a hostile file holds nothing else. So a record is
-/// the twelve bytes that tell chunks apart, and the records are in blocks: growing copies none of them, and
-/// the table stays below twice the size of any file. `TWavChunkInfo` is made when somebody asks.
+/// A chunk takes at least the eight bytes of its head, and a hostile file holds nothing else: millions of
+/// equal heads, or of unequal ones. So the table is a row of 32-bit words, read in order, that says no more
+/// than what tells chunks apart:
+///
+/// - a chunk is its id and its size;
+/// - its position follows if it is not right behind the chunk before, which streams of files never say;
+/// - a count follows if equal chunks come right behind it: how many;
+/// - a word before each `kGroupLength` chunks has two bits for each, which say what of these follows.
+///
+/// So a run of equal chunks takes a few words, and any other chunk of a file less than nine bytes. The words
+/// are in blocks: growing copies none of them. `TWavChunkInfo` is made when somebody asks.
 class CWavChunkTable {
 public:
-    /// Appends a chunk: its four id bytes, the position of its data and its declared size.
+    /// Appends a chunk: its four id bytes, the position of its data and its declared size. Raises
+    /// `std::bad_alloc`; the table then stays as it is, and takes no more chunks until it is cleared.
     void Append(const std::uint8_t* id, std::int64_t dataOffset, std::uint32_t size);
 
     /// The first chunk with that id; case is ignored.
@@ -26,20 +36,60 @@ public:
     /// Forgets every chunk and gives the memory back.
     void Clear();
 
-    std::size_t GetCount() const { return records_.size(); }
-    TWavChunkInfo GetInfo(std::size_t index) const { return Describe(records_[index]); }
+private:
+    using TChunkId = std::array<char, 4>;
+
+    /// Equal chunks, one behind the other.
+    struct TRun {
+        TChunkId id{};
+        std::uint32_t size = 0;
+        /// Of the first one.
+        std::uint32_t dataOffset = 0;
+        std::uint32_t repetitions = 0;
+
+        /// From one head to the next.
+        std::uint32_t GetStep() const;
+        TWavChunkInfo Describe() const;
+    };
+
+public:
+    /// Goes through the chunks in order, as long as the table lives and is not changed.
+    class CReader {
+    public:
+        explicit CReader(const CWavChunkTable& table) : table_(table) {}
+
+        /// The next chunk, or nothing behind the last one.
+        std::optional<TWavChunkInfo> GetNext();
+        /// The same for whole runs; not between two chunks of one.
+        const TRun* GetNextRun();
+
+    private:
+        std::uint32_t NextWord() { return table_.words_[nextWord_++]; }
+
+        const CWavChunkTable& table_;
+        std::size_t nextWord_ = 0;
+        std::size_t nextRun_ = 0;
+        std::uint32_t group_ = 0;
+        /// What is left of it: `GetNext` takes one chunk after the other away.
+        TRun run_;
+        bool isInRun_ = false;
+        std::uint32_t expectedOffset_ = 0;
+    };
 
 private:
-    struct TRecord {
-        char id[4];
-        std::uint32_t dataOffset;
-        std::uint32_t size;
-    };
-    static_assert(sizeof(TRecord) == 12);
+    /// Adds the chunk to the last run. False if it does not belong there.
+    bool Repeat(const TChunkId& id, std::uint32_t dataOffset, std::uint32_t size);
+    void AppendRun(const TChunkId& id, std::uint32_t dataOffset, std::uint32_t size);
 
-    static TWavChunkInfo Describe(const TRecord& record);
-
-    std::deque<TRecord> records_;
+    std::deque<std::uint32_t> words_;
+    std::size_t runCount_ = 0;
+    /// Where the word before the last group is.
+    std::size_t groupAt_ = 0;
+    TChunkId lastId_{};
+    std::uint32_t lastSize_ = 0;
+    bool isLastRepeated_ = false;
+    /// Where the data of a chunk right behind the last one begin.
+    std::uint32_t expectedOffset_ = 0;
 };
 
 } // namespace vorlund

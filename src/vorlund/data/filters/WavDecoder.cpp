@@ -31,6 +31,37 @@ constexpr std::size_t kSamplesPerSecAt = 4;
 constexpr std::size_t kBitsPerSampleAt = 14;
 constexpr std::uint16_t kIntegerPcm = 1;
 
+/// Disconnects and raises `CDataFormatException`.
+[[noreturn]] void Refuse(IWavChunkDecoder& chunks, const TFailure& failure) {
+    chunks.Disconnect();
+    Raise<CDataFormatException>(failure);
+}
+
+/// Selects a chunk that the file must have.
+void SelectChunk(IWavChunkDecoder& chunks, const wchar* id, const TFailure& notFound) {
+    try {
+        chunks.SelectChunk(id);
+    } catch (const CObjectNotFoundException&) {
+        Refuse(chunks, notFound);
+    }
+}
+
+/// Checks the "fmt " chunk, which is selected, and takes the format from it.
+TDataFormat_AudioPcm ReadFormat(IWavChunkDecoder& chunks) {
+    std::uint8_t record[kFormatSize];
+    if (!ReadWhole(chunks, record, sizeof record)) Refuse(chunks, kShortFmtChunk);
+    if (LoadLittleEndian16(record + kTagAt) != kIntegerPcm) Refuse(chunks, kUnsupportedFormat);
+    const std::uint16_t bitsPerSample = LoadLittleEndian16(record + kBitsPerSampleAt);
+    if (bitsPerSample != 8 && bitsPerSample != 16) Refuse(chunks, kUnsupportedBits);
+
+    // Channels and rate are not checked: even 0 is passed on.
+    TDataFormat_AudioPcm format;
+    format.channels = LoadLittleEndian16(record + kChannelsAt);
+    format.samplesPerSec = LoadLittleEndian32(record + kSamplesPerSecAt);
+    format.sampleFormat = bitsPerSample == 8 ? SAMPLE_FORMAT_8BIT : SAMPLE_FORMAT_16BIT;
+    return format;
+}
+
 } // namespace
 
 CWavDecoder::~CWavDecoder() noexcept(false) {
@@ -43,47 +74,25 @@ CWavDecoder::~CWavDecoder() noexcept(false) {
 }
 
 void CWavDecoder::Connect(IInputStream* stream) {
-    IWavChunkDecoder& chunks = Chunks();
+    // The stream may use or destroy this decoder inside each call.
+    const auto chunks = CRefPtr<IWavChunkDecoder>::Share(&Chunks());
+    const CFilterCalls::CCall call(calls_);
     try {
-        chunks.Connect(stream);
-        SelectChunk(VRL_L("fmt "), kNoFmtChunk);
-        ReadFormat();
-        SelectChunk(VRL_L("data"), kNoDataChunk);
+        chunks->Connect(stream);
+        SelectChunk(*chunks, VRL_L("fmt "), kNoFmtChunk);
+        const TDataFormat_AudioPcm format = ReadFormat(*chunks);
+        if (!call.IsAlive()) return;
+        format_ = format;
+        SelectChunk(*chunks, VRL_L("data"), kNoDataChunk);
     } catch (...) {
         // Usually a `CIOException` of the stream; after any failure, nothing stays connected.
-        chunks.Disconnect();
+        chunks->Disconnect();
         throw;
     }
 }
 
 void CWavDecoder::CreateChunks() {
     chunks_ = CreateOrRaise<IWavChunkDecoder>(classid::CWavChunkDecoder, kNoChunkDecoder);
-}
-
-void CWavDecoder::ReadFormat() {
-    std::uint8_t record[kFormatSize];
-    if (!ReadWhole(*chunks_, record, sizeof record)) Refuse(kShortFmtChunk);
-    if (LoadLittleEndian16(record + kTagAt) != kIntegerPcm) Refuse(kUnsupportedFormat);
-    const std::uint16_t bitsPerSample = LoadLittleEndian16(record + kBitsPerSampleAt);
-    if (bitsPerSample != 8 && bitsPerSample != 16) Refuse(kUnsupportedBits);
-
-    // Channels and rate are not checked: even 0 is passed on.
-    format_.channels = LoadLittleEndian16(record + kChannelsAt);
-    format_.samplesPerSec = LoadLittleEndian32(record + kSamplesPerSecAt);
-    format_.sampleFormat = bitsPerSample == 8 ? SAMPLE_FORMAT_8BIT : SAMPLE_FORMAT_16BIT;
-}
-
-void CWavDecoder::SelectChunk(const wchar* id, const TFailure& notFound) {
-    try {
-        chunks_->SelectChunk(id);
-    } catch (const CObjectNotFoundException&) {
-        Refuse(notFound);
-    }
-}
-
-void CWavDecoder::Refuse(const TFailure& failure) {
-    chunks_->Disconnect();
-    Raise<CDataFormatException>(failure);
 }
 
 } // namespace vorlund

@@ -5,6 +5,7 @@
 #include <vorlund/DataFormat.h>
 #include <vorlund/ObjectImpl.h>
 #include <vorlund/RefPtr.h>
+#include <vorlund/StreamFilterImpl.h>
 #include <vorlund/WavDecoder.h>
 
 #include <cstdint>
@@ -50,15 +51,9 @@ private:
     }
     void CreateChunks();
 
-    /// Checks the "fmt " chunk and takes the format from it.
-    void ReadFormat();
-    /// Selects a chunk that the file must have.
-    void SelectChunk(const wchar* id, const struct TFailure& notFound);
-    /// Disconnects and raises `CDataFormatException`.
-    [[noreturn]] void Refuse(const struct TFailure& failure);
-
     CRefPtr<IWavChunkDecoder> chunks_;
     TDataFormat_AudioPcm format_;
+    CFilterCalls calls_;
 };
 
 } // namespace vorlund
