@@ -20,4 +20,7 @@ void EndProcessAtFaults();
 /// Whether the shared library of that path is in the process.
 bool IsInProcess(const std::filesystem::path& file);
 
+/// Sets a variable of this process's environment, for the system's loader too.
+void SetEnvironment(const char* name, const char* value);
+
 } // namespace vorlund::test

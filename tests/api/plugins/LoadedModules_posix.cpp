@@ -1,5 +1,6 @@
 #include "api/plugins/LoadedModules.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <link.h>
@@ -20,6 +21,10 @@ bool IsInProcess(const std::filesystem::path& file) {
     void* const module = dlopen(file.c_str(), RTLD_NOW | RTLD_NOLOAD);
     if (module) dlclose(module);
     return module != nullptr;
+}
+
+void SetEnvironment(const char* name, const char* value) {
+    setenv(name, value, 1);
 }
 
 } // namespace vorlund::test

@@ -33,4 +33,9 @@ bool IsInProcess(const std::filesystem::path& file) {
     return GetModuleHandleW(path.make_preferred().c_str()) != nullptr;
 }
 
+void SetEnvironment(const char* name, const char* value) {
+    // The system's environment, which the loader reads, not the copy of the C runtime.
+    SetEnvironmentVariableA(name, value);
+}
+
 } // namespace vorlund::test

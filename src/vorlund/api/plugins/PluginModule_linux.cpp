@@ -25,9 +25,12 @@ wstring GetHostPath() {
     }
 }
 
-void* Load(const wchar* path) {
+void* Load(const wchar* path, int& error) {
+    error = 0;
     std::string bytes;
     if (!pathcodec::Encode(path, bytes)) return nullptr;
+    // A name alone would be looked for in the system's folders.
+    if (bytes.find('/') == std::string::npos) bytes.insert(0, "./");
     // RTLD_NOW, so that a missing symbol shows here and not in the first call; RTLD_LOCAL, so that no plug-in
     // uses the symbols of another.
     return dlopen(bytes.c_str(), RTLD_NOW | RTLD_LOCAL);

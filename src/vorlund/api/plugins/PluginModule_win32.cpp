@@ -29,6 +29,14 @@ wstring GetFullPath(const wchar* path) {
     return full;
 }
 
+/// Whether the loader can be told where to look for the libraries that a plug-in needs. Otherwise it takes
+/// them from the working folder and from the folders of programs, where anybody's file may lie. The system
+/// says that it knows the flags by exporting a function that came with them.
+bool CanChooseFolders() {
+    static const bool can = GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "AddDllDirectory") != nullptr;
+    return can;
+}
+
 template <class TEntry> TEntry Find(void* module, const char* name) {
     return reinterpret_cast<TEntry>(
         reinterpret_cast<void (*)()>(GetProcAddress(static_cast<HMODULE>(module), name)));
@@ -45,9 +53,18 @@ wstring GetHostPath() {
     return length < kHostPathCapacity ? wstring(path, length) : wstring();
 }
 
-void* Load(const wchar* path) {
+void* Load(const wchar* path, int& error) {
+    error = 0;
+    if (!CanChooseFolders()) {
+        error = ERROR_NOT_SUPPORTED;
+        return nullptr;
+    }
     const CQuietLoader quiet;
-    return LoadLibraryW(GetFullPath(path).c_str());
+    void* const module =
+        LoadLibraryExW(GetFullPath(path).c_str(), nullptr,
+                       LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    if (!module) error = static_cast<int>(GetLastError());
+    return module;
 }
 
 TInitEntry FindInitEntry(void* module) {

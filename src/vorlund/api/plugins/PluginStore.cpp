@@ -115,7 +115,8 @@ struct CPluginStore::TData {
     /// Loads and initialises one file, if it is a plug-in. The empty path names none.
     void Load(const CString& path, const CString& name) {
         if (!CImageFile(path).IsPlugin()) return;
-        void* const module = pluginmodule::Load(path);
+        int error = 0;
+        void* const module = pluginmodule::Load(path, error);
         if (!module) return;
         const auto init = pluginmodule::FindInitEntry(module);
         const auto close = pluginmodule::FindCloseEntry(module);
