@@ -10,6 +10,8 @@ namespace vorlund::test {
 
 /// How the names of plug-in files end, with the dot.
 extern const char* const kPluginEnding;
+/// The same of programs.
+extern const char* const kProgramEnding;
 
 /// How many bytes of a shared library's image are its headers.
 std::size_t GetHeaderSize(const std::string& image);

@@ -7,6 +7,7 @@
 
 namespace vorlund::test {
 
+const char* const kProgramEnding = "";
 const char* const kPluginEnding = ".so";
 
 std::size_t GetHeaderSize(const std::string& image) {

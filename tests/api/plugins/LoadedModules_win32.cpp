@@ -9,6 +9,7 @@
 
 namespace vorlund::test {
 
+const char* const kProgramEnding = ".exe";
 const char* const kPluginEnding = ".dll";
 
 std::size_t GetHeaderSize(const std::string& image) {

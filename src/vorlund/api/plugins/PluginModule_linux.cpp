@@ -12,6 +12,8 @@
 namespace vorlund::pluginmodule {
 const wchar kSeparator = VRL_L('/');
 const wchar* const kExtension = VRL_L("so");
+const wchar* const kHelperName = VRL_L("vorlund-plugin-scan");
+const wchar* const kProgramsFromLibrary = VRL_L("" VORLUND_PROGRAMS_FROM_LIBRARY "/");
 
 wstring GetHostPath() {
     std::string path(256, '\0');
@@ -23,6 +25,13 @@ wstring GetHostPath() {
         // A full buffer may hold a path that was cut.
         path.resize(path.size() * 2);
     }
+}
+
+wstring GetLibraryPath() {
+    Dl_info info;
+    // A path that is not full meant the working folder of the program's start.
+    const bool isFull = dladdr(&kSeparator, &info) != 0 && info.dli_fname && info.dli_fname[0] == '/';
+    return isFull ? pathcodec::Decode(info.dli_fname) : wstring();
 }
 
 void* Load(const wchar* path, int& error) {

@@ -3,11 +3,14 @@
 #include "vorlund/api/platform/WindowsLean.h"
 #include "vorlund/api/plugins/PluginEntries.h"
 
+/// The beginning of the image that this code is part of; the linker defines it.
+extern "C" char __ImageBase[];
+
 namespace vorlund::pluginmodule {
 namespace {
 
-/// Room for the host's path, terminator included. A longer path would be cut, and name another folder.
-constexpr DWORD kHostPathCapacity = 256;
+/// Room for the path of a module, terminator included. A longer path would be cut, and name another folder.
+constexpr DWORD kPathCapacity = 256;
 
 /// Keeps the system from showing a box about a file that it cannot load.
 class CQuietLoader {
@@ -20,6 +23,12 @@ public:
 private:
     DWORD former_ = 0;
 };
+
+wstring GetModulePath(HMODULE module) {
+    wchar path[kPathCapacity];
+    const DWORD length = GetModuleFileNameW(module, path, kPathCapacity);
+    return length < kPathCapacity ? wstring(path, length) : wstring();
+}
 
 /// The loader wants backslashes, and takes a path that is not full for one of its own folders.
 wstring GetFullPath(const wchar* path) {
@@ -46,11 +55,15 @@ template <class TEntry> TEntry Find(void* module, const char* name) {
 
 const wchar kSeparator = VRL_L('\\');
 const wchar* const kExtension = VRL_L("dll");
+const wchar* const kHelperName = VRL_L("vorlund-plugin-scan.exe");
+const wchar* const kProgramsFromLibrary = VRL_L("");
 
 wstring GetHostPath() {
-    wchar path[kHostPathCapacity];
-    const DWORD length = GetModuleFileNameW(nullptr, path, kHostPathCapacity);
-    return length < kHostPathCapacity ? wstring(path, length) : wstring();
+    return GetModulePath(nullptr);
+}
+
+wstring GetLibraryPath() {
+    return GetModulePath(reinterpret_cast<HMODULE>(__ImageBase));
 }
 
 void* Load(const wchar* path, int& error) {

@@ -2,8 +2,9 @@
 //
 // From a plug-in's file to its first use: `LoadAvailablePlugins` (called by `CVorlund::Init`, Vorlund.cpp)
 // lists the plug-in files of the folders and gives each name to `LoadPlugin`, which resolves the paths of
-// that name and gives them to `TData::Load`. There a file is looked at (PluginImage.cpp), loaded, asked for
-// its entry points (PluginModule.h) and initialised. Its entry point registers classes, decoders and devices
+// that name and gives them to `TData::Load`. There a file is looked at (PluginImage.cpp), tried in another
+// process if that is wanted (PluginScan.cpp), loaded, asked for its entry points (PluginModule.h) and
+// initialised; what came of it is kept (PluginReports.h). Its entry point registers classes, decoders and devices
 // with the stores of `v`; the first use is the next `CreateObject` of ClassStore.cpp, decoder search of
 // data/codecs or `CreateDevice` of devices/DeviceClassStore.cpp that finds them.
 //
@@ -11,8 +12,11 @@
 // while one runs: lists are walked by index, and what is needed afterwards is copied. A module is unloaded
 // only when its entry point has returned; one that has raised stays, because the exception may point into it.
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/api/plugins/PluginFolder.h"
 #include "vorlund/api/plugins/PluginImage.h"
 #include "vorlund/api/plugins/PluginModule.h"
+#include "vorlund/api/plugins/PluginReports.h"
+#include "vorlund/api/plugins/PluginScan.h"
 #include "vorlund/data/file/EntryObject.h"
 #include "vorlund/data/file/PathText.h"
 
@@ -26,6 +30,7 @@
 #include <vorlund/StringObject.h>
 
 #include <algorithm>
+#include <new>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -90,6 +95,10 @@ struct CPluginStore::TData {
     std::vector<CString> folders;
     std::vector<CString> extensions;
     std::vector<TPlugin> plugins;
+    CPluginReports reports;
+    TPluginScanMode scanMode = PLUGIN_SCAN_NONE;
+    /// Empty for the one at its usual places.
+    CString scanHelper;
 
     bool IsPluginFile(const wchar* title, const wchar* extension) const {
         if (TView(title).ends_with(kDevelopmentMark)) return false;
@@ -112,21 +121,43 @@ struct CPluginStore::TData {
         });
     }
 
-    /// Loads and initialises one file, if it is a plug-in. The empty path names none.
-    void Load(const CString& path, const CString& name) {
-        if (!CImageFile(path).IsPlugin()) return;
+    /// Loads and initialises one file, if it is a plug-in, and reports what came of it. The empty path names
+    /// none.
+    TPluginOutcome Load(const CString& path, const CString& name) {
+        if (path.Length() == 0) return PLUGIN_NO_PLUGIN;
+        const std::size_t place = reports.Begin(path);
+        try {
+            const TPluginResult result = TryToLoad(path, name);
+            reports.Set(place, result);
+            return result.outcome;
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (...) {
+            reports.Set(place, {PLUGIN_RAISED});
+            throw;
+        }
+    }
+
+private:
+    TPluginResult TryToLoad(const CString& path, const CString& name) {
+        if (!CImageFile(path).IsPlugin()) return {PLUGIN_NO_PLUGIN};
+        WarnOfFolder(pathtext::GetFolder(path));
+        if (scanMode == PLUGIN_SCAN_CHILD) {
+            const TPluginResult result = Scan(path);
+            if (result.outcome != PLUGIN_LOADED) return result;
+        }
         int error = 0;
         void* const module = pluginmodule::Load(path, error);
-        if (!module) return;
+        if (!module) return {PLUGIN_NOT_LOADABLE, error};
         const auto init = pluginmodule::FindInitEntry(module);
         const auto close = pluginmodule::FindCloseEntry(module);
         if (!init || !close) {
             pluginmodule::Unload(module);
-            return;
+            return {PLUGIN_NO_ENTRY};
         }
         if (!init()) {
             pluginmodule::Unload(module);
-            return;
+            return {PLUGIN_DECLINED};
         }
         try {
             plugins.push_back({module, init, close, name});
@@ -135,6 +166,25 @@ struct CPluginStore::TData {
             pluginmodule::Unload(module);
             throw;
         }
+        return {PLUGIN_LOADED};
+    }
+
+    TPluginResult Scan(const CString& path) const {
+        const wstring helper = scanHelper.Length() > 0 ? wstring(scanHelper.GetBuffer()) : pluginscan::FindHelper();
+        const TPluginResult result =
+            helper.empty() ? TPluginResult{PLUGIN_SCAN_NO_HELPER} : pluginscan::Scan(helper.c_str(), path);
+        if (result.outcome >= PLUGIN_SCAN_NO_HELPER)
+            CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("Plugin '%s' is left out: %s (%d)"), path.GetBuffer(),
+                                 DescribeOutcome(result.outcome), static_cast<int>(result.code));
+        return result;
+    }
+
+    /// Tells once of a folder in which others may put plug-ins of theirs.
+    void WarnOfFolder(const CString& folder) {
+        if (reports.Has(folder) || !pluginfolder::IsOpenToOthers(folder)) return;
+        reports.Set(reports.Begin(folder), {PLUGIN_FOLDER_OPEN});
+        CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("Plugin folder '%s': %s"), folder.GetBuffer(),
+                             DescribeOutcome(PLUGIN_FOLDER_OPEN));
     }
 };
 
@@ -175,6 +225,15 @@ void CPluginStore::AddPluginExtension(const wchar* extension) {
     data_->extensions.push_back(extension);
 }
 
+void CPluginStore::ClearPluginPaths() {
+    data_->folders.clear();
+}
+
+void CPluginStore::SetScanMode(TPluginScanMode mode, const wchar* helper) {
+    data_->scanHelper = CString(helper);
+    data_->scanMode = mode;
+}
+
 void CPluginStore::LoadPlugin(const wchar* name) {
     const CString wanted(name);
     // Kept for existing applications: a plug-in that is loaded already is loaded again, and a success does
@@ -186,6 +245,11 @@ void CPluginStore::LoadPlugin(const wchar* name) {
             data_->Load(ResolveFile(candidate), wanted);
         }
     }
+}
+
+TPluginOutcome CPluginStore::LoadPluginFile(const wchar* path) {
+    const CString file = ResolveFile(path);
+    return data_->Load(file, pathtext::GetTitle(pathtext::GetName(file)));
 }
 
 void CPluginStore::LoadAvailablePlugins() {
@@ -223,6 +287,14 @@ IObjectEnumerator* CPluginStore::EnumerateAvailablePlugins() const {
         }
     }
     return names.Detach();
+}
+
+unsigned int CPluginStore::GetReportCount() const {
+    return static_cast<unsigned int>(data_->reports.GetCount());
+}
+
+TPluginReport CPluginStore::GetReport(unsigned int index) const {
+    return data_->reports.Get(index);
 }
 
 void CPluginStore::Dump() const {
