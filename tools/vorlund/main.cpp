@@ -18,12 +18,31 @@ namespace {
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
+struct TPluginOptions {
+    /// Folders in UTF-8.
+    std::vector<std::string> paths;
+    bool isScanned = false;
+};
+
+/// Tells which plug-ins a scan has left out.
+void PrintLeftOutPlugins() {
+    const vorlund::CPluginStore& store = vorlund::v.GetPluginStore();
+    for (unsigned int i = 0; i < store.GetReportCount(); ++i) {
+        const vorlund::TPluginReport report = store.GetReport(i);
+        if (report.outcome >= vorlund::PLUGIN_SCAN_NO_HELPER && report.outcome <= vorlund::PLUGIN_SCAN_GARBLED)
+            vorlund::CDebug::PrintMessage(vorlund::DEBUG_MESSAGE_STDERR, VRL_L("vorlund: plug-in '%s' is left out: %s"),
+                                          report.path.GetBuffer(), report.reason);
+    }
+}
+
 /// Opens the library with the plug-ins of more folders (UTF-8), and closes it on every way out.
 class CLibrary {
 public:
-    explicit CLibrary(const std::vector<std::string>& pluginPaths) {
-        for (const std::string& path : pluginPaths)
-            vorlund::v.GetPluginStore().AddPluginPath(vorlund::PathFromUtf8(path.c_str()).c_str());
+    explicit CLibrary(const TPluginOptions& plugins) {
+        vorlund::CPluginStore& store = vorlund::v.GetPluginStore();
+        for (const std::string& path : plugins.paths)
+            store.AddPluginPath(vorlund::PathFromUtf8(path.c_str()).c_str());
+        if (plugins.isScanned) store.SetScanMode(vorlund::PLUGIN_SCAN_CHILD);
         vorlund::v.Init();
     }
     CLibrary(const CLibrary&) = delete;
@@ -31,10 +50,11 @@ public:
     ~CLibrary() { vorlund::v.Close(); }
 };
 
-int Run(const TCommand& command, const std::vector<std::string>& pluginPaths) {
+int Run(const TCommand& command, const TPluginOptions& plugins) {
     CDiagnostics diagnostics;
     try {
-        const CLibrary library(pluginPaths);
+        const CLibrary library(plugins);
+        PrintLeftOutPlugins();
         command(diagnostics);
         return 0;
     } catch (const TProgramError& error) {
@@ -61,10 +81,12 @@ int main(int argc, char** argv) {
         return "vorlund: " + std::string(error.what()) + "; --help tells the options\n";
     });
 
-    std::vector<std::string> pluginPaths;
-    app.add_option("--plugin-path", pluginPaths,
+    TPluginOptions plugins;
+    app.add_option("--plugin-path", plugins.paths,
                    "Load the plug-ins of this folder too; may be given several times")
         ->allow_extra_args(false);
+    app.add_flag("--scan-plugins", plugins.isScanned,
+                 "Try each plug-in in a process of its own first, and leave out those that end it");
     TCommand command;
     AddDecodeCommand(app, command);
     AddPlasmaCommand(app, command);
@@ -78,5 +100,5 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kExitUsage;
     }
-    return Run(command, pluginPaths);
+    return Run(command, plugins);
 }

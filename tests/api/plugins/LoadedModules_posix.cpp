@@ -8,6 +8,7 @@
 namespace vorlund::test {
 
 const char* const kProgramEnding = "";
+const std::size_t kScanStep = 64;
 const char* const kPluginEnding = ".so";
 
 std::size_t GetHeaderSize(const std::string& image) {

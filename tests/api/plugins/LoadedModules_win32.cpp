@@ -10,6 +10,8 @@
 namespace vorlund::test {
 
 const char* const kProgramEnding = ".exe";
+// Wine takes about a hundred times as long to start a process.
+const std::size_t kScanStep = 512;
 const char* const kPluginEnding = ".dll";
 
 std::size_t GetHeaderSize(const std::string& image) {

@@ -166,7 +166,9 @@ TEST_F(PluginScanChild, PluginThatEndsItsProcessIsSkipped) {
         EXPECT_NE(reports[0].find("is left out: it ended the scan's process"), std::string::npos) << reports[0];
     }
     folder_.Add("exiting_init");
-    EXPECT_EQ(Load("exiting_init"), PLUGIN_SCAN_GARBLED);
+    // Without an answer; or, where the library sees its end, by the exception that it is still open.
+    const TPluginOutcome outcome = Load("exiting_init");
+    EXPECT_TRUE(outcome == PLUGIN_SCAN_GARBLED || outcome == PLUGIN_SCAN_DIED) << outcome;
     // The others are none the worse for it.
     folder_.Add("accepting");
     EXPECT_EQ(Load("accepting"), PLUGIN_LOADED);

@@ -18,6 +18,10 @@ namespace {
 
 using TClock = std::chrono::steady_clock;
 
+/// A good plug-in goes through so many processes. Damage may be deadly only at some of the addresses that the
+/// system chooses anew for each.
+constexpr int kScans = 3;
+
 /// What has come of the messages.
 class CAnswer {
 public:
@@ -54,6 +58,24 @@ wstring FolderOf(const wstring& module) {
     return module.substr(0, module.rfind(pluginmodule::kSeparator) + 1);
 }
 
+TPluginResult ScanOnce(const wchar* helper, const wchar* file, TClock::time_point deadline) {
+    CScanProcess process(helper, file);
+    if (!process.IsStarted()) return {PLUGIN_SCAN_NO_HELPER, process.GetError()};
+    CAnswer answer;
+    for (;;) {
+        // Asked first: what was written before the end is there when the end is.
+        const bool hasEnded = process.HasEnded();
+        while (const std::size_t count = process.Read(answer.GetRoom(), answer.GetRoomSize()))
+            answer.Take(count);
+        if (answer.IsTooLong()) return {PLUGIN_SCAN_GARBLED};
+        if (hasEnded) break;
+        if (TClock::now() >= deadline) return {PLUGIN_SCAN_TOO_LATE};
+        process.Wait();
+    }
+    if (process.GetEnd() != 0) return {PLUGIN_SCAN_DIED, process.GetEnd()};
+    return answer.Read();
+}
+
 } // namespace
 
 wstring FindHelper() {
@@ -69,22 +91,13 @@ wstring FindHelper() {
 }
 
 TPluginResult Scan(const wchar* helper, const wchar* file) {
-    CScanProcess process(helper, file);
-    if (!process.IsStarted()) return {PLUGIN_SCAN_NO_HELPER, process.GetError()};
-    CAnswer answer;
     const TClock::time_point deadline = TClock::now() + std::chrono::seconds(kMaxScanSeconds);
-    for (;;) {
-        // Asked first: what was written before the end is there when the end is.
-        const bool hasEnded = process.HasEnded();
-        while (const std::size_t count = process.Read(answer.GetRoom(), answer.GetRoomSize()))
-            answer.Take(count);
-        if (answer.IsTooLong()) return {PLUGIN_SCAN_GARBLED};
-        if (hasEnded) break;
-        if (TClock::now() >= deadline) return {PLUGIN_SCAN_TOO_LATE};
-        process.Wait();
+    TPluginResult result;
+    for (int i = 0; i < kScans; ++i) {
+        result = ScanOnce(helper, file, deadline);
+        if (result.outcome != PLUGIN_LOADED) break;
     }
-    if (process.GetEnd() != 0) return {PLUGIN_SCAN_DIED, process.GetEnd()};
-    return answer.Read();
+    return result;
 }
 
 } // namespace vorlund::pluginscan
