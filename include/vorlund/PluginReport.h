@@ -35,7 +35,8 @@ enum TPluginOutcome {
     PLUGIN_DECLINED,
     /// One of its entries raised; under a scan, in the scan's process.
     PLUGIN_RAISED,
-    /// The scan's program cannot be started, so the file was not loaded. `code`: the system's error number, or
+    /// The scan's program cannot be started, so the file was not loaded. `code`: the system's error number,
+    /// or
     /// 0 when there is no such program.
     PLUGIN_SCAN_NO_HELPER,
     /// The scan's process died. `code`: the signal that ended it, or what it returned; on Windows the code of

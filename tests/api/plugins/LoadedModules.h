@@ -13,7 +13,8 @@ extern const char* const kPluginEnding;
 /// The same of programs.
 extern const char* const kProgramEnding;
 
-/// Every so many-th damage of a plug-in is tried by a scan, which starts a process for each; a multiple of 64.
+/// Every so many-th damage of a plug-in is tried by a scan, which starts a process for each; a multiple
+/// of 64.
 extern const std::size_t kScanStep;
 
 /// How many bytes of a shared library's image are its headers.

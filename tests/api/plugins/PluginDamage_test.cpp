@@ -94,8 +94,9 @@ TTally Try(const fs::path& image, std::size_t first, std::size_t end, std::size_
     const std::chrono::seconds limit(isScanned ? 15 + 11 * kBatch : 15);
     while (first < end) {
         const std::size_t stop = std::min(end, first + kBatch * step);
-        std::vector<std::string> arguments = {image.string(), folder.GetFolder().string(), std::to_string(first),
-                                              std::to_string(stop), std::to_string(step)};
+        std::vector<std::string> arguments = {image.string(), folder.GetFolder().string(),
+                                              std::to_string(first), std::to_string(stop),
+                                              std::to_string(step)};
         if (isScanned) arguments.push_back("scan");
         const TChildEnd child = RunChild("damage_child", {.arguments = arguments, .limit = limit});
         const auto count = [&child](char mark) {

@@ -1,5 +1,5 @@
-// The libraries that a plug-in needs itself: taken from beside it, and never from the folder in which somebody
-// happens to work or from the folders of programs, where another of the same name may lie.
+// The libraries that a plug-in needs itself: taken from beside it, and never from the folder in which
+// somebody happens to work or from the folders of programs, where another of the same name may lie.
 #include <vorlund/PluginStore.h>
 
 #include "api/plugins/TestPlugins.h"

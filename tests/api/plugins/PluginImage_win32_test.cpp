@@ -122,10 +122,19 @@ const TRow kRows[] = {
     {"EntryBehindTheImage", [](TImage& image) { image.headers.OptionalHeader.AddressOfEntryPoint = 0x3000; },
      false},
     {"DirectoryUpToTheEnd",
-     [](TImage& image) { image.headers.OptionalHeader.DataDirectory[5] = {0x2000, 0x1000}; }, true},
+     [](TImage& image) {
+         image.headers.OptionalHeader.DataDirectory[5] = {0x2000, 0x1000};
+     },
+     true},
     {"DirectoryBeyondTheEnd",
-     [](TImage& image) { image.headers.OptionalHeader.DataDirectory[5] = {0x2000, 0x1001}; }, false},
-    {"DirectoryBehindTheEnd", [](TImage& image) { image.headers.OptionalHeader.DataDirectory[5] = {0x3001, 0}; },
+     [](TImage& image) {
+         image.headers.OptionalHeader.DataDirectory[5] = {0x2000, 0x1001};
+     },
+     false},
+    {"DirectoryBehindTheEnd",
+     [](TImage& image) {
+         image.headers.OptionalHeader.DataDirectory[5] = {0x3001, 0};
+     },
      false},
     // Names.
     {"NoExports", [](TImage& image) { image.Exports() = {}; }, false},

@@ -41,13 +41,13 @@ std::string Repeat(const std::string& text, int count) {
 
 TEST(PluginLifecycle, ExecutablesFoldersAreSearchedAndAPluginInBothIsLoadedFourTimes) {
     for (const char* const mode : {"names", "scan"}) {
-    const TChildEnd end = RunChild("testhost/plugin_child", {.arguments = {mode}});
-    EXPECT_TRUE(end.IsSuccess());
-    const std::string text = WithoutWarnings(end.output);
-    const std::size_t loaded = text.find("output Plugin accepting is loaded\n");
-    EXPECT_EQ(text.substr(0, loaded), Repeat("output init accepting\n", 4));
-    EXPECT_EQ(text.find(Repeat("output Plugin accepting is loaded\n", 4)), loaded);
-    EXPECT_TRUE(text.ends_with(Repeat("output close accepting\n", 4))) << text;
+        const TChildEnd end = RunChild("testhost/plugin_child", {.arguments = {mode}});
+        EXPECT_TRUE(end.IsSuccess());
+        const std::string text = WithoutWarnings(end.output);
+        const std::size_t loaded = text.find("output Plugin accepting is loaded\n");
+        EXPECT_EQ(text.substr(0, loaded), Repeat("output init accepting\n", 4));
+        EXPECT_EQ(text.find(Repeat("output Plugin accepting is loaded\n", 4)), loaded);
+        EXPECT_TRUE(text.ends_with(Repeat("output close accepting\n", 4))) << text;
     }
 }
 

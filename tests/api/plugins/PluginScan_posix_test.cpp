@@ -74,8 +74,8 @@ TEST_F(PluginScanPosix, FolderThatOthersMayWriteToIsReportedOnce) {
     EXPECT_EQ(Load(file), PLUGIN_LOADED);
     const std::string folder = folder_.GetFolder().string() + "/";
     EXPECT_EQ(recorder_.GetTexts(DEBUG_MESSAGE_OUTPUT),
-              (TTexts{"Plugin folder '" + folder + "': others may put files into this folder", "init accepting",
-                      "init accepting"}));
+              (TTexts{"Plugin folder '" + folder + "': others may put files into this folder",
+                      "init accepting", "init accepting"}));
     ASSERT_EQ(store_.GetReportCount(), 2U);
     EXPECT_EQ(store_.GetReport(1).outcome, PLUGIN_FOLDER_OPEN);
     EXPECT_EQ(Narrow(store_.GetReport(1).path.GetBuffer()), folder);
@@ -87,7 +87,7 @@ TEST_F(PluginScanPosix, EveryFolderOnTheWayCounts) {
         mode_t inner;
         bool isOpen;
     } rows[] = {
-        {0755, 0755, false}, {0755, 0775, true},  {0755, 0757, true},   {0775, 0755, true},
+        {0755, 0755, false}, {0755, 0775, true},   {0755, 0757, true},  {0775, 0755, true},
         {0757, 0755, true},  {01777, 0755, false}, {0755, 01777, true},
     };
     for (const auto& row : rows) {

@@ -163,7 +163,8 @@ TEST_F(PluginScanChild, PluginThatEndsItsProcessIsSkipped) {
         EXPECT_FALSE(IsInProcess(folder_.PathOf(name))) << name;
         const TTexts reports = Reports();
         ASSERT_EQ(reports.size(), 1U);
-        EXPECT_NE(reports[0].find("is left out: it ended the scan's process"), std::string::npos) << reports[0];
+        EXPECT_NE(reports[0].find("is left out: it ended the scan's process"), std::string::npos)
+            << reports[0];
     }
     folder_.Add("exiting_init");
     // Without an answer; or, where the library sees its end, by the exception that it is still open.
@@ -221,8 +222,8 @@ TEST_F(PluginScanHelper, AnswersThatAreWholeCount) {
 }
 
 TEST_F(PluginScanHelper, OthersDoNot) {
-    for (const char* const how : {"nothing", "garbage", "short", "cut", "long", "flood", "other-mark", "other-size",
-                                  "other-order", "unknown-outcome", "no-outcome"}) {
+    for (const char* const how : {"nothing", "garbage", "short", "cut", "long", "flood", "other-mark",
+                                  "other-size", "other-order", "unknown-outcome", "no-outcome"}) {
         EXPECT_EQ(LoadBy(how), PLUGIN_SCAN_GARBLED) << how;
         EXPECT_FALSE(IsInProcess(folder_.PathOf(how))) << how;
     }

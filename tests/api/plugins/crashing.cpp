@@ -1,5 +1,5 @@
-// The plug-in that is refused by nobody and ends its process: in its init entry, in its close entry, while it is
-// unloaded, or by a proper end of the program, by the macro that it is compiled with.
+// The plug-in that is refused by nobody and ends its process: in its init entry, in its close entry, while it
+// is unloaded, or by a proper end of the program, by the macro that it is compiled with.
 #include <vorlund/Plugin.h>
 
 #include <cstdlib>

@@ -73,9 +73,8 @@ void* Load(const wchar* path, int& error) {
         return nullptr;
     }
     const CQuietLoader quiet;
-    void* const module =
-        LoadLibraryExW(GetFullPath(path).c_str(), nullptr,
-                       LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    void* const module = LoadLibraryExW(GetFullPath(path).c_str(), nullptr,
+                                        LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     if (!module) error = static_cast<int>(GetLastError());
     return module;
 }

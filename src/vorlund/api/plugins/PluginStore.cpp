@@ -4,9 +4,9 @@
 // lists the plug-in files of the folders and gives each name to `LoadPlugin`, which resolves the paths of
 // that name and gives them to `TData::Load`. There a file is looked at (PluginImage.cpp), tried in another
 // process if that is wanted (PluginScan.cpp), loaded, asked for its entry points (PluginModule.h) and
-// initialised; what came of it is kept (PluginReports.h). Its entry point registers classes, decoders and devices
-// with the stores of `v`; the first use is the next `CreateObject` of ClassStore.cpp, decoder search of
-// data/codecs or `CreateDevice` of devices/DeviceClassStore.cpp that finds them.
+// initialised; what came of it is kept (PluginReports.h). Its entry point registers classes, decoders and
+// devices with the stores of `v`; the first use is the next `CreateObject` of ClassStore.cpp, decoder search
+// of data/codecs or `CreateDevice` of devices/DeviceClassStore.cpp that finds them.
 //
 // A plug-in's entry points may use the store, so nothing here keeps an iterator or a reference into its lists
 // while one runs: lists are walked by index, and what is needed afterwards is copied. A module is unloaded
@@ -170,12 +170,14 @@ private:
     }
 
     TPluginResult Scan(const CString& path) const {
-        const wstring helper = scanHelper.Length() > 0 ? wstring(scanHelper.GetBuffer()) : pluginscan::FindHelper();
+        const wstring helper =
+            scanHelper.Length() > 0 ? wstring(scanHelper.GetBuffer()) : pluginscan::FindHelper();
         const TPluginResult result =
             helper.empty() ? TPluginResult{PLUGIN_SCAN_NO_HELPER} : pluginscan::Scan(helper.c_str(), path);
         if (result.outcome >= PLUGIN_SCAN_NO_HELPER)
-            CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("Plugin '%s' is left out: %s (%d)"), path.GetBuffer(),
-                                 DescribeOutcome(result.outcome), static_cast<int>(result.code));
+            CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("Plugin '%s' is left out: %s (%d)"),
+                                 path.GetBuffer(), DescribeOutcome(result.outcome),
+                                 static_cast<int>(result.code));
         return result;
     }
 

@@ -29,7 +29,8 @@ public:
 
     /// Takes at most `size` bytes of what it has written; 0 when there are none now. Waits for nothing.
     std::size_t Read(void* buffer, std::size_t size);
-    /// Returns when it has written something or ended, perhaps also without a reason; after at most some 20 ms.
+    /// Returns when it has written something or ended, perhaps also without a reason; after at most some 20
+    /// ms.
     void Wait();
     /// Whether it has ended. What it wrote before may still have to be read.
     bool HasEnded();

@@ -112,8 +112,8 @@ struct CScanProcess::TState {
         isGone = error != 0;
     }
 
-    /// Takes the process away, and with it the others of its group. While it is not taken away, nobody else has
-    /// its number.
+    /// Takes the process away, and with it the others of its group. While it is not taken away, nobody else
+    /// has its number.
     void Reap() {
         kill(-process, SIGKILL);
         int status = 0;
@@ -165,8 +165,8 @@ bool CScanProcess::HasEnded() {
     if (state_->isGone) return true;
     siginfo_t info;
     info.si_pid = 0;
-    // Only looked at: its group is ended first. Where the application takes its children's ends away itself, there
-    // is none to look at.
+    // Only looked at: its group is ended first. Where the application takes its children's ends away itself,
+    // there is none to look at.
     if (waitid(P_PID, static_cast<id_t>(state_->process), &info, WEXITED | WNOHANG | WNOWAIT) == 0) {
         if (info.si_pid == 0) return false;
         state_->Reap();

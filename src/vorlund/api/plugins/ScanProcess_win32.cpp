@@ -50,7 +50,9 @@ public:
         if (isMade_) DeleteProcThreadAttributeList(Get());
     }
 
-    LPPROC_THREAD_ATTRIBUTE_LIST Get() { return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(memory_.data()); }
+    LPPROC_THREAD_ATTRIBUTE_LIST Get() {
+        return reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(memory_.data());
+    }
     bool IsWhole() const { return isWhole_; }
 
 private:
