@@ -2,7 +2,7 @@
 /// Where plug-ins are looked for, and which are loaded. How to write one: Plugin.h.
 #pragma once
 
-#include <vorlund/Platform.h>
+#include <vorlund/PluginReport.h>
 
 namespace vorlund {
 
@@ -73,6 +73,37 @@ public:
     /// Prints "Plugin ... is loaded" for each loaded name, then "Plugin ... is not loaded" for each available
     /// one that is none of them, to the debugger output.
     void Dump() const;
+
+    /// Forgets all folders, the executable's too: only what is added afterwards is searched. Since version
+    /// 0.1.
+    void ClearPluginPaths();
+
+    /// Sets how files are made sure of before they are loaded; at first `PLUGIN_SCAN_NONE`. Call it before
+    /// `v.Init()`. With `PLUGIN_SCAN_CHILD`, every file that looks like a plug-in is loaded, initialised,
+    /// closed and unloaded by another process first, which takes some milliseconds for each, at most 10 s. A
+    /// plug-in that dies, hangs, raises, declines or cannot be loaded there is not loaded here; the reports
+    /// say why. The other process knows the library's own classes only, not those of the application or of
+    /// other plug-ins.
+    ///
+    /// \param helper  the full path of the program `vorlund-plugin-scan`; null for the one beside the
+    ///                process's executable, or else beside the library or in the folder of programs that the
+    ///                library was installed with. Without one no plug-in is loaded.
+    ///
+    /// Since version 0.1.
+    void SetScanMode(TPluginScanMode mode, const wchar* helper = nullptr);
+
+    /// Loads the plug-in of that path, whatever its extension, as `LoadPlugin` does, under its name without
+    /// folder and extension. Returns what came of it; `PLUGIN_NO_PLUGIN` when there is no such file. Since
+    /// version 0.1.
+    TPluginOutcome LoadPluginFile(const wchar* path);
+
+    /// The number of reports: one for each file that was looked at, with what came of it the last time, and
+    /// one for each folder to be warned of. Since version 0.1.
+    unsigned int GetReportCount() const;
+
+    /// Report `index`, in the order in which the files were first looked at; an empty one, `PLUGIN_BEGUN`
+    /// without a path, from the number of reports on. Since version 0.1.
+    TPluginReport GetReport(unsigned int index) const;
 
 private:
     struct TData;

@@ -34,7 +34,7 @@ FLOORS = {
     "data/filters": "AudioPcmConverters SetFormatIsf WavDecoder",
     "devices": "AudioClip Bitmap Device DeviceClassStore MediaControl MediaObjects PropertyPage VideoClip VideoOutput VideoWindow",
     "serial": "BufferedReader CharFormat LineReader Reader TextReader TextWriter VarReader VarWriter Writer",
-    "api/plugins": "Plugin PluginStore",
+    "api/plugins": "Plugin PluginReport PluginStore",
     "api": "ClassStore ObjectServices Version Vorlund",
 }
 UPWARD = "include/vorlund/ObjectServices.h"

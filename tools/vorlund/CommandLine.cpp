@@ -136,6 +136,8 @@ TCommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
     app.add_option("--plugin-path", line.pluginPaths,
                    "Load the plug-ins of this folder too; may be given several times")
         ->allow_extra_args(false);
+    app.add_flag("--scan-plugins", line.arePluginsScanned,
+                 "Try each plug-in in a process of its own first, and leave out those that end it");
     AddDecodeCommand(app, line.command);
     AddPlasmaCommand(app, line.command);
     AddRandomCommand(app, line.command);

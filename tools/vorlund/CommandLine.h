@@ -13,6 +13,8 @@ constexpr int kExitUsage = 2;
 struct TCommandLine {
     /// Folders, UTF-8.
     std::vector<std::string> pluginPaths;
+    /// Each plug-in is tried in a process of its own first.
+    bool arePluginsScanned = false;
     /// The chosen command. It runs with the library open; raises `TProgramError` and the library's
     /// exceptions. Empty: everything is said, and the program ends with `exitCode`.
     std::function<void(CDiagnostics&)> command;

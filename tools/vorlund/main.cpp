@@ -38,6 +38,19 @@ struct TAbruptEnd {
 /// Before all other objects, some of which take memory before `main` begins.
 [[gnu::init_priority(101)]] const TAbruptEnd abruptEnd;
 
+/// Tells which plug-ins a scan has left out.
+void PrintLeftOutPlugins() {
+    const vorlund::CPluginStore& store = vorlund::v.GetPluginStore();
+    for (unsigned int i = 0; i < store.GetReportCount(); ++i) {
+        const vorlund::TPluginReport report = store.GetReport(i);
+        if (report.outcome >= vorlund::PLUGIN_SCAN_NO_HELPER &&
+            report.outcome <= vorlund::PLUGIN_SCAN_GARBLED)
+            vorlund::CDebug::PrintMessage(vorlund::DEBUG_MESSAGE_STDERR,
+                                          VRL_L("vorlund: plug-in '%s' is left out: %s"),
+                                          report.path.GetBuffer(), report.reason);
+    }
+}
+
 /// The library. On every way out, whatever was opened is closed.
 class CLibrary {
 public:
@@ -46,10 +59,12 @@ public:
     CLibrary& operator=(const CLibrary&) = delete;
     ~CLibrary() { vorlund::v.Abandon(); }
 
-    /// Opens it with the plug-ins of more folders (UTF-8).
-    void Open(const std::vector<std::string>& pluginPaths) {
-        for (const std::string& path : pluginPaths)
-            vorlund::v.GetPluginStore().AddPluginPath(vorlund::PathFromUtf8(path.c_str()).c_str());
+    /// Opens it with the plug-ins that the command line asks for.
+    void Open(const TCommandLine& line) {
+        vorlund::CPluginStore& store = vorlund::v.GetPluginStore();
+        for (const std::string& path : line.pluginPaths)
+            store.AddPluginPath(vorlund::PathFromUtf8(path.c_str()).c_str());
+        if (line.arePluginsScanned) store.SetScanMode(vorlund::PLUGIN_SCAN_CHILD);
         vorlund::v.Init();
     }
 
@@ -79,7 +94,8 @@ template <class TAct> int Report(const CDiagnostics& diagnostics, TAct act) {
 int Run(int argc, char** argv, CDiagnostics& diagnostics, CLibrary& library) {
     const TCommandLine line = ReadCommandLine(GetArguments(argc, argv));
     if (!line.command) return line.exitCode;
-    library.Open(line.pluginPaths);
+    library.Open(line);
+    PrintLeftOutPlugins();
     line.command(diagnostics);
     library.Close();
     return 0;

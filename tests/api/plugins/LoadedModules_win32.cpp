@@ -9,6 +9,9 @@
 
 namespace vorlund::test {
 
+const char* const kProgramEnding = ".exe";
+// Wine takes about a hundred times as long to start a process.
+const std::size_t kScanStep = 512;
 const char* const kPluginEnding = ".dll";
 
 std::size_t GetHeaderSize(const std::string& image) {
@@ -31,6 +34,11 @@ void EndProcessAtFaults() {
 bool IsInProcess(const std::filesystem::path& file) {
     std::filesystem::path path = file;
     return GetModuleHandleW(path.make_preferred().c_str()) != nullptr;
+}
+
+void SetEnvironment(const char* name, const char* value) {
+    // The system's environment, which the loader reads, not the copy of the C runtime.
+    SetEnvironmentVariableA(name, value);
 }
 
 } // namespace vorlund::test

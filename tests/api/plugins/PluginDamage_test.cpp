@@ -83,18 +83,22 @@ struct TTally {
 
 /// Damages one byte at a time from `first` on, `step` bytes apart, up to `end`. A child that the damage keeps
 /// from ending is killed and counts as ended: the loader's own locks may be held for ever.
-TTally Try(const fs::path& image, std::size_t first, std::size_t end, std::size_t step) {
+TTally Try(const fs::path& image, std::size_t first, std::size_t end, std::size_t step,
+           TPluginScanMode mode = PLUGIN_SCAN_NONE) {
     const CPluginFolder folder;
     TTally tally;
     // A few trials at a time, so that a limit for them can be short.
     constexpr std::size_t kBatch = 64;
-    constexpr std::chrono::seconds kLimit(15);
+    const bool isScanned = mode == PLUGIN_SCAN_CHILD;
+    // Each scan may take its own limit of 10 s.
+    const std::chrono::seconds limit(isScanned ? 15 + 11 * kBatch : 15);
     while (first < end) {
         const std::size_t stop = std::min(end, first + kBatch * step);
-        const TChildEnd child = RunChild(
-            "damage_child", {.arguments = {image.string(), folder.GetFolder().string(), std::to_string(first),
-                                           std::to_string(stop), std::to_string(step)},
-                             .limit = kLimit});
+        std::vector<std::string> arguments = {image.string(), folder.GetFolder().string(),
+                                              std::to_string(first), std::to_string(stop),
+                                              std::to_string(step)};
+        if (isScanned) arguments.push_back("scan");
+        const TChildEnd child = RunChild("damage_child", {.arguments = arguments, .limit = limit});
         const auto count = [&child](char mark) {
             return static_cast<int>(std::count(child.output.begin(), child.output.end(), mark));
         };
@@ -129,6 +133,15 @@ TEST_F(PluginDamage, EveryTrialOfADamagedImageEnds) {
     EXPECT_EQ(tally.loaded + tally.refused + tally.ended, static_cast<int>((image_.size() + 63) / 64));
     EXPECT_GT(tally.loaded, 0);
     EXPECT_GT(tally.refused, 0);
+    std::printf("%d loaded, %d refused, %d ended the process\n", tally.loaded, tally.refused, tally.ended);
+}
+
+TEST_F(PluginDamage, NoDamagedImageEndsAProcessThatScans) {
+    // Bytes of the test above, so some of them are deadly without a scan.
+    const TTally tally = Try(PluginFile("accepting"), 0, image_.size(), kScanStep, PLUGIN_SCAN_CHILD);
+    EXPECT_EQ(tally.loaded + tally.refused, static_cast<int>((image_.size() + kScanStep - 1) / kScanStep));
+    EXPECT_EQ(tally.ended, 0);
+    EXPECT_GT(tally.loaded, 0);
     std::printf("%d loaded, %d refused, %d ended the process\n", tally.loaded, tally.refused, tally.ended);
 }
 

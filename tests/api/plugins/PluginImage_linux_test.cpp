@@ -2,6 +2,7 @@
 #include "vorlund/api/plugins/PluginImage.h"
 
 #include "data/file/TemporaryFolder.h"
+#include "support/Allocations.h"
 
 #include <gtest/gtest.h>
 
@@ -320,6 +321,77 @@ TEST(PluginImageFile, MissingFileIsNone) {
     const CTemporaryFolder folder;
     EXPECT_FALSE(CImageFile(ToVorlund(folder.GetPath() / "missing").c_str()).IsPlugin());
     EXPECT_FALSE(CImageFile(ToVorlund(folder.GetPath()).c_str()).IsPlugin());
+}
+
+// Files that claim much and hold little: behind their bytes there is nothing but a hole.
+
+constexpr TWord kHole = TWord{1} << 30;
+
+/// Whether a file of `bytes` and a hole of 1 GiB is taken for a plug-in; it is looked at with little memory.
+bool IsPluginWithHole(const std::string& bytes) {
+    const CTemporaryFolder folder;
+    const fs::path file = folder.GetPath() / "image";
+    WriteFile(file, bytes);
+    fs::resize_file(file, bytes.size() + kHole);
+    const wstring path = ToVorlund(file);
+    const CMemoryWatch watch;
+    const bool isPlugin = CImageFile(path.c_str()).IsPlugin();
+    EXPECT_LT(watch.GetPeakBytes(), std::size_t{4} << 20);
+    return isPlugin;
+}
+
+/// An image whose first segment goes on to the end of the hole.
+TImage ImageWithLongSegment() {
+    TImage image;
+    image.segments[0].p_filesz += kHole;
+    image.segments[0].p_memsz += kHole;
+    for (const std::size_t moved : {1, 5}) image.segments[moved].p_vaddr += kHole;
+    return image;
+}
+
+TEST(PluginImageBounds, LongSegmentCostsNothing) {
+    EXPECT_TRUE(IsPluginWithHole(ImageWithLongSegment().GetBytes()));
+}
+
+TEST(PluginImageBounds, NamesAreLookedForInABoundedPart) {
+    TImage image = ImageWithLongSegment();
+    image.entries[1].d_un.d_val += (TWord{1} << 20);
+    EXPECT_TRUE(IsPluginWithHole(image.GetBytes()));
+    image.entries[1].d_un.d_val = kHole;
+    EXPECT_FALSE(IsPluginWithHole(image.GetBytes()));
+}
+
+TEST(PluginImageBounds, DynamicEntriesAreBounded) {
+    TImage image = ImageWithLongSegment();
+    image.segments[2].p_filesz = image.segments[2].p_memsz = kHole;
+    EXPECT_FALSE(IsPluginWithHole(image.GetBytes()));
+}
+
+TEST(PluginImageBounds, SegmentsAreBounded) {
+    // Each would be looked for in each.
+    TImage image;
+    image.header.e_phnum = 0xFFFF;
+    image.segments.resize(0xFFFF, image.segments[3]);
+    EXPECT_FALSE(IsPlugin(image.GetBytes()));
+}
+
+TEST(PluginImageBounds, NamesAreFoundWhereverTheyLie) {
+    // Read piece by piece, so a name may lie on both sides of a border.
+    for (std::size_t before = (std::size_t{64} << 10) - 48; before < (std::size_t{64} << 10) + 8; ++before) {
+        TImage image;
+        const TWord longer = before;
+        image.names = std::string(before, 'n') + image.names;
+        image.entries[1].d_un.d_val += longer;
+        image.segments[0].p_filesz += longer;
+        image.segments[0].p_memsz += longer;
+        for (const std::size_t moved : {1, 5}) {
+            image.segments[moved].p_offset += longer;
+            image.segments[moved].p_vaddr += longer;
+        }
+        EXPECT_TRUE(IsPlugin(image.GetBytes())) << before;
+        image.names[before + 5] = 'X';
+        EXPECT_FALSE(IsPlugin(image.GetBytes())) << before;
+    }
 }
 
 TEST(PluginImageFile, FilesAreClosed) {

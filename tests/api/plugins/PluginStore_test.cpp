@@ -26,8 +26,6 @@ namespace {
 
 using TTexts = std::vector<std::string>;
 
-constexpr TFailure kCannotStart{VRL_L("VrlInitPlugin"), VRL_L("tests/plugins/raising"), 7,
-                                VRL_L("Plug-in cannot start")};
 constexpr TFailure kCannotEnd{VRL_L("VrlClosePlugin"), VRL_L("tests/plugins/raising_close"), 16,
                               VRL_L("Plug-in cannot end")};
 

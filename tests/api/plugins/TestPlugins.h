@@ -6,10 +6,16 @@
 #include "data/file/TemporaryFolder.h"
 #include "support/ChildProcess.h"
 
+#include <vorlund/Exception.h>
+
 #include <filesystem>
 #include <string>
 
 namespace vorlund::test {
+
+/// What the plug-in "raising" raises from its init entry.
+inline constexpr TFailure kCannotStart{VRL_L("VrlInitPlugin"), VRL_L("tests/plugins/raising"), 7,
+                                       VRL_L("Plug-in cannot start")};
 
 /// The file of a plug-in of the tests.
 inline fs::path PluginFile(const std::string& name) {

@@ -52,7 +52,8 @@ int Run(std::string_view mode, const char* folder) {
         v.Close();
         return 0;
     }
-    if (mode == "names") {
+    if (mode == "names" || mode == "scan") {
+        if (mode == "scan") v.GetPluginStore().SetScanMode(PLUGIN_SCAN_CHILD);
         v.Init();
         v.GetPluginStore().Dump();
         v.Close();

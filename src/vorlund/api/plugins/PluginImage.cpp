@@ -7,9 +7,19 @@
 
 #include "vorlund/data/file/FileSystem.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 
 namespace vorlund {
+namespace {
+
+/// The most bytes of names that are searched. The largest libraries have a tenth of it.
+constexpr std::uint64_t kMaxNames = std::uint64_t{64} << 20;
+/// How many of them are held at a time.
+constexpr std::size_t kPiece = std::size_t{64} << 10;
+
+} // namespace
 
 CImageFile::CImageFile(const wchar* path) : file_(filesystem::OpenInput(path, length_)) {}
 
@@ -29,13 +39,24 @@ bool CImageFile::Has(std::uint64_t offset, std::uint64_t size) const {
 
 bool CImageFile::HasNames(std::uint64_t offset, std::uint64_t size, std::string_view first,
                           std::string_view second) const {
-    if (!Has(offset, size)) return false;
-    std::string names(static_cast<std::size_t>(size), '\0');
-    if (!Read(offset, names.data(), names.size())) return false;
-    const auto has = [&names](std::string_view name) {
-        return names.find(std::string(name) + '\0') != std::string::npos;
-    };
-    return has(first) && has(second);
+    if (size > kMaxNames || !Has(offset, size)) return false;
+    const std::string wanted[] = {std::string(first) + '\0', std::string(second) + '\0'};
+    bool isFound[std::size(wanted)] = {};
+    // What a name that goes on in the next piece may have in this one.
+    const std::size_t overlap = std::max(first.size(), second.size());
+    std::string piece;
+    for (std::uint64_t done = 0; done < size;) {
+        if (piece.size() > overlap) piece.erase(0, piece.size() - overlap);
+        const std::size_t kept = piece.size();
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(kPiece, size - done));
+        piece.resize(kept + count);
+        if (!Read(offset + done, piece.data() + kept, count)) return false;
+        done += count;
+        for (std::size_t i = 0; i < std::size(wanted); ++i)
+            isFound[i] = isFound[i] || piece.find(wanted[i]) != std::string::npos;
+        if (isFound[0] && isFound[1]) return true;
+    }
+    return false;
 }
 
 } // namespace vorlund

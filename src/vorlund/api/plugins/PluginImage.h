@@ -1,6 +1,7 @@
 // The look at a file before the system loads it as a plug-in. Loading runs a library's own code, so a file
 // that is no plug-in is not loaded at all. And system loaders trust the headers of an image: one that is cut
-// short or damaged could end the process.
+// short or damaged could end the process. What a file claims costs nothing: all that is read is bounded,
+// whatever the size of the file and of the tables that its headers tell of.
 #pragma once
 
 #include <vorlund/Platform.h>
@@ -29,7 +30,7 @@ private:
     bool Read(std::uint64_t offset, void* buffer, std::size_t size) const;
     /// Whether the file has the bytes.
     bool Has(std::uint64_t offset, std::uint64_t size) const;
-    /// Whether a part of the file holds both names, each followed by a zero.
+    /// Whether a part of the file, at most 64 MiB long, holds both names, each followed by a zero.
     bool HasNames(std::uint64_t offset, std::uint64_t size, std::string_view first,
                   std::string_view second) const;
 

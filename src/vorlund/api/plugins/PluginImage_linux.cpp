@@ -21,6 +21,11 @@ using TSegment = ElfW(Phdr);
 using TDynamic = ElfW(Dyn);
 using TSegments = std::vector<TSegment>;
 
+/// Libraries have about ten segments and some thirty dynamic entries, and one more for each library that they
+/// need. Each segment may be compared with each.
+constexpr std::size_t kMaxSegments = 1024;
+constexpr std::size_t kMaxDynamicEntries = 65536;
+
 bool IsForThisProcess(const THeader& header) {
     const THeader& own = __ehdr_start;
     // Magic number, word size, byte order and version of the format.
@@ -96,7 +101,8 @@ TRange FindNames(const TSegments& segments, const std::vector<TDynamic>& entries
 
 bool CImageFile::IsPlugin() const {
     THeader header;
-    if (!Read(0, &header, sizeof(header)) || !IsForThisProcess(header)) return false;
+    if (!Read(0, &header, sizeof(header)) || !IsForThisProcess(header) || header.e_phnum > kMaxSegments)
+        return false;
     TSegments segments(header.e_phnum);
     if (!Read(header.e_phoff, segments.data(), segments.size() * sizeof(TSegment))) return false;
     const bool isComplete = std::all_of(segments.begin(), segments.end(), [this](const TSegment& segment) {
@@ -106,7 +112,7 @@ bool CImageFile::IsPlugin() const {
 
     const auto dynamic = std::find_if(segments.begin(), segments.end(),
                                       [](const TSegment& segment) { return segment.p_type == PT_DYNAMIC; });
-    if (dynamic == segments.end()) return false;
+    if (dynamic == segments.end() || dynamic->p_filesz / sizeof(TDynamic) > kMaxDynamicEntries) return false;
     std::vector<TDynamic> entries(dynamic->p_filesz / sizeof(TDynamic));
     if (!Read(dynamic->p_offset, entries.data(), entries.size() * sizeof(TDynamic))) return false;
     const TRange names = FindNames(segments, entries);

@@ -19,9 +19,19 @@ using TCloseEntry = void (*)();
 /// the system has that limit.
 wstring GetHostPath();
 
-/// Loads a shared library; null when the system refuses. Only for files that PluginImage.h takes for
-/// plug-ins.
-void* Load(const wchar* path);
+/// The full path of the file of this library; empty when it is not known, or too long as above.
+wstring GetLibraryPath();
+
+/// The name of the scan's program.
+extern const wchar* const kHelperName;
+/// The way from the folder of an installed library to that of the programs; "" when they are the same.
+extern const wchar* const kProgramsFromLibrary;
+
+/// Loads a shared library; null when the system refuses, and then `error` is its reason as a number, or 0
+/// when it gives none. Only for files that PluginImage.h takes for plug-ins. The libraries that the file
+/// needs come from its own folder, that of the program and the system's, never from the working folder or the
+/// folders of programs; a system that cannot promise this refuses.
+void* Load(const wchar* path, int& error);
 
 /// The entry points of a loaded plug-in, or null.
 TInitEntry FindInitEntry(void* module);

@@ -12,6 +12,8 @@
 namespace vorlund::pluginmodule {
 const wchar kSeparator = VRL_L('/');
 const wchar* const kExtension = VRL_L("so");
+const wchar* const kHelperName = VRL_L("vorlund-plugin-scan");
+const wchar* const kProgramsFromLibrary = VRL_L("" VORLUND_PROGRAMS_FROM_LIBRARY "/");
 
 wstring GetHostPath() {
     std::string path(256, '\0');
@@ -25,9 +27,19 @@ wstring GetHostPath() {
     }
 }
 
-void* Load(const wchar* path) {
+wstring GetLibraryPath() {
+    Dl_info info;
+    // A path that is not full meant the working folder of the program's start.
+    const bool isFull = dladdr(&kSeparator, &info) != 0 && info.dli_fname && info.dli_fname[0] == '/';
+    return isFull ? pathcodec::Decode(info.dli_fname) : wstring();
+}
+
+void* Load(const wchar* path, int& error) {
+    error = 0;
     std::string bytes;
     if (!pathcodec::Encode(path, bytes)) return nullptr;
+    // A name alone would be looked for in the system's folders.
+    if (bytes.find('/') == std::string::npos) bytes.insert(0, "./");
     // RTLD_NOW, so that a missing symbol shows here and not in the first call; RTLD_LOCAL, so that no plug-in
     // uses the symbols of another.
     return dlopen(bytes.c_str(), RTLD_NOW | RTLD_LOCAL);

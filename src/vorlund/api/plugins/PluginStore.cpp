@@ -2,17 +2,21 @@
 //
 // From a plug-in's file to its first use: `LoadAvailablePlugins` (called by `CVorlund::Init`, Vorlund.cpp)
 // lists the plug-in files of the folders and gives each name to `LoadPlugin`, which resolves the paths of
-// that name and gives them to `TData::Load`. There a file is looked at (PluginImage.cpp), loaded, asked for
-// its entry points (PluginModule.h) and initialised. Its entry point registers classes, decoders and devices
-// with the stores of `v`; the first use is the next `CreateObject` of ClassStore.cpp, decoder search of
-// data/codecs or `CreateDevice` of devices/DeviceClassStore.cpp that finds them.
+// that name and gives them to `TData::Load`. There a file is looked at (PluginImage.cpp), tried in another
+// process if that is wanted (PluginScan.cpp), loaded, asked for its entry points (PluginModule.h) and
+// initialised; what came of it is kept (PluginReports.h). Its entry point registers classes, decoders and
+// devices with the stores of `v`; the first use is the next `CreateObject` of ClassStore.cpp, decoder search
+// of data/codecs or `CreateDevice` of devices/DeviceClassStore.cpp that finds them.
 //
 // A plug-in's entry points may use the store, so nothing here keeps an iterator or a reference into its lists
 // while one runs: lists are walked by index, and what is needed afterwards is copied. A module is unloaded
 // only when its entry point has returned; one that has raised stays, because the exception may point into it.
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/api/plugins/PluginFolder.h"
 #include "vorlund/api/plugins/PluginImage.h"
 #include "vorlund/api/plugins/PluginModule.h"
+#include "vorlund/api/plugins/PluginReports.h"
+#include "vorlund/api/plugins/PluginScan.h"
 #include "vorlund/data/file/EntryObject.h"
 #include "vorlund/data/file/PathText.h"
 
@@ -27,6 +31,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -94,6 +99,10 @@ struct CPluginStore::TData {
     std::vector<CString> folders;
     std::vector<CString> extensions;
     std::vector<TPlugin> plugins;
+    CPluginReports reports;
+    TPluginScanMode scanMode = PLUGIN_SCAN_NONE;
+    /// Empty for the one at its usual places.
+    CString scanHelper;
 
     /// With the extension and the folders that every store begins with.
     TData() {
@@ -149,20 +158,43 @@ struct CPluginStore::TData {
         });
     }
 
-    /// Loads and initialises one file, if it is a plug-in. The empty path names none.
-    void Load(const CString& path, const CString& name) {
-        if (!CImageFile(path).IsPlugin()) return;
-        void* const module = pluginmodule::Load(path);
-        if (!module) return;
+    /// Loads and initialises one file, if it is a plug-in, and reports what came of it. The empty path names
+    /// none.
+    TPluginOutcome Load(const CString& path, const CString& name) {
+        if (path.Length() == 0) return PLUGIN_NO_PLUGIN;
+        const std::size_t place = reports.Begin(path);
+        try {
+            const TPluginResult result = TryToLoad(path, name);
+            reports.Set(place, result);
+            return result.outcome;
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (...) {
+            reports.Set(place, {PLUGIN_RAISED});
+            throw;
+        }
+    }
+
+private:
+    TPluginResult TryToLoad(const CString& path, const CString& name) {
+        if (!CImageFile(path).IsPlugin()) return {PLUGIN_NO_PLUGIN};
+        WarnOfFolder(pathtext::GetFolder(path));
+        if (scanMode == PLUGIN_SCAN_CHILD) {
+            const TPluginResult result = Scan(path);
+            if (result.outcome != PLUGIN_LOADED) return result;
+        }
+        int error = 0;
+        void* const module = pluginmodule::Load(path, error);
+        if (!module) return {PLUGIN_NOT_LOADABLE, error};
         const auto init = pluginmodule::FindInitEntry(module);
         const auto close = pluginmodule::FindCloseEntry(module);
         if (!init || !close) {
             pluginmodule::Unload(module);
-            return;
+            return {PLUGIN_NO_ENTRY};
         }
         if (!init()) {
             pluginmodule::Unload(module);
-            return;
+            return {PLUGIN_DECLINED};
         }
         try {
             plugins.push_back({module, init, close, name});
@@ -171,6 +203,27 @@ struct CPluginStore::TData {
             pluginmodule::Unload(module);
             throw;
         }
+        return {PLUGIN_LOADED};
+    }
+
+    TPluginResult Scan(const CString& path) const {
+        const wstring helper =
+            scanHelper.Length() > 0 ? wstring(scanHelper.GetBuffer()) : pluginscan::FindHelper();
+        const TPluginResult result =
+            helper.empty() ? TPluginResult{PLUGIN_SCAN_NO_HELPER} : pluginscan::Scan(helper.c_str(), path);
+        if (result.outcome >= PLUGIN_SCAN_NO_HELPER)
+            CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("Plugin '%s' is left out: %s (%d)"),
+                                 path.GetBuffer(), DescribeOutcome(result.outcome),
+                                 static_cast<int>(result.code));
+        return result;
+    }
+
+    /// Tells once of a folder in which others may put plug-ins of theirs.
+    void WarnOfFolder(const CString& folder) {
+        if (reports.Has(folder) || !pluginfolder::IsOpenToOthers(folder)) return;
+        reports.Set(reports.Begin(folder), {PLUGIN_FOLDER_OPEN});
+        CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("Plugin folder '%s': %s"), folder.GetBuffer(),
+                             DescribeOutcome(PLUGIN_FOLDER_OPEN));
     }
 };
 
@@ -204,6 +257,15 @@ void CPluginStore::AddPluginExtension(const wchar* extension) {
     TData::Of(data_).extensions.push_back(extension);
 }
 
+void CPluginStore::ClearPluginPaths() {
+    TData::Of(data_).folders.clear();
+}
+
+void CPluginStore::SetScanMode(TPluginScanMode mode, const wchar* helper) {
+    TData::Of(data_).scanHelper = CString(helper);
+    TData::Of(data_).scanMode = mode;
+}
+
 void CPluginStore::LoadPlugin(const wchar* name) {
     TData& data = TData::Of(data_);
     const CString wanted(name);
@@ -216,6 +278,11 @@ void CPluginStore::LoadPlugin(const wchar* name) {
             data.Load(ResolveFile(candidate), wanted);
         }
     }
+}
+
+TPluginOutcome CPluginStore::LoadPluginFile(const wchar* path) {
+    const CString file = ResolveFile(path);
+    return TData::Of(data_).Load(file, pathtext::GetTitle(pathtext::GetName(file)));
 }
 
 void CPluginStore::LoadAvailablePlugins() {
@@ -255,6 +322,14 @@ IObjectEnumerator* CPluginStore::EnumerateAvailablePlugins() const {
         }
     }
     return names.Detach();
+}
+
+unsigned int CPluginStore::GetReportCount() const {
+    return static_cast<unsigned int>(TData::Of(data_).reports.GetCount());
+}
+
+TPluginReport CPluginStore::GetReport(unsigned int index) const {
+    return TData::Of(data_).reports.Get(index);
 }
 
 void CPluginStore::Dump() const {

@@ -1,0 +1,9 @@
+#include "vorlund/api/plugins/PluginFolder.h"
+
+namespace vorlund::pluginfolder {
+
+bool IsOpenToOthers(const wchar*) {
+    return false;
+}
+
+} // namespace vorlund::pluginfolder

@@ -1,0 +1,45 @@
+#include "ScanSide.h"
+
+#include <vorlund/Path.h>
+
+#include <cstdint>
+
+#include <windows.h>
+// After windows.h, which it needs.
+#include <shellapi.h>
+
+namespace {
+
+LONG WINAPI OnFault(EXCEPTION_POINTERS* fault) {
+    TerminateProcess(GetCurrentProcess(), fault->ExceptionRecord->ExceptionCode);
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+} // namespace
+
+std::vector<std::string> GetArguments(int, char**) {
+    // The narrow arguments are in the ANSI code page, which lacks most characters.
+    int count = 0;
+    wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 1; i < count; ++i) arguments.push_back(vorlund::PathToUtf8(wide[i]));
+    LocalFree(wide);
+    return arguments;
+}
+
+void EndQuietly() {
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+    SetUnhandledExceptionFilter(&OnFault);
+}
+
+bool Send(const std::string& channel, const void* bytes, std::size_t size) {
+    const auto pipe = reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(std::stoull(channel)));
+    DWORD count = 0;
+    return WriteFile(pipe, bytes, static_cast<DWORD>(size), &count, nullptr) && count == size;
+}
+
+void EndNow() {
+    TerminateProcess(GetCurrentProcess(), 0);
+    // Not reached; the compiler does not know.
+    ExitProcess(0);
+}
