@@ -26,6 +26,7 @@
 #include <vorlund/StringObject.h>
 
 #include <algorithm>
+#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -137,16 +138,20 @@ struct CPluginStore::TData {
     }
 };
 
-CPluginStore::CPluginStore() : data_(new TData) {
-    AddPluginExtension(pluginmodule::kExtension);
+CPluginStore::CPluginStore() {
+    // The destructor does not run for a store that cannot be made whole.
+    auto data = std::make_unique<TData>();
+    data->extensions.push_back(pluginmodule::kExtension);
     // The folder of the application's executable, not of this library: an application finds the plug-ins
     // beside it, wherever the library is installed.
     const wstring host = pluginmodule::GetHostPath();
     const std::size_t separator = host.rfind(pluginmodule::kSeparator);
-    if (separator == wstring::npos || separator == 0) return;
-    const CString folder(host.substr(0, separator).c_str());
-    AddPluginPath(folder);
-    AddPluginPath(pathtext::Join(folder, VRL_L("plugins"), pluginmodule::kSeparator));
+    if (separator != wstring::npos && separator != 0) {
+        const CString folder(host.substr(0, separator).c_str());
+        data->folders.push_back(folder);
+        data->folders.push_back(pathtext::Join(folder, VRL_L("plugins"), pluginmodule::kSeparator));
+    }
+    data_ = data.release();
 }
 
 CPluginStore::~CPluginStore() {
