@@ -1,0 +1,123 @@
+// The subcommands of the program. A run under fault either gives the whole output and 0, or says that it failed and
+// leaves no output behind.
+#include "faults/Program.h"
+
+#include "faults/FaultPoints.h"
+#include "faults/Scenario.h"
+
+#include <vorlund/Exception.h>
+#include <vorlund/ObjectServices.h>
+#include <vorlund/Vorlund.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <exception>
+#include <string>
+#include <vector>
+
+namespace vorlund::faults {
+namespace {
+
+namespace fs = std::filesystem;
+
+void AddOutput(const fs::path& path, CResult& result) {
+    const CPause pause;
+    if (!fs::exists(path)) {
+        result.Add("none ");
+        return;
+    }
+    std::ifstream file(path, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    result.AddBytes(bytes.data(), bytes.size());
+}
+
+template <class TAct> bool IsRefused(TAct act) {
+    try {
+        act();
+        return false;
+    } catch (const CBugException&) {
+        return true;
+    }
+}
+
+/// Leaving the program while one of these is open would end it by an exception that nobody catches.
+bool IsLibraryClosed() {
+    return IsRefused([] { v.GetClassStore().GetClassInfo(CId::Null()); }) &&
+           IsRefused([] { v.GetCodecClassStore().EnumerateDecoders(); }) &&
+           IsRefused([] { services::OnDestroyObject(CId::Null()); });
+}
+
+/// The exit code. What leaves `main` would end the process by SIGABRT.
+int RunMain(int count, char** arguments) {
+    try {
+        return RunVorlundProgram(count, arguments);
+    } catch (const std::exception& error) {
+        Disarm();
+        throw TBroken{std::string("an exception leaves the program: ") + error.what()};
+    } catch (const CException&) {
+        Disarm();
+        throw TBroken{"an exception of the library leaves the program"};
+    }
+}
+
+/// Runs the program. The file that it writes goes into the result; `output` names it, or is empty.
+void Run(CResult& result, const std::vector<std::string>& words, const std::string& output) {
+    std::vector<std::string> arguments;
+    std::vector<char*> pointers;
+    const fs::path path = files.folder / output;
+    {
+        const CPause pause;
+        arguments = {"vorlund"};
+        arguments.insert(arguments.end(), words.begin(), words.end());
+        for (std::string& argument : arguments) pointers.push_back(argument.data());
+        pointers.push_back(nullptr);
+        if (!output.empty()) fs::remove(path);
+    }
+    const int code = RunMain(static_cast<int>(words.size() + 1), pointers.data());
+    const bool wasArmed = IsArmed();
+    const bool failed = HasFailed();
+    Disarm();
+    std::fflush(stdout);
+    result.Add("code %d ", code);
+    if (!output.empty()) AddOutput(path, result);
+    if (!IsLibraryClosed()) throw TBroken{"the program ends with the library open"};
+    if (code != 0 && !(wasArmed && failed)) throw TBroken{"the program fails without a fault"};
+    if (code != 0 && !output.empty() && fs::exists(path)) throw TBroken{"a failed run leaves its output"};
+    if (code != 0 && !output.empty() && fs::exists(path.string() + ".part")) {
+        throw TBroken{"a failed run leaves a part of its output"};
+    }
+}
+
+std::string In(const char* name) {
+    return (files.folder / name).string();
+}
+
+} // namespace
+
+void RunProgramDecode(CResult& result) {
+    Run(result, {"decode", In("input.wav"), "-o", In("decoded.wav")}, "decoded.wav");
+}
+
+void RunProgramDecodeConverted(CResult& result) {
+    Run(result, {"decode", In("input.wav"), "-o", In("converted.raw"), "--format", "s32", "--channels", "1"},
+        "converted.raw");
+}
+
+void RunProgramRandom(CResult& result) {
+    Run(result, {"random", "100000", "--seed", "3", "-o", In("random.bin")}, "random.bin");
+}
+
+void RunProgramPlasma(CResult& result) {
+    Run(result, {"plasma", "--size", "40x30", "--frames", "3", "-o", In("plasma.y4m")}, "plasma.y4m");
+}
+
+void RunProgramWindow(CResult& result) {
+    Run(result, {"window", "--size", "40x30", "--frames", "2"}, "");
+}
+
+void RunProgramHelp(CResult& result) {
+    Run(result, {"--help"}, "");
+}
+
+} // namespace vorlund::faults
