@@ -118,17 +118,24 @@ private:
     float elements_[16];
 };
 
-#if VRL_DOUBLES_ARE_HERE
-VRL_DOUBLES CVector CVector::operator*(const CMatrix& m) const {
-    const float* const e = m.elements_;
-    const double left[3] = {x, y, z};
-    return {static_cast<float>(left[0] * e[0] + left[1] * e[4] + left[2] * e[8] + e[12]),
-            static_cast<float>(left[0] * e[1] + left[1] * e[5] + left[2] * e[9] + e[13]),
-            static_cast<float>(left[0] * e[2] + left[1] * e[6] + left[2] * e[10] + e[14])};
+#if VRL_IS_DEFINED
+
+VRL_INLINE CVector CVector::operator*(const CMatrix& m) const {
+    const float* const e = exactmath::HideElements(m.elements_);
+    const double point[3] = {exactmath::Widen(x), exactmath::Widen(y), exactmath::Widen(z)};
+#if VRL_HAS_PAIRS
+    const auto first = exactmath::TimesColumn<exactmath::TPair>(point, e);
+#else
+    const double first[2] = {exactmath::TimesColumn<double>(point, e),
+                             exactmath::TimesColumn<double>(point, e + 1)};
+#endif
+    const auto last = exactmath::TimesColumn<double>(point, e + 2);
+    return {exactmath::Round(first[0]), exactmath::Round(first[1]), exactmath::Round(last)};
 }
-VRL_DOUBLES CVector& CVector::operator*=(const CMatrix& m) {
+VRL_INLINE CVector& CVector::operator*=(const CMatrix& m) {
     return *this = *this * m;
 }
+
 #endif
 
 } // namespace vorlund

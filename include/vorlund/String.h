@@ -68,7 +68,9 @@ public:
     int CompareTo(const char* text) const;
     int CompareTo(const wchar* text) const;
 
-    /// The same, each unit upper-cased first (simple case mapping, one unit to one unit).
+    /// The same, each unit upper-cased first by the C runtime (`towupper`) in the current locale. In the
+    /// initial locale the letters a to z have an upper-case form, and no others have one, with glibc and
+    /// under Wine alike; after `setlocale` each system adds those that it knows.
     int CompareToIgnoreCase(const char* text) const;
     int CompareToIgnoreCase(const wchar* text) const;
 

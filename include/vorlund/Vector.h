@@ -12,9 +12,9 @@ class CMatrix;
 /// A vector or a point in space. Vectors are row vectors: a matrix multiplies from the right (`v * m`).
 ///
 /// The arithmetic works in double precision and rounds each component of a result once. Results have the same
-/// bits on every system and with all compiler options of an application: what options could change is
-/// compiled in the library (InlineArithmetic.h). Infinities and NaN follow the rules of IEEE 754; nothing
-/// here raises.
+/// bits on every system and with all compiler options and function attributes of an application, GCC's and
+/// Clang's `-ffast-math` and its parts among them (how, and within which bounds: InlineArithmetic.h).
+/// Infinities and NaN follow the rules of IEEE 754; nothing here raises.
 ///
 /// A plain value: trivially copyable, usable in constant expressions, and safe to share between threads when
 /// nobody writes to it.
@@ -30,33 +30,33 @@ public:
     /// threads that use it disturb each other.
     float& operator[](int i) { return i == 0 ? x : i == 1 ? y : i == 2 ? z : OutsideCell(); }
 
-    VRL_FLOATS CVector operator+(const CVector& other) const;
-    VRL_FLOATS CVector operator-(const CVector& other) const;
-    VRL_FLOATS CVector& operator+=(const CVector& other);
-    VRL_FLOATS CVector& operator-=(const CVector& other);
+    VRL_INLINE CVector operator+(const CVector& other) const;
+    VRL_INLINE CVector operator-(const CVector& other) const;
+    VRL_INLINE CVector& operator+=(const CVector& other);
+    VRL_INLINE CVector& operator-=(const CVector& other);
 
     /// Every component multiplied or divided; a division by 0 gives infinities and NaN.
-    VRL_FLOATS CVector operator*(float factor) const;
-    VRL_FLOATS CVector operator/(float divisor) const;
-    VRL_FLOATS CVector& operator*=(float factor);
-    VRL_FLOATS CVector& operator/=(float divisor);
+    VRL_INLINE CVector operator*(float factor) const;
+    VRL_INLINE CVector operator/(float divisor) const;
+    VRL_INLINE CVector& operator*=(float factor);
+    VRL_INLINE CVector& operator/=(float divisor);
 
     /// The scalar product.
-    VRL_DOUBLES float operator*(const CVector& other) const;
-    VRL_DOUBLES float Dot(const CVector& other) const;
+    VRL_INLINE float operator*(const CVector& other) const;
+    VRL_INLINE float Dot(const CVector& other) const;
     /// The vector product: right-handed, so that x cross y is z.
-    VRL_DOUBLES CVector Cross(const CVector& b) const;
+    VRL_INLINE CVector Cross(const CVector& b) const;
 
     /// The square of the length, and the length.
-    VRL_DOUBLES float Length2() const;
+    VRL_INLINE float Length2() const;
     VRL_API float Length() const;
     /// Makes the length 1; a vector of length 0 stays as it is.
     VRL_API void Normalize();
 
     /// The point (x, y, z, 1) times `m`. The fourth column is ignored: nothing is divided by w. Defined in
     /// Matrix.h.
-    VRL_DOUBLES CVector operator*(const CMatrix& m) const;
-    VRL_DOUBLES CVector& operator*=(const CMatrix& m);
+    VRL_INLINE CVector operator*(const CMatrix& m) const;
+    VRL_INLINE CVector& operator*=(const CMatrix& m);
 
     /// Whether no component differs by more than 1e-7. Not transitive, and a NaN equals nothing.
     VRL_API bool operator==(const CVector& other) const;
@@ -72,57 +72,70 @@ public:
 
 private:
     VRL_API static float& OutsideCell();
-
-    /// The scalar product before it is rounded.
-    double Sum(const CVector& b) const { return double{x} * b.x + double{y} * b.y + double{z} * b.z; }
 };
+
+#if VRL_IS_DEFINED
+
+namespace exactmath {
+
+/// The scalar product before it is rounded. Products of floats are exact.
+[[gnu::always_inline]] inline double ScalarProduct(const CVector& a, const CVector& b) {
+    const double first = Product(Widen(a.x), Widen(b.x));
+    const double two = ExactProductPlus(Widen(a.y), Widen(b.y), first);
+    return ExactProductPlus(Widen(a.z), Widen(b.z), two);
+}
+/// a * b - c * d.
+[[gnu::always_inline]] inline float Minor(float a, float b, float c, float d) {
+    return Round(ExactProductPlus(Widen(a), Widen(b), -Product(Widen(c), Widen(d))));
+}
+
+} // namespace exactmath
 
 // Sums, differences, products and quotients of two floats are computed as floats: double arithmetic that is
 // then rounded gives the same bits, because a double has more than twice the digits (S. A. Figueroa, "When is
 // double rounding innocuous?", 1995).
-#if VRL_FLOATS_ARE_HERE
-VRL_FLOATS CVector CVector::operator+(const CVector& other) const {
-    return {x + other.x, y + other.y, z + other.z};
+VRL_INLINE CVector CVector::operator+(const CVector& other) const {
+    return {exactmath::Sum(x, other.x), exactmath::Sum(y, other.y), exactmath::Sum(z, other.z)};
 }
-VRL_FLOATS CVector CVector::operator-(const CVector& other) const {
-    return {x - other.x, y - other.y, z - other.z};
+VRL_INLINE CVector CVector::operator-(const CVector& other) const {
+    return {exactmath::Difference(x, other.x), exactmath::Difference(y, other.y),
+            exactmath::Difference(z, other.z)};
 }
-VRL_FLOATS CVector& CVector::operator+=(const CVector& other) {
+VRL_INLINE CVector& CVector::operator+=(const CVector& other) {
     return *this = *this + other;
 }
-VRL_FLOATS CVector& CVector::operator-=(const CVector& other) {
+VRL_INLINE CVector& CVector::operator-=(const CVector& other) {
     return *this = *this - other;
 }
-VRL_FLOATS CVector CVector::operator*(float factor) const {
-    return {x * factor, y * factor, z * factor};
+VRL_INLINE CVector CVector::operator*(float factor) const {
+    return {exactmath::Product(x, factor), exactmath::Product(y, factor), exactmath::Product(z, factor)};
 }
-VRL_FLOATS CVector CVector::operator/(float divisor) const {
-    return {x / divisor, y / divisor, z / divisor};
-}
-VRL_FLOATS CVector& CVector::operator*=(float factor) {
+VRL_INLINE CVector& CVector::operator*=(float factor) {
     return *this = *this * factor;
 }
-VRL_FLOATS CVector& CVector::operator/=(float divisor) {
-    return *this = *this / divisor;
+VRL_INLINE CVector& CVector::operator/=(float divisor) {
+    exactmath::Divide(x, y, z, divisor);
+    return *this;
 }
-#endif
+VRL_INLINE CVector CVector::operator/(float divisor) const {
+    CVector result = *this;
+    return result /= divisor;
+}
 
-#if VRL_DOUBLES_ARE_HERE
-VRL_DOUBLES float CVector::operator*(const CVector& other) const {
-    return static_cast<float>(Sum(other));
+VRL_INLINE float CVector::operator*(const CVector& other) const {
+    return exactmath::Round(exactmath::ScalarProduct(*this, other));
 }
-VRL_DOUBLES float CVector::Dot(const CVector& other) const {
-    return static_cast<float>(Sum(other));
+VRL_INLINE float CVector::Dot(const CVector& other) const {
+    return exactmath::Round(exactmath::ScalarProduct(*this, other));
 }
-VRL_DOUBLES CVector CVector::Cross(const CVector& b) const {
-    const double left[3] = {x, y, z};
-    return {static_cast<float>(left[1] * b.z - left[2] * b.y),
-            static_cast<float>(left[2] * b.x - left[0] * b.z),
-            static_cast<float>(left[0] * b.y - left[1] * b.x)};
+VRL_INLINE CVector CVector::Cross(const CVector& b) const {
+    return {exactmath::Minor(y, b.z, z, b.y), exactmath::Minor(z, b.x, x, b.z),
+            exactmath::Minor(x, b.y, y, b.x)};
 }
-VRL_DOUBLES float CVector::Length2() const {
-    return static_cast<float>(Sum(*this));
+VRL_INLINE float CVector::Length2() const {
+    return exactmath::Round(exactmath::ScalarProduct(*this, *this));
 }
+
 #endif
 
 } // namespace vorlund

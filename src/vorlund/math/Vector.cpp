@@ -18,7 +18,7 @@ float& CVector::OutsideCell() {
 }
 
 float CVector::Length() const {
-    return static_cast<float>(std::sqrt(Sum(*this)));
+    return static_cast<float>(std::sqrt(exactmath::ScalarProduct(*this, *this)));
 }
 void CVector::Normalize() {
     const float length = Length();

@@ -1,10 +1,10 @@
 #include <vorlund/String.h>
 
 #include "vorlund/api/text/TextBuffer.h"
-#include "vorlund/api/text/TextCase.h"
 #include "vorlund/api/text/TextKernels.h"
 
 #include <cstddef>
+#include <cwctype>
 #include <limits>
 #include <type_traits>
 #include <utility>
@@ -62,6 +62,13 @@ wchar Widened(char unit) {
     return WidenUnit(unit);
 }
 
+/// As the C runtime has it in the current locale of the thread. Where its characters are wider than a unit, a
+/// form that is no unit does not count.
+wchar UpperCaseUnit(wchar unit) {
+    const std::wint_t upper = std::towupper(static_cast<std::wint_t>(unit));
+    return upper > 0xFFFF ? unit : static_cast<wchar>(upper);
+}
+
 template <class TUnit> int CompareIgnoreCase(const wchar* left, const TUnit* right) {
     for (;; ++left, ++right) {
         const wchar leftUnit = *left;
@@ -71,7 +78,8 @@ template <class TUnit> int CompareIgnoreCase(const wchar* left, const TUnit* rig
             if (!leftUnit) return 0;
             continue;
         }
-        // No unit becomes 0 in upper case, so the terminator decides between a text and its beginnings.
+        // The end of a text is below every unit, whatever a locale makes of one.
+        if (!leftUnit || !rightUnit) return leftUnit ? 1 : -1;
         const wchar leftUpper = UpperCaseUnit(leftUnit);
         const wchar rightUpper = UpperCaseUnit(rightUnit);
         if (leftUpper != rightUpper) return leftUpper > rightUpper ? 1 : -1;
