@@ -108,7 +108,7 @@ TEST_F(StreamErrorsRead, LargeReadsTellToo) {
     EXPECT_NE(GetReadError(*input_), 0u);
 }
 
-TEST_F(StreamErrorsRead, EndOfAFileIsNoError) {
+TEST_F(StreamErrors, EndOfAFileIsNoError) {
     constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max();
     input_->Open(ToVorlund(Put("a", "abc")).c_str());
     char bytes[10];
