@@ -1,6 +1,7 @@
 // What only POSIX systems have: names that are bytes, links, pipes and devices.
 #include "data/file/PathFailures.h"
 #include "data/file/TemporaryFolder.h"
+#include "support/ChildProcess.h"
 #include "support/DebugRecorder.h"
 
 #include <vorlund/ClassIds.h>
@@ -288,6 +289,13 @@ TEST_F(FileSystemPosix, LackOfDescriptorsIsNoEmptyFolder) {
     }
     EXPECT_EQ(ListedFiles(), TNames{"song.wav"});
     EXPECT_EQ(ListedFolders(), (TNames{".", "..", "sub"}));
+}
+
+TEST_F(FileSystemPosix, LackOfDescriptorsIsNoFolderWithoutPlugins) {
+    const wstring folder = ToVorlund(BesideProgram(""));
+    const CNoDescriptors none;
+    ExpectRaisesFor<CFileAccessException>(folder, kCannotSearchFiles,
+                                          [&] { v.GetPluginStore().LoadAvailablePlugins(); });
 }
 
 TEST_F(FileSystemPosix, EntriesThatCannotBeReachedAreLeftOutInSilence) {

@@ -18,6 +18,8 @@
 #include <vorlund/StreamSelector.h>
 
 #include <cstring>
+#include <limits>
+#include <vector>
 
 namespace vorlund::test {
 namespace {
@@ -106,13 +108,19 @@ TEST_F(StreamErrorsRead, LargeReadsTellToo) {
     EXPECT_NE(GetReadError(*input_), 0u);
 }
 
-TEST_F(StreamErrorsRead, EndOfAFileIsNoError) {
+TEST_F(StreamErrors, EndOfAFileIsNoError) {
+    constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max();
     input_->Open(ToVorlund(Put("a", "abc")).c_str());
     char bytes[10];
     EXPECT_EQ(input_->Read(bytes, 10), 3u);
     EXPECT_EQ(input_->Read(bytes, 10), 0u);
-    input_->Seek(1000);
-    EXPECT_EQ(input_->Read(bytes, 10), 0u);
+    std::vector<char> many(1 << 20);
+    for (const std::int64_t position : {std::int64_t{1000}, std::int64_t{1} << 40, kLast - 5, kLast}) {
+        input_->Seek(position);
+        EXPECT_EQ(input_->Read(bytes, 10), 0u);
+        EXPECT_EQ(input_->Read(many.data(), many.size()), 0u);
+        EXPECT_EQ(GetReadError(*input_), 0u) << position;
+    }
     EXPECT_EQ(GetReadError(*input_), 0u);
     EXPECT_EQ(GetReadError(*CreateAs<IFileInputStream>(classid::CFileInputStream)), 0u);
 }

@@ -2,6 +2,8 @@
 
 #include "vorlund/data/file/FileSystem.h"
 
+#include <limits>
+
 namespace vorlund {
 namespace {
 
@@ -92,6 +94,8 @@ std::uint32_t CFileReader::FillWindow() {
 
 /// Asks the system for what follows the window. 0 at the end of the file, and when the system refuses.
 std::uint32_t CFileReader::ReadAtEnd(unsigned char* destination, std::uint32_t size) {
+    // No file is so long, but the system would call this an error.
+    if (endPosition_ > std::numeric_limits<std::int64_t>::max() - size) return 0;
     // The first error is the one that explains those that follow.
     return filesystem::ReadAt(descriptor_, endPosition_, destination, size,
                               readError_ == 0 ? &readError_ : nullptr);
