@@ -25,7 +25,7 @@ MAX_LINKS = 3
 # Where a question is answered: a file, and what it must hold.
 ANSWERS = {
     "where Seek of a WAV goes": ("src/vorlund/data/filters/WavChunkDecoder.cpp", "CWavChunkDecoder::Seek("),
-    "where the reason of a refused plug-in is made": ("src/vorlund/api/plugins/PluginStore.cpp", "TPluginOutcome Load("),
+    "where the reason of a refused plug-in is made": ("src/vorlund/api/plugins/PluginStore.cpp", "TPluginResult TryToLoad("),
     "which test holds the rule for a nested write lock": (
         "tests/system/ReadWriteLock_test.cpp",
         "ANestedWriteLockRecordsItsParameter",
