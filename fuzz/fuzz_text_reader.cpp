@@ -100,8 +100,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Check(stream->GetReferences() == 1);
 
-    // The base consumes the same lines when the stream delivers whole units. It raises for each, which takes long,
-    // so it has a few in a row from anywhere.
+    // The base consumes the same lines when the stream delivers whole units. It raises for each, which takes
+    // long, so it has a few in a row from anywhere.
     if (isWide && stream->mostPerRead % 2 != 0 && stream->mostPerRead < 100) ++stream->mostPerRead;
     const auto first = static_cast<std::size_t>(dice.Roll(lines.size() + 1));
     const std::size_t last = std::min(lines.size(), first + kMaxConsumed);
