@@ -27,11 +27,21 @@ CRefPtr<IObjectList> Hold(IObjectList* list) {
     return CRefPtr<IObjectList>::Share(list);
 }
 
+/// Releases `object`, and keeps the exception if it is the first.
+void ReleaseKeeping(IObject* object, std::exception_ptr& first) {
+    try {
+        object->Release();
+    } catch (...) {
+        if (!first) first = std::current_exception();
+    }
+}
+
 } // namespace
 
 CObjectList::~CObjectList() noexcept(false) {
     isEnding_ = true;
-    const std::exception_ptr raised = ReleaseAll();
+    std::exception_ptr raised;
+    TakeOut(raised);
     // Otherwise it would end the process; it has been reported when it was built.
     if (raised && std::uncaught_exceptions() == 0) std::rethrow_exception(raised);
 }
@@ -85,13 +95,6 @@ void CObjectList::RemoveAllObjects() {
 
 std::exception_ptr CObjectList::ReleaseAll() {
     std::exception_ptr first;
-    const auto release = [&first](IObject* object) {
-        try {
-            object->Release();
-        } catch (...) {
-            if (!first) first = std::current_exception();
-        }
-    };
     // Members see a full list. Those that they add have no turn and are released below; one that removes
     // itself makes room for the next.
     std::size_t turns = members_.size();
@@ -101,17 +104,21 @@ std::exception_ptr CObjectList::ReleaseAll() {
             continue;
         }
         IObject* const object = members_[i].object;
-        release(object);
+        ReleaseKeeping(object, first);
         const std::size_t position = ReleasedPosition(object, i);
         if (position == members_.size()) continue;
         // It may not exist any more.
         members_[position].object = nullptr;
         i = position + 1;
     }
-    for (const TMember& member : std::exchange(members_, {})) {
-        if (!member.isReleased) release(member.object);
-    }
+    TakeOut(first);
     return first;
+}
+
+void CObjectList::TakeOut(std::exception_ptr& first) {
+    for (const TMember& member : std::exchange(members_, {})) {
+        if (!member.isReleased) ReleaseKeeping(member.object, first);
+    }
 }
 
 IObjectEnumerator* CObjectList::EnumerateObjects() {

@@ -53,6 +53,8 @@ private:
     template <class TIsWanted> IObjectEnumerator* Enumerate(TIsWanted isWanted);
     /// Releases every member and empties the list; gives the first exception that a release raised.
     std::exception_ptr ReleaseAll();
+    /// Empties the list and releases who was in it; `first` is the first exception of a release, if none was.
+    void TakeOut(std::exception_ptr& first);
 
     std::vector<TMember> members_;
     /// Set while the list is destroyed: it takes no more members then.
