@@ -193,8 +193,8 @@ test_target() {
     row "built in $built s, tested in $((SECONDS - start)) s"
 }
 
-# Runs every fuzz target for some minutes, two at a time. New inputs are kept in the build folder; inputs that
-# fail, in its folder findings.
+# Runs every fuzz target for some minutes, one after the other, and keeps the account (scripts/fuzz.py). New inputs are
+# kept in the build folder; inputs that fail, in its folder findings.
 fuzz_target() {
     target=linux-fuzz
     local folder=build/linux-fuzz passed=0 failed=0 skipped_total=0 start=$SECONDS name
@@ -208,30 +208,15 @@ fuzz_target() {
     fi
     mapfile -t names < <(grep . "$folder/fuzzers.txt")
     for name in "${names[@]}"; do
-        while (($(jobs -rp | wc -l) >= 2)); do wait -n; done
-        fuzz_one "$name" "$1" &
-    done
-    wait
-    for name in "${names[@]}"; do
-        if [[ $(cat "$folder/status-$name") == 0 ]]; then
+        if scripts/fuzz.py run "$1" "$name" >"$logs/$target-$name.log" 2>&1; then
             count 1 0
-            printf '   %-24s %s\n' "$name" "$(grep -E '^Done ' "$logs/$target-$name.log")"
+            echo "   $(tail -n 1 "$logs/$target-$name.log")"
         else
             count 0 1
             complain "fuzz_$name, the input is in $folder/findings" "$logs/$target-$name.log"
         fi
     done
     row "fuzzed for $1 min each, $((SECONDS - start)) s"
-}
-
-fuzz_one() {
-    local name=$1 status=0
-    # The seeds are read only; what libFuzzer finds goes to the first folder.
-    mkdir -p "$folder/corpus/$name" "$folder/findings"
-    program_limit=$(($2 * 60 + 300)) on_target "$folder/bin/fuzz_$name" -max_total_time=$(($2 * 60)) -timeout=25 \
-        -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$folder/findings/$name-" \
-        "$folder/corpus/$name" "fuzz/corpus/$name" >"$logs/linux-fuzz-$name.log" 2>&1 || status=$?
-    echo "$status" >"$folder/status-$name"
 }
 
 # row NOTE: ends a target.

@@ -2,6 +2,7 @@
 /// `CDebug`, the library's one channel for diagnostic text, and its four destinations.
 #pragma once
 
+#include <vorlund/FormatArguments.h>
 #include <vorlund/Platform.h>
 
 namespace vorlund {
@@ -42,6 +43,17 @@ public:
     /// prints as "(null)", a fraction has a "." in every locale, and from an unknown conversion on the rest
     /// of the format is printed as it is written. `%n` is not supported and prints nothing. Never raises.
     static void PrintMessage(TDebugMessageType type, const wchar* format, ...);
+
+    /// The same with `CString`s among the arguments, which print as their texts (`%s`). Since version 0.1.
+    template <class... T>
+    requires formatting::TextArguments<T...>
+    static void PrintMessage(TDebugMessageType type, const wchar* format, const T&... arguments) {
+        PrintMessage(type, format, formatting::Argument(arguments)...);
+    }
+    /// No other object can be printed.
+    template <class... T>
+    requires formatting::ObjectArguments<T...>
+    static void PrintMessage(TDebugMessageType type, const wchar* format, const T&... arguments) = delete;
 
     /// Replaces the default destination of `type` by `handler`, which is then called with `user`; a null
     /// `handler` restores the default. Servers use this to avoid a modal box. Unknown types are ignored.

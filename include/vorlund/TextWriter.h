@@ -3,6 +3,7 @@
 #pragma once
 
 #include <vorlund/CharFormat.h>
+#include <vorlund/FormatArguments.h>
 #include <vorlund/Writer.h>
 
 namespace vorlund {
@@ -32,6 +33,18 @@ public:
     /// `LINE_BREAK_CRLF` it is also cut as soon as its first units have become 1020 units or more, carriage
     /// returns included.
     virtual void Write(const wchar* format, ...);
+
+    /// The same with `CString`s among the arguments, which are written as their texts (`%s`). Since version
+    /// 0.1.
+    template <class... T>
+    requires formatting::TextArguments<T...>
+    void Write(const wchar* format, const T&... arguments) {
+        Write(format, formatting::Argument(arguments)...);
+    }
+    /// No other object can be written.
+    template <class... T>
+    requires formatting::ObjectArguments<T...>
+    void Write(const wchar* format, const T&... arguments) = delete;
 
 private:
     TCharFormat charFormat_;

@@ -294,7 +294,9 @@ std::vector<TSlotRow> MakeRows() {
              {"Tell", SlotOf(&CWriter::Tell)}},
             SlotCount<CWriter>());
     AddRows(rows, "CVarWriter", 5, {}, SlotCount<CVarWriter>());
-    AddRows(rows, "CTextWriter", 5, {{"Write", SlotOf(&CTextWriter::Write)}}, SlotCount<CTextWriter>());
+    AddRows(rows, "CTextWriter", 5,
+            {{"Write", SlotOf<void (CTextWriter::*)(const wchar*, ...)>(&CTextWriter::Write)}},
+            SlotCount<CTextWriter>());
     AddRows(
         rows, "CReader", 2,
         {{"Eof", SlotOf(&CReader::Eof)}, {"Seek", SlotOf(&CReader::Seek)}, {"Tell", SlotOf(&CReader::Tell)}},

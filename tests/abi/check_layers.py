@@ -21,7 +21,7 @@ from collections import Counter
 FLOORS = {
     "api/platform": "NamesBegin NamesEnd Platform",
     "api/text": "",
-    "api/values": "ClassObject Debug Exception Id String",
+    "api/values": "ClassObject Debug Exception FormatArguments Id String",
     "math": "InlineArithmetic Matrix Vector",
     "system": "BinaryLock Event ReadWriteLock Timer",
     "api/objects": "ClassIds Object ObjectCounter ObjectImpl RefPtr",

@@ -187,6 +187,15 @@ TEST_F(TextWriter, HugeWidthsAreCut) {
     EXPECT_EQ(stream->bytes, TBytes(1023, ' '));
 }
 
+TEST_F(TextWriter, TextObjectsAreWritten) {
+    const auto stream = Target();
+    CTextWriter writer(stream.Get(), CHAR_FORMAT_8BIT, LINE_BREAK_LF);
+    CString name("name");
+    const CString value("value");
+    writer.Write(VRL_L("%s=%s %d"), name, value, 3);
+    EXPECT_EQ(stream->bytes, Bytes("name=value 3"));
+}
+
 TEST_F(TextWriter, PiecesFollowOneAnother) {
     const auto stream = Target();
     {

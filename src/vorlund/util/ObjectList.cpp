@@ -5,6 +5,7 @@
 #include <vorlund/Exception.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace vorlund {
 namespace {
@@ -21,52 +22,142 @@ constexpr TFailure kNoEnumerator{VRL_L("vorlund::CObjectList::EnumerateObjects")
 constexpr TFailure kGetBadIndex{VRL_L("vorlund::CObjectList::GetObject"), kFile, 126, kIndexOutOfBounds};
 constexpr TFailure kFindNotFound{VRL_L("vorlund::CObjectList::FindObject"), kFile, 140, kCannotFindObject};
 
+/// Keeps a list while it works.
+CRefPtr<IObjectList> Hold(IObjectList* list) {
+    return CRefPtr<IObjectList>::Share(list);
+}
+
+/// Releases `object`, and keeps the exception if it is the first.
+void ReleaseKeeping(IObject* object, std::exception_ptr& first) {
+    try {
+        object->Release();
+    } catch (...) {
+        if (!first) first = std::current_exception();
+    }
+}
+
 } // namespace
 
+CObjectList::~CObjectList() noexcept(false) {
+    isEnding_ = true;
+    std::exception_ptr raised;
+    TakeOut(raised);
+    // Otherwise it would end the process; it has been reported when it was built.
+    if (raised && std::uncaught_exceptions() == 0) std::rethrow_exception(raised);
+}
+
 void CObjectList::AddObject(IObject* object) {
-    objects_.Share(object);
+    if (isEnding_) return;
+    const auto held = Hold(this);
+    object->AddRef();
+    try {
+        members_.push_back({object, false});
+    } catch (...) {
+        object->Release();
+        throw;
+    }
 }
 
 void CObjectList::RemoveObject(unsigned int index) {
-    if (index >= objects_.GetCount()) Raise<CBadIndexException>(kRemoveBadIndex);
-    objects_.Remove(index);
+    if (index >= members_.size()) Raise<CBadIndexException>(kRemoveBadIndex);
+    ReleaseAndRemove(index);
 }
 
 void CObjectList::RemoveObject(IObject* object) {
-    objects_.Remove(Find(object, kRemoveNotFound));
+    ReleaseAndRemove(Find(object, kRemoveNotFound));
+}
+
+void CObjectList::ReleaseAndRemove(std::size_t index) {
+    const auto remove = [this](std::size_t position) {
+        if (position < members_.size())
+            members_.erase(members_.begin() + static_cast<std::ptrdiff_t>(position));
+    };
+    TMember& member = members_[index];
+    // Somebody is about to remove it, and has been called back.
+    if (member.isReleased) return remove(index);
+    const auto held = Hold(this);
+    IObject* const object = member.object;
+    member.isReleased = true;
+    // It may be elsewhere meanwhile, or gone. Of several released positions of one object each may go first.
+    try {
+        object->Release();
+    } catch (...) {
+        remove(ReleasedPosition(object, index));
+        throw;
+    }
+    remove(ReleasedPosition(object, index));
 }
 
 void CObjectList::RemoveAllObjects() {
-    objects_.Clear();
+    const auto held = Hold(this);
+    if (const std::exception_ptr raised = ReleaseAll()) std::rethrow_exception(raised);
+}
+
+std::exception_ptr CObjectList::ReleaseAll() {
+    std::exception_ptr first;
+    // Members see a full list. Those that they add have no turn and are released below; one that removes
+    // itself makes room for the next.
+    std::size_t turns = members_.size();
+    for (std::size_t i = 0; i < members_.size() && turns > 0; --turns) {
+        if (std::exchange(members_[i].isReleased, true)) {
+            ++i;
+            continue;
+        }
+        IObject* const object = members_[i].object;
+        ReleaseKeeping(object, first);
+        const std::size_t position = ReleasedPosition(object, i);
+        if (position == members_.size()) continue;
+        // It may not exist any more.
+        members_[position].object = nullptr;
+        i = position + 1;
+    }
+    TakeOut(first);
+    return first;
+}
+
+void CObjectList::TakeOut(std::exception_ptr& first) {
+    for (const TMember& member : std::exchange(members_, {})) {
+        if (!member.isReleased) ReleaseKeeping(member.object, first);
+    }
 }
 
 IObjectEnumerator* CObjectList::EnumerateObjects() {
-    return EnumerateObjects(IObject::InterfaceId);
+    return Enumerate([](IObject*) { return true; });
 }
 
 IObjectEnumerator* CObjectList::EnumerateObjects(CId interfaceId) {
+    return Enumerate([&interfaceId](IObject* object) {
+        IObject* const answer = object->QueryInterface(interfaceId);
+        if (answer) answer->Release();
+        return answer != nullptr;
+    });
+}
+
+template <class TIsWanted> IObjectEnumerator* CObjectList::Enumerate(TIsWanted isWanted) {
+    const auto held = Hold(this);
     auto enumerator = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoEnumerator);
     enumerator->Reserve(GetObjectCount());
-    for (IObject* const object : objects_) {
-        // Every object is an IObject, so a list of all members need not ask.
-        if (interfaceId != IObject::InterfaceId) {
-            IObject* const answer = object->QueryInterface(interfaceId);
-            if (!answer) continue;
-            answer->Release();
-        }
-        enumerator->Push(object);
+    // Members added meanwhile have no turn; one that leaves makes room for the next.
+    std::size_t turns = members_.size();
+    for (std::size_t i = 0; i < members_.size() && turns > 0; --turns) {
+        IObject* const object = members_[i].object;
+        // A member that has left may not exist any more.
+        if (object && isWanted(object) && IsAt(i, object)) enumerator->Push(object);
+        if (IsAt(i, object)) ++i;
     }
     return enumerator.Detach();
 }
 
 unsigned int CObjectList::GetObjectCount() {
-    return static_cast<unsigned int>(objects_.GetCount());
+    return static_cast<unsigned int>(members_.size());
 }
 
 IObject* CObjectList::GetObject(unsigned int index) {
-    if (index >= objects_.GetCount()) Raise<CBadIndexException>(kGetBadIndex);
-    objects_[index]->AddRef();
-    return objects_[index];
+    // A position without an object is there only while the list is being emptied.
+    if (index >= members_.size() || !members_[index].object) Raise<CBadIndexException>(kGetBadIndex);
+    IObject* const object = members_[index].object;
+    object->AddRef();
+    return object;
 }
 
 int CObjectList::FindObject(IObject* object) {
@@ -74,9 +165,23 @@ int CObjectList::FindObject(IObject* object) {
 }
 
 std::size_t CObjectList::Find(IObject* object, const TFailure& failure) const {
-    const auto found = std::find(objects_.begin(), objects_.end(), object);
-    if (found == objects_.end()) Raise<CObjectNotFoundException>(failure);
-    return static_cast<std::size_t>(found - objects_.begin());
+    const auto found = std::find_if(members_.begin(), members_.end(),
+                                    [object](const TMember& member) { return member.object == object; });
+    if (!object || found == members_.end()) Raise<CObjectNotFoundException>(failure);
+    return static_cast<std::size_t>(found - members_.begin());
+}
+
+bool CObjectList::IsAt(std::size_t index, IObject* object) const {
+    return index < members_.size() && members_[index].object == object;
+}
+
+std::size_t CObjectList::ReleasedPosition(IObject* object, std::size_t likely) const {
+    const auto isMarked = [object](const TMember& member) {
+        return member.object == object && member.isReleased;
+    };
+    if (likely < members_.size() && isMarked(members_[likely])) return likely;
+    const auto found = std::find_if(members_.begin(), members_.end(), isMarked);
+    return static_cast<std::size_t>(found - members_.begin());
 }
 
 } // namespace vorlund

@@ -3,29 +3,35 @@
 /// units at a time.
 ///
 /// Where a length is given, blocks stay inside the text; the last one overlaps the one before. A terminated
-/// text is read in blocks that may reach beyond its terminator, but never into another page than some unit of
-/// the text, so they cannot fault; only the sanitizers would object, so those functions are
-/// excluded from them.
+/// text is read in aligned blocks, each of which holds some unit of it, so they cannot fault; memory checkers
+/// accept such a block when part of it is outside. The sanitizers' instrumentation does not, so builds with
+/// it have the plain loops there.
 #pragma once
 
 #include "vorlund/api/text/TextKernels.h"
+#include "vorlund/api/text/TextKernels_scalar.h"
 
 #include <bit>
 #include <cstdint>
 #include <cstring>
 #include <emmintrin.h>
 
-namespace vorlund::sse2 {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define VRL_HAS_INSTRUMENTED_READS 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
+#define VRL_HAS_INSTRUMENTED_READS 1
+#endif
+#endif
+#ifndef VRL_HAS_INSTRUMENTED_READS
+#define VRL_HAS_INSTRUMENTED_READS 0
+#endif
 
-/// Marks a function that reads whole blocks around a terminator.
-#define VRL_READS_BLOCKS __attribute__((no_sanitize("address", "thread")))
+namespace vorlund::sse2 {
 
 constexpr std::size_t kBlock = 8;
 constexpr std::size_t kBlockBytes = 16;
-/// No x86 system has smaller pages.
-constexpr std::size_t kPageBytes = 4096;
 
-/// Inlined in unoptimised builds, too, so that the sanitizers treat it like its caller.
 VRL_INLINE __m128i Load(const void* place) {
     return _mm_loadu_si128(static_cast<const __m128i*>(place));
 }
@@ -56,42 +62,40 @@ inline std::size_t LastUnitOf(unsigned int mask) {
     return (31 - static_cast<unsigned int>(std::countl_zero(mask))) / 2;
 }
 
-/// Walks the aligned blocks of a terminated text to the first unit that `TWanted` makes 0. Packing with
-/// saturation keeps what is 0 and what is not, so four blocks cost little more than one.
-template <class TWanted> VRL_INLINE VRL_READS_BLOCKS std::size_t Walk(const wchar* text, TWanted wanted) {
+/// The bytes between the beginning of its block and `text`.
+inline std::size_t BytesBefore(const wchar* text) {
+    return reinterpret_cast<std::uintptr_t>(text) % kBlockBytes;
+}
+
+/// Walks the aligned blocks of a terminated text to the first unit that `TWanted` makes 0. A block is read
+/// only when the one before has no such unit.
+template <class TWanted> VRL_INLINE std::size_t Walk(const wchar* text, TWanted wanted) {
     const __m128i zero = _mm_setzero_si128();
-    const auto address = reinterpret_cast<std::uintptr_t>(text);
     // The first block may begin before the text.
-    const std::size_t before = address % kBlockBytes;
-    const auto* block = reinterpret_cast<const __m128i*>(address - before);
-    unsigned int mask = Mask(Equal(wanted(block[0]), zero)) >> before;
+    const std::size_t before = BytesBefore(text);
+    const auto* block = reinterpret_cast<const __m128i*>(reinterpret_cast<std::uintptr_t>(text) - before);
+    unsigned int mask = Mask(Equal(wanted(*block), zero)) >> before;
     if (mask) return FirstUnitOf(mask);
-    ++block;
-    while (reinterpret_cast<std::uintptr_t>(block) % (4 * kBlockBytes)) {
-        mask = Mask(Equal(wanted(block[0]), zero));
-        if (mask)
-            return static_cast<std::size_t>(reinterpret_cast<const wchar*>(block) - text) + FirstUnitOf(mask);
-        ++block;
-    }
+    const auto isIn = [&](int i) { return (mask = Mask(Equal(wanted(block[i]), zero))) != 0; };
+    const auto place = [&](int i) {
+        return static_cast<std::size_t>(reinterpret_cast<const wchar*>(block + i) - text) + FirstUnitOf(mask);
+    };
     for (;; block += 4) {
-        const __m128i low = _mm_packs_epi16(wanted(block[0]), wanted(block[1]));
-        const __m128i high = _mm_packs_epi16(wanted(block[2]), wanted(block[3]));
-        if (!Mask(_mm_cmpeq_epi8(_mm_min_epu8(low, high), zero))) continue;
-        const unsigned int lowMask = Mask(_mm_cmpeq_epi8(low, zero));
-        const unsigned int highMask = Mask(_mm_cmpeq_epi8(high, zero));
-        const std::size_t base = static_cast<std::size_t>(reinterpret_cast<const wchar*>(block) - text);
-        return base + static_cast<unsigned int>(std::countr_zero(lowMask | highMask << 16));
+        if (isIn(1)) return place(1);
+        if (isIn(2)) return place(2);
+        if (isIn(3)) return place(3);
+        if (isIn(4)) return place(4);
     }
 }
 
-VRL_READS_BLOCKS inline std::size_t TextLength(const wchar* text) {
+inline std::size_t TextLength(const wchar* text) {
     struct TWanted {
         VRL_INLINE __m128i operator()(__m128i units) const { return units; }
     };
     return Walk(text, TWanted{});
 }
 
-VRL_READS_BLOCKS inline std::size_t TextLength(const wchar* text, std::size_t limit) {
+inline std::size_t TextLength(const wchar* text, std::size_t limit) {
     const __m128i zero = _mm_setzero_si128();
     const std::size_t before = reinterpret_cast<std::uintptr_t>(text) % kBlockBytes;
     const auto* block = reinterpret_cast<const __m128i*>(reinterpret_cast<std::uintptr_t>(text) - before);
@@ -107,7 +111,7 @@ VRL_READS_BLOCKS inline std::size_t TextLength(const wchar* text, std::size_t li
     return length < limit ? length : limit;
 }
 
-VRL_READS_BLOCKS inline std::size_t FindFirstUnit(const wchar* text, wchar unit) {
+inline std::size_t FindFirstUnit(const wchar* text, wchar unit) {
     struct TWanted {
         __m128i unit;
         VRL_INLINE __m128i operator()(__m128i units) const {
@@ -159,28 +163,47 @@ inline std::size_t FindLastUnit(const wchar* text, wchar unit) {
     return unit ? FindLastUnit(text, length, unit) : length;
 }
 
-/// How many units can be read from both places within their pages.
-inline std::size_t RoomInPages(const wchar* left, const wchar* right) {
-    const std::size_t leftUsed = reinterpret_cast<std::uintptr_t>(left) % kPageBytes;
-    const std::size_t rightUsed = reinterpret_cast<std::uintptr_t>(right) % kPageBytes;
-    return (kPageBytes - (leftUsed > rightUsed ? leftUsed : rightUsed)) / sizeof(wchar);
+/// The order of texts by the first of eight units that differ or end; 0 when there are none yet or both end
+/// there.
+struct TBlockOrder {
+    bool isDecided;
+    int order;
+};
+VRL_INLINE TBlockOrder CompareBlock(const wchar* left, const wchar* right, __m128i leftUnits,
+                                    __m128i rightUnits) {
+    const __m128i same =
+        _mm_andnot_si128(Equal(leftUnits, _mm_setzero_si128()), Equal(leftUnits, rightUnits));
+    const unsigned int end = Mask(same) ^ 0xFFFF;
+    if (!end) return {false, 0};
+    const wchar a = left[FirstUnitOf(end)];
+    const wchar b = right[FirstUnitOf(end)];
+    return {true, a == b ? 0 : a > b ? 1 : -1};
 }
 
-VRL_READS_BLOCKS inline int CompareText(const wchar* left, const wchar* right) {
-    const __m128i zero = _mm_setzero_si128();
-    const auto order = [](wchar a, wchar b) { return a == b ? 0 : a > b ? 1 : -1; };
-    for (;;) {
-        std::size_t room = RoomInPages(left, right);
-        for (; room >= kBlock; room -= kBlock, left += kBlock, right += kBlock) {
-            const __m128i units = Load(left);
-            const __m128i same = _mm_andnot_si128(Equal(units, zero), Equal(units, Load(right)));
-            const unsigned int end = Mask(same) ^ 0xFFFF;
-            if (end) return order(left[FirstUnitOf(end)], right[FirstUnitOf(end)]);
+inline int CompareText(const wchar* left, const wchar* right) {
+    const auto blockOf = [](const wchar* text) { return reinterpret_cast<const __m128i*>(text); };
+    for (; BytesBefore(left); ++left, ++right)
+        if (*left != *right || !*left) return scalar::CompareText(left, right);
+    const std::size_t before = BytesBefore(right);
+    if (!before) {
+        for (;; left += kBlock, right += kBlock) {
+            const TBlockOrder found = CompareBlock(left, right, *blockOf(left), *blockOf(right));
+            if (found.isDecided) return found.order;
         }
-        // The few units before one of the pages ends.
-        for (; room > 0; --room, ++left, ++right)
-            if (*left != *right || !*left) return order(*left, *right);
     }
+    // Eight units of the right text are in two of its blocks. They are read at once when they are there: when
+    // neither the rest of the first block nor the beginning of the second has the end.
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i* block = blockOf(right - before / sizeof(wchar));
+    const unsigned int beginning = (1u << before) - 1;
+    for (unsigned int ends = Mask(Equal(*block, zero)) >> before; !ends; left += kBlock, right += kBlock) {
+        ends = Mask(Equal(*++block, zero));
+        if (ends & beginning) break;
+        const TBlockOrder found = CompareBlock(left, right, *blockOf(left), Load(right));
+        if (found.isDecided) return found.order;
+        ends >>= before;
+    }
+    return scalar::CompareText(left, right);
 }
 
 /// Whether `length` units, at least 3, are the same; reads nothing else.
@@ -326,12 +349,17 @@ inline void WidenText(wchar* destination, const char* source, std::size_t length
     for (; i < length; ++i) destination[i] = WidenUnit(source[i]);
 }
 
-#undef VRL_READS_BLOCKS
+#if VRL_HAS_INSTRUMENTED_READS
+namespace terminated = scalar;
+#else
+namespace terminated = sse2;
+#endif
 
 inline constexpr TTextSet kText{"sse2",
                                 [] { return true; },
-                                {TextLength, TextLength, CompareText, FindFirstUnit, FindLastUnit,
-                                 FindFirstUnit, FindLastUnit, FindFirstText, FindLastText, FindAllText,
-                                 ReplaceUnit, WidenText}};
+                                {terminated::TextLength, terminated::TextLength, terminated::CompareText,
+                                 terminated::FindFirstUnit, terminated::FindLastUnit, FindFirstUnit,
+                                 FindLastUnit, FindFirstText, FindLastText, FindAllText, ReplaceUnit,
+                                 WidenText}};
 
 } // namespace vorlund::sse2
