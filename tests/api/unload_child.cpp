@@ -134,14 +134,15 @@ int Run(std::string_view mode) {
     if (mode == "inside-own-callback") return UnloadDuring(&StayInside, "UnloadClientStopInsideOwnCallback");
     if (mode == "inside-callback-at-exit") {
         // Never unloaded, and the callback never returns.
-        CLibrary* const library = new CLibrary;
+        static CLibrary* const library = new CLibrary;
         library->Find<void(void (*)(CEvent::TAsyncCbData&), bool (*)())>("UnloadClientStopInsideCallback")(
             &StayInsideCallback, &IsInside);
         return 0;
     }
     if (mode == "static-objects-beside-others") return UnloadBesideOthers();
     if (mode == "static-timer-at-exit") {
-        (new CLibrary)->Do("UnloadClientRunStaticTimer");
+        static CLibrary* const library = new CLibrary;
+        library->Do("UnloadClientRunStaticTimer");
         return 0;
     }
     if (mode == "static-timers") {
