@@ -86,6 +86,7 @@ INSTANTIATE_TEST_SUITE_P(
         TEndRow{"unload_child", "open", kVorlund}, TEndRow{"unload_child", "open-in-a-second-life", kVorlund},
         TEndRow{"unload_child", "events-used", nullptr}, TEndRow{"unload_child", "with-waits", nullptr},
         TEndRow{"unload_child", "timer-alive", kTimerPool}, TEndRow{"unload_child", "static-timers", nullptr},
+        TEndRow{"unload_child", "static-objects-beside-others", nullptr},
         TEndRow{"unload_child", "static-timer-at-exit", nullptr},
         TEndRow{"unload_child", "inside-callback", nullptr},
         TEndRow{"unload_child", "inside-callback-at-exit", nullptr},

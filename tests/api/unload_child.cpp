@@ -54,6 +54,12 @@ private:
     void* module_;
 };
 
+/// Threads before anything is done. A sanitizer starts one of its own with the first.
+int CountThreadsAtRest() {
+    std::thread([] {}).join();
+    return CountThreads();
+}
+
 std::atomic<bool> isInside{false};
 std::atomic<bool> mayLeave{false};
 
@@ -73,7 +79,7 @@ void StayInsideCallback(CEvent::TAsyncCbData&) {
 /// Unloads the library while a callback runs, which returns only when the library has gone, or cannot be seen
 /// to go. `start` is the function of the client that enters it.
 template <class TCallback> int UnloadDuring(TCallback* callback, const char* start) {
-    const int threads = CountThreads();
+    const int threads = CountThreadsAtRest();
     std::thread leave;
     {
         CLibrary library;
@@ -86,6 +92,31 @@ template <class TCallback> int UnloadDuring(TCallback* callback, const char* sta
     }
     leave.join();
     // The callback's thread has survived its return.
+    return ThreadsComeDownTo(threads) ? 0 : 9;
+}
+
+/// Unloads a module with static objects again and again, while another one uses the library, which stays.
+int UnloadBesideOthers() {
+    const int threads = CountThreadsAtRest();
+    {
+        CLibrary library;
+        std::atomic<bool> isEnding{false};
+        std::thread others([&] {
+            while (!isEnding) library.Do("UnloadClientUseEvents");
+        });
+        for (int life = 0; life < 50; ++life) {
+            void* const module = LoadModule("unload_client_too");
+            for (const char* const name :
+                 {"UnloadClientStartStaticTimer", "UnloadClientWaitForStaticEvent"}) {
+                auto* const start = FindFunction(module, name);
+                if (!start) Fail(6);
+                start();
+            }
+            if (!UnloadModule(module)) Fail(3);
+        }
+        isEnding = true;
+        others.join();
+    }
     return ThreadsComeDownTo(threads) ? 0 : 9;
 }
 
@@ -103,17 +134,19 @@ int Run(std::string_view mode) {
     if (mode == "inside-own-callback") return UnloadDuring(&StayInside, "UnloadClientStopInsideOwnCallback");
     if (mode == "inside-callback-at-exit") {
         // Never unloaded, and the callback never returns.
-        CLibrary* const library = new CLibrary;
+        static CLibrary* const library = new CLibrary;
         library->Find<void(void (*)(CEvent::TAsyncCbData&), bool (*)())>("UnloadClientStopInsideCallback")(
             &StayInsideCallback, &IsInside);
         return 0;
     }
+    if (mode == "static-objects-beside-others") return UnloadBesideOthers();
     if (mode == "static-timer-at-exit") {
-        (new CLibrary)->Do("UnloadClientRunStaticTimer");
+        static CLibrary* const library = new CLibrary;
+        library->Do("UnloadClientRunStaticTimer");
         return 0;
     }
     if (mode == "static-timers") {
-        const int threads = CountThreads();
+        const int threads = CountThreadsAtRest();
         for (int life = 0; life < 40; ++life)
             CLibrary().Do(life % 2 ? "UnloadClientStartStaticTimer" : "UnloadClientRunStaticTimer");
         return ThreadsComeDownTo(threads) ? 0 : 9;

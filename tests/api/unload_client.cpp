@@ -44,6 +44,12 @@ void UnloadClientRunStaticTimer() {
     timer.Wait();
 }
 
+/// Waits asynchronously for a static object of this module, until the module is unloaded.
+void UnloadClientWaitForStaticEvent() {
+    static vorlund::CEvent event;
+    event.WaitAsync([](vorlund::CEvent::TAsyncCbData&) {}, nullptr);
+}
+
 /// Starts an asynchronous wait that calls at once, waits until it is `inside`, and stops it.
 void UnloadClientStopInsideCallback(void (*callback)(vorlund::CEvent::TAsyncCbData&), bool (*isInside)()) {
     vorlund::CEvent event;

@@ -33,8 +33,13 @@ constexpr const char* kUsage =
 /// What a thread does in a round. Each round loads the plug-in once.
 constexpr TCounts kPart{25, 3, 1, 0};
 constexpr std::size_t kMaxSamples = 1000;
-/// What the plug-in store keeps of each plug-in that it has loaded, with what an allocator adds.
+/// What the plug-in store keeps of each plug-in that it has loaded, with what an allocator adds; and what a
+/// sanitizer keeps of each module and each thread.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr long long kBytesPerLoad = 65536;
+#else
 constexpr long long kBytesPerLoad = 160;
+#endif
 
 struct TOptions {
     TCounts goal{1000000, 10000, 10000, 10000};
