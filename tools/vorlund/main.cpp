@@ -1,14 +1,11 @@
 // The command-line program: one subcommand per job.
-#include "Command.h"
+#include "CommandLine.h"
 #include "Diagnostics.h"
 #include "Terminal.h"
 
 #include <vorlund/Exception.h>
 #include <vorlund/Path.h>
-#include <vorlund/Version.h>
 #include <vorlund/Vorlund.h>
-
-#include <CLI/CLI.hpp>
 
 #include <cstdio>
 #include <cstdlib>
@@ -20,9 +17,6 @@
 #include <vector>
 
 namespace {
-
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
 
 constexpr const vorlund::wchar* kOutOfMemory = VRL_L("Out of memory");
 
@@ -82,36 +76,10 @@ template <class TAct> int Report(const CDiagnostics& diagnostics, TAct act) {
 }
 
 int Run(int argc, char** argv, CDiagnostics& diagnostics, CLibrary& library) {
-    CLI::App app{"Decodes and makes media files with the Vorlund library.", "vorlund"};
-    app.require_subcommand(1);
-    app.set_version_flag("--version", std::string("vorlund ") + vorlund::GetVersion().text,
-                         "Print the version of the library and exit");
-    // A word that begins with "/" is a path on every system.
-    app.allow_windows_style_options(false);
-
-    app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return "vorlund: " + std::string(error.what()) + "; --help tells the options\n";
-    });
-
-    std::vector<std::string> pluginPaths;
-    app.add_option("--plugin-path", pluginPaths,
-                   "Load the plug-ins of this folder too; may be given several times")
-        ->allow_extra_args(false);
-    TCommand command;
-    AddDecodeCommand(app, command);
-    AddPlasmaCommand(app, command);
-    AddRandomCommand(app, command);
-    AddWindowCommand(app, command);
-
-    try {
-        std::vector<std::string> arguments = GetArguments(argc, argv);
-        // The parser takes the arguments last first.
-        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kExitUsage;
-    }
-    library.Open(pluginPaths);
-    command(diagnostics);
+    const TCommandLine line = ReadCommandLine(GetArguments(argc, argv));
+    if (!line.command) return line.exitCode;
+    library.Open(line.pluginPaths);
+    line.command(diagnostics);
     library.Close();
     return 0;
 }
