@@ -46,7 +46,10 @@ struct TPartRow {
     const char* name;
     void (*open)(CVorlund& library);
 };
-class VorlundAbandonParts : public testing::TestWithParam<TPartRow> {};
+class VorlundAbandonParts : public testing::TestWithParam<TPartRow> {
+    // Whose class store a further library object asks.
+    CLibraryScope library_;
+};
 
 TEST_P(VorlundAbandonParts, AreClosed) {
     const CDebugRecorder recorder;

@@ -13,6 +13,7 @@
 #include "support/Failures.h"
 #include "support/KnownFailures.h"
 #include "support/Latch.h"
+#include "support/Leaks.h"
 #include "support/LibraryScope.h"
 #include "support/Probes.h"
 

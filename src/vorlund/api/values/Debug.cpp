@@ -17,6 +17,7 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 namespace vorlund {
@@ -24,6 +25,7 @@ namespace {
 
 constexpr int kMessageCapacity = 1024;
 constexpr int kDestinationCount = 4;
+constexpr int kMaxTriesAtEnd = 1000;
 
 struct THandler {
     TDebugHandler function;
@@ -64,7 +66,9 @@ void WriteBoxTextAtEnd(TDebugMessageType, const wchar* text, void*) {
 }
 
 void EndHandlers() {
-    const std::lock_guard guard(handlersMutex);
+    // Windows ends all other threads before, and one of them may have held the mutex: it is not waited for.
+    std::unique_lock guard(handlersMutex, std::defer_lock);
+    for (int tries = 0; tries < kMaxTriesAtEnd && !guard.try_lock(); ++tries) std::this_thread::yield();
     if (areKeptToTheEnd) return;
     haveEnded = true;
     for (THandler& handler : handlers) {
