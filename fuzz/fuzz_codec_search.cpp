@@ -1,7 +1,7 @@
 /// \file
-/// The search for a chain of decoders, with several of them: which formats each takes and makes, which of them
-/// refuse, and what is wanted, are drawn at random, and a model says which chain is found and in which order
-/// the decoders are tried.
+/// The search for a chain of decoders, with several of them: which formats each takes and makes, which of
+/// them refuse, and what is wanted, are drawn at random, and a model says which chain is found and in which
+/// order the decoders are tried.
 #include "WavFuzz.h"
 #include "support/TestDecoders.h"
 
@@ -15,14 +15,17 @@ using test::TestFormat;
 
 namespace {
 
-/// The fewest units that a chain takes to be too long, and some that are left over.
+/// Enough for a chain that is too long, and some besides.
 constexpr std::size_t kMaxDecoders = 14;
 constexpr int kMaxChain = 9;
 
 struct TPlan {
     unsigned int accepts = 0;
     unsigned int produces = 0;
+    /// Refuses when it is connected, and stays so.
     bool refusesConnected = false;
+    /// Does not say that it is connected.
+    bool hidesStream = false;
 };
 
 /// 0 is the null identifier.
@@ -40,7 +43,8 @@ public:
         if (current == wanted) return true;
         if (depth == kMaxChain) return false;
         for (std::size_t i = 0; i < plans_.size(); ++i) {
-            if (Connect(i, current, name) && FindWanted(plans_[i].produces, std::to_string(i), wanted, depth + 1))
+            if (Connect(i, current, name) &&
+                FindWanted(plans_[i].produces, std::to_string(i), wanted, depth + 1))
                 return true;
         }
         return false;
@@ -69,7 +73,8 @@ private:
             events_.push_back("refuse " + number);
             return false;
         }
-        isConnected_[index] = true;
+        // One that refuses and then hides its stream is tried again.
+        isConnected_[index] = !(plan.refusesConnected && plan.hidesStream);
         if (plan.refusesConnected) {
             events_.push_back("refuse " + number);
             return false;
@@ -93,6 +98,27 @@ test::TCallLog TakeTries() {
     return tries;
 }
 
+/// The classes stay registered: the class store would keep every further registration too.
+void RegisterClasses() {
+    static const bool isDone = [] {
+        CTestDecoders decoders;
+        CCodecClassStore store;
+        store.Init();
+        for (std::size_t i = 0; i < kMaxDecoders; ++i) decoders.Register(store, i, {});
+        store.Close();
+        return true;
+    }();
+    Check(isDone);
+}
+
+void AddDecoder(CCodecClassStore& store, std::size_t index, const TPlan& plan) {
+    store.RegisterDecoder({test::TestDecoderId(index), FormatOf(plan.accepts), FormatOf(plan.produces)});
+    CTestDecoders::plans[index] = {.accepts = FormatOf(plan.accepts),
+                                   .produces = FormatOf(plan.produces),
+                                   .refusesConnected = plan.refusesConnected,
+                                   .hidesStream = plan.hidesStream};
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -101,19 +127,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const unsigned int begin = 1 + input.Byte() % 15;
     const unsigned int wanted = input.Byte() % 16;
     std::vector<TPlan> plans;
-    CTestDecoders decoders;
+    RegisterClasses();
+    const CTestDecoders decoders;
     CCodecClassStore store;
     store.Init();
     while (!input.IsEmpty() && plans.size() < kMaxDecoders) {
         // A byte says what it takes and how, one what it makes.
         const std::uint8_t takes = input.Byte();
-        plans.push_back({takes % 16u, 1 + input.Byte() % 15u, takes >= 240});
-        const TPlan& plan = plans.back();
-        decoders.Register(store, plans.size() - 1,
-                          {.accepts = FormatOf(plan.accepts),
-                           .produces = FormatOf(plan.produces),
-                           .refusesConnected = plan.refusesConnected,
-                           .hidesStream = (takes & 64) != 0});
+        plans.push_back({takes % 16u, 1 + input.Byte() % 15u, (takes & 48) == 48, (takes & 64) != 0});
+        AddDecoder(store, plans.size() - 1, plans.back());
     }
     const auto stream = test::Make<test::CMemoryInputStream>();
     stream->format.Set(test::HeadOnly(FormatOf(begin)));
