@@ -1,6 +1,5 @@
 // Prints a text file line by line, with line numbers.
 #include <cstdio>
-#include <vorlund/Debug.h>
 #include <vorlund/LineReader.h>
 #include <vorlund/Path.h>
 #include <vorlund/StreamSelector.h>
@@ -9,8 +8,6 @@ using namespace vorlund;
 
 int main(int argc, char** argv) {
     const wstring path = PathFromUtf8(argc > 1 ? argv[1] : "README.md");
-    // The reader ends every line with an exception of its own; this keeps them out of the debugger output.
-    CDebug::SetHandler(DEBUG_MESSAGE_OUTPUT, [](TDebugMessageType, const wchar*, void*) {});
     int number = 0;
     v.Init();
     {

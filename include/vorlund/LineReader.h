@@ -6,10 +6,8 @@
 
 namespace vorlund {
 
-/// A `CTextReader` that returns its lines: it copies the bytes of a line before they leave the buffer, and
-/// catches the exception that ends each `CTextReader::ReadLine`. That exception is still reported on
-/// `DEBUG_MESSAGE_OUTPUT`, once a line: a program that reads many lines sets a handler for that
-/// (`CDebug::SetHandler`). One thread at a time.
+/// A `CTextReader` that returns its lines, without the exception that ends each `CTextReader::ReadLine` and
+/// its report. One thread at a time.
 ///
 /// A line comes without its line feed and without any carriage return. The last line needs no line feed. Of
 /// UTF-16 text, half a unit at the end of the data is dropped; the stream may deliver pieces of any size.
@@ -46,6 +44,7 @@ private:
     };
 
     bool ReadUnits();
+    void ReadToLineFeed();
     void KeepBytes(int count);
     void Discard();
 

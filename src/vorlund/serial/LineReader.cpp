@@ -2,15 +2,14 @@
 
 #include "vorlund/serial/CharUnits.h"
 
-#include <vorlund/Exception.h>
-
 #include <algorithm>
 #include <cstddef>
 
-// `CTextReader::ReadLine` calls `Flush` once for each piece of a line without a line feed. The line ends
-// with one `RemoveBufferedData`, for the piece with the line feed, or, at the end of the data, with a
-// `FillBuffer` that leaves nothing buffered. From then on the line is complete, and the only exception still
-// to come is the one that ends every `ReadLine`. An exception that comes earlier is the stream's.
+// A line is read by the same calls in the same order as `CTextReader::ReadLine` makes: `Flush` once for each
+// piece of a line without a line feed, and at the end one `RemoveBufferedData`, for the piece with the line
+// feed, or, at the end of the data, a `FillBuffer` that leaves nothing buffered. What these calls take from
+// the buffer is the line. That operation itself is of no use here: the exception that ends it costs more than
+// a line of any usual length.
 
 namespace vorlund {
 
@@ -71,12 +70,7 @@ bool CLineReader::ReadUnits() {
     if (state_ == TState::Idle) {
         state_ = TState::Reading;
         try {
-            CTextReader::ReadLine();
-        } catch (const CObjectNotFoundException&) {
-            if (state_ != TState::Complete) {
-                state_ = TState::Idle;
-                throw;
-            }
+            ReadToLineFeed();
         } catch (...) {
             if (state_ != TState::Complete) state_ = TState::Idle;
             throw;
@@ -84,6 +78,21 @@ bool CLineReader::ReadUnits() {
     }
     std::erase(units_, wchar{13});
     return isLine_;
+}
+
+void CLineReader::ReadToLineFeed() {
+    const std::size_t unitSize = UnitSize(GetCharFormat());
+    for (;;) {
+        FillBuffer();
+        if (buffered_ == 0) return;
+        const std::size_t count = static_cast<std::size_t>(buffered_) / unitSize;
+        const std::size_t lineFeed = FindStreamUnit(buffer_, count, 10, GetCharFormat());
+        if (lineFeed < count) {
+            RemoveBufferedData(static_cast<int>((lineFeed + 1) * unitSize));
+            return;
+        }
+        Flush();
+    }
 }
 
 /// Appends what is about to leave the buffer, without half a unit at the end.

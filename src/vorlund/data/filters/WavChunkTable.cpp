@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <limits>
 
 namespace vorlund {
@@ -47,42 +48,43 @@ TWavChunkInfo CWavChunkTable::TRun::Describe() const {
 }
 
 void CWavChunkTable::Append(const std::uint8_t* id, std::int64_t dataOffset, std::uint32_t size) {
-    TChunkId chunkId;
-    std::copy_n(id, kIdLength, chunkId.begin());
+    std::uint32_t idWord;
+    std::memcpy(&idWord, id, sizeof idWord);
     const auto offset = static_cast<std::uint32_t>(dataOffset);
-    if (!Repeat(chunkId, offset, size)) AppendRun(chunkId, offset, size);
+    const bool isEqual = idWord == lastId_ && size == lastSize_ && offset == expectedOffset_;
+    if (!isEqual || !Repeat()) AppendRun(idWord, offset, size);
     expectedOffset_ = offset + size + kHeadSize;
 }
 
-bool CWavChunkTable::Repeat(const TChunkId& id, std::uint32_t dataOffset, std::uint32_t size) {
-    if (runCount_ == 0 || id != lastId_ || size != lastSize_ || dataOffset != expectedOffset_) return false;
-    if (!isLastRepeated_) {
-        words_.push_back(1);
-        words_[groupAt_] |= kHasRepetitions << GetShift(runCount_ - 1);
-        isLastRepeated_ = true;
-        return true;
+bool CWavChunkTable::Repeat() {
+    if (runCount_ == 0) return false;
+    if (!repetitions_) {
+        repetitions_ = Push(0);
+        *group_ |= kHasRepetitions << GetShift(runCount_ - 1);
     }
-    std::uint32_t& repetitions = words_.back();
-    if (repetitions == std::numeric_limits<std::uint32_t>::max()) return false;
-    ++repetitions;
+    if (*repetitions_ == std::numeric_limits<std::uint32_t>::max()) return false;
+    ++*repetitions_;
     return true;
 }
 
-void CWavChunkTable::AppendRun(const TChunkId& id, std::uint32_t dataOffset, std::uint32_t size) {
-    if (runCount_ % kGroupLength == 0) {
-        groupAt_ = words_.size();
-        words_.push_back(0);
-    }
-    words_.push_back(std::bit_cast<std::uint32_t>(id));
-    words_.push_back(size);
+void CWavChunkTable::AppendRun(std::uint32_t id, std::uint32_t dataOffset, std::uint32_t size) {
+    if (runCount_ % kGroupLength == 0) group_ = Push(0);
+    Push(id);
+    Push(size);
     if (dataOffset != expectedOffset_) {
-        words_.push_back(dataOffset);
-        words_[groupAt_] |= kHasOffset << GetShift(runCount_);
+        Push(dataOffset);
+        *group_ |= kHasOffset << GetShift(runCount_);
     }
     lastId_ = id;
     lastSize_ = size;
-    isLastRepeated_ = false;
+    repetitions_ = nullptr;
     ++runCount_;
+}
+
+void CWavChunkTable::AddBlock() {
+    auto& block = blocks_.emplace_back();
+    next_ = block.data();
+    end_ = next_ + block.size();
 }
 
 const CWavChunkTable::TRun* CWavChunkTable::CReader::GetNextRun() {
@@ -121,7 +123,8 @@ std::optional<TWavChunkInfo> CWavChunkTable::Find(const wchar* id) const {
 }
 
 void CWavChunkTable::Clear() {
-    words_.clear();
+    blocks_.clear();
+    next_ = end_ = nullptr;
     runCount_ = 0;
     expectedOffset_ = 0;
 }

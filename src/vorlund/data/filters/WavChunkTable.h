@@ -20,7 +20,7 @@ namespace vorlund {
 /// - a chunk is its id and its size;
 /// - its position follows if it is not right behind the chunk before, which streams of files never say;
 /// - a count follows if equal chunks come right behind it: how many;
-/// - a word before each `kGroupLength` chunks has two bits for each, which say what of these follows.
+/// - a word before each sixteen chunks has two bits for each, which say what of these follows.
 ///
 /// So a run of equal chunks takes a few words, and any other chunk of a file less than nine bytes. The words
 /// are in blocks: growing copies none of them. `TWavChunkInfo` is made when somebody asks.
@@ -38,6 +38,7 @@ public:
 
 private:
     using TChunkId = std::array<char, 4>;
+    static constexpr std::size_t kBlockLength = 128;
 
     /// Equal chunks, one behind the other.
     struct TRun {
@@ -64,7 +65,10 @@ public:
         const TRun* GetNextRun();
 
     private:
-        std::uint32_t NextWord() { return table_.words_[nextWord_++]; }
+        std::uint32_t NextWord() {
+            const std::size_t at = nextWord_++;
+            return table_.blocks_[at / kBlockLength][at % kBlockLength];
+        }
 
         const CWavChunkTable& table_;
         std::size_t nextWord_ = 0;
@@ -77,17 +81,28 @@ public:
     };
 
 private:
-    /// Adds the chunk to the last run. False if it does not belong there.
-    bool Repeat(const TChunkId& id, std::uint32_t dataOffset, std::uint32_t size);
-    void AppendRun(const TChunkId& id, std::uint32_t dataOffset, std::uint32_t size);
+    /// Adds a chunk to the last run. False if there is none, or none that can be longer.
+    bool Repeat();
+    void AppendRun(std::uint32_t id, std::uint32_t dataOffset, std::uint32_t size);
+    /// Appends a word, and says where it stays.
+    std::uint32_t* Push(std::uint32_t word) {
+        if (next_ == end_) AddBlock();
+        *next_ = word;
+        return next_++;
+    }
+    void AddBlock();
 
-    std::deque<std::uint32_t> words_;
+    std::deque<std::array<std::uint32_t, kBlockLength>> blocks_;
+    /// The rest of the last block.
+    std::uint32_t* next_ = nullptr;
+    std::uint32_t* end_ = nullptr;
     std::size_t runCount_ = 0;
-    /// Where the word before the last group is.
-    std::size_t groupAt_ = 0;
-    TChunkId lastId_{};
+    /// The word before the last group.
+    std::uint32_t* group_ = nullptr;
+    /// The count of the last run, null while it is one chunk.
+    std::uint32_t* repetitions_ = nullptr;
+    std::uint32_t lastId_ = 0;
     std::uint32_t lastSize_ = 0;
-    bool isLastRepeated_ = false;
     /// Where the data of a chunk right behind the last one begin.
     std::uint32_t expectedOffset_ = 0;
 };

@@ -1,0 +1,56 @@
+// No megabyte takes any parser more than a second and 64 MiB. The worst inputs that we know are the cases of
+// bounds_child; each runs in a process of its own, which tells its processor time and the peak of its memory.
+#include "support/ChildProcess.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <sstream>
+#include <string>
+
+namespace vorlund::test {
+namespace {
+
+// What this build or system takes more, in time and in memory: sanitizers check every access and keep what is
+// freed, and Wine's processes and exceptions cost more.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr unsigned long long kTimeFactor = 20;
+constexpr unsigned long long kMemoryFactor = 16;
+#elif defined(__MINGW32__)
+constexpr unsigned long long kTimeFactor = 5;
+constexpr unsigned long long kMemoryFactor = 2;
+#else
+constexpr unsigned long long kTimeFactor = 1;
+constexpr unsigned long long kMemoryFactor = 1;
+#endif
+
+constexpr unsigned long long kMaxMilliseconds = 1000 * kTimeFactor;
+constexpr unsigned long long kMaxBytes = (64ull << 20) * kMemoryFactor;
+
+/// `CTextReader` answers every line by an exception and a report: five seconds for a million of them on a
+/// processor of its own, and twice as many where others compute on the same core.
+unsigned long long GetMaxMilliseconds(const std::string& name) {
+    return name == "text-feeds" ? 10 * kMaxMilliseconds : kMaxMilliseconds;
+}
+
+TEST(Bounds, NoMegabyteTakesLong) {
+    const TChildEnd list = RunChild("bounds_child");
+    ASSERT_TRUE(list.IsSuccess());
+    std::istringstream names(list.output);
+    int count = 0;
+    for (std::string name; names >> name; ++count) {
+        SCOPED_TRACE(name);
+        const TChildEnd end = RunChild("bounds_child", {.arguments = {name}});
+        EXPECT_TRUE(end.IsSuccess()) << end.output << end.errors;
+        unsigned long long milliseconds = ~0ull;
+        unsigned long long bytes = ~0ull;
+        EXPECT_EQ(std::sscanf(end.output.c_str(), "%llu ms %llu bytes", &milliseconds, &bytes), 2)
+            << end.output;
+        EXPECT_LE(milliseconds, GetMaxMilliseconds(name));
+        EXPECT_LE(bytes, kMaxBytes);
+    }
+    EXPECT_GT(count, 20);
+}
+
+} // namespace
+} // namespace vorlund::test
