@@ -40,8 +40,8 @@ function(vorlund_test_child name)
     add_dependencies(vorlund_tests ${name})
 endfunction()
 
-# vorlund_join_tests(<target>): compiles the suites of a test program several at a time, which takes less than half of the time
-# and makes every change compile more. The anonymous namespaces of suites repeat names, and so their namespace
+# vorlund_join_tests(<target>): compiles the suites of a test program several at a time, which takes less than half of
+# the time as a whole and more after a change. The anonymous namespaces of suites repeat names, and so their namespace
 # vorlund::test becomes one of its own in each file; what they include is in the real one, compiled in advance, and
 # known to all as vorlund::test_helpers. Suites of one platform, whose headers may define anything, and those in another
 # namespace are compiled one by one.
