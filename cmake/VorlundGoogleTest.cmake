@@ -39,3 +39,47 @@ function(vorlund_test_child name)
     target_link_libraries(${name} PRIVATE Vorlund::vorlund vorlund_test_settings)
     add_dependencies(vorlund_tests ${name})
 endfunction()
+
+# vorlund_join_tests(<target>): compiles the suites of a test program several at a time, which takes less than half of
+# the time as a whole and more after a change. The anonymous namespaces of suites repeat names, and so their namespace
+# vorlund::test becomes one of its own in each file; what they include is in the real one, compiled in advance, and
+# known to all as vorlund::test_helpers. Suites of one platform, whose headers may define anything, and those in another
+# namespace are compiled one by one.
+function(vorlund_join_tests target)
+    set(headers "")
+    get_target_property(sources ${target} SOURCES)
+    foreach(source IN LISTS sources)
+        set(suites "")
+        if(source MATCHES "_test\\.cpp$" AND NOT source MATCHES "_(win32|posix|linux)_test")
+            file(STRINGS ${source} suites REGEX "^namespace vorlund::test {$")
+        endif()
+        if(NOT suites)
+            set_property(SOURCE ${source} TARGET_DIRECTORY ${target} PROPERTY SKIP_UNITY_BUILD_INCLUSION ON)
+            continue()
+        endif()
+        file(STRINGS ${source} includes REGEX "^#include \".*\\.h\"$")
+        foreach(line IN LISTS includes)
+            string(REGEX REPLACE "^#include \"(.*)\"" "\\1" header "${line}")
+            get_filename_component(folder ${source} DIRECTORY)
+            if(EXISTS ${folder}/${header})
+                set(header ${folder}/${header})
+            endif()
+            list(APPEND headers ${header})
+        endforeach()
+    endforeach()
+    list(REMOVE_DUPLICATES headers)
+    list(SORT headers)
+    set(prelude ${CMAKE_CURRENT_BINARY_DIR}/${target}_helpers.h)
+    list(TRANSFORM headers PREPEND "#include \"")
+    list(TRANSFORM headers APPEND "\"\n")
+    list(JOIN headers "" includes)
+    file(CONFIGURE OUTPUT ${prelude} @ONLY CONTENT
+        "${includes}\nnamespace vorlund::test {}\nnamespace vorlund {\nnamespace test_helpers = test;\n}\n")
+    target_precompile_headers(${target} PRIVATE ${prelude})
+    set_target_properties(${target} PROPERTIES
+        UNITY_BUILD ON
+        UNITY_BUILD_BATCH_SIZE 10
+        UNITY_BUILD_UNIQUE_ID test
+        UNITY_BUILD_CODE_BEFORE_INCLUDE "namespace vorlund::test {\nusing namespace test_helpers;\n}"
+        UNITY_BUILD_CODE_AFTER_INCLUDE "#undef FILE_TEXT\n#undef STREAM_TEXT\n#undef X")
+endfunction()

@@ -2,7 +2,7 @@
 # What ./test does for one target: build, run the test programs whole, and the extra steps that gtest does not
 # see. Every step ends in count(), and finish() prints the sum. Sourced by ./test, in the root of the repository.
 
-# The caller sets $logs, the folder of the logs.
+# The caller sets $logs, the folder of the logs, and $all, not empty when the run may take longer.
 : "${logs:=build/logs}"
 
 total_passed=0
@@ -20,7 +20,7 @@ count() {
 
 # step NAME COMMAND...: an extra step, which counts as one test; its output goes to a log of its own.
 step() {
-    local name=$1 log=$logs/$target-${1// /-}.log
+    local name=$1 log=$logs/$target-${1// /-}.log began=$SECONDS
     shift
     if "$@" >"$log" 2>&1; then
         count 1 0
@@ -28,6 +28,12 @@ step() {
         count 0 1
         complain "$name" "$log"
     fi
+    note_time "$name" "$began"
+}
+
+# note_time SUITE BEGAN: a line of build/logs/times.txt, from which docs/test-times.md is kept.
+note_time() {
+    printf '%-14s %-24s %4d s\n' "$target" "$1" $((SECONDS - $2)) >>"$logs/times.txt"
 }
 
 # complain WHAT LOG: one line that says what failed and where to read on, and the end of the log.
@@ -50,7 +56,7 @@ on_target() {
 # gtest_program NAME: runs a test program and adds its cases.
 gtest_program() {
     local name=$1 log=$logs/$target-$1.log xml=$logs/$target-$1.xml
-    local status=0 ran=0 bad=0 skipped=0 whole=0
+    local status=0 ran=0 bad=0 skipped=0 whole=0 began=$SECONDS
     rm -f "$xml"
     on_target "$folder/bin/$name$exe" "--gtest_output=xml:$xml" >"$log" 2>&1 </dev/null || status=$?
     if grep -q '</testsuites>' "$xml" 2>/dev/null; then
@@ -64,6 +70,7 @@ gtest_program() {
         bad=$(grep -cE '^\[ +FAILED +\] .*\([0-9]+ ms\)' "$log")
         skipped=$(grep -cE '^\[ +SKIPPED +\] .*\([0-9]+ ms\)' "$log")
     fi
+    note_time "$name" "$began"
     count $((ran - bad - skipped)) "$bad"
     skipped_total=$((skipped_total + skipped))
     if ((bad)); then
@@ -132,6 +139,11 @@ build_targets() {
         # What a target should have must not be left out without a word.
         options=(-DVORLUND_REQUIRE_ALL=ON)
         [[ $target == linux ]] && options+=(-DVORLUND_DEBUG_INFO=ON)
+        # Compiled one by one, the suites show that each includes what it needs; Windows does that always.
+        case $target in
+        linux) [[ -n ${all-} ]] && options+=(-DVORLUND_JOIN_TESTS=OFF) || options+=(-DVORLUND_JOIN_TESTS=ON) ;;
+        linux*) options+=(-DVORLUND_JOIN_TESTS=ON) ;;
+        esac
         [[ $target == win64 ]] && options+=(-- --target vorlund_smoke vorlund_windows_names)
         vorlund_build "$target" "build/$target" "${options[@]}" >"$logs/$target-build.log" 2>&1 || status=$?
         echo "$status $((SECONDS - start))" >"$logs/$target-built.new"

@@ -142,6 +142,20 @@ def check_index(pages):
             complaints.append(f"docs/README.md: does not list {page}")
 
 
+def check_suites():
+    """The table of suites has every suite that ./test runs, and no other."""
+    page = "docs/test-times.md"
+    steps = re.findall(r"^[^#\n]*\b(?:step|gtest_program) (\"[^\"]+\"|[\w-]+)", read("scripts/suites.sh"), re.MULTILINE)
+    run = {name.strip('"').split(" $")[0] for name in steps}
+    usage = subprocess.run([ROOT / "test", "--help"], capture_output=True, text=True, check=True).stdout
+    run |= {f"./test {option}" for option in re.findall(r"\./test (--\w+)", usage)} - {"./test --all"}
+    listed = set(re.findall(r"^\| `([^`]+)` \|", read(page), re.MULTILINE))
+    for name in sorted(run - listed):
+        complaints.append(f"{page}: does not list {name}")
+    for name in sorted(listed - run):
+        complaints.append(f"{page}: lists {name}, which scripts/suites.sh does not run")
+
+
 def check_windows():
     """A report of a real machine takes the sentence away, and nothing else does."""
     reports = sorted((ROOT / "docs/windows-reports").glob("*.txt"))
@@ -221,6 +235,7 @@ def main():
     check_index(pages)
     check_windows()
     check_commands()
+    check_suites()
     print(*complaints, sep="\n")
     print(f"{len(pages)} pages, {sum(len(list(links(page))) for page in pages)} links, {len(complaints)} faults")
     return 1 if complaints else 0

@@ -47,12 +47,12 @@ INSTANTIATE_TEST_SUITE_P(
                                     counter.Close();
                                     counter.OnDestroyObject(classid::CObject);
                                 }},
-                    TFailureRow{"EndWhileOpen", kNotClosed,
+                    TFailureRow{"EndWhileOpen", counterfailures::kNotClosed,
                                 [] {
                                     CObjectCounter counter;
                                     counter.Init();
                                 }},
-                    TFailureRow{"EndOfADeletedCounterWhileOpen", kNotClosed,
+                    TFailureRow{"EndOfADeletedCounterWhileOpen", counterfailures::kNotClosed,
                                 [] {
                                     auto* const counter = new CObjectCounter;
                                     counter->Init();
