@@ -163,16 +163,18 @@ void PatchModules() {
     static const std::vector<THook> own = GetOwnHooks();
     static const THooksByName allHooks = Index(GetHooks());
     static const THooksByName ownHooks = Index(own);
-    bool isFirst = true;
+    static unsigned int startModules = 0;
+    unsigned int index = 0;
     ForEachModule([&](const dl_phdr_info& info) {
-        // The first is the program.
-        if (isFirst) {
+        // What is there from the start stays, and comes first.
+        if (++index <= startModules) return;
+        if (index == 1) {
             Patch(info, ownHooks);
         } else if (IsCaught(info.dlpi_name)) {
             Patch(info, allHooks);
         }
-        isFirst = false;
     });
+    if (startModules == 0) startModules = index;
 }
 
 std::vector<std::string> GetLibraryImports() {

@@ -65,6 +65,7 @@ void WatchForHangs() {
                 seen = current;
                 since = now;
             } else if (now - since > kHangLimit) {
+                if (HasFailed()) std::fprintf(stderr, "the call came from %s\n", DescribeFault().c_str());
                 test::EndProcess(kHangCode);
             }
         }
@@ -130,9 +131,10 @@ private:
                              folder.string()};
         if (isQuick_) options.arguments.push_back("--quick");
         options.limit = kScenarioLimit;
-        const test::TChildEnd end = test::RunChild("vorlund_faults", options);
+        const test::TChildEnd end = test::RunChild(scenario.hasPlugins ? "faultshost/vorlund_faults" : "vorlund_faults", options);
         TPoint last = next;
         bool isWhole = false;
+        hasBegun_ = false;
         std::istringstream lines(end.output);
         for (std::string line; std::getline(lines, line);) isWhole = Take(line, last) || isWhole;
         if (isWhole && end.IsSuccess()) return false;
@@ -144,7 +146,7 @@ private:
         what += ": " + end.errors.substr(0, 3000);
         rows_[last.kind].faults.push_back(std::to_string(last.n) + " " + kSpanNames[last.span] + " " + what);
         rows_[last.kind].points = std::max(rows_[last.kind].points, 1u);
-        if (isWhole || end.hasTimedOut) return false;
+        if (isWhole || end.hasTimedOut || !hasBegun_) return false;
         next = last;
         if (++next.span == kSpanNames.size()) {
             next.span = 0;
@@ -172,9 +174,11 @@ private:
             last.kind = kind;
             last.span = FindName(kSpanNames, span);
             ++row.points;
+            hasBegun_ = true;
         } else if (word == "fault") {
             std::string text;
             std::getline(words >> std::ws, text);
+            row.points = std::max(row.points, 1u);
             row.faults.push_back(text);
         } else if (word == "done") {
             unsigned int raised = 0;
@@ -207,6 +211,8 @@ private:
     }
 
     const bool isQuick_;
+    /// Whether the last child has come to a point.
+    bool hasBegun_ = false;
     std::vector<TRow> rows_;
     unsigned int points_ = 0;
     unsigned int passed_ = 0;
