@@ -176,6 +176,7 @@ test_target() {
         step headers scripts/headers.sh "$target" "$folder"
         step install tests/install/check.sh "$target" "$folder"
     fi
+    if [[ $target == win32 ]]; then step kit tests/kit/check.sh "$target" "$folder"; fi
     if [[ $target == linux ]]; then
         step layers tests/abi/check_layers.py
         step failures tests/abi/check_failures.py

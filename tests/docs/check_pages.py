@@ -4,7 +4,7 @@
 Links lead to files and headings that exist, and a name in backticks before a link ("`CEvent::Wait` in [Event.cpp](...)")
 occurs in the linked file. The architecture page names every folder and draws the floors in the order in which
 tests/abi/check_layers.py holds them; the index of docs names every page there. Three questions of somebody new are
-answered within three links of README.md. Targets, commands and options that several places name are the same.
+answered within three links of README.md. Pages with figures of Wine say so until there is a report of Windows. Targets, commands and options that several places name are the same.
 """
 import ast
 import os
@@ -31,6 +31,10 @@ ANSWERS = {
         "ANestedWriteLockRecordsItsParameter",
     ),
 }
+
+# The sentence on each page that has results of Windows, and where it is looked for.
+NOT_ON_WINDOWS = "tested under wine, not on windows"
+WINDOWS_PAGES = ("README.md", "docs/performance.md", "docs/testing-on-windows.md")
 
 complaints = []
 
@@ -138,6 +142,20 @@ def check_index(pages):
             complaints.append(f"docs/README.md: does not list {page}")
 
 
+def check_windows():
+    """A report of a real machine takes the sentence away, and nothing else does."""
+    reports = sorted((ROOT / "docs/windows-reports").glob("*.txt"))
+    for report in reports:
+        if "\nsystem: Windows\n" not in report.read_text():
+            complaints.append(f"docs/windows-reports: {report.name} is no report of a Windows machine")
+    for page in WINDOWS_PAGES:
+        says = NOT_ON_WINDOWS in " ".join(read(page).lower().split())
+        if says and reports:
+            complaints.append(f"{page}: says '{NOT_ON_WINDOWS}', but there is {reports[0].name}")
+        elif not says and not reports:
+            complaints.append(f"{page}: does not say '{NOT_ON_WINDOWS}'")
+
+
 def check_commands():
     """README.md, the usage texts, the presets, the hosted workflow and the hooks name the same things."""
     readme = read("README.md")
@@ -201,6 +219,7 @@ def main():
     check_answers()
     check_folders(set(tree))
     check_index(pages)
+    check_windows()
     check_commands()
     print(*complaints, sep="\n")
     print(f"{len(pages)} pages, {sum(len(list(links(page))) for page in pages)} links, {len(complaints)} faults")

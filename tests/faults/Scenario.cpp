@@ -63,7 +63,7 @@ void CResult::AddBytes(const void* bytes, std::size_t size) {
         digest ^= static_cast<const unsigned char*>(bytes)[i];
         digest *= 1099511628211u;
     }
-    Add("[%zu %08lx]", size, static_cast<unsigned long>(digest & 0xFFFFFFFFu));
+    Add("[%u %08x]", static_cast<unsigned int>(size), static_cast<unsigned int>(digest));
 }
 
 void CResult::AddText(const wchar* text) {

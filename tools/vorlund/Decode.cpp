@@ -1,6 +1,6 @@
 // The command "decode".
 #include "Chain.h"
-#include "Command.h"
+#include "Commands.h"
 #include "Diagnostics.h"
 #include "Interrupt.h"
 #include "OutputFile.h"
@@ -14,8 +14,6 @@
 #include <vorlund/Stream.h>
 #include <vorlund/StreamSelector.h>
 
-#include <CLI/CLI.hpp>
-
 #include <cinttypes>
 #include <cstdio>
 #include <memory>
@@ -27,15 +25,6 @@ using namespace vorlund;
 namespace {
 
 constexpr std::size_t kBlockSize = 64 * 1024;
-
-/// What the command line asked for; texts are UTF-8.
-struct TDecodeOptions {
-    std::string input;
-    /// Empty: decode and report, write nothing. "-": raw bytes on the standard output.
-    std::string output;
-    bool raw = false;
-    TPcmTarget target = {};
-};
 
 CRefPtr<IInputStream> OpenDecoded(const CInputStreamSelector& source, const wstring& path,
                                   CDiagnostics& diagnostics) {
@@ -78,8 +67,8 @@ std::string FormatDuration(const TDataFormat_AudioPcm& format, std::uint64_t byt
     return text;
 }
 
-/// Decodes the input to audio PCM, converts it, reports what came out and writes it. No partial output is
-/// left behind.
+} // namespace
+
 void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     if (options.output == "-") diagnostics.KeepStandardOutputFree();
     const wstring path = PathFromUtf8(options.input.c_str());
@@ -111,20 +100,4 @@ void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     if (!options.output.empty() && options.output != "-") {
         diagnostics.PrintField("Output", PathFromUtf8(options.output.c_str()));
     }
-}
-
-} // namespace
-
-void AddDecodeCommand(CLI::App& program, TCommand& command) {
-    const auto options = std::make_shared<TDecodeOptions>();
-    CLI::App* const decode = program.add_subcommand("decode", "Decode an audio file to PCM");
-    decode->add_option("input", options->input, "File to decode")->required();
-    decode->add_option("-o,--output", options->output,
-                       "Write the PCM to this file: with a WAV header when its name ends in .wav, else as "
-                       "raw bytes; - for raw bytes on standard output");
-    decode->add_flag("--raw", options->raw, "Write raw bytes whatever the file is called");
-    AddPcmOptions(*decode, options->target);
-    decode->callback([options, &command] {
-        command = [options](CDiagnostics& diagnostics) { RunDecode(*options, diagnostics); };
-    });
 }

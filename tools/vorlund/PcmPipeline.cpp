@@ -6,21 +6,13 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/ObjectServices.h>
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
-#include <map>
 #include <string>
 #include <utility>
 
 using namespace vorlund;
 
 namespace {
-
-const std::map<std::string, std::uint32_t> kSampleFormats{{"u8", SAMPLE_FORMAT_8BIT},
-                                                          {"s16", SAMPLE_FORMAT_16BIT},
-                                                          {"s32", SAMPLE_FORMAT_32BIT},
-                                                          {"f32", SAMPLE_FORMAT_FLOAT}};
 
 const TDataFormat_AudioPcm& GetPcmFormat(IInputStream& stream) {
     return static_cast<const TDataFormat_AudioPcm&>(stream.GetFormat());
@@ -31,18 +23,6 @@ const TDataFormat_AudioPcm& GetPcmFormat(IInputStream& stream) {
 }
 
 } // namespace
-
-void AddPcmOptions(CLI::App& command, TPcmTarget& target) {
-    command
-        .add_option_function<std::string>(
-            "--format", [&target](const std::string& name) { target.sampleFormat = kSampleFormats.at(name); },
-            "Convert the samples: unsigned 8, signed 16 or 32 bits, or 32-bit float")
-        ->check(CLI::IsMember(kSampleFormats))
-        ->type_name("NAME");
-    command.add_option("--channels", target.channels, "Mix to mono, stereo or 5.1")
-        ->check(CLI::IsMember({"1", "2", "6"}))
-        ->type_name("COUNT");
-}
 
 CPcmPipeline::CPcmPipeline(CRefPtr<IInputStream> decoded, const TPcmTarget& target, const wstring& name)
     : end_(std::move(decoded)), format_(GetPcmFormat(*end_)) {

@@ -8,10 +8,6 @@
 #include <cstdint>
 #include <optional>
 
-namespace CLI {
-class App;
-}
-
 /// What PCM is to become; what is not set stays as it is.
 struct TPcmTarget {
     /// A `TSampleFormat`.
@@ -19,9 +15,6 @@ struct TPcmTarget {
     /// 1, 2 or 6.
     std::optional<std::uint32_t> channels = {};
 };
-
-/// Adds the options that set a target, "--format" and "--channels". `target` must outlive the parsing.
-void AddPcmOptions(CLI::App& command, TPcmTarget& target);
 
 /// A decoded stream and the library's converters behind it: first the samples, then the channels. The
 /// converters take 1,024 bytes at a time and would tear frames, so they are read in whole frames that fit at

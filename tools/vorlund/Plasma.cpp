@@ -1,21 +1,18 @@
 // The command "plasma".
-#include "Command.h"
+#include "Commands.h"
 #include "Diagnostics.h"
 #include "Interrupt.h"
 #include "Progress.h"
 #include "VideoFrames.h"
-#include "VideoSize.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/PlasmaVideoGenerator.h>
 #include <vorlund/RefPtr.h>
 
-#include <CLI/CLI.hpp>
-
+#include <algorithm>
+#include <cctype>
 #include <cstdint>
-#include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -23,25 +20,20 @@ using namespace vorlund;
 
 namespace {
 
-constexpr std::uint32_t kMaxFrames = 1000000;
-
-/// What the command line asked for.
-struct TPlasmaOptions {
-    TVideoSize size{400, 300};
-    /// One second.
-    std::uint32_t frames = 30;
-    /// UTF-8 file name.
-    std::string output;
-};
-
-bool EndsWith(std::string_view name, std::string_view extension) {
-    return name.size() > extension.size() && CLI::detail::to_lower(std::string(name)).ends_with(extension);
+bool HasExtension(std::string_view name, std::string_view extension) {
+    if (name.size() <= extension.size()) return false;
+    return std::equal(extension.begin(), extension.end(),
+                      name.end() - static_cast<std::ptrdiff_t>(extension.size()),
+                      [](char lower, unsigned char letter) { return lower == std::tolower(letter); });
 }
 
-std::string CheckOutput(const std::string& name) {
-    return EndsWith(name, ".png") || EndsWith(name, ".y4m")
-               ? ""
-               : "needs a name that ends in .png or .y4m, not " + name;
+} // namespace
+
+bool IsPngName(const std::string& name) {
+    return HasExtension(name, ".png");
+}
+bool IsY4mName(const std::string& name) {
+    return HasExtension(name, ".y4m");
 }
 
 void RunPlasma(const TPlasmaOptions& options) {
@@ -55,7 +47,7 @@ void RunPlasma(const TPlasmaOptions& options) {
 
     std::vector<std::uint32_t> frame(std::size_t{size.width} * size.height);
     const std::uint64_t frameSize = frame.size() * sizeof frame[0];
-    const auto output = EndsWith(options.output, ".png")
+    const auto output = IsPngName(options.output)
                             ? MakePngFrames(options.output, size.width, size.height, options.frames)
                             : MakeY4mFrames(options.output, size.width, size.height);
     CProgress progress(options.frames * frameSize);
@@ -67,23 +59,4 @@ void RunPlasma(const TPlasmaOptions& options) {
         if (interrupt.IsRaised()) throw TProgramError{VRL_L("Interrupted")};
     }
     output->Finish();
-}
-
-} // namespace
-
-void AddPlasmaCommand(CLI::App& program, TCommand& command) {
-    const auto options = std::make_shared<TPlasmaOptions>();
-    CLI::App* const plasma =
-        program.add_subcommand("plasma", "Make an animated plasma, 30 frames per second");
-    AddVideoSizeOption(*plasma, options->size);
-    plasma->add_option("--frames", options->frames, "Number of frames (default 30)")
-        ->check(CLI::Range(1u, kMaxFrames));
-    plasma
-        ->add_option(
-            "-o,--output", options->output,
-            "Write numbered PNG files when the name ends in .png (plasma.png: plasma-0001.png, ...), or one "
-            "YUV4MPEG2 file when it ends in .y4m")
-        ->required()
-        ->check(CLI::Validator(&CheckOutput, "NAME"));
-    plasma->callback([options, &command] { command = [options](CDiagnostics&) { RunPlasma(*options); }; });
 }

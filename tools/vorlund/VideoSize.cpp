@@ -1,18 +1,14 @@
 #include "VideoSize.h"
 
-#include <CLI/CLI.hpp>
-
 #include <charconv>
-#include <optional>
-#include <string>
-#include <string_view>
 
 namespace {
 
 constexpr std::uint32_t kMaxSide = 16384;
 
-/// "640x480".
-std::optional<TVideoSize> Parse(std::string_view text) {
+} // namespace
+
+std::optional<TVideoSize> ParseVideoSize(std::string_view text) {
     TVideoSize size{};
     const char* const end = text.data() + text.size();
     const auto width = std::from_chars(text.data(), end, size.width);
@@ -22,19 +18,4 @@ std::optional<TVideoSize> Parse(std::string_view text) {
     const auto isSide = [](std::uint32_t side) { return side >= 1 && side <= kMaxSide; };
     if (!isSide(size.width) || !isSide(size.height)) return std::nullopt;
     return size;
-}
-
-std::string Check(const std::string& text) {
-    return Parse(text) ? "" : "needs a size like 640x480, at most 16384x16384, not " + text;
-}
-
-} // namespace
-
-void AddVideoSizeOption(CLI::App& command, TVideoSize& size) {
-    const std::string defaultText = std::to_string(size.width) + "x" + std::to_string(size.height);
-    command
-        .add_option_function<std::string>(
-            "--size", [&size](const std::string& text) { size = *Parse(text); },
-            "Width and height in pixels (default " + defaultText + ")")
-        ->check(CLI::Validator(&Check, "WxH"));
 }

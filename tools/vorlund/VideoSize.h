@@ -1,11 +1,9 @@
-// The option --size of the commands that make video.
+// The size of the video that the commands make.
 #pragma once
 
 #include <cstdint>
-
-namespace CLI {
-class App;
-}
+#include <optional>
+#include <string_view>
 
 /// In pixels, each side 1 to 16384.
 struct TVideoSize {
@@ -13,5 +11,5 @@ struct TVideoSize {
     std::uint32_t height;
 };
 
-/// Adds "--size WxH" to a command; `size` holds the default, which the help tells.
-void AddVideoSizeOption(CLI::App& command, TVideoSize& size);
+/// A size as it is written, "640x480".
+std::optional<TVideoSize> ParseVideoSize(std::string_view text);

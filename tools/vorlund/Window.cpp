@@ -1,9 +1,8 @@
 // The command "window": the plasma generator, live, through the first video device.
-#include "Command.h"
+#include "Commands.h"
 #include "Diagnostics.h"
 #include "FramePacer.h"
 #include "Interrupt.h"
-#include "VideoSize.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
@@ -14,11 +13,8 @@
 #include <vorlund/VideoOutput.h>
 #include <vorlund/Vorlund.h>
 
-#include <CLI/CLI.hpp>
-
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,12 +22,6 @@
 using namespace vorlund;
 
 namespace {
-
-struct TWindowOptions {
-    TVideoSize size{640, 480};
-    /// 0: until the window is closed.
-    std::uint64_t frames = 0;
-};
 
 struct TShow {
     std::uint64_t shown = 0;
@@ -88,6 +78,8 @@ std::string FormatRate(double rate) {
     return text;
 }
 
+} // namespace
+
 void RunWindow(const TWindowOptions& options, CDiagnostics& diagnostics) {
     const auto plasma = CreateAs<IPlasmaVideoGenerator>(classid::CPlasmaVideoGenerator);
     auto format = static_cast<const TDataFormat_VideoRgb&>(plasma->GetFormat());
@@ -108,17 +100,4 @@ void RunWindow(const TWindowOptions& options, CDiagnostics& diagnostics) {
     diagnostics.PrintField("Dropped", std::to_string(show.dropped));
     diagnostics.PrintField("Rate", FormatRate(show.GetRate()));
     diagnostics.PrintField("Nominal", FormatRate(static_cast<double>(format.frameRate)));
-}
-
-} // namespace
-
-void AddWindowCommand(CLI::App& program, TCommand& command) {
-    const auto options = std::make_shared<TWindowOptions>();
-    CLI::App* const window = program.add_subcommand("window", "Show moving plasma in a window");
-    AddVideoSizeOption(*window, options->size);
-    window->add_option("--frames", options->frames,
-                       "End after this many frames; 0 for until the window is closed");
-    window->callback([options, &command] {
-        command = [options](CDiagnostics& diagnostics) { RunWindow(*options, diagnostics); };
-    });
 }

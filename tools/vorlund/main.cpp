@@ -1,22 +1,16 @@
 // The command-line program: one subcommand per job.
-#include "Command.h"
+#include "CommandLine.h"
 #include "Diagnostics.h"
 #include "Terminal.h"
 
 #include <vorlund/Exception.h>
 #include <vorlund/Path.h>
-#include <vorlund/Version.h>
 #include <vorlund/Vorlund.h>
-
-#include <CLI/CLI.hpp>
 
 #include <new>
 #include <string>
 
 namespace {
-
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
 
 /// Opens the library with the plug-ins of more folders (UTF-8), and closes it on every way out.
 class CLibrary {
@@ -31,11 +25,11 @@ public:
     ~CLibrary() { vorlund::v.Close(); }
 };
 
-int Run(const TCommand& command, const std::vector<std::string>& pluginPaths) {
+int Run(const TCommandLine& line) {
     CDiagnostics diagnostics;
     try {
-        const CLibrary library(pluginPaths);
-        command(diagnostics);
+        const CLibrary library(line.pluginPaths);
+        line.command(diagnostics);
         return 0;
     } catch (const TProgramError& error) {
         diagnostics.PrintError(error.text.c_str());
@@ -50,33 +44,6 @@ int Run(const TCommand& command, const std::vector<std::string>& pluginPaths) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Decodes and makes media files with the Vorlund library.", "vorlund"};
-    app.require_subcommand(1);
-    app.set_version_flag("--version", std::string("vorlund ") + vorlund::GetVersion().text,
-                         "Print the version of the library and exit");
-    // A word that begins with "/" is a path on every system.
-    app.allow_windows_style_options(false);
-
-    app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return "vorlund: " + std::string(error.what()) + "; --help tells the options\n";
-    });
-
-    std::vector<std::string> pluginPaths;
-    app.add_option("--plugin-path", pluginPaths,
-                   "Load the plug-ins of this folder too; may be given several times")
-        ->allow_extra_args(false);
-    TCommand command;
-    AddDecodeCommand(app, command);
-    AddPlasmaCommand(app, command);
-    AddRandomCommand(app, command);
-    AddWindowCommand(app, command);
-
-    try {
-        std::vector<std::string> arguments = GetArguments(argc, argv);
-        // The parser takes the arguments last first.
-        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
-    } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kExitUsage;
-    }
-    return Run(command, pluginPaths);
+    const TCommandLine line = ReadCommandLine(GetArguments(argc, argv));
+    return line.command ? Run(line) : line.exitCode;
 }

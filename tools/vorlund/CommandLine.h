@@ -1,0 +1,23 @@
+// What the command line says.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+class CDiagnostics;
+
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+
+struct TCommandLine {
+    /// Folders, UTF-8.
+    std::vector<std::string> pluginPaths;
+    /// The chosen command. It runs with the library open; raises `TProgramError` and the library's
+    /// exceptions. Empty: everything is said, and the program ends with `exitCode`.
+    std::function<void(CDiagnostics&)> command;
+    int exitCode = 0;
+};
+
+/// Reads the arguments (UTF-8, without the program's name). Prints the help, the version, or what is wrong.
+TCommandLine ReadCommandLine(const std::vector<std::string>& arguments);
