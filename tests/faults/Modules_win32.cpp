@@ -29,8 +29,10 @@ void ForEachImport(HMODULE module, const TOnImport& onImport) {
         auto* place = reinterpret_cast<IMAGE_THUNK_DATA*>(base + source->FirstThunk);
         for (; name->u1.AddressOfData != 0; ++name, ++place) {
             if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) continue;
-            const auto* const import = reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + name->u1.AddressOfData);
-            onImport(reinterpret_cast<const char*>(import->Name), reinterpret_cast<void**>(&place->u1.Function));
+            const auto* const import =
+                reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + name->u1.AddressOfData);
+            onImport(reinterpret_cast<const char*>(import->Name),
+                     reinterpret_cast<void**>(&place->u1.Function));
         }
     }
 }
@@ -56,14 +58,15 @@ void Patch(HMODULE module, const THooksByName& hooks) {
     });
 }
 
-/// The library, its plug-ins and what else lies beside this program: the standard library is there as well. The
-/// runtime of the compiler and of threads allocate for every program and end it when they cannot.
+/// The library, its plug-ins and what else lies beside this program: the standard library is there as well.
+/// The runtime of the compiler and of threads allocate for every program and end it when they cannot.
 bool IsCaught(const std::wstring& path) {
     wchar_t program[MAX_PATH];
     GetModuleFileNameW(nullptr, program, MAX_PATH);
     const std::wstring folder = std::filesystem::path(program).parent_path().native() + L'\\';
     const std::wstring name = std::filesystem::path(path).filename().native();
-    return path.rfind(folder, 0) == 0 && name.rfind(L"libgcc", 0) != 0 && name.rfind(L"libwinpthread", 0) != 0;
+    return path.rfind(folder, 0) == 0 && name.rfind(L"libgcc", 0) != 0 &&
+           name.rfind(L"libwinpthread", 0) != 0;
 }
 
 template <class TAct> void ForEachModule(TAct act) {
@@ -92,7 +95,8 @@ void PatchModules() {
 
 std::vector<std::string> GetLibraryImports() {
     std::vector<std::string> imports;
-    ForEachImport(GetModuleHandleW(L"vorlund.dll"), [&](const char* name, void**) { imports.emplace_back(name); });
+    ForEachImport(GetModuleHandleW(L"vorlund.dll"),
+                  [&](const char* name, void**) { imports.emplace_back(name); });
     return imports;
 }
 

@@ -15,8 +15,8 @@ namespace vorlund::faults {
 
 void RunText(CResult& result) {
     {
-        CTextWriter writer(COutputStreamSelector(files.output.c_str()).GetOutputStreamTmp(), CHAR_FORMAT_UTF16,
-                           LINE_BREAK_CRLF);
+        CTextWriter writer(COutputStreamSelector(files.output.c_str()).GetOutputStreamTmp(),
+                           CHAR_FORMAT_UTF16, LINE_BREAK_CRLF);
         for (int i = 0; i < 20; ++i) writer.Write(VRL_L("line %d of %s\n"), i, VRL_L("many"));
     }
     {
@@ -60,7 +60,8 @@ void RunStrings(CResult& result) {
 void RunRecordsWrite(CResult& result) {
     {
         CVarWriter writer(COutputStreamSelector(files.output.c_str()).GetOutputStreamTmp());
-        for (int i = 0; i < 3; ++i) writer << i << 2.5 << true << CString("text of a record") << VRL_L("another");
+        for (int i = 0; i < 3; ++i)
+            writer << i << 2.5 << true << CString("text of a record") << VRL_L("another");
         result.Add("at %llu ", static_cast<unsigned long long>(writer.Tell()));
         writer.Seek(4);
         writer << 3.5;

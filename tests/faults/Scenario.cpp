@@ -87,7 +87,8 @@ void PrepareFiles(const fs::path& folder, const fs::path& programFolder) {
                            .Build();
     WriteFile(folder / "input.wav", wav);
     WriteFile(folder / "input.vsa", MakeSampleRecording());
-    for (const char* const name : {"a.txt", "b.txt", "c.wav"}) WriteFile(folder / "listed" / name, test::Ramp(10));
+    for (const char* const name : {"a.txt", "b.txt", "c.wav"})
+        WriteFile(folder / "listed" / name, test::Ramp(10));
     TBytes lines;
     for (int i = 0; i < 60; ++i) test::AppendText(lines, "line number " + std::to_string(i) + "\r\n");
     WriteFile(folder / "lines.txt", lines);

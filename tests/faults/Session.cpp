@@ -1,8 +1,8 @@
 #include "faults/Session.h"
 
 #include "faults/ProcessHandles.h"
-#include "system/ProcessResources.h"
 #include "support/Text.h"
+#include "system/ProcessResources.h"
 
 #include <vorlund/Exception.h>
 #include <vorlund/String.h>
@@ -166,7 +166,8 @@ private:
         const bool isSame = !outcome.hasRaised && outcome.text == base_.text;
         ++(outcome.hasRaised ? raised_ : isSame ? same_ : other_);
         if (!outcome.hasRaised && !isSame) {
-            Report("other %s %u %s %s", kKindNames[point.kind], point.n, kSpanNames[point.span], outcome.text.c_str());
+            Report("other %s %u %s %s", kKindNames[point.kind], point.n, kSpanNames[point.span],
+                   outcome.text.c_str());
         }
         const bool isWrong = !outcome.hasRaised && !isSame && scenario_.success &&
                              outcome.text.rfind(scenario_.success, 0) == 0;
