@@ -90,7 +90,6 @@ int RunAsChild(const std::vector<std::string>& arguments) {
     InstallHooks();
     RunSession(scenario, first, has("--only") ? first.kind : kKindCount, has("--quick"));
     Report("end");
-    std::filesystem::remove_all(folder);
     return 0;
 }
 
@@ -135,6 +134,8 @@ private:
         options.limit = kScenarioLimit;
         const test::TChildEnd end =
             test::RunChild(scenario.hasPlugins ? "faultshost/vorlund_faults" : "vorlund_faults", options);
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
         TPoint last = next;
         bool isWhole = false;
         hasBegun_ = false;
