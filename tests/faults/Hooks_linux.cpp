@@ -149,8 +149,8 @@ const std::set<std::string> kUnfailing{
     "__cxa_finalize", "__cxa_free_exception", "__cxa_guard_acquire", "__cxa_guard_release",
     "__cxa_guard_abort", "__cxa_pure_virtual", "__cxa_rethrow", "__cxa_throw",
     "__cxa_throw_bad_array_new_length", "__dynamic_cast", "__gxx_personality_v0", "__gmon_start__",
-    "_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable", "__tls_get_addr", "___tls_get_addr",
-    "__stack_chk_fail",
+    "__assert_fail", "_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable", "__tls_get_addr",
+    "___tls_get_addr", "__stack_chk_fail",
     // Values.
     "__errno_location", "clock_gettime", "__clock_gettime64", "dirfd", "fileno", "fmod", "frexp", "ldexp",
     "sqrt", "getpgrp", "tcgetpgrp", "ioctl", "memchr", "memcmp", "memcpy", "memmove", "memset", "strlen",
