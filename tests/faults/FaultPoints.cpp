@@ -17,8 +17,8 @@ TSpan armedSpan;
 std::array<std::atomic<unsigned int>, kKindCount> counts;
 std::atomic<const void*> failedCaller = nullptr;
 
-/// More than zero while this thread is inside a caught call or in this program's own code: an allocation of the
-/// standard library's operator new is not counted twice.
+/// More than zero while this thread is inside a caught call or in this program's own code: an allocation of
+/// the standard library's operator new is not counted twice.
 thread_local int depth = 0;
 
 /// Every block by its address, in a table that never allocates.

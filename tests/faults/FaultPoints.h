@@ -1,8 +1,8 @@
 /// \file
 /// Every call of the library that the system may refuse, counted by kind and made to fail.
 ///
-/// The calls are caught in the import tables of the loaded modules: those of the library, its plug-ins, the standard
-/// library and the program under test. This program's own calls never count and never fail.
+/// The calls are caught in the import tables of the loaded modules: those of the library, its plug-ins, the
+/// standard library and the program under test. This program's own calls never count and never fail.
 #pragma once
 
 #include <array>
@@ -29,8 +29,9 @@ enum class TFaultKind {
     Timer,  ///< timers of the system
     Window, ///< window classes and windows
 };
-inline constexpr std::array<const char*, 14> kKindNames{"memory", "open",   "look", "read",   "write", "seek",  "close",
-                                                        "rename", "map",    "thread", "load", "event", "timer", "window"};
+inline constexpr std::array<const char*, 14> kKindNames{"memory", "open",  "look",   "read",  "write",
+                                                        "seek",   "close", "rename", "map",   "thread",
+                                                        "load",   "event", "timer",  "window"};
 inline constexpr std::size_t kKindCount = kKindNames.size();
 
 enum class TSpan { Once, FromThenOn };

@@ -65,7 +65,8 @@ class CFailingCall<kName, TResult(__stdcall*)(TArguments...)> {
 public:
     using TData = TFailingCallData<kName, TResult, TArguments...>;
     static TResult __stdcall Call(TArguments... arguments) {
-        return CallOrFail<TData, TResult(__stdcall*)(TArguments...)>(__builtin_return_address(0), arguments...);
+        return CallOrFail<TData, TResult(__stdcall*)(TArguments...)>(__builtin_return_address(0),
+                                                                     arguments...);
     }
 };
 #endif

@@ -89,76 +89,77 @@ std::vector<THook> MakeHooks() {
     DIR* const noFolder = nullptr;
     const std::size_t nothing = 0;
     std::vector<THook> hooks = GetMemoryHooks();
-    hooks.insert(
-        hooks.end(),
-        {
-            HookOpen<"open">(),
-            HookOpen<"open64">(),
-            HookOpenAt<"openat">(),
-            HookOpenAt<"openat64">(),
-            Failing<"fopen", decltype(&fopen)>(Open, noFile, EMFILE),
-            Failing<"fopen64", decltype(&fopen64)>(Open, noFile, EMFILE),
-            Failing<"fdopen", decltype(&fdopen)>(Open, noFile, ENOMEM),
-            Failing<"opendir", decltype(&opendir)>(Open, noFolder, EMFILE),
-            Failing<"fdopendir", decltype(&fdopendir)>(Open, noFolder, ENOMEM),
-            Failing<"readdir", decltype(&readdir)>(Look, static_cast<dirent*>(nullptr), EIO),
-            Failing<"readdir64", decltype(&readdir64)>(Look, static_cast<dirent64*>(nullptr), EIO),
-            Failing<"fstat", TStatHandle>(Look, -1, EIO),
-            Failing<"fstat64", TStatHandle>(Look, -1, EIO),
-            Failing<"__fstat64_time64", TStatHandle>(Look, -1, EIO),
-            Failing<"fstatat", TStatAt>(Look, -1, EIO),
-            Failing<"fstatat64", TStatAt>(Look, -1, EIO),
-            Failing<"__fstatat64_time64", TStatAt>(Look, -1, EIO),
-            Failing<"stat", TStatPath>(Look, -1, EIO),
-            Failing<"stat64", TStatPath>(Look, -1, EIO),
-            Failing<"lstat", TStatPath>(Look, -1, EIO),
-            Failing<"lstat64", TStatPath>(Look, -1, EIO),
-            Failing<"readlink", decltype(&readlink)>(Look, kNone, EIO),
-            Failing<"read", decltype(&read)>(Read, kNone, EIO),
-            Failing<"pread", decltype(&pread)>(Read, kNone, EIO),
-            Failing<"pread64", decltype(&pread64)>(Read, kNone, EIO),
-            Failing<"fread", decltype(&fread)>(Read, nothing, EIO),
-            Failing<"write", decltype(&write)>(Write, kNone, ENOSPC),
-            Failing<"writev", decltype(&writev)>(Write, kNone, ENOSPC),
-            Failing<"fwrite", decltype(&fwrite)>(Write, nothing, ENOSPC),
-            Failing<"fwrite_unlocked", decltype(&fwrite_unlocked)>(Write, nothing, ENOSPC),
-            Failing<"fflush", decltype(&fflush)>(Write, EOF, ENOSPC, TFailing::AfterAll),
-            Failing<"lseek", decltype(&lseek)>(Seek, static_cast<off_t>(-1), EIO),
-            Failing<"lseek64", decltype(&lseek64)>(Seek, static_cast<off64_t>(-1), EIO),
-            Failing<"fseeko", decltype(&fseeko)>(Seek, -1, EIO),
-            Failing<"fseeko64", decltype(&fseeko64)>(Seek, -1, EIO),
-            Failing<"ftello", decltype(&ftello)>(Seek, static_cast<off_t>(-1), EIO),
-            Failing<"ftello64", decltype(&ftello64)>(Seek, static_cast<off64_t>(-1), EIO),
-            Failing<"close", decltype(&close)>(Close, -1, EIO, TFailing::AfterAll),
-            Failing<"fclose", decltype(&fclose)>(Close, EOF, ENOSPC, TFailing::AfterAll),
-            Failing<"rename", decltype(&rename)>(Rename, -1, EACCES),
-            Failing<"mmap", decltype(&mmap)>(Map, MAP_FAILED, ENOMEM),
-            Failing<"mmap64", decltype(&mmap64)>(Map, MAP_FAILED, ENOMEM),
-            Failing<"pthread_create", decltype(&pthread_create)>(Thread, EAGAIN, 0),
-            THook{"dlopen", reinterpret_cast<void*>(&LoadOrFail), &realDlopen},
-            FailingSymbol<"dlsym", decltype(&dlsym)>(),
-            FailingSymbol<"dlvsym", decltype(&dlvsym)>(),
-        });
+    hooks.insert(hooks.end(),
+                 {
+                     HookOpen<"open">(),
+                     HookOpen<"open64">(),
+                     HookOpenAt<"openat">(),
+                     HookOpenAt<"openat64">(),
+                     Failing<"fopen", decltype(&fopen)>(Open, noFile, EMFILE),
+                     Failing<"fopen64", decltype(&fopen64)>(Open, noFile, EMFILE),
+                     Failing<"fdopen", decltype(&fdopen)>(Open, noFile, ENOMEM),
+                     Failing<"opendir", decltype(&opendir)>(Open, noFolder, EMFILE),
+                     Failing<"fdopendir", decltype(&fdopendir)>(Open, noFolder, ENOMEM),
+                     Failing<"readdir", decltype(&readdir)>(Look, static_cast<dirent*>(nullptr), EIO),
+                     Failing<"readdir64", decltype(&readdir64)>(Look, static_cast<dirent64*>(nullptr), EIO),
+                     Failing<"fstat", TStatHandle>(Look, -1, EIO),
+                     Failing<"fstat64", TStatHandle>(Look, -1, EIO),
+                     Failing<"__fstat64_time64", TStatHandle>(Look, -1, EIO),
+                     Failing<"fstatat", TStatAt>(Look, -1, EIO),
+                     Failing<"fstatat64", TStatAt>(Look, -1, EIO),
+                     Failing<"__fstatat64_time64", TStatAt>(Look, -1, EIO),
+                     Failing<"stat", TStatPath>(Look, -1, EIO),
+                     Failing<"stat64", TStatPath>(Look, -1, EIO),
+                     Failing<"lstat", TStatPath>(Look, -1, EIO),
+                     Failing<"lstat64", TStatPath>(Look, -1, EIO),
+                     Failing<"readlink", decltype(&readlink)>(Look, kNone, EIO),
+                     Failing<"read", decltype(&read)>(Read, kNone, EIO),
+                     Failing<"pread", decltype(&pread)>(Read, kNone, EIO),
+                     Failing<"pread64", decltype(&pread64)>(Read, kNone, EIO),
+                     Failing<"fread", decltype(&fread)>(Read, nothing, EIO),
+                     Failing<"write", decltype(&write)>(Write, kNone, ENOSPC),
+                     Failing<"writev", decltype(&writev)>(Write, kNone, ENOSPC),
+                     Failing<"fwrite", decltype(&fwrite)>(Write, nothing, ENOSPC),
+                     Failing<"fwrite_unlocked", decltype(&fwrite_unlocked)>(Write, nothing, ENOSPC),
+                     Failing<"fflush", decltype(&fflush)>(Write, EOF, ENOSPC, TFailing::AfterAll),
+                     Failing<"lseek", decltype(&lseek)>(Seek, static_cast<off_t>(-1), EIO),
+                     Failing<"lseek64", decltype(&lseek64)>(Seek, static_cast<off64_t>(-1), EIO),
+                     Failing<"fseeko", decltype(&fseeko)>(Seek, -1, EIO),
+                     Failing<"fseeko64", decltype(&fseeko64)>(Seek, -1, EIO),
+                     Failing<"ftello", decltype(&ftello)>(Seek, static_cast<off_t>(-1), EIO),
+                     Failing<"ftello64", decltype(&ftello64)>(Seek, static_cast<off64_t>(-1), EIO),
+                     Failing<"close", decltype(&close)>(Close, -1, EIO, TFailing::AfterAll),
+                     Failing<"fclose", decltype(&fclose)>(Close, EOF, ENOSPC, TFailing::AfterAll),
+                     Failing<"rename", decltype(&rename)>(Rename, -1, EACCES),
+                     Failing<"mmap", decltype(&mmap)>(Map, MAP_FAILED, ENOMEM),
+                     Failing<"mmap64", decltype(&mmap64)>(Map, MAP_FAILED, ENOMEM),
+                     Failing<"pthread_create", decltype(&pthread_create)>(Thread, EAGAIN, 0),
+                     THook{"dlopen", reinterpret_cast<void*>(&LoadOrFail), &realDlopen},
+                     FailingSymbol<"dlsym", decltype(&dlsym)>(),
+                     FailingSymbol<"dlvsym", decltype(&dlvsym)>(),
+                 });
     return hooks;
 }
 
-/// What the library takes from the system and the language's runtime that gives no error, or only for arguments that
-/// it never passes.
+/// What the library takes from the system and the language's runtime that gives no error, or only for
+/// arguments that it never passes.
 const std::set<std::string> kUnfailing{
     // Exceptions, start and end of a module.
     "_Unwind_Resume", "__cxa_allocate_exception", "__cxa_atexit", "__cxa_begin_catch", "__cxa_end_catch",
-    "__cxa_finalize", "__cxa_free_exception", "__cxa_guard_acquire", "__cxa_guard_release", "__cxa_guard_abort",
-    "__cxa_pure_virtual", "__cxa_rethrow", "__cxa_throw", "__cxa_throw_bad_array_new_length", "__dynamic_cast",
-    "__gxx_personality_v0", "__gmon_start__", "_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable",
-    "__tls_get_addr", "___tls_get_addr", "__stack_chk_fail",
+    "__cxa_finalize", "__cxa_free_exception", "__cxa_guard_acquire", "__cxa_guard_release",
+    "__cxa_guard_abort", "__cxa_pure_virtual", "__cxa_rethrow", "__cxa_throw",
+    "__cxa_throw_bad_array_new_length", "__dynamic_cast", "__gxx_personality_v0", "__gmon_start__",
+    "__assert_fail", "_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable", "__tls_get_addr",
+    "___tls_get_addr", "__stack_chk_fail",
     // Values.
-    "__errno_location", "clock_gettime", "__clock_gettime64", "dirfd", "fileno", "fmod", "frexp", "ldexp", "sqrt",
-    "getpgrp", "tcgetpgrp", "ioctl", "memchr", "memcmp", "memcpy", "memmove", "memset", "strlen", "snprintf", "wcrtomb",
-    "pthread_self", "sigaddset", "sigemptyset", "stderr", "stdout", "setvbuf", "fwide", "fcntl", "fcntl64",
-    "__fcntl_time64",
+    "__errno_location", "clock_gettime", "__clock_gettime64", "dirfd", "fileno", "fmod", "frexp", "ldexp",
+    "sqrt", "getpgrp", "tcgetpgrp", "ioctl", "memchr", "memcmp", "memcpy", "memmove", "memset", "strlen",
+    "snprintf", "wcrtomb", "pthread_self", "sigaddset", "sigemptyset", "stderr", "stdout", "setvbuf", "fwide",
+    "fcntl", "fcntl64", "__fcntl_time64",
     // Waiting and ending.
     "flockfile", "funlockfile", "nanosleep", "__nanosleep64", "poll", "pthread_join", "pthread_mutex_lock",
-    "pthread_mutex_unlock", "pthread_sigmask", "raise", "syscall", "syslog", "closedir", "remove", "dlclose", "dladdr", "dlerror"};
+    "pthread_mutex_unlock", "pthread_sigmask", "raise", "syscall", "syslog", "closedir", "remove", "dlclose",
+    "dladdr", "dlerror"};
 
 } // namespace
 
@@ -175,8 +176,8 @@ bool CannotFail(const std::string& import) {
     // The standard library's own functions allocate through what is caught.
     const bool isStandard = import.rfind("_ZSt", 0) == 0 || import.rfind("_ZNSt", 0) == 0 ||
                             import.rfind("_ZNKSt", 0) == 0 || import.rfind("_ZT", 0) == 0;
-    const bool isSanitizer = import.rfind("__asan", 0) == 0 || import.rfind("__ubsan", 0) == 0 ||
-                             import.rfind("__tsan", 0) == 0;
+    const bool isSanitizer =
+        import.rfind("__asan", 0) == 0 || import.rfind("__ubsan", 0) == 0 || import.rfind("__tsan", 0) == 0;
     return isStandard || isSanitizer || kUnfailing.count(import) != 0;
 }
 

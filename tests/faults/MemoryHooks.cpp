@@ -126,17 +126,19 @@ std::vector<THook> GetFreeingHooks() {
 
 std::vector<THook> GetMemoryHooks() {
     std::vector<THook> hooks = GetFreeingHooks();
-    hooks.insert(hooks.end(), {
-                                  Hook<"malloc">(&MallocOrFail),
-                                  Hook<"calloc">(&CallocOrFail),
-                                  Hook<"realloc">(&ReallocOrFail),
-                                  Hook<"_Znw" FAULTS_SIZE>(&New<"_Znw" FAULTS_SIZE>),
-                                  Hook<"_Zna" FAULTS_SIZE>(&New<"_Zna" FAULTS_SIZE>),
-                                  Hook<"_Znw" FAULTS_SIZE "RKSt9nothrow_t">(&NewNothrow<"_Znw" FAULTS_SIZE "RKSt9nothrow_t">),
-                                  Hook<"_Zna" FAULTS_SIZE "RKSt9nothrow_t">(&NewNothrow<"_Zna" FAULTS_SIZE "RKSt9nothrow_t">),
-                                  Hook<"_Znw" FAULTS_SIZE "St11align_val_t">(&NewAligned<"_Znw" FAULTS_SIZE "St11align_val_t">),
-                                  Hook<"_Zna" FAULTS_SIZE "St11align_val_t">(&NewAligned<"_Zna" FAULTS_SIZE "St11align_val_t">),
-                              });
+    hooks.insert(
+        hooks.end(),
+        {
+            Hook<"malloc">(&MallocOrFail),
+            Hook<"calloc">(&CallocOrFail),
+            Hook<"realloc">(&ReallocOrFail),
+            Hook<"_Znw" FAULTS_SIZE>(&New<"_Znw" FAULTS_SIZE>),
+            Hook<"_Zna" FAULTS_SIZE>(&New<"_Zna" FAULTS_SIZE>),
+            Hook<"_Znw" FAULTS_SIZE "RKSt9nothrow_t">(&NewNothrow<"_Znw" FAULTS_SIZE "RKSt9nothrow_t">),
+            Hook<"_Zna" FAULTS_SIZE "RKSt9nothrow_t">(&NewNothrow<"_Zna" FAULTS_SIZE "RKSt9nothrow_t">),
+            Hook<"_Znw" FAULTS_SIZE "St11align_val_t">(&NewAligned<"_Znw" FAULTS_SIZE "St11align_val_t">),
+            Hook<"_Zna" FAULTS_SIZE "St11align_val_t">(&NewAligned<"_Zna" FAULTS_SIZE "St11align_val_t">),
+        });
     return hooks;
 }
 

@@ -1,4 +1,5 @@
-// The import tables of ELF modules: the places where the loader puts the addresses of functions of other modules.
+// The import tables of ELF modules: the places where the loader puts the addresses of functions of other
+// modules.
 #include "faults/Hooks.h"
 
 #include <cstdint>
@@ -72,16 +73,35 @@ private:
             // The loader has made these whole addresses.
             const ElfW(Addr) value = entry->d_un.d_ptr;
             switch (entry->d_tag) {
-            case DT_SYMTAB: symbols_ = reinterpret_cast<const ElfW(Sym)*>(value); break;
-            case DT_STRTAB: names_ = reinterpret_cast<const char*>(value); break;
-            case DT_RELA: relocations_ = value; break;
-            case DT_RELASZ: relocationsSize_ = entry->d_un.d_val; break;
-            case DT_REL: plainRelocations_ = value; break;
-            case DT_RELSZ: plainRelocationsSize_ = entry->d_un.d_val; break;
-            case DT_JMPREL: jumps_ = value; break;
-            case DT_PLTRELSZ: jumpsSize_ = entry->d_un.d_val; break;
-            case DT_PLTREL: jumpKind_ = entry->d_un.d_val; break;
-            default: break;
+            case DT_SYMTAB:
+                symbols_ = reinterpret_cast<const ElfW(Sym)*>(value);
+                break;
+            case DT_STRTAB:
+                names_ = reinterpret_cast<const char*>(value);
+                break;
+            case DT_RELA:
+                relocations_ = value;
+                break;
+            case DT_RELASZ:
+                relocationsSize_ = entry->d_un.d_val;
+                break;
+            case DT_REL:
+                plainRelocations_ = value;
+                break;
+            case DT_RELSZ:
+                plainRelocationsSize_ = entry->d_un.d_val;
+                break;
+            case DT_JMPREL:
+                jumps_ = value;
+                break;
+            case DT_PLTRELSZ:
+                jumpsSize_ = entry->d_un.d_val;
+                break;
+            case DT_PLTREL:
+                jumpKind_ = entry->d_un.d_val;
+                break;
+            default:
+                break;
             }
         }
     }
@@ -99,7 +119,7 @@ private:
     }
 
     ElfW(Addr) base_;
-    const ElfW(Sym)* symbols_ = nullptr;
+    const ElfW(Sym) * symbols_ = nullptr;
     const char* names_ = nullptr;
     ElfW(Addr) relocations_ = 0;
     ElfW(Addr) plainRelocations_ = 0;
@@ -144,7 +164,8 @@ bool IsLibrary(std::string_view path) {
 
 /// The library, its plug-ins and what else lies beside this program, and the standard library.
 bool IsCaught(std::string_view path) {
-    static const std::string folder = std::filesystem::read_symlink("/proc/self/exe").parent_path().string() + '/';
+    static const std::string folder =
+        std::filesystem::read_symlink("/proc/self/exe").parent_path().string() + '/';
     return path.find("/libstdc++.so") != path.npos || path.rfind(folder, 0) == 0;
 }
 
@@ -163,16 +184,18 @@ void PatchModules() {
     static const std::vector<THook> own = GetOwnHooks();
     static const THooksByName allHooks = Index(GetHooks());
     static const THooksByName ownHooks = Index(own);
-    bool isFirst = true;
+    static unsigned int startModules = 0;
+    unsigned int index = 0;
     ForEachModule([&](const dl_phdr_info& info) {
-        // The first is the program.
-        if (isFirst) {
+        // What is there from the start stays, and comes first.
+        if (++index <= startModules) return;
+        if (index == 1) {
             Patch(info, ownHooks);
         } else if (IsCaught(info.dlpi_name)) {
             Patch(info, allHooks);
         }
-        isFirst = false;
     });
+    if (startModules == 0) startModules = index;
 }
 
 std::vector<std::string> GetLibraryImports() {
@@ -192,7 +215,8 @@ std::string DescribeAddress(const void* address) {
     const std::string path = info.dli_fname;
     char offset[32];
     std::snprintf(offset, sizeof offset, "+0x%zx",
-                  static_cast<std::size_t>(static_cast<const char*>(address) - static_cast<const char*>(info.dli_fbase)));
+                  static_cast<std::size_t>(static_cast<const char*>(address) -
+                                           static_cast<const char*>(info.dli_fbase)));
     return path.substr(path.rfind('/') + 1) + offset;
 }
 

@@ -52,14 +52,16 @@ void RunObjects(CResult& result) {
     for (int i = 0; i < 9; ++i) pushed->Push(CRefPtr<IObject>::Adopt(list->GetObject(0)).Get());
     list->RemoveAllObjects();
 
-    result.Add("%d classes, ", CountAll(CRefPtr<IObjectEnumerator>::Adopt(v.GetClassStore().EnumerateClasses())));
+    result.Add("%d classes, ",
+               CountAll(CRefPtr<IObjectEnumerator>::Adopt(v.GetClassStore().EnumerateClasses())));
     const CCodecClassStore& codecs = v.GetCodecClassStore();
     result.Add("%d decoders, ", CountAll(CRefPtr<IObjectEnumerator>::Adopt(codecs.EnumerateDecoders())));
     CDeviceClassStore& devices = v.GetDeviceClassStore();
     devices.RegisterDevice({classid::CDevice, DEVICE_TYPE_AUDIO});
     const auto registered = CRefPtr<IObjectList>::Adopt(devices.EnumerateDevices());
     result.Add("%u devices, ", registered->GetObjectCount());
-    result.Add("%g", static_cast<double>((CMatrix::Scale(2, 2, 2) * CMatrix::Translation(0, 1, 10)).Determinant(4)));
+    result.Add(
+        "%g", static_cast<double>((CMatrix::Scale(2, 2, 2) * CMatrix::Translation(0, 1, 10)).Determinant(4)));
 }
 
 } // namespace vorlund::faults

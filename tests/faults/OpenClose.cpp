@@ -18,7 +18,8 @@ void UsePlugins(CPluginStore& store, CResult& result) {
     for (; available->HasNext(); ++count) CRefPtr<IObject>::Adopt(available->GetNext());
     store.LoadAvailablePlugins();
     const auto loaded = CRefPtr<IObjectEnumerator>::Adopt(store.EnumerateLoadedPlugins());
-    result.Add("%d available, loaded: %d %d, ", count, loaded->HasNext(), store.IsPluginLoaded(VRL_L("vorlund_sample")));
+    result.Add("%d available, loaded: %d %d, ", count, loaded->HasNext(),
+               store.IsPluginLoaded(VRL_L("vorlund_sample")));
     const CInputStreamSelector source(files.sample.c_str());
     const auto decoded = CRefPtr<IInputStream>::Adopt(source.DecodeStream(TDataFormat_AudioPcm::FormatId));
     unsigned char bytes[2000];

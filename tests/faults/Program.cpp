@@ -1,5 +1,5 @@
-// The subcommands of the program. A run under fault either gives the whole output and 0, or says that it failed and
-// leaves no output behind.
+// The subcommands of the program. A run under fault either gives the whole output and 0, or says that it
+// failed and leaves no output behind.
 #include "faults/Program.h"
 
 #include "faults/FaultPoints.h"
@@ -10,9 +10,9 @@
 #include <vorlund/Vorlund.h>
 
 #include <cstdio>
+#include <exception>
 #include <fstream>
 #include <iterator>
-#include <exception>
 #include <string>
 #include <vector>
 

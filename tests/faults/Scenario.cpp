@@ -63,7 +63,7 @@ void CResult::AddBytes(const void* bytes, std::size_t size) {
         digest ^= static_cast<const unsigned char*>(bytes)[i];
         digest *= 1099511628211u;
     }
-    Add("[%zu %08lx]", size, static_cast<unsigned long>(digest & 0xFFFFFFFFu));
+    Add("[%u %08x]", static_cast<unsigned int>(size), static_cast<unsigned int>(digest));
 }
 
 void CResult::AddText(const wchar* text) {
@@ -87,7 +87,8 @@ void PrepareFiles(const fs::path& folder, const fs::path& programFolder) {
                            .Build();
     WriteFile(folder / "input.wav", wav);
     WriteFile(folder / "input.vsa", MakeSampleRecording());
-    for (const char* const name : {"a.txt", "b.txt", "c.wav"}) WriteFile(folder / "listed" / name, test::Ramp(10));
+    for (const char* const name : {"a.txt", "b.txt", "c.wav"})
+        WriteFile(folder / "listed" / name, test::Ramp(10));
     TBytes lines;
     for (int i = 0; i < 60; ++i) test::AppendText(lines, "line number " + std::to_string(i) + "\r\n");
     WriteFile(folder / "lines.txt", lines);

@@ -34,6 +34,8 @@ struct TScenario {
     bool opensItself = false;
     /// It must not give another result than usual under a fault, other than one that says so.
     const char* success = nullptr;
+    /// It runs in the program of the folder "faultshost", which has plug-ins beside it.
+    bool hasPlugins = false;
 };
 
 /// Raised by a scenario: what the library or the program must not do, whatever fails.
@@ -92,6 +94,7 @@ inline constexpr const char* kProgramSuccess = "code 0 ";
 inline const std::vector<TScenario>& GetScenarios() {
     static const std::vector<TScenario> scenarios{
         {"open-and-close", &RunOpenAndClose, true},
+        {"open-and-close-plugins", &RunOpenAndClose, true, nullptr, true},
         {"plugins", &RunPlugins},
         {"decode", &RunDecode},
         {"convert", &RunConvert},
@@ -113,7 +116,7 @@ inline const std::vector<TScenario>& GetScenarios() {
         {"program-decode-converted", &RunProgramDecodeConverted, true, kProgramSuccess},
         {"program-random", &RunProgramRandom, true, kProgramSuccess},
         {"program-plasma", &RunProgramPlasma, true, kProgramSuccess},
-        {"program-window", &RunProgramWindow, true, kProgramSuccess},
+        {"program-window", &RunProgramWindow, true, kProgramSuccess, true},
         {"program-help", &RunProgramHelp, true, kProgramSuccess},
     };
     return scenarios;

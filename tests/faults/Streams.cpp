@@ -165,7 +165,8 @@ void RunSources(CResult& result) {
     format.image.height = 30;
     const auto plasma = CreateAs<IPlasmaVideoGenerator>(classid::CPlasmaVideoGenerator);
     plasma->SetFormat(&format);
-    result.AddBytes(block.data(), static_cast<std::size_t>(plasma->Read(block.data(), format.image.GetSizeInBytes())));
+    result.AddBytes(block.data(),
+                    static_cast<std::size_t>(plasma->Read(block.data(), format.image.GetSizeInBytes())));
 
     const CInputStreamSelector painted(
         [](ICbVideoSource::TCbData& data) { *static_cast<unsigned char*>(data.pixels) = 77; });

@@ -20,13 +20,14 @@ namespace {
 /// Does `act` on a thread of its own and passes on what it raises; joins in any case.
 template <class TAct> class CHelper {
 public:
-    explicit CHelper(TAct act) : thread_([this, act] {
-        try {
-            act();
-        } catch (...) {
-            failure_ = std::current_exception();
-        }
-    }) {}
+    explicit CHelper(TAct act)
+        : thread_([this, act] {
+              try {
+                  act();
+              } catch (...) {
+                  failure_ = std::current_exception();
+              }
+          }) {}
     CHelper(const CHelper&) = delete;
     CHelper& operator=(const CHelper&) = delete;
     ~CHelper() {

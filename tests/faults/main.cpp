@@ -1,9 +1,10 @@
-// Makes every call of the library fail that the system may refuse, one after the other, in one scenario after the
-// other, and looks whether nothing crashes, hangs or is lost, and whether the next run is as usual.
+// Makes every call of the library fail that the system may refuse, one after the other, in one scenario after
+// the other, and looks whether nothing crashes, hangs or is lost, and whether the next run is as usual.
 //
-//     vorlund_faults [--quick] [WORD...]                    all scenarios, or those whose name has one of the words
-//     vorlund_faults --child SCENARIO KIND N SPAN FOLDER [--only] [--quick]
-//                                                           from one point on, in this process: KIND as its name
+//     vorlund_faults [--quick] [WORD...]                    all scenarios, or those whose name has one of the
+//     words vorlund_faults --child SCENARIO KIND N SPAN FOLDER [--only] [--quick]
+//                                                           from one point on, in this process: KIND as its
+//                                                           name
 //     vorlund_faults --imports                              what the library imports and nobody has looked at
 //
 // Each scenario runs in a child process, so that a crash or a hang is one fault among others.
@@ -65,6 +66,7 @@ void WatchForHangs() {
                 seen = current;
                 since = now;
             } else if (now - since > kHangLimit) {
+                if (HasFailed()) std::fprintf(stderr, "the call came from %s\n", DescribeFault().c_str());
                 test::EndProcess(kHangCode);
             }
         }
@@ -88,7 +90,6 @@ int RunAsChild(const std::vector<std::string>& arguments) {
     InstallHooks();
     RunSession(scenario, first, has("--only") ? first.kind : kKindCount, has("--quick"));
     Report("end");
-    std::filesystem::remove_all(folder);
     return 0;
 }
 
@@ -120,7 +121,8 @@ public:
 private:
     /// Returns true when the child ended too early, with where to go on in `next`.
     bool RunFrom(const TScenario& scenario, TPoint& next) {
-        const auto folder = std::filesystem::temp_directory_path() / (std::string("vorlund-faults-") + scenario.name);
+        const auto folder =
+            std::filesystem::temp_directory_path() / (std::string("vorlund-faults-") + scenario.name);
         test::TChildOptions options;
         options.arguments = {"--child",
                              scenario.name,
@@ -130,9 +132,13 @@ private:
                              folder.string()};
         if (isQuick_) options.arguments.push_back("--quick");
         options.limit = kScenarioLimit;
-        const test::TChildEnd end = test::RunChild("vorlund_faults", options);
+        const test::TChildEnd end =
+            test::RunChild(scenario.hasPlugins ? "faultshost/vorlund_faults" : "vorlund_faults", options);
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
         TPoint last = next;
         bool isWhole = false;
+        hasBegun_ = false;
         std::istringstream lines(end.output);
         for (std::string line; std::getline(lines, line);) isWhole = Take(line, last) || isWhole;
         if (isWhole && end.IsSuccess()) return false;
@@ -144,7 +150,7 @@ private:
         what += ": " + end.errors.substr(0, 3000);
         rows_[last.kind].faults.push_back(std::to_string(last.n) + " " + kSpanNames[last.span] + " " + what);
         rows_[last.kind].points = std::max(rows_[last.kind].points, 1u);
-        if (isWhole || end.hasTimedOut) return false;
+        if (isWhole || end.hasTimedOut || !hasBegun_) return false;
         next = last;
         if (++next.span == kSpanNames.size()) {
             next.span = 0;
@@ -160,7 +166,8 @@ private:
         std::string kindName;
         words >> word >> kindName;
         if (word == "end") return true;
-        if (word != "calls" && word != "point" && word != "fault" && word != "done" && word != "other") return false;
+        if (word != "calls" && word != "point" && word != "fault" && word != "done" && word != "other")
+            return false;
         const std::size_t kind = FindName(kKindNames, kindName);
         TRow& row = rows_[kind];
         if (word == "calls") {
@@ -172,17 +179,19 @@ private:
             last.kind = kind;
             last.span = FindName(kSpanNames, span);
             ++row.points;
+            hasBegun_ = true;
         } else if (word == "fault") {
             std::string text;
             std::getline(words >> std::ws, text);
+            row.points = std::max(row.points, 1u);
             row.faults.push_back(text);
         } else if (word == "done") {
             unsigned int raised = 0;
             unsigned int same = 0;
             unsigned int other = 0;
             words >> raised >> same >> other;
-            row.note = std::to_string(raised) + " raise, " + std::to_string(same) + " go on, " + std::to_string(other) +
-                       " give another result";
+            row.note = std::to_string(raised) + " raise, " + std::to_string(same) + " go on, " +
+                       std::to_string(other) + " give another result";
         } else if (std::getenv("VORLUND_FAULTS_OTHERS")) {
             std::printf("    %s\n", line.c_str());
         }
@@ -194,8 +203,8 @@ private:
         points_ += row.points;
         if (row.points == 0) return;
         ++(row.faults.empty() ? passed_ : failed_);
-        std::printf("%-6s %-24s %-7s %5u calls %6u points  %s\n", row.faults.empty() ? "ok" : "FAILED", scenario.name,
-                    kKindNames[kind], row.calls, row.points, row.note.c_str());
+        std::printf("%-6s %-24s %-7s %5u calls %6u points  %s\n", row.faults.empty() ? "ok" : "FAILED",
+                    scenario.name, kKindNames[kind], row.calls, row.points, row.note.c_str());
         for (std::size_t i = 0; i < row.faults.size(); ++i) {
             if (i == kMaxShownFaults && !std::getenv("VORLUND_FAULTS_OTHERS")) {
                 std::printf("       and %zu more\n", row.faults.size() - i);
@@ -207,6 +216,8 @@ private:
     }
 
     const bool isQuick_;
+    /// Whether the last child has come to a point.
+    bool hasBegun_ = false;
     std::vector<TRow> rows_;
     unsigned int points_ = 0;
     unsigned int passed_ = 0;
@@ -215,7 +226,8 @@ private:
 
 int PrintUnknownImports() {
     const std::vector<std::string> imports = FindUnknownImports();
-    for (const std::string& import : imports) std::printf("nobody has looked at the import %s\n", import.c_str());
+    for (const std::string& import : imports)
+        std::printf("nobody has looked at the import %s\n", import.c_str());
     std::printf("%zu imports to look at\n", imports.size());
     return imports.empty() ? 0 : 1;
 }
@@ -224,9 +236,10 @@ int RunAll(std::vector<std::string> words) {
     const bool isQuick = std::erase(words, "--quick") > 0;
     CParent parent(isQuick);
     for (const TScenario& scenario : GetScenarios()) {
-        const bool isWanted = words.empty() || std::any_of(words.begin(), words.end(), [&](const std::string& word) {
-                                  return std::strstr(scenario.name, word.c_str()) != nullptr;
-                              });
+        const bool isWanted =
+            words.empty() || std::any_of(words.begin(), words.end(), [&](const std::string& word) {
+                return std::strstr(scenario.name, word.c_str()) != nullptr;
+            });
         if (isWanted) parent.Run(scenario);
     }
     return parent.Finish();

@@ -8,6 +8,10 @@ namespace vorlund {
 void CVideoWindow::Open() {
     if (handle_) return;
     JoinThread();
+    // An event that the system has refused is never set, and waiting for it ends at once, while the thread
+    // goes on. Then there is no window: the null handle says so.
+    ready_.SetState(true);
+    if (!ready_.GetState()) return;
     ready_.SetState(false);
     try {
         thread_ = std::thread(&CVideoWindow::RunThread, this);

@@ -51,8 +51,7 @@ wstring Model(const std::string& bytes) {
             if (code > 0x10FFFF || IsSurrogate(code) || code == '\\' ||
                 bytes.compare(i, tried, Utf8(code)) != 0)
                 continue;
-            // A backslash in a name is escaped, because it separates folders in a path.
-            text += code == '\\' ? wstring(1, static_cast<wchar>(0xDC5C)) : Utf16(code);
+            text += Utf16(code);
             length = tried;
         }
         if (length == 0) {
@@ -125,7 +124,7 @@ TEST(PathCodec, EveryCodePointComesBack) {
     for (unsigned int code = 1; code <= 0x10FFFF; ++code) {
         if (!IsSurrogate(code)) {
             bytes += Utf8(code);
-            text += Utf16(code);
+            text += code == '\\' ? wstring(1, static_cast<wchar>(0xDC5C)) : Utf16(code);
         }
         if (code % kRun != kRun - 1) continue;
         std::string back;
