@@ -1,7 +1,8 @@
 #!/bin/bash
 # Every public header stands alone. On Windows also before, after and between the system's headers, whose macros would
-# rename methods, and without a clash of names. usage: scripts/headers.sh linux|win32|win64 [BUILD-FOLDER]
-# BUILD-FOLDER has the public headers that the build makes.
+# rename methods, and without a clash of names. usage: scripts/headers.sh linux|win32|win64 [BUILD-FOLDER [each]]
+# BUILD-FOLDER has the public headers that the build makes. With "each", every one also alone behind the system's, which
+# shows what only a header before it had declared, and takes minutes.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 compiler=g++
@@ -20,7 +21,7 @@ commands() {
     for header in "${headers[@]}"; do
         echo "-include $header"
         # The short form, for time; all together then see the long one.
-        [[ $1 != win* ]] || echo "-DUNICODE -DWIN32_LEAN_AND_MEAN -include windows.h -include $header"
+        [[ $1 != win* || -z $2 ]] || echo "-DUNICODE -DWIN32_LEAN_AND_MEAN -include windows.h -include $header"
     done
     [[ $1 == win* ]] || return 0
     # All together, with the system's headers before them, in their middle and behind them.
@@ -35,6 +36,6 @@ commands() {
     done
 }
 
-commands "$1" | sed "s,^,$compiler -std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Werror $folders ,; s,\$, -x c++ /dev/null," |
+commands "$1" "${3-}" | sed "s,^,$compiler -std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Werror $folders ,; s,\$, -x c++ /dev/null," |
     xargs -P "$(nproc)" -d '\n' -I{} sh -c '{} || { echo "failed: {}" >&2; exit 1; }'
 [[ $1 != win* ]] || tests/abi/check_names.py "$compiler" ${2:+"$2"}

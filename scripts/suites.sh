@@ -186,7 +186,7 @@ test_target() {
         done <"$folder/examples.txt"
         step "real files" real_files
         step exports scripts/exports.sh --check "$target" "$folder"
-        step headers scripts/headers.sh "$target" "$folder"
+        step headers scripts/headers.sh "$target" "$folder" ${all:+each}
         step install tests/install/check.sh "$target" "$folder"
     fi
     if [[ $target == win32 ]]; then step imports tests/abi/check_imports.py "$folder"; fi

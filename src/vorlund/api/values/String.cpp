@@ -66,7 +66,8 @@ wchar Widened(char unit) {
 /// form that is no unit does not count.
 wchar UpperCaseUnit(wchar unit) {
     const std::wint_t upper = std::towupper(static_cast<std::wint_t>(unit));
-    return upper > 0xFFFF ? unit : static_cast<wchar>(upper);
+    const auto form = static_cast<wchar>(upper);
+    return static_cast<std::wint_t>(form) == upper ? form : unit;
 }
 
 template <class TUnit> int CompareIgnoreCase(const wchar* left, const TUnit* right) {
