@@ -34,7 +34,7 @@ ANSWERS = {
 
 # The sentence on each page that has results of Windows, and where it is looked for.
 NOT_ON_WINDOWS = "tested under wine, not on windows"
-WINDOWS_PAGES = ("README.md", "docs/performance.md", "docs/testing-on-windows.md")
+WINDOWS_PAGES = ("README.md", "docs/performance.md", "docs/reliability.md", "docs/testing-on-windows.md")
 
 complaints = []
 
@@ -157,6 +157,18 @@ def check_suites():
         complaints.append(f"{page}: lists {name}, which ./test does not run")
 
 
+def check_promises():
+    """The suites that docs/reliability.md names exist."""
+    page = "docs/reliability.md"
+    table = read(page).split("## Promises")[1].split("\n## ")[0]
+    tests = subprocess.run(["grep", "-rhoE", r"TEST(_F|_P)?\(\w+", ROOT / "tests"], capture_output=True, text=True, check=True)
+    suites = {line.split("(")[1] for line in tests.stdout.split()}
+    for row in re.findall(r"^\| \*\*.*\| (.*) \|$", table, re.MULTILINE):
+        for suite in re.findall(r"`([A-Z]\w+)`", row):
+            if not any(name.startswith(suite) for name in suites):
+                complaints.append(f"{page}: there is no suite {suite}")
+
+
 def check_windows():
     """A report of a real machine takes the sentence away, and nothing else does."""
     reports = sorted((ROOT / "docs/windows-reports").glob("*.txt"))
@@ -234,6 +246,7 @@ def main():
     check_answers()
     check_folders(set(tree))
     check_index(pages)
+    check_promises()
     check_windows()
     check_commands()
     check_suites()
