@@ -95,9 +95,8 @@ protected:
 
     /// How every `Connect` begins: adds a reference to `stream` and disconnects.
     ///
-    /// \return `stream`. Empty when there is nothing to connect: for null, when a stream destroyed this
-    /// filter
-    ///         or connected it meanwhile, and while this filter is being destroyed. Then return, and touch
+    /// \return `stream`. Empty when there is nothing to connect: for null, when a stream has destroyed or
+    ///         connected this filter meanwhile, and while it is being destroyed. Then return, and touch
     ///         nothing.
     ///
     /// Raises what the streams raise. Since version 0.1.
