@@ -40,12 +40,19 @@ function(vorlund_test_child name)
     add_dependencies(vorlund_tests ${name})
 endfunction()
 
-# vorlund_join_tests(<target>): compiles the suites of a test program several at a time, which takes less than half of
-# the time as a whole and more after a change. The anonymous namespaces of suites repeat names, and so their namespace
-# vorlund::test becomes one of its own in each file; what they include is in the real one, compiled in advance, and
-# known to all as vorlund::test_helpers. Suites of one platform, whose headers may define anything, and those in another
-# namespace are compiled one by one.
+# vorlund_join_tests(<target>): with VORLUND_JOIN_TESTS, compiles the suites of a test program several at a time, which
+# takes less than half of the time as a whole and more after a change. The anonymous namespaces of suites repeat names, and
+# so their namespace vorlund::test becomes one of its own in each file; what they include is in the real one, compiled in
+# advance, and known to all as vorlund::test_helpers. Suites of one platform, whose headers may define anything, and those
+# in another namespace are compiled one by one.
 function(vorlund_join_tests target)
+    # Always compiled in advance, joined or not: CMake does not compile anew when another list of headers is given.
+    set(prelude ${CMAKE_CURRENT_BINARY_DIR}/${target}_helpers.h)
+    target_precompile_headers(${target} PRIVATE ${prelude})
+    if(NOT VORLUND_JOIN_TESTS)
+        file(CONFIGURE OUTPUT ${prelude} CONTENT "// Empty: suites are compiled one by one.\n")
+        return()
+    endif()
     set(headers "")
     get_target_property(sources ${target} SOURCES)
     foreach(source IN LISTS sources)
@@ -69,13 +76,11 @@ function(vorlund_join_tests target)
     endforeach()
     list(REMOVE_DUPLICATES headers)
     list(SORT headers)
-    set(prelude ${CMAKE_CURRENT_BINARY_DIR}/${target}_helpers.h)
     list(TRANSFORM headers PREPEND "#include \"")
     list(TRANSFORM headers APPEND "\"\n")
     list(JOIN headers "" includes)
     file(CONFIGURE OUTPUT ${prelude} @ONLY CONTENT
         "${includes}\nnamespace vorlund::test {}\nnamespace vorlund {\nnamespace test_helpers = test;\n}\n")
-    target_precompile_headers(${target} PRIVATE ${prelude})
     set_target_properties(${target} PROPERTIES
         UNITY_BUILD ON
         UNITY_BUILD_BATCH_SIZE 10

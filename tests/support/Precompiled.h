@@ -1,5 +1,6 @@
 /// \file
-/// What nearly every suite includes, compiled once per test program. Suites still include what they use.
+/// What nearly every suite includes, compiled once per test program; suites include what they use all the
+/// same.
 #pragma once
 
 #include <gtest/gtest.h>
