@@ -119,6 +119,7 @@ private:
 };
 
 #if VRL_IS_DEFINED
+// NOLINTBEGIN(misc-definitions-in-headers): without `inline` in one file of the library only.
 
 VRL_INLINE CVector CVector::operator*(const CMatrix& m) const {
     const float* const e = exactmath::HideElements(m.elements_);
@@ -136,6 +137,7 @@ VRL_INLINE CVector& CVector::operator*=(const CMatrix& m) {
     return *this = *this * m;
 }
 
+// NOLINTEND(misc-definitions-in-headers)
 #endif
 
 } // namespace vorlund

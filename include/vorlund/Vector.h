@@ -75,6 +75,7 @@ private:
 };
 
 #if VRL_IS_DEFINED
+// NOLINTBEGIN(misc-definitions-in-headers): without `inline` in one file of the library only.
 
 namespace exactmath {
 
@@ -136,6 +137,7 @@ VRL_INLINE float CVector::Length2() const {
     return exactmath::Round(exactmath::ScalarProduct(*this, *this));
 }
 
+// NOLINTEND(misc-definitions-in-headers)
 #endif
 
 } // namespace vorlund

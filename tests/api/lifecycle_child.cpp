@@ -33,7 +33,7 @@ void LeaveTheLock(CClassStore& store) {
     }
 }
 
-/// An open store that is never destroyed: it is left locked, and not `v`'s, whose end would be reported.
+/// An open store that need not be destroyed: it is left locked, and not `v`'s, whose end would be reported.
 CClassStore& MakeStore() {
     auto& store = *new CClassStore;
     store.Init();
@@ -133,6 +133,7 @@ int Run(std::string_view mode) {
                 WriteLine("close", "raised");
             }
         });
+        delete &store;
         return 0;
     }
 

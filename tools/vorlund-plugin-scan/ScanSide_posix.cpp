@@ -20,7 +20,8 @@ void EndQuietly() {
 }
 
 bool Send(const std::string& channel, const void* bytes, std::size_t size) {
-    return write(std::atoi(channel.c_str()), bytes, size) == static_cast<ssize_t>(size);
+    const auto pipe = static_cast<int>(std::strtol(channel.c_str(), nullptr, 10));
+    return write(pipe, bytes, size) == static_cast<ssize_t>(size);
 }
 
 void EndNow() {

