@@ -15,10 +15,8 @@
 #include "vorlund/api/values/DebugOutput.h"
 
 #include <cstdarg>
-#include <cstdlib>
 #include <mutex>
 #include <thread>
-#include <utility>
 
 namespace vorlund {
 namespace {
@@ -35,7 +33,6 @@ THandler handlers[kDestinationCount];
 std::mutex handlersMutex;
 
 // Under the mutex:
-bool isEndArranged;
 bool areKeptToTheEnd;
 bool haveEnded;
 
@@ -79,11 +76,11 @@ void EndHandlers() {
 
 /// Has `EndHandlers` called when the process ends or the library is unloaded.
 void ArrangeEnd() {
-    {
-        const std::lock_guard guard(handlersMutex);
-        if (std::exchange(isEndArranged, true)) return;
-    }
-    std::atexit(&EndHandlers);
+    // Not `atexit`: where the thread sanitizer stands in for it, the call comes after the unloading.
+    struct TEnd {
+        ~TEnd() { EndHandlers(); }
+    };
+    [[maybe_unused]] static const TEnd end;
 }
 
 void WriteDefault(TDebugMessageType type, const wchar* text) {
