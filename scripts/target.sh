@@ -5,7 +5,8 @@
 # callers expect, the first race ends the run.
 export ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1
 export UBSAN_OPTIONS=print_stacktrace=1
-export TSAN_OPTIONS=allocator_may_return_null=1:halt_on_error=1:second_deadlock_stack=1
+# A thread that has ended is joined by the next one, which a forked child does not have.
+export TSAN_OPTIONS=report_thread_leaks=0:allocator_may_return_null=1:halt_on_error=1:second_deadlock_stack=1
 
 # target_launcher native|sanitized|wine: sets the array `launcher`, the words in front of a program.
 # shellcheck disable=SC2034
