@@ -30,6 +30,10 @@ install(FILES
 # The file finds its own prefix, so that an installed tree may be moved.
 file(RELATIVE_PATH VORLUND_PC_PREFIX
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+set(VORLUND_PC_FLAGS "")
+if(VORLUND_CHECK_THREADS)
+    set(VORLUND_PC_FLAGS " -DVORLUND_CHECK_THREADS")
+endif()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/vorlund.pc.in ${PROJECT_BINARY_DIR}/vorlund.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vorlund.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 

@@ -69,6 +69,15 @@ endif()
 target_link_libraries(vorlund PRIVATE ${system_libraries})
 target_link_libraries(vorlund_internal PUBLIC ${system_libraries})
 
+# Part of the interface: whoever derives from the library's templates compiles the check too.
+if(VORLUND_CHECK_THREADS)
+    foreach(target IN LISTS VORLUND_COMPILING_TARGETS)
+        target_compile_definitions(${target} PRIVATE VORLUND_CHECK_THREADS)
+    endforeach()
+    target_compile_definitions(vorlund PUBLIC VORLUND_CHECK_THREADS)
+    target_compile_definitions(vorlund_internal PUBLIC VORLUND_CHECK_THREADS)
+endif()
+
 # vorlund_sources(<file>...): adds files of the calling folder to the library.
 function(vorlund_sources)
     list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)

@@ -11,6 +11,7 @@ class IObject;
 class IObjectEnumerator;
 class IOutputStream;
 struct TDataFormat;
+struct TDecoderChoice;
 
 /// A decoder class: reads `inputFormatId` (null: any input) and produces `outputFormatId`.
 struct TDecoderClassInfo {
@@ -93,6 +94,11 @@ public:
     /// The same for a file. Raises what opening the file raises, and `CDataFormatException` or `CIOException`
     /// "Cannot decode file '...'".
     IInputStream* DecodeFile(const wchar* path, const CId& wanted) const;
+
+    /// The same two with a choice of decoders and a report (DecodeReport.h). A stream that has the wanted format
+    /// already leaves the report as it is. Since version 0.1.
+    IInputStream* DecodeStream(IInputStream* stream, const CId& wanted, const TDecoderChoice& choice) const;
+    IInputStream* DecodeFile(const wchar* path, const CId& wanted, const TDecoderChoice& choice) const;
 
     /// Null, whatever the arguments: encoding through the store is not provided.
     IOutputStream* EncodeStream(IOutputStream* stream, const TDataFormat* from, const TDataFormat* to) const;

@@ -13,6 +13,7 @@
 #include <vorlund/ObjectServices.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <type_traits>
 #include <vector>
@@ -36,11 +37,17 @@ template <class TInterface> class CObjectImpl : public TInterface {
 public:
     using TMainInterface = TInterface;
 
-    int AddRef() override { return ++references_; }
+    int AddRef() override {
+        CheckThread();
+        return ++references_;
+    }
     // The final class overrides these three. They answer only while it is not there: in the constructors,
     // which may hand out the object, and while the members are destroyed, whose own listeners may still hold
     // it.
-    int Release() override { return --references_; }
+    int Release() override {
+        CheckThread();
+        return --references_;
+    }
     IObject* QueryInterface(const CId&) override { return nullptr; }
     CId GetClassId() override { return CId::Null(); }
     void AddListener(IObjectListener* listener) override { listeners_.push_back(listener); }
@@ -74,12 +81,26 @@ protected:
     /// that holds such things has a `GiveBack` of its own, which hides this one. Since version 0.1.
     void GiveBack() {}
 
+    /// Comes before every count. In a program and a library that are built with `VORLUND_CHECK_THREADS` it
+    /// prints a debug message when an object with several references is counted by another thread than
+    /// before; otherwise it is nothing. Since version 0.1.
+    void CheckThread() {
+#ifdef VORLUND_CHECK_THREADS
+        services::OnCount(countingThread_, references_, number_, this->GetClassId());
+#endif
+    }
+
     int number_ = 0;
     int references_ = 1;
     std::vector<IObjectListener*> listeners_;
     /// Set once the destruction has begun: a listener that queries and releases the object starts no second
     /// one.
     bool isDying_ = false;
+
+private:
+#ifdef VORLUND_CHECK_THREADS
+    std::atomic<unsigned int> countingThread_ = services::ThreadNumber();
+#endif
 };
 
 /// The final class derived from `TClass`: numbers the object when it is whole, answers for its identity, and
@@ -90,6 +111,7 @@ public:
     CFinalObject() { this->number_ = services::OnCreateObject(TClass::ClassId); }
 
     int Release() override {
+        this->CheckThread();
         if (--this->references_ > 0 || this->isDying_) return this->references_;
         this->isDying_ = true;
         delete this;

@@ -1,8 +1,8 @@
 /// \file
-/// What the stream operations do not tell: whether a stream ended because its file could not be read, and
-/// whether everything that was written has reached its file.
+/// What the stream operations do not tell: why a file could not be opened, whether a stream ended because its
+/// file could not be read, and whether everything that was written has reached its file.
 ///
-/// The functions look through filters, decoders and converters, the library's own and those of plug-ins
+/// `GetReadError` and what follows it look through filters, decoders and converters, the library's own and those of plug-ins
 /// alike: from `stream` along `IInputStreamFilter::GetInputStream`, or
 /// `IOutputStreamFilter::GetOutputStream`, to the stream at the end. When that is an open or closed file
 /// stream of the library, they speak of its file; of every other stream nothing is known, and there is no
@@ -14,6 +14,43 @@
 #include <cstdint>
 
 namespace vorlund {
+
+/// Why the system does not open a file. Since version 0.1.
+enum TOpenCause {
+    /// It has not refused anything.
+    OPEN_CAUSE_NONE,
+    /// There is nothing of that name, or no folder to put it into.
+    OPEN_CAUSE_MISSING,
+    /// It is a folder.
+    OPEN_CAUSE_FOLDER,
+    /// The user may not, or the device is read-only.
+    OPEN_CAUSE_NOT_PERMITTED,
+    /// Somebody else uses it and shares it with nobody.
+    OPEN_CAUSE_BUSY,
+    /// It has no positions: a pipe, a terminal, a socket.
+    OPEN_CAUSE_NO_POSITIONS,
+    /// The name is too long, or none that the system knows.
+    OPEN_CAUSE_NAME,
+    /// The process or the system has no room for another open file.
+    OPEN_CAUSE_TOO_MANY_FILES,
+    /// Something else; the code says what.
+    OPEN_CAUSE_OTHER,
+};
+
+/// A refused opening. Since version 0.1.
+struct TOpenFailure {
+    TOpenCause cause;
+    /// The system's number: `errno`, or `GetLastError` on Windows; 0 when it gave none.
+    std::uint32_t code;
+};
+
+/// Why the last `Open` of one of the library's file streams that raised `CFileAccessException` in the calling
+/// thread did so; it stays until the next one. What opens files for its callers (selectors, `DecodeFile`,
+/// resources) counts. Raises nothing. Since version 0.1.
+VRL_API TOpenFailure GetOpenFailure();
+
+/// The cause in a few words, without a full stop: "there is no such file". Since version 0.1.
+VRL_API const wchar* DescribeOpenCause(TOpenCause cause);
 
 /// The system's number of the first error in reading the file below `stream` since it was opened: a value of
 /// `errno`, or of `GetLastError` on Windows. 0 when there was none. `Read` delivers what came before the

@@ -9,6 +9,7 @@
 namespace vorlund {
 
 class IResource;
+struct TDecoderChoice;
 
 /// Holds one reference to an input stream; copies share it.
 class VRL_API CInputStreamSelector {
@@ -38,6 +39,8 @@ public:
     /// `v`'s codec class store's `DecodeStream` of the held stream, with its result (one reference for the
     /// caller) and its failures.
     IInputStream* DecodeStream(const CId& wanted) const;
+    /// The same with a choice of decoders and a report (DecodeReport.h). Since version 0.1.
+    IInputStream* DecodeStream(const CId& wanted, const TDecoderChoice& choice) const;
 
 private:
     IInputStream* stream_ = nullptr;

@@ -103,14 +103,14 @@ TEST_F(DecodeCommand, AFailureIsOneLineAndLeavesNoOutput) {
         std::string input;
         std::string line;
     } rows[] = {
-        {missing, "Cannot open '" + missing + "' for reading"},
-        {folder, "Cannot open '" + folder + "' for reading"},
-        {text, "Cannot decode '" + text + "': Invalid header"},
-        {empty, "Cannot decode '" + empty + "': Invalid header"},
-        {deep, "Cannot decode '" + deep + "': Usupported bits per sample"},
-        {floats, "Cannot decode '" + floats + "': Unsupported wave format"},
-        {noFormat, "Cannot decode '" + noFormat + "': Cannot find fmt chunk"},
-        {noData, "Cannot decode '" + noData + "': Cannot find data chunk "},
+        {missing, "Cannot open '" + missing + "' for reading: there is no such file"},
+        {folder, "Cannot open '" + folder + "' for reading: it is a folder"},
+        {text, "Cannot decode '" + text + "': no loaded decoder knows this kind of file"},
+        {empty, "Cannot decode '" + empty + "': it is empty"},
+        {deep, "Cannot decode '" + deep + "': WAV: Usupported bits per sample (bits 24); try the plug-in 'sndfile'"},
+        {floats, "Cannot decode '" + floats + "': WAV: Unsupported wave format (format tag 3); try the plug-in 'sndfile'"},
+        {noFormat, "Cannot decode '" + noFormat + "': WAV: Cannot find fmt chunk (chunk \"fmt \"); try the plug-in 'sndfile'"},
+        {noData, "Cannot decode '" + noData + "': WAV: Cannot find data chunk (chunk \"data\"); try the plug-in 'sndfile'"},
     };
     const std::string kept = Make("kept.wav", std::string("what was there before"));
     const std::vector<std::string> before = List();

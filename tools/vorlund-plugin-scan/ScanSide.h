@@ -3,10 +3,6 @@
 
 #include <cstddef>
 #include <string>
-#include <vector>
-
-/// The arguments without the program's name, in UTF-8 (on POSIX: as given).
-std::vector<std::string> GetArguments(int argc, char** argv);
 
 /// From now on a fault ends this process at once and silently, and so does a time far beyond the limit of a
 /// scan.

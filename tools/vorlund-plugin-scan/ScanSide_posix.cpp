@@ -7,10 +7,6 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-std::vector<std::string> GetArguments(int argc, char** argv) {
-    return {argv + 1, argv + argc};
-}
-
 void EndQuietly() {
     // No files of memory for each bad plug-in.
     const rlimit none{0, 0};

@@ -1,12 +1,8 @@
 #include "ScanSide.h"
 
-#include <vorlund/Path.h>
-
 #include <cstdint>
 
 #include <windows.h>
-// After windows.h, which it needs.
-#include <shellapi.h>
 
 namespace {
 
@@ -16,16 +12,6 @@ LONG WINAPI OnFault(EXCEPTION_POINTERS* fault) {
 }
 
 } // namespace
-
-std::vector<std::string> GetArguments(int, char**) {
-    // The narrow arguments are in the ANSI code page, which lacks most characters.
-    int count = 0;
-    wchar_t** const wide = CommandLineToArgvW(GetCommandLineW(), &count);
-    std::vector<std::string> arguments;
-    for (int i = 1; i < count; ++i) arguments.push_back(vorlund::PathToUtf8(wide[i]));
-    LocalFree(wide);
-    return arguments;
-}
 
 void EndQuietly() {
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);

@@ -3,6 +3,7 @@
 // file, closes and unloads it, and tells the process that started it how far it came. Not for people: the
 // library starts it (`CPluginStore::SetScanMode`).
 //   vorlund-plugin-scan PIPE FILE
+#include "Arguments.h"
 #include "ScanSide.h"
 
 #include "vorlund/api/plugins/ScanProtocol.h"

@@ -1,6 +1,7 @@
 #include "Chain.h"
 
 #include <vorlund/ClassIds.h>
+#include <vorlund/DecodeReport.h>
 #include <vorlund/Exception.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/RefPtr.h>
@@ -19,11 +20,9 @@ constexpr int kShownChunks = 16;
 
 wstring DescribeChain(IInputStream* end) {
     wstring chain;
-    for (auto stream = CRefPtr<IInputStream>::Share(end); stream;) {
-        const wstring name = v.GetClassStore().GetClassInfo(stream->GetClassId())->name;
+    for (const TChainLink& link : ListChain(*end)) {
+        const wstring name = link.className.GetBuffer();
         chain = chain.empty() ? name : name + VRL_L(" > ") + chain;
-        const auto filter = stream.Query<IInputStreamFilter>();
-        stream = CRefPtr<IInputStream>::Adopt(filter ? filter->GetInputStream() : nullptr);
     }
     return chain;
 }

@@ -8,6 +8,7 @@
 #include "Progress.h"
 
 #include <vorlund/DataFormat.h>
+#include <vorlund/DecodeReport.h>
 #include <vorlund/Exception.h>
 #include <vorlund/Path.h>
 #include <vorlund/RefPtr.h>
@@ -36,14 +37,15 @@ void CheckReading(IInputStream& stream, const wstring& path) {
     throw TProgramError{VRL_L("Cannot read '") + path + VRL_L("': ") + PathFromUtf8(reason.c_str())};
 }
 
-CRefPtr<IInputStream> OpenDecoded(const CInputStreamSelector& source, const wstring& path,
-                                  CDiagnostics& diagnostics) {
+CRefPtr<IInputStream> OpenDecoded(const CInputStreamSelector& source, const wstring& path) {
+    CDecodeReport report;
     try {
-        return CRefPtr<IInputStream>::Adopt(source.DecodeStream(TDataFormat_AudioPcm::FormatId));
+        return CRefPtr<IInputStream>::Adopt(
+            source.DecodeStream(TDataFormat_AudioPcm::FormatId, {.report = &report}));
     } catch (const CDataFormatException&) {
         CheckReading(*source.GetInputStreamTmp(), path);
-        // What the search raises says only that it failed; the reports before it say why.
-        throw TProgramError{VRL_L("Cannot decode '") + path + VRL_L("': ") + diagnostics.GetFormerReason()};
+        // What the search raises says only that it failed.
+        throw TProgramError{VRL_L("Cannot decode '") + path + VRL_L("': ") + report.Explain().GetBuffer()};
     } catch (const CIOException& error) {
         throw TProgramError{VRL_L("Cannot decode '") + path + VRL_L("': ") + error.GetReason()};
     }
@@ -99,7 +101,7 @@ void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     wstring chain;
     {
         const CInputStreamSelector source(path.c_str());
-        const auto decoded = OpenDecoded(source, path, diagnostics);
+        const auto decoded = OpenDecoded(source, path);
         CPcmPipeline pcm(decoded, options.target, path);
         format = pcm.GetFormat();
         output = COutputFile::Create(options.output, options.raw, format);

@@ -5,14 +5,13 @@
 #include <vorlund/Debug.h>
 
 #include <string>
-#include <string_view>
 
 /// A failure that the program itself found; the text is what the user reads.
 struct TProgramError {
     vorlund::wstring text;
 };
 
-/// Listens to the library's messages while it lives, and prints.
+/// Keeps the library's messages off the terminal while it lives, and prints.
 class CDiagnostics {
 public:
     CDiagnostics();
@@ -30,14 +29,6 @@ public:
     /// Prints one line on the standard error stream.
     void PrintError(const vorlund::wchar* text) const;
 
-    /// The reason of the exception before the last one.
-    const vorlund::wstring& GetFormerReason() const { return formerReason_; }
-
 private:
-    static void OnMessage(vorlund::TDebugMessageType type, const vorlund::wchar* text, void* user);
-    void Note(std::basic_string_view<vorlund::wchar> line);
-
     vorlund::TDebugMessageType report_ = vorlund::DEBUG_MESSAGE_STDOUT;
-    vorlund::wstring reason_;
-    vorlund::wstring formerReason_;
 };

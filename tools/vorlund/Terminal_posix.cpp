@@ -15,10 +15,6 @@ void PrepareStandardStreams() {
     std::fwide(stdout, -1);
 }
 
-std::vector<std::string> GetArguments(int argc, char** argv) {
-    return {argv + 1, argv + argc};
-}
-
 bool IsErrorTerminal() {
     return isatty(STDERR_FILENO) != 0;
 }

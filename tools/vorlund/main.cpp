@@ -1,10 +1,12 @@
 // The command-line program: one subcommand per job.
+#include "Arguments.h"
 #include "CommandLine.h"
 #include "Diagnostics.h"
 #include "Terminal.h"
 
 #include <vorlund/Exception.h>
 #include <vorlund/Path.h>
+#include <vorlund/StreamErrors.h>
 #include <vorlund/Vorlund.h>
 
 #include <cstdio>
@@ -14,6 +16,7 @@
 #include <iostream>
 #include <new>
 #include <string>
+#include <string_view>
 #include <typeinfo>
 #include <vector>
 
@@ -62,15 +65,28 @@ public:
     /// Opens it with the plug-ins that the command line asks for.
     void Open(const TCommandLine& line) {
         vorlund::CPluginStore& store = vorlund::v.GetPluginStore();
-        for (const std::string& path : line.pluginPaths)
-            store.AddPluginPath(vorlund::PathFromUtf8(path.c_str()).c_str());
+        vorlund::AddInstalledPlugins();
+        for (const std::string& path : line.pluginPaths) AddFolder(store, path);
         if (line.arePluginsScanned) store.SetScanMode(vorlund::PLUGIN_SCAN_CHILD);
         vorlund::v.Init();
     }
 
     /// Raises what a plug-in raises that cannot be closed.
     void Close() { vorlund::v.Close(); }
+
+private:
+    static void AddFolder(vorlund::CPluginStore& store, const std::string& path) {
+        const vorlund::wstring folder = vorlund::PathFromUtf8(path.c_str());
+        if (!store.HasPluginPath(folder.c_str())) store.AddPluginPath(folder.c_str());
+    }
 };
+
+/// Why a file stream could not be opened, behind what the exception says; nothing for other exceptions.
+vorlund::wstring DescribeCause(const vorlund::CFileAccessException& error) {
+    const std::basic_string_view<vorlund::wchar> method = error.GetMethod();
+    if (!method.ends_with(VRL_L("putStream::Open"))) return {};
+    return vorlund::wstring(VRL_L(": ")) + vorlund::DescribeOpenCause(vorlund::GetOpenFailure().cause);
+}
 
 /// Calls `act`; a failure becomes one line and an exit code.
 template <class TAct> int Report(const CDiagnostics& diagnostics, TAct act) {
@@ -78,6 +94,8 @@ template <class TAct> int Report(const CDiagnostics& diagnostics, TAct act) {
         return act();
     } catch (const TProgramError& error) {
         diagnostics.PrintError(error.text.c_str());
+    } catch (const vorlund::CFileAccessException& error) {
+        diagnostics.PrintError((vorlund::wstring(error.GetReason()) + DescribeCause(error)).c_str());
     } catch (const vorlund::CException& error) {
         diagnostics.PrintError(error.GetReason());
     } catch (const std::bad_alloc&) {

@@ -21,6 +21,14 @@ CCodecClassStore& CodecClassStore() {
     return v.GetCodecClassStore();
 }
 
+const wchar* GetClassName(const CId& classId) {
+    return v.GetClassStore().GetClassInfo(classId)->name;
+}
+
+void GiveBackClassStoreLock() noexcept {
+    v.GetClassStore().GiveBackLock();
+}
+
 void RequireClass(const CId& classId, const TFailure& failure) {
     try {
         v.GetClassStore().GetClassInfo(classId);

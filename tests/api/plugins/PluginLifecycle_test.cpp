@@ -10,14 +10,6 @@
 namespace vorlund::test {
 namespace {
 
-/// Lines of a child, without those about the folders of this build, which may be open to others.
-std::string WithoutWarnings(std::string text) {
-    std::erase(text, '\r');
-    for (std::size_t at; (at = text.find("output Plugin folder '")) != std::string::npos;)
-        text.erase(at, text.find('\n', at) + 1 - at);
-    return text;
-}
-
 /// What the host reports with a folder of plug-ins; the plug-in in its own two folders is left out.
 std::string RunHost(const std::string& mode, const std::vector<std::string>& plugins = {}) {
     const CPluginFolder folder;

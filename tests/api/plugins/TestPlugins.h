@@ -22,6 +22,14 @@ inline fs::path PluginFile(const std::string& name) {
     return BesideProgram("testplugins") / (name + kPluginEnding);
 }
 
+/// Lines of a child, without those about the folders of this build, which may be open to others.
+inline std::string WithoutWarnings(std::string text) {
+    std::erase(text, '\r');
+    for (std::size_t at; (at = text.find("output Plugin folder '")) != std::string::npos;)
+        text.erase(at, text.find('\n', at) + 1 - at);
+    return text;
+}
+
 /// A new folder with copies of plug-ins, removed at the end.
 class CPluginFolder {
 public:

@@ -59,6 +59,13 @@ int Run(std::string_view mode, const char* folder) {
         v.Close();
         return 0;
     }
+    if (mode == "installed") {
+        for (int i = 0; i < 2; ++i) WriteLine("installed", AddInstalledPlugins() ? "found" : "none");
+        v.Init();
+        v.GetPluginStore().Dump();
+        v.Close();
+        return 0;
+    }
     if (mode == "raising") {
         Try("init", [] { v.Init(); });
         Try("close", [] { v.Close(); });

@@ -1,6 +1,7 @@
 // A program in the place of vorlund-plugin-scan that answers as no good one does, or answers well without
 // having looked. The name of the plug-in's file says how.
 //   scan_helper PIPE FILE
+#include "Arguments.h"
 #include "vorlund-plugin-scan/ScanSide.h"
 
 #include "vorlund/api/plugins/ScanProtocol.h"

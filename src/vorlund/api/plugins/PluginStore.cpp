@@ -253,6 +253,14 @@ void CPluginStore::AddPluginPath(const wchar* path) {
     TData::Of(data_).folders.push_back(path);
 }
 
+bool CPluginStore::HasPluginPath(const wchar* path) const {
+    const CString wanted = pathtext::WithoutSeparator(path, pluginmodule::kSeparator);
+    const auto& folders = TData::Of(data_).folders;
+    return std::any_of(folders.begin(), folders.end(), [&wanted](const CString& folder) {
+        return pathtext::WithoutSeparator(folder, pluginmodule::kSeparator) == wanted;
+    });
+}
+
 void CPluginStore::AddPluginExtension(const wchar* extension) {
     TData::Of(data_).extensions.push_back(extension);
 }

@@ -196,6 +196,11 @@ IObjectEnumerator* CCodecClassStore::EnumerateEncoders() const {
 }
 
 IInputStream* CCodecClassStore::DecodeStream(IInputStream* stream, const CId& wanted) const {
+    return DecodeStream(stream, wanted, {});
+}
+
+IInputStream* CCodecClassStore::DecodeStream(IInputStream* stream, const CId& wanted,
+                                             const TDecoderChoice& choice) const {
     // Another thread may close the store in the middle: the records stay until the search is over.
     const TData::CAccess records(data_, TStoreUse::Pinned);
     if (!records) Raise<CBugException>(kDecodeStreamNotInitialized);
@@ -203,7 +208,7 @@ IInputStream* CCodecClassStore::DecodeStream(IInputStream* stream, const CId& wa
     if (wanted != CId::Null() && stream->GetFormat().id == wanted) {
         return CRefPtr<IInputStream>::Share(stream).Detach();
     }
-    CDecoderSearch search(wanted);
+    CDecoderSearch search(wanted, choice);
     search.Collect(*CRefPtr<IObjectEnumerator>::Adopt(EnumerateDecoders()));
     CRefPtr<IInputStream> end = search.Run(*stream);
     search.ReleaseCandidates();
@@ -212,11 +217,16 @@ IInputStream* CCodecClassStore::DecodeStream(IInputStream* stream, const CId& wa
 }
 
 IInputStream* CCodecClassStore::DecodeFile(const wchar* path, const CId& wanted) const {
+    return DecodeFile(path, wanted, {});
+}
+
+IInputStream* CCodecClassStore::DecodeFile(const wchar* path, const CId& wanted,
+                                           const TDecoderChoice& choice) const {
     GetData(kDecodeFileNotInitialized);
     const auto file = CreateOrRaise<IFileInputStream>(classid::CFileInputStream, kNoFileStream);
     file->Open(path);
     try {
-        return DecodeStream(file.Get(), wanted);
+        return DecodeStream(file.Get(), wanted, choice);
     } catch (const CDataFormatException&) {
         Raise<CDataFormatException>(kCannotDecodeFileFormat, PathReason(kCannotDecodeFile, path));
     } catch (const CIOException&) {

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <numeric>
 
 namespace vorlund {
 namespace {
@@ -38,8 +39,14 @@ CRefPtr<IInputStreamFilter> CreateDecoder(const CId& classId) {
     try {
         return CreateAs<IInputStreamFilter>(classId);
     } catch (const CClassNotFoundException&) {
+        // A factory may have raised it, and left the store locked.
+        services::GiveBackClassStoreLock();
         return {};
     }
+}
+
+bool Contains(std::span<const CId> ids, const CId& id) {
+    return std::find(ids.begin(), ids.end(), id) != ids.end();
 }
 
 bool IsConnected(IInputStreamFilter& filter) {
@@ -63,13 +70,41 @@ void CDecoderSearch::Collect(IObjectEnumerator& decoders) {
         const auto item = CRefPtr<IObject>::Adopt(decoders.GetNext()).Query<IPtrObject>();
         const auto* const decoder = item ? static_cast<const TDecoderClassInfo*>(item->GetPtr()) : nullptr;
         if (!decoder || !IsUseful(*decoder)) continue;
-        if (const auto filter = CreateDecoder(decoder->classId)) candidates_.Share(filter.Get());
+        Add(decoder->classId);
     }
     taken_.assign(candidates_.GetCount(), false);
+    PutPreferredFirst();
+}
+
+void CDecoderSearch::Add(const CId& classId) {
+    if (Contains(choice_.forbidden, classId)) {
+        recorder_.AddUntried(classId, DECODE_FORBIDDEN);
+    } else if (const auto filter = CreateDecoder(classId)) {
+        classIds_.push_back(classId);
+        candidates_.Share(filter.Get());
+    } else {
+        recorder_.AddUntried(classId, DECODE_NOT_CREATED);
+    }
+}
+
+void CDecoderSearch::PutPreferredFirst() {
+    order_.resize(candidates_.GetCount());
+    std::iota(order_.begin(), order_.end(), std::size_t{0});
+    const auto rank = [this](std::size_t candidate) {
+        const auto& preferred = choice_.preferred;
+        return std::find(preferred.begin(), preferred.end(), classIds_[candidate]) - preferred.begin();
+    };
+    std::stable_sort(order_.begin(), order_.end(),
+                     [&](std::size_t left, std::size_t right) { return rank(left) < rank(right); });
 }
 
 CRefPtr<IInputStream> CDecoderSearch::Run(IInputStream& stream) {
-    return wanted_ == CId::Null() ? FindLongest(stream) : FindWanted(stream);
+    auto end = wanted_ == CId::Null() ? FindLongest(stream) : FindWanted(stream);
+    if (end)
+        recorder_.SetFound();
+    else
+        recorder_.SetNotFound(stream);
+    return end;
 }
 
 CRefPtr<IInputStream> CDecoderSearch::FindWanted(IInputStream& current) {
@@ -77,9 +112,9 @@ CRefPtr<IInputStream> CDecoderSearch::FindWanted(IInputStream& current) {
     if (depth_ > kMaxDepth) return {};
     ++depth_;
     CRefPtr<IInputStream> found;
-    for (std::size_t i = 0; i < candidates_.GetCount() && !found; ++i) {
+    for (std::size_t i = 0; i < order_.size() && !found; ++i) {
         // Kept for callers: a candidate that led nowhere stays connected, and so is not tried again.
-        if (TryConnect(i, current)) found = FindWanted(*candidates_[i]);
+        if (TryConnect(order_[i], current)) found = FindWanted(*candidates_[order_[i]]);
     }
     --depth_;
     return found;
@@ -87,10 +122,12 @@ CRefPtr<IInputStream> CDecoderSearch::FindWanted(IInputStream& current) {
 
 CRefPtr<IInputStream> CDecoderSearch::FindLongest(IInputStream& stream) {
     IInputStream* current = &stream;
-    for (std::size_t i = 0; i < candidates_.GetCount();) {
-        if (TryConnect(i, *current)) {
+    depth_ = 1;
+    for (std::size_t i = 0; i < order_.size();) {
+        if (TryConnect(order_[i], *current)) {
+            ++depth_;
             // Those that refused the former stream may take this one.
-            current = candidates_[i];
+            current = candidates_[order_[i]];
             i = 0;
         } else {
             ++i;
@@ -103,13 +140,20 @@ bool CDecoderSearch::TryConnect(std::size_t candidate, IInputStream& current) {
     IInputStreamFilter& filter = *candidates_[candidate];
     // Asking the filter alone is not enough: one that hides its stream would be connected for ever.
     if (IsConnected(filter) || taken_[candidate]) return false;
+    CDecodeStep step(recorder_, classIds_[candidate], depth_ - 1);
     try {
         filter.Connect(&current);
-    } catch (const CDataFormatException&) {
+    } catch (const CDataFormatException& refusal) {
+        step.End(DECODE_REFUSED, refusal);
         return false;
-    } catch (const CIOException&) {
+    } catch (const CIOException& failure) {
+        step.End(DECODE_UNREADABLE, failure);
         return false;
+    } catch (...) {
+        step.EndRaised();
+        throw;
     }
+    step.End(DECODE_CONNECTED);
     taken_[candidate] = true;
     return true;
 }

@@ -1,6 +1,8 @@
 // The search for a chain of decoders.
 #pragma once
 
+#include "vorlund/data/codecs/DecodeRecorder.h"
+
 #include <vorlund/Id.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/StreamFilter.h>
@@ -18,11 +20,13 @@ struct TDecoderClassInfo;
 class CDecoderSearch {
 public:
     /// A null `wanted` asks for the longest chain.
-    explicit CDecoderSearch(const CId& wanted) : wanted_(wanted) {}
+    CDecoderSearch(const CId& wanted, const TDecoderChoice& choice)
+        : wanted_(wanted), choice_(choice), recorder_(choice.report) {}
 
     /// Creates a decoder for every record of `decoders` that can lead to the wanted format; `decoders` yields
     /// `IPtrObject`s that point at `TDecoderClassInfo`s. A class that is not registered, or whose objects are
-    /// no input filters, is left out; every other exception of a creation passes on.
+    /// no input filters, is left out; every other exception of a creation passes on. Forbidden classes are left
+    /// out, preferred ones come first.
     void Collect(IObjectEnumerator& decoders);
 
     /// The end of the chain that begins with `stream`, or nothing. Raises what a decoder raises, except for
@@ -38,11 +42,21 @@ private:
     CRefPtr<IInputStream> FindLongest(IInputStream& stream);
     /// Connects the candidate to `current` if it is free; false when it is not or when it refuses the data.
     bool TryConnect(std::size_t candidate, IInputStream& current);
+    /// Adds a candidate of that class.
+    void Add(const CId& classId);
+    void PutPreferredFirst();
 
     CId wanted_;
+    const TDecoderChoice& choice_;
+    CDecodeRecorder recorder_;
     CReferenceList<IInputStreamFilter> candidates_;
+    /// The classes of the candidates.
+    std::vector<CId> classIds_;
+    /// The order in which they are tried.
+    std::vector<std::size_t> order_;
     /// Which candidates this search has connected.
     std::vector<bool> taken_;
+    /// One more than the number of decoders below the one that is tried.
     int depth_ = 0;
 };
 

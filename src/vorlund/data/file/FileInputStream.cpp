@@ -2,6 +2,8 @@
 
 #include "vorlund/api/values/PathReason.h"
 #include "vorlund/data/base/NoMediaSamples.h"
+#include "vorlund/data/base/NoteTaking.h"
+#include "vorlund/data/file/OpenFailure.h"
 
 #include <vorlund/Exception.h>
 
@@ -72,7 +74,9 @@ std::uint64_t CFileInputStream::Read(void* buffer, std::uint64_t size) {
     if (!buffer) Raise<CNullPtrException>(kReadNullBuffer);
     if (!reader_.IsOpen()) Raise<CIOException>(kReadNotOpen);
     // Kept for callers: only the low 32 bits of the size count.
-    return reader_.Read(buffer, static_cast<std::uint32_t>(size));
+    const std::uint32_t count = reader_.Read(buffer, static_cast<std::uint32_t>(size));
+    notes::CountBytesRead(count);
+    return count;
 }
 
 void CFileInputStream::Skip(std::uint64_t count) {
@@ -85,7 +89,10 @@ void CFileInputStream::Open(const wchar* path) {
     Close();
     // First, so that a text that cannot be copied leaves no file open.
     CString name(path);
-    if (!reader_.Open(path)) Raise<CFileAccessException>(kCannotOpen, PathReason(kCannotOpen.reason, path));
+    if (!reader_.Open(path)) {
+        NoteOpenFailure(path);
+        Raise<CFileAccessException>(kCannotOpen, PathReason(kCannotOpen.reason, path));
+    }
     name_ = std::move(name);
 }
 

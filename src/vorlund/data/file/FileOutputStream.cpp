@@ -2,6 +2,7 @@
 
 #include "vorlund/api/values/PathReason.h"
 #include "vorlund/data/file/FileSystem.h"
+#include "vorlund/data/file/OpenFailure.h"
 
 #include <vorlund/Exception.h>
 
@@ -89,7 +90,10 @@ void CFileOutputStream::Open(const wchar* path, bool append) {
     // Not zeroed, and kept until the next opening: the runtime writes it out when the program ends.
     if (!block_) block_.reset(new char[kBlockSize]);
     file_ = filesystem::OpenOutput(path, append);
-    if (!file_) Raise<CFileAccessException>(kCannotOpen, PathReason(kCannotOpen.reason, path));
+    if (!file_) {
+        NoteOpenFailure(path);
+        Raise<CFileAccessException>(kCannotOpen, PathReason(kCannotOpen.reason, path));
+    }
     std::setvbuf(file_, block_.get(), _IOFBF, kBlockSize);
     name_ = std::move(name);
     append_ = append;

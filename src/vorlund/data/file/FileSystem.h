@@ -7,6 +7,7 @@
 #pragma once
 
 #include <vorlund/Platform.h>
+#include <vorlund/StreamErrors.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -58,6 +59,9 @@ std::uint32_t GetError();
 /// and puts the file's length into `length`. Opens no directories, and nothing that has no positions (pipes,
 /// terminals). Does not wait for another process.
 int OpenInput(const wchar* path, std::int64_t& length);
+
+/// Why the opening of `path` that has just failed in this thread failed; asked before anything else of this file.
+TOpenFailure ExplainOpening(const wchar* path);
 
 /// Reads at most `count` bytes at `position`. 0 at the end of the file, and when the system refuses; `error`,
 /// if given, then gets what `GetError` says, and else stays.

@@ -41,6 +41,13 @@ bool IsFault(int error) {
     return error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO;
 }
 
+/// The path for the system; false, and an error noted, when it has none.
+bool EncodeName(const wchar* path, std::string& bytes) {
+    if (pathcodec::Encode(path, bytes)) return true;
+    errno = EILSEQ;
+    return false;
+}
+
 /// Opens without waiting for the other end of a pipe; reading and writing then wait as usual.
 int OpenWithoutWaiting(const std::string& path, int flags, struct stat& status) {
     const int descriptor = open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, kNewFileMode);
@@ -121,7 +128,7 @@ TEntryKind CFolderSearch::GetKind() const {
 int OpenInput(const wchar* path, std::int64_t& length) {
     length = 0;
     std::string bytes;
-    if (!pathcodec::Encode(path, bytes)) return -1;
+    if (!EncodeName(path, bytes)) return -1;
     struct stat status;
     const int descriptor = OpenWithoutWaiting(bytes, O_RDONLY, status);
     if (descriptor < 0) return -1;
@@ -134,7 +141,32 @@ int OpenInput(const wchar* path, std::int64_t& length) {
     if (length >= 0) return descriptor;
     close(descriptor);
     length = 0;
+    errno = S_ISDIR(status.st_mode) ? EISDIR : ESPIPE;
     return -1;
+}
+
+TOpenFailure ExplainOpening(const wchar*) {
+    const std::uint32_t code = GetError();
+    switch (code) {
+    case ENOENT:
+    case ENOTDIR: return {OPEN_CAUSE_MISSING, code};
+    case EISDIR: return {OPEN_CAUSE_FOLDER, code};
+    case EACCES:
+    case EPERM:
+    case EROFS: return {OPEN_CAUSE_NOT_PERMITTED, code};
+    case EBUSY:
+    case ETXTBSY: return {OPEN_CAUSE_BUSY, code};
+    // A pipe that nobody reads, when it is opened for writing, and what has no device.
+    case ENXIO:
+    case ESPIPE: return {OPEN_CAUSE_NO_POSITIONS, code};
+    case EINVAL:
+    case EILSEQ:
+    case ELOOP:
+    case ENAMETOOLONG: return {OPEN_CAUSE_NAME, code};
+    case EMFILE:
+    case ENFILE: return {OPEN_CAUSE_TOO_MANY_FILES, code};
+    default: return {OPEN_CAUSE_OTHER, code};
+    }
 }
 
 std::uint32_t GetError() {
@@ -158,7 +190,7 @@ void CloseInput(int descriptor) {
 
 std::FILE* OpenOutput(const wchar* path, bool append) {
     std::string bytes;
-    if (!pathcodec::Encode(path, bytes)) return nullptr;
+    if (!EncodeName(path, bytes)) return nullptr;
     struct stat status;
     const int descriptor =
         OpenWithoutWaiting(bytes, O_WRONLY | O_CREAT | (append ? O_APPEND : O_TRUNC), status);

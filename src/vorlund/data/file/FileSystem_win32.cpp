@@ -50,6 +50,13 @@ bool IsFault(DWORD error) {
     }
 }
 
+/// Whether there is a name at all; notes an error when not.
+bool IsName(const wchar* path) {
+    if (path) return true;
+    _set_doserrno(ERROR_INVALID_NAME);
+    return false;
+}
+
 HANDLE HandleOf(int descriptor) {
     return reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
 }
@@ -107,7 +114,7 @@ TEntryKind CFolderSearch::GetKind() const {
 
 int OpenInput(const wchar* path, std::int64_t& length) {
     length = 0;
-    if (!path) return -1;
+    if (!IsName(path)) return -1;
     const int descriptor = _wopen(path, _O_RDONLY | _O_BINARY | _O_NOINHERIT);
     if (descriptor < 0) return -1;
     // The runtime sets positions of pipes, too, with results that mean nothing.
@@ -115,7 +122,31 @@ int OpenInput(const wchar* path, std::int64_t& length) {
     if (length >= 0) return descriptor;
     _close(descriptor);
     length = 0;
+    _set_doserrno(ERROR_SEEK_ON_DEVICE);
     return -1;
+}
+
+TOpenFailure ExplainOpening(const wchar* path) {
+    const std::uint32_t code = GetError();
+    switch (code) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+    case ERROR_INVALID_DRIVE:
+    case ERROR_BAD_NETPATH: return {OPEN_CAUSE_MISSING, code};
+    // Windows says of folders that they are not permitted.
+    case ERROR_ACCESS_DENIED:
+    case ERROR_WRITE_PROTECT:
+        return {GetKind(path) == TEntryKind::Directory ? OPEN_CAUSE_FOLDER : OPEN_CAUSE_NOT_PERMITTED, code};
+    case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
+    case ERROR_PIPE_BUSY: return {OPEN_CAUSE_BUSY, code};
+    case ERROR_SEEK_ON_DEVICE: return {OPEN_CAUSE_NO_POSITIONS, code};
+    case ERROR_INVALID_NAME:
+    case ERROR_BAD_PATHNAME:
+    case ERROR_FILENAME_EXCED_RANGE: return {OPEN_CAUSE_NAME, code};
+    case ERROR_TOO_MANY_OPEN_FILES: return {OPEN_CAUSE_TOO_MANY_FILES, code};
+    default: return {OPEN_CAUSE_OTHER, code};
+    }
 }
 
 std::uint32_t GetError() {
@@ -138,7 +169,7 @@ void CloseInput(int descriptor) {
 }
 
 std::FILE* OpenOutput(const wchar* path, bool append) {
-    if (!path) return nullptr;
+    if (!IsName(path)) return nullptr;
     const int descriptor =
         _wopen(path, _O_WRONLY | _O_CREAT | _O_BINARY | _O_NOINHERIT | (append ? _O_APPEND : _O_TRUNC),
                _S_IREAD | _S_IWRITE);

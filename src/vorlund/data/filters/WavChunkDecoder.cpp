@@ -2,6 +2,7 @@
 
 #include "vorlund/api/objects/CreateOrRaise.h"
 
+#include <vorlund/DecodeNotes.h>
 #include <vorlund/DecoderSupport.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/StringObject.h>
@@ -129,6 +130,7 @@ void CWavChunkDecoder::Connect(IInputStream* stream) {
         next.Reset();
         Raise<CDataFormatException>(kInvalidHeader);
     }
+    NoteContainer(VRL_L("WAV"));
     next->Seek(kFileHeaderSize);
     if (!call.IsUnchanged()) return;
     IndexChunks(*next, call);

@@ -3,6 +3,7 @@
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/data/base/FilterConnection.h"
 
+#include <vorlund/DecodeNotes.h>
 #include <vorlund/DecoderSupport.h>
 #include <vorlund/Exception.h>
 
@@ -31,8 +32,10 @@ constexpr std::size_t kSamplesPerSecAt = 4;
 constexpr std::size_t kBitsPerSampleAt = 14;
 constexpr std::uint16_t kIntegerPcm = 1;
 
-/// Disconnects and raises `CDataFormatException`.
-[[noreturn]] void Refuse(IWavChunkDecoder& chunks, const TFailure& failure) {
+/// Disconnects and raises `CDataFormatException`, because of that value.
+template <class TValue>
+[[noreturn]] void Refuse(IWavChunkDecoder& chunks, const TFailure& failure, const wchar* name, TValue value) {
+    NoteValue(name, value);
     chunks.Disconnect();
     Raise<CDataFormatException>(failure);
 }
@@ -42,17 +45,20 @@ void SelectChunk(IWavChunkDecoder& chunks, const wchar* id, const TFailure& notF
     try {
         chunks.SelectChunk(id);
     } catch (const CObjectNotFoundException&) {
-        Refuse(chunks, notFound);
+        Refuse(chunks, notFound, VRL_L("chunk"), id);
     }
 }
 
 /// Checks the "fmt " chunk, which is selected, and takes the format from it.
 TDataFormat_AudioPcm ReadFormat(IWavChunkDecoder& chunks) {
     std::uint8_t record[kFormatSize];
-    if (!ReadWhole(chunks, record, sizeof record)) Refuse(chunks, kShortFmtChunk);
-    if (LoadLittleEndian16(record + kTagAt) != kIntegerPcm) Refuse(chunks, kUnsupportedFormat);
+    if (!ReadWhole(chunks, record, sizeof record))
+        Refuse(chunks, kShortFmtChunk, VRL_L("bytes"), chunks.GetLength());
+    const std::uint16_t tag = LoadLittleEndian16(record + kTagAt);
+    if (tag != kIntegerPcm) Refuse(chunks, kUnsupportedFormat, VRL_L("format tag"), tag);
     const std::uint16_t bitsPerSample = LoadLittleEndian16(record + kBitsPerSampleAt);
-    if (bitsPerSample != 8 && bitsPerSample != 16) Refuse(chunks, kUnsupportedBits);
+    if (bitsPerSample != 8 && bitsPerSample != 16)
+        Refuse(chunks, kUnsupportedBits, VRL_L("bits"), bitsPerSample);
 
     // Channels and rate are not checked: even 0 is passed on.
     TDataFormat_AudioPcm format;

@@ -2,6 +2,7 @@
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>
+#include <vorlund/DecodeReport.h>
 #include <vorlund/File.h>
 #include <vorlund/Resource.h>
 #include <vorlund/StreamSelector.h>
@@ -65,6 +66,10 @@ IInputStream* CInputStreamSelector::GetInputStream() const {
 
 IInputStream* CInputStreamSelector::DecodeStream(const CId& wanted) const {
     return services::CodecClassStore().DecodeStream(stream_, wanted);
+}
+
+IInputStream* CInputStreamSelector::DecodeStream(const CId& wanted, const TDecoderChoice& choice) const {
+    return services::CodecClassStore().DecodeStream(stream_, wanted, choice);
 }
 
 } // namespace vorlund

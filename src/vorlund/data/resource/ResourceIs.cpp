@@ -1,6 +1,7 @@
 #include "vorlund/data/resource/ResourceIs.h"
 
 #include "vorlund/data/base/NoMediaSamples.h"
+#include "vorlund/data/base/NoteTaking.h"
 #include "vorlund/data/resource/ResourceLock.h"
 #include "vorlund/data/resource/ResourceReference.h"
 
@@ -75,6 +76,7 @@ std::uint64_t CResourceIs::Read(void* buffer, std::uint64_t size) {
     const std::uint64_t count = std::min(size, length - position_);
     std::memcpy(buffer, lock.GetData() + position_, static_cast<std::size_t>(count));
     position_ += count;
+    notes::CountBytesRead(count);
     return count;
 }
 
