@@ -95,8 +95,8 @@ public:
     /// "Cannot decode file '...'".
     IInputStream* DecodeFile(const wchar* path, const CId& wanted) const;
 
-    /// The same two with a choice of decoders and a report (DecodeReport.h). A stream that has the wanted format
-    /// already leaves the report as it is. Since version 0.1.
+    /// The same two with a choice of decoders and a report (DecodeReport.h). A stream that has the wanted
+    /// format already leaves the report as it is. Since version 0.1.
     IInputStream* DecodeStream(IInputStream* stream, const CId& wanted, const TDecoderChoice& choice) const;
     IInputStream* DecodeFile(const wchar* path, const CId& wanted, const TDecoderChoice& choice) const;
 

@@ -1,6 +1,7 @@
 /// \file
-/// What became of a search for decoders: one entry for each step, in the order of the steps, and what users want
-/// to know of it. `CCodecClassStore::DecodeStream` and its relatives fill a report that is given to them.
+/// What became of a search for decoders: one entry for each step, in the order of the steps, and what users
+/// want to know of it. `CCodecClassStore::DecodeStream` and its relatives fill a report that is given to
+/// them.
 #pragma once
 
 #include <vorlund/Exception.h>
@@ -45,8 +46,8 @@ struct TDecodeEntry {
     TExceptionType exceptionType = EXCEPTION_TYPE_GENERIC;
     CString method;
     CString reason;
-    /// The container that it has recognised, empty for none; the values that it objected to, "format tag 3"; and
-    /// what else it has noted (DecodeNotes.h).
+    /// The container that it has recognised, empty for none; the values that it objected to, "format tag 3";
+    /// and what else it has noted (DecodeNotes.h).
     CString container;
     CString values;
     CString remarks;
@@ -68,19 +69,19 @@ public:
     const std::vector<TDecodeEntry>& GetEntries() const { return entries_; }
 
     /// The entry that tells best what is wrong with the input: of those whose decoder has recognised its
-    /// container or was connected, the one that is highest in its chain, then the one that has read most, then
-    /// the first. Null when no decoder recognised anything.
+    /// container or was connected, the one that is highest in its chain, then the one that has read most,
+    /// then the first. Null when no decoder recognised anything.
     const TDecodeEntry* GetFurthest() const;
 
-    /// The container of the source by its first bytes, when no chain was found: "FLAC", "MP3". Empty when it is
-    /// not known, or the source cannot be read again.
+    /// The container of the source by its first bytes, when no chain was found: "FLAC", "MP3". Empty when it
+    /// is not known, or the source cannot be read again.
     const CString& GetContainer() const { return container_; }
 
     /// The plug-in that reads this container, when none of its decoders has been tried; else empty.
     const CString& GetPlugin() const { return plugin_; }
 
-    /// Why there is no chain, in one sentence without a full stop, with the value that was objected to and the
-    /// plug-in to install. Empty when a chain was found.
+    /// Why there is no chain, in one sentence without a full stop, with the value that was objected to and
+    /// the plug-in to install. Empty when a chain was found.
     CString Explain() const;
 
     /// The whole report, a line for each entry, separated by "\n".
@@ -99,8 +100,8 @@ private:
     bool isEmpty_ = false;
 };
 
-/// What a search is told beside its input. The classes are compared with those of the records of the store. Since
-/// version 0.1.
+/// What a search is told beside its input. The classes are compared with those of the records of the store.
+/// Since version 0.1.
 struct TDecoderChoice {
     /// Is emptied, then filled; null for none.
     CDecodeReport* report = nullptr;
@@ -119,9 +120,9 @@ struct TChainLink {
     CId formatId;
 };
 
-/// The chain that ends with `end`, from there to its source: the streams along `IInputStreamFilter`, 1,000 at most.
-/// Raises what the streams raise, and `CBugException` "Not initialized" while the library is closed. Since version
-/// 0.1.
+/// The chain that ends with `end`, from there to its source: the streams along `IInputStreamFilter`, 1,000 at
+/// most. Raises what the streams raise, and `CBugException` "Not initialized" while the library is closed.
+/// Since version 0.1.
 VRL_API std::vector<TChainLink> ListChain(IInputStream& end);
 
 } // namespace vorlund

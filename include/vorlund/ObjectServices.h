@@ -37,9 +37,9 @@ VRL_API CCodecClassStore& CodecClassStore();
 /// The calling thread's number, which is 0 for no thread. Since version 0.1.
 VRL_API unsigned int ThreadNumber();
 
-/// For builds with `VORLUND_CHECK_THREADS`: the calling thread is about to count object `number` of that class,
-/// which has so many `references`; `thread` is the one that counted it before. With one reference the object
-/// may have been handed over, and changes its thread; with more it does so too, and a message to
+/// For builds with `VORLUND_CHECK_THREADS`: the calling thread is about to count object `number` of that
+/// class, which has so many `references`; `thread` is the one that counted it before. With one reference the
+/// object may have been handed over, and changes its thread; with more it does so too, and a message to
 /// `DEBUG_MESSAGE_OUTPUT` names the object and both threads. Any thread. Since version 0.1.
 VRL_API void OnCount(std::atomic<unsigned int>& thread, int references, int number, const CId& classId);
 
@@ -47,8 +47,8 @@ VRL_API void OnCount(std::atomic<unsigned int>& thread, int references, int numb
 /// exported: for the library's own reports.
 const wchar* GetClassName(const CId& classId);
 
-/// `CClassStore::GiveBackLock` of `v`'s class store. Not exported: for operations of the library that go on after an
-/// exception which a factory may have raised.
+/// `CClassStore::GiveBackLock` of `v`'s class store. Not exported: for operations of the library that go on
+/// after an exception which a factory may have raised.
 void GiveBackClassStoreLock() noexcept;
 
 /// Raises `CBugException` from `failure` unless `v`'s class store knows the class. Not exported: for the

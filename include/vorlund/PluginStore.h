@@ -42,7 +42,8 @@ public:
     /// Appends a folder, with or without a separator at its end.
     void AddPluginPath(const wchar* path);
 
-    /// Whether this folder is searched: the same text, with or without a separator at its end. Since version 0.1.
+    /// Whether this folder is searched: the same text, with or without a separator at its end. Since version
+    /// 0.1.
     bool HasPluginPath(const wchar* path) const;
 
     /// Appends an extension, without the dot. Extensions are compared exactly.

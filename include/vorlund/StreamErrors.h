@@ -2,8 +2,8 @@
 /// What the stream operations do not tell: why a file could not be opened, whether a stream ended because its
 /// file could not be read, and whether everything that was written has reached its file.
 ///
-/// `GetReadError` and what follows it look through filters, decoders and converters, the library's own and those of plug-ins
-/// alike: from `stream` along `IInputStreamFilter::GetInputStream`, or
+/// `GetReadError` and what follows it look through filters, decoders and converters, the library's own and
+/// those of plug-ins alike: from `stream` along `IInputStreamFilter::GetInputStream`, or
 /// `IOutputStreamFilter::GetOutputStream`, to the stream at the end. When that is an open or closed file
 /// stream of the library, they speak of its file; of every other stream nothing is known, and there is no
 /// error. The thread that uses the streams calls them.

@@ -1,5 +1,6 @@
 #include "SampleDecoder.h"
 
+#include <vorlund/DecodeNotes.h>
 #include <vorlund/DecoderSupport.h>
 #include <vorlund/Exception.h>
 
@@ -51,11 +52,18 @@ void CSampleDecoder::ReadHeader() {
     if (!ReadWhole(*stream_, header, sizeof header)) Raise<CDataFormatException>(kNoFile);
     if (std::memcmp(header, kMagic, sizeof kMagic) != 0) Raise<CDataFormatException>(kNoFile);
 
+    NoteContainer(VRL_L("VSA"));
     const unsigned int channels = header[kChannelsAt];
     const unsigned int bits = header[kBitsAt];
     const bool isValid = channels >= 1 && channels <= kMaxChannels && (bits == 8 || bits == 16) &&
                          header[kReservedAt] == 0 && header[kReservedAt + 1] == 0;
-    if (!isValid) Raise<CDataFormatException>(kInvalidHeader);
+    if (!isValid) {
+        // Who asks why finds these beside the exception.
+        NoteValue(VRL_L("channels"), channels);
+        NoteValue(VRL_L("bits"), bits);
+        NoteValue(VRL_L("reserved"), LoadLittleEndian16(header + kReservedAt));
+        Raise<CDataFormatException>(kInvalidHeader);
+    }
     format_ = {bits == 8 ? SAMPLE_FORMAT_8BIT : SAMPLE_FORMAT_16BIT, channels,
                LoadLittleEndian32(header + kRateAt)};
     const std::int64_t declared =

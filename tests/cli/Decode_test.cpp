@@ -107,10 +107,14 @@ TEST_F(DecodeCommand, AFailureIsOneLineAndLeavesNoOutput) {
         {folder, "Cannot open '" + folder + "' for reading: it is a folder"},
         {text, "Cannot decode '" + text + "': no loaded decoder knows this kind of file"},
         {empty, "Cannot decode '" + empty + "': it is empty"},
-        {deep, "Cannot decode '" + deep + "': WAV: Usupported bits per sample (bits 24); try the plug-in 'sndfile'"},
-        {floats, "Cannot decode '" + floats + "': WAV: Unsupported wave format (format tag 3); try the plug-in 'sndfile'"},
-        {noFormat, "Cannot decode '" + noFormat + "': WAV: Cannot find fmt chunk (chunk \"fmt \"); try the plug-in 'sndfile'"},
-        {noData, "Cannot decode '" + noData + "': WAV: Cannot find data chunk (chunk \"data\"); try the plug-in 'sndfile'"},
+        {deep, "Cannot decode '" + deep +
+                   "': WAV: Usupported bits per sample (bits 24); try the plug-in 'sndfile'"},
+        {floats, "Cannot decode '" + floats +
+                     "': WAV: Unsupported wave format (format tag 3); try the plug-in 'sndfile'"},
+        {noFormat, "Cannot decode '" + noFormat +
+                       "': WAV: Cannot find fmt chunk (chunk \"fmt \"); try the plug-in 'sndfile'"},
+        {noData, "Cannot decode '" + noData +
+                     "': WAV: Cannot find data chunk (chunk \"data\"); try the plug-in 'sndfile'"},
     };
     const std::string kept = Make("kept.wav", std::string("what was there before"));
     const std::vector<std::string> before = List();

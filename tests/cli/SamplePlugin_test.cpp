@@ -101,12 +101,12 @@ TEST_F(SamplePlugin, RefusesWhatIsNotItsOwn) {
         std::string bytes;
         const char* reason;
     } rows[] = {
-        {TVsa{.magic = "VSA2"}.Build(), "No VSA file"},
-        {TVsa().Build().substr(0, 15), "No VSA file"},
-        {TVsa{.channels = 0}.Build(), "Invalid VSA header"},
-        {TVsa{.channels = 9}.Build(), "Invalid VSA header"},
-        {TVsa{.bits = 24}.Build(), "Invalid VSA header"},
-        {TVsa{.reserved = 256}.Build(), "Invalid VSA header"},
+        {TVsa{.magic = "VSA2"}.Build(), "no loaded decoder knows this kind of file"},
+        {TVsa().Build().substr(0, 15), "no loaded decoder knows this kind of file"},
+        {TVsa{.channels = 0}.Build(), "VSA: Invalid VSA header (channels 0, "},
+        {TVsa{.channels = 9}.Build(), "VSA: Invalid VSA header (channels 9, "},
+        {TVsa{.bits = 24}.Build(), "bits 24, reserved 0)"},
+        {TVsa{.reserved = 256}.Build(), "reserved 256)"},
     };
     for (const auto& row : rows) {
         const TChildEnd end = Decode(row.bytes);

@@ -16,7 +16,8 @@ std::string RunInstalled(const std::string& program, const std::vector<std::stri
     std::vector<std::string> arguments{"installed"};
     arguments.insert(arguments.end(), more.begin(), more.end());
     const TChildEnd end = RunChild(program, {.arguments = arguments});
-    EXPECT_TRUE(end.IsSuccess()) << "exit code " << end.exitCode << ", signal " << end.signal << "\n" << end.errors;
+    EXPECT_TRUE(end.IsSuccess()) << "exit code " << end.exitCode << ", signal " << end.signal << "\n"
+                                 << end.errors;
     return WithoutWarnings(end.output);
 }
 
@@ -38,7 +39,8 @@ TEST(InstalledPlugins, NothingIsAddedWithoutTheFolder) {
     const CTemporaryFolder elsewhere;
     fs::copy(BesideProgram("testinstalled"), elsewhere.GetPath(), fs::copy_options::recursive);
     fs::remove_all(elsewhere.GetPath() / "vorlund-plugins");
-    EXPECT_EQ(RunInstalled((elsewhere.GetPath() / "installed_child").string()), "installed none\ninstalled none\n");
+    EXPECT_EQ(RunInstalled((elsewhere.GetPath() / "installed_child").string()),
+              "installed none\ninstalled none\n");
 }
 
 TEST(InstalledPlugins, FolderMovesWithTheLibrary) {

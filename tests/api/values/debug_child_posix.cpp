@@ -82,53 +82,60 @@ int ReportFromBackground() {
     return WaitForChild(process);
 }
 
-/// From a process group that is the terminal's until this program is told, by SIGUSR1, to take it back.
-int ReportUntilBackground() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGUSR1);
-    sigaddset(&signals, SIGTTOU);
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
-    const pid_t process = fork();
-    if (process == 0) {
+/// A child process whose group has the terminal, and SIGUSR1, by which somebody tells this program to take it
+/// back.
+class CForeground {
+public:
+    /// The child reports `text` and ends.
+    explicit CForeground(const char* text) {
+        sigemptyset(&signals_);
+        sigaddset(&signals_, SIGUSR1);
+        sigaddset(&signals_, SIGTTOU);
+        sigprocmask(SIG_BLOCK, &signals_, nullptr);
+        sigdelset(&signals_, SIGTTOU);
+        terminal_ = open("/dev/tty", O_RDWR | O_CLOEXEC);
+        process_ = fork();
+        if (process_ != 0) return;
         setpgid(0, 0);
-        tcsetpgrp(terminal, getpid());
-        _exit(ReportBug("until the background"));
+        tcsetpgrp(terminal_, getpid());
+        _exit(ReportBug(text));
     }
-    sigdelset(&signals, SIGTTOU);
-    int received = 0;
-    sigwait(&signals, &received);
-    tcsetpgrp(terminal, getpid());
-    return WaitForChild(process);
+
+    void AwaitSignal() {
+        int received = 0;
+        sigwait(&signals_, &received);
+    }
+    void TakeTerminal() const { tcsetpgrp(terminal_, getpid()); }
+    int GetTerminal() const { return terminal_; }
+    pid_t GetProcess() const { return process_; }
+
+private:
+    sigset_t signals_;
+    int terminal_ = -1;
+    pid_t process_ = -1;
+};
+
+/// From a process group that is the terminal's until this program is told to take it back.
+int ReportUntilBackground() {
+    CForeground child("until the background");
+    child.AwaitSignal();
+    child.TakeTerminal();
+    return WaitForChild(child.GetProcess());
 }
 
-/// From a process group that loses the terminal while it waits for input, before that comes. SIGUSR1 takes
-/// the terminal, which this program tells there; a second one lets the waiting process go on.
+/// From a process group that loses the terminal while it waits for input, before that comes. The first signal
+/// takes the terminal, which this program tells there; a second one lets the waiting process go on.
 int ReportInputInBackground() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGUSR1);
-    sigaddset(&signals, SIGTTOU);
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
-    const pid_t process = fork();
-    if (process == 0) {
-        setpgid(0, 0);
-        tcsetpgrp(terminal, getpid());
-        _exit(ReportBug("input in the background"));
-    }
-    sigdelset(&signals, SIGTTOU);
-    int received = 0;
-    sigwait(&signals, &received);
+    CForeground child("input in the background");
+    child.AwaitSignal();
     int status = 0;
-    kill(process, SIGSTOP);
-    if (waitpid(process, &status, WUNTRACED) != process) return 5;
-    tcsetpgrp(terminal, getpid());
-    dprintf(terminal, "taken\n");
-    sigwait(&signals, &received);
-    kill(process, SIGCONT);
-    return WaitForChild(process);
+    kill(child.GetProcess(), SIGSTOP);
+    if (waitpid(child.GetProcess(), &status, WUNTRACED) != child.GetProcess()) return 5;
+    child.TakeTerminal();
+    dprintf(child.GetTerminal(), "taken\n");
+    child.AwaitSignal();
+    kill(child.GetProcess(), SIGCONT);
+    return WaitForChild(child.GetProcess());
 }
 
 /// While a timer interrupts every call.

@@ -24,9 +24,14 @@ TEST_F(OpenFailurePosix, ANameThatIsTooLong) {
 }
 
 TEST_F(OpenFailurePosix, NotForThisUser) {
-    // The superuser may open everything except what nobody may change.
-    EXPECT_THROW(output_->Open(VRL_L("/proc/version"), false), CFileAccessException);
+    // Not even for the superuser.
+    EXPECT_THROW(output_->Open(VRL_L("/proc/sys/kernel/osrelease"), false), CFileAccessException);
     EXPECT_EQ(GetOpenFailure().cause, OPEN_CAUSE_NOT_PERMITTED);
+}
+
+TEST_F(OpenFailurePosix, AProgramThatRuns) {
+    EXPECT_THROW(output_->Open(VRL_L("/proc/self/exe"), true), CFileAccessException);
+    EXPECT_EQ(GetOpenFailure().cause, OPEN_CAUSE_BUSY);
 }
 
 } // namespace

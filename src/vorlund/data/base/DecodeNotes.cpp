@@ -66,7 +66,7 @@ void NoteValue(const wchar* name, std::int64_t value) {
 
 void NoteValue(const wchar* name, const wchar* text) {
     Change([name, text](TNotes& notes) {
-        Append(notes.values, OrEmpty(name) + VRL_L(" \"") + OrEmpty(text) + VRL_L('"'));
+        Append(notes.values, OrEmpty(name) + VRL_L(" \"") + OrEmpty(text) + VRL_L("\""));
     });
 }
 

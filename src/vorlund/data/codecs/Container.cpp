@@ -31,9 +31,9 @@ struct TMark {
     std::string_view second = {};
 };
 
-// Signatures as the formats define them: RIFF and its relatives (Microsoft, EBU Tech 3306, ITU-R BS.2088, Sony
-// Wave64), AIFF (Apple), Ogg (RFC 3533, 5334, 7845), FLAC (RFC 9639), ISO base media (ISO/IEC 14496-12), PNG
-// (ISO/IEC 15948), JPEG (ITU-T T.81), Matroska (RFC 9559).
+// Signatures as the formats define them: RIFF and its relatives (Microsoft, EBU Tech 3306, ITU-R BS.2088,
+// Sony Wave64), AIFF (Apple), Ogg (RFC 3533, 5334, 7845), FLAC (RFC 9639), ISO base media (ISO/IEC 14496-12),
+// PNG (ISO/IEC 15948), JPEG (ITU-T T.81), Matroska (RFC 9559).
 constexpr TMark kMarks[] = {
     {BySndfile(VRL_L("WAV")), "RIFF"sv, 8, "WAVE"sv},
     {BySndfile(VRL_L("WAV (RIFX)")), "RIFX"sv, 8, "WAVE"sv},
@@ -47,7 +47,9 @@ constexpr TMark kMarks[] = {
     {BySndfile(VRL_L("FLAC")), "fLaC"sv},
     {BySndfile(VRL_L("Ogg Vorbis")), "OggS"sv, 28, "\x01vorbis"sv},
     {BySndfile(VRL_L("Ogg Opus")), "OggS"sv, 28, "OpusHead"sv},
-    {BySndfile(VRL_L("Ogg FLAC")), "OggS"sv, 28, "\x7F""FLAC"sv},
+    {BySndfile(VRL_L("Ogg FLAC")), "OggS"sv, 28,
+     "\x7F"
+     "FLAC"sv},
     {ByNobody(VRL_L("Ogg")), "OggS"sv},
     {BySystem(VRL_L("AAC")), "\xFF\xF1"sv},
     {BySystem(VRL_L("AAC")), "\xFF\xF9"sv},

@@ -14,7 +14,8 @@ namespace vorlund {
 namespace {
 
 bool CanBeReadAgain(IInputStream& stream) {
-    constexpr std::uint32_t kNeeded = STREAM_CAPABILITY_SEEK | STREAM_CAPABILITY_TELL | STREAM_CAPABILITY_READ;
+    constexpr std::uint32_t kNeeded =
+        STREAM_CAPABILITY_SEEK | STREAM_CAPABILITY_TELL | STREAM_CAPABILITY_READ;
     return (stream.GetCapabilities() & kNeeded) == kNeeded;
 }
 

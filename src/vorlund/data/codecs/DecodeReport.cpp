@@ -38,12 +38,18 @@ wstring Objection(const TDecodeEntry& entry) {
 
 const wchar* DescribeOutcome(TDecodeOutcome outcome) {
     switch (outcome) {
-    case DECODE_CONNECTED: return VRL_L("connected");
-    case DECODE_REFUSED: return VRL_L("refused");
-    case DECODE_UNREADABLE: return VRL_L("unreadable");
-    case DECODE_RAISED: return VRL_L("raised");
-    case DECODE_NOT_CREATED: return VRL_L("cannot be created");
-    case DECODE_FORBIDDEN: return VRL_L("forbidden");
+    case DECODE_CONNECTED:
+        return VRL_L("connected");
+    case DECODE_REFUSED:
+        return VRL_L("refused");
+    case DECODE_UNREADABLE:
+        return VRL_L("unreadable");
+    case DECODE_RAISED:
+        return VRL_L("raised");
+    case DECODE_NOT_CREATED:
+        return VRL_L("cannot be created");
+    case DECODE_FORBIDDEN:
+        return VRL_L("forbidden");
     }
     return VRL_L("");
 }
@@ -110,8 +116,7 @@ CString CDecodeReport::Explain() const {
     } else {
         text = VRL_L("no loaded decoder knows this kind of file");
     }
-    if (!IsEmpty(plugin_))
-        text += VRL_L("; try the plug-in '") + wstring(plugin_.GetBuffer()) + VRL_L("'");
+    if (!IsEmpty(plugin_)) text += VRL_L("; try the plug-in '") + wstring(plugin_.GetBuffer()) + VRL_L("'");
     return text.c_str();
 }
 

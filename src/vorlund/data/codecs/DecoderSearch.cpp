@@ -90,6 +90,7 @@ void CDecoderSearch::Add(const CId& classId) {
 void CDecoderSearch::PutPreferredFirst() {
     order_.resize(candidates_.GetCount());
     std::iota(order_.begin(), order_.end(), std::size_t{0});
+    if (choice_.preferred.empty()) return;
     const auto rank = [this](std::size_t candidate) {
         const auto& preferred = choice_.preferred;
         return std::find(preferred.begin(), preferred.end(), classIds_[candidate]) - preferred.begin();

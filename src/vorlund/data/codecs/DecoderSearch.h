@@ -25,8 +25,8 @@ public:
 
     /// Creates a decoder for every record of `decoders` that can lead to the wanted format; `decoders` yields
     /// `IPtrObject`s that point at `TDecoderClassInfo`s. A class that is not registered, or whose objects are
-    /// no input filters, is left out; every other exception of a creation passes on. Forbidden classes are left
-    /// out, preferred ones come first.
+    /// no input filters, is left out; every other exception of a creation passes on. Forbidden classes are
+    /// left out, preferred ones come first.
     void Collect(IObjectEnumerator& decoders);
 
     /// The end of the chain that begins with `stream`, or nothing. Raises what a decoder raises, except for

@@ -60,7 +60,8 @@ std::uint32_t GetError();
 /// terminals). Does not wait for another process.
 int OpenInput(const wchar* path, std::int64_t& length);
 
-/// Why the opening of `path` that has just failed in this thread failed; asked before anything else of this file.
+/// Why the opening of `path` that has just failed in this thread failed; asked before anything else of this
+/// file.
 TOpenFailure ExplainOpening(const wchar* path);
 
 /// Reads at most `count` bytes at `position`. 0 at the end of the file, and when the system refuses; `error`,

@@ -149,23 +149,31 @@ TOpenFailure ExplainOpening(const wchar*) {
     const std::uint32_t code = GetError();
     switch (code) {
     case ENOENT:
-    case ENOTDIR: return {OPEN_CAUSE_MISSING, code};
-    case EISDIR: return {OPEN_CAUSE_FOLDER, code};
+    case ENOTDIR:
+        return {OPEN_CAUSE_MISSING, code};
+    case EISDIR:
+        return {OPEN_CAUSE_FOLDER, code};
     case EACCES:
     case EPERM:
-    case EROFS: return {OPEN_CAUSE_NOT_PERMITTED, code};
+    case EROFS:
+        return {OPEN_CAUSE_NOT_PERMITTED, code};
     case EBUSY:
-    case ETXTBSY: return {OPEN_CAUSE_BUSY, code};
+    case ETXTBSY:
+        return {OPEN_CAUSE_BUSY, code};
     // A pipe that nobody reads, when it is opened for writing, and what has no device.
     case ENXIO:
-    case ESPIPE: return {OPEN_CAUSE_NO_POSITIONS, code};
+    case ESPIPE:
+        return {OPEN_CAUSE_NO_POSITIONS, code};
     case EINVAL:
     case EILSEQ:
     case ELOOP:
-    case ENAMETOOLONG: return {OPEN_CAUSE_NAME, code};
+    case ENAMETOOLONG:
+        return {OPEN_CAUSE_NAME, code};
     case EMFILE:
-    case ENFILE: return {OPEN_CAUSE_TOO_MANY_FILES, code};
-    default: return {OPEN_CAUSE_OTHER, code};
+    case ENFILE:
+        return {OPEN_CAUSE_TOO_MANY_FILES, code};
+    default:
+        return {OPEN_CAUSE_OTHER, code};
     }
 }
 

@@ -132,20 +132,26 @@ TOpenFailure ExplainOpening(const wchar* path) {
     case ERROR_FILE_NOT_FOUND:
     case ERROR_PATH_NOT_FOUND:
     case ERROR_INVALID_DRIVE:
-    case ERROR_BAD_NETPATH: return {OPEN_CAUSE_MISSING, code};
+    case ERROR_BAD_NETPATH:
+        return {OPEN_CAUSE_MISSING, code};
     // Windows says of folders that they are not permitted.
     case ERROR_ACCESS_DENIED:
     case ERROR_WRITE_PROTECT:
         return {GetKind(path) == TEntryKind::Directory ? OPEN_CAUSE_FOLDER : OPEN_CAUSE_NOT_PERMITTED, code};
     case ERROR_SHARING_VIOLATION:
     case ERROR_LOCK_VIOLATION:
-    case ERROR_PIPE_BUSY: return {OPEN_CAUSE_BUSY, code};
-    case ERROR_SEEK_ON_DEVICE: return {OPEN_CAUSE_NO_POSITIONS, code};
+    case ERROR_PIPE_BUSY:
+        return {OPEN_CAUSE_BUSY, code};
+    case ERROR_SEEK_ON_DEVICE:
+        return {OPEN_CAUSE_NO_POSITIONS, code};
     case ERROR_INVALID_NAME:
     case ERROR_BAD_PATHNAME:
-    case ERROR_FILENAME_EXCED_RANGE: return {OPEN_CAUSE_NAME, code};
-    case ERROR_TOO_MANY_OPEN_FILES: return {OPEN_CAUSE_TOO_MANY_FILES, code};
-    default: return {OPEN_CAUSE_OTHER, code};
+    case ERROR_FILENAME_EXCED_RANGE:
+        return {OPEN_CAUSE_NAME, code};
+    case ERROR_TOO_MANY_OPEN_FILES:
+        return {OPEN_CAUSE_TOO_MANY_FILES, code};
+    default:
+        return {OPEN_CAUSE_OTHER, code};
     }
 }
 

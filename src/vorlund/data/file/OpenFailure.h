@@ -5,8 +5,8 @@
 
 namespace vorlund {
 
-/// Notes why the opening of `path` that has just failed in this thread failed; before anything else is asked of
-/// the file system.
+/// Notes why the opening of `path` that has just failed in this thread failed; before anything else is asked
+/// of the file system.
 void NoteOpenFailure(const wchar* path);
 
 } // namespace vorlund
