@@ -58,6 +58,8 @@ void Arm(TFaultKind kind, unsigned int n, TSpan span);
 /// Ends the fault and the counting.
 void Disarm();
 bool IsArmed();
+/// What the last fault was armed for.
+TFaultKind GetArmedKind();
 /// Whether the fault has occurred since it was armed.
 bool HasFailed();
 /// Calls of that kind since the counting began.
