@@ -4,6 +4,7 @@
 
 #include "faults/FaultPoints.h"
 #include "faults/Scenario.h"
+#include "support/DebugRecorder.h"
 
 #include <vorlund/Exception.h>
 #include <vorlund/ObjectServices.h>
@@ -55,6 +56,10 @@ bool IsLibraryClosed() {
 
 /// The exit code. What leaves `main` would end the process by SIGABRT.
 int RunMain(int count, char** arguments) {
+    // The program takes the handlers with it, and a message box would wait for ever.
+    struct TSilence {
+        ~TSilence() { test::SilenceDebugMessages(); }
+    } const silence;
     try {
         return RunVorlundProgram(count, arguments);
     } catch (const std::exception& error) {
