@@ -8,6 +8,8 @@
 namespace vorlund {
 namespace {
 
+using namespace stringfailures;
+
 constexpr int kBufferSize = 1024;
 
 } // namespace
@@ -33,7 +35,7 @@ CString CTextReader::ReadLine() {
     // Kept for callers: this never returns. When the carriage returns are removed from the line, the search
     // for one more finds none and raises. So the line is not even put together; and nothing here is left to
     // destroy, which makes the exception cheaper.
-    Raise<CObjectNotFoundException>(stringfailures::kFirstUnit);
+    Raise<CObjectNotFoundException>(kFirstUnit);
 }
 
 } // namespace vorlund
