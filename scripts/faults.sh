@@ -1,6 +1,6 @@
 # shellcheck shell=bash
 # ./test --faults: every call that the system may refuse is refused, one after the other, on each target.
-# Sourced by ./test, in the root of the repository; row, complain and on_target are in suites.sh.
+# Sourced by ./test after scripts/suites.sh, in the root of the repository.
 
 # What a target runs. The thread sanitizer looks at threads only; Wine and the sanitizers are slow, so that there
 # far calls of a long scenario are tried here and there.
@@ -19,12 +19,7 @@ faults_target() {
     local -a arguments=()
     [[ $target == win* ]] && exe=.exe
     echo "== $target"
-    if ! vorlund_build "$target" "$folder" -- --target vorlund_faults >"$logs/$target-build.log" 2>&1; then
-        count 0 1
-        complain "it could not be built" "$logs/$target-build.log"
-        row "not built"
-        return
-    fi
+    build_or_end -- --target vorlund_faults || return
     read -ra arguments <<<"$(faults_arguments "$target")"
     step "imports" on_target "$folder/bin/vorlund_faults$exe" --imports
     program_limit=7200 on_target "$folder/bin/vorlund_faults$exe" "${arguments[@]}" >"$log" 2>&1 </dev/null || status=$?

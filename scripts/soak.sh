@@ -50,12 +50,7 @@ soak_all() {
         folder=build/$target exe="" passed=0 failed=0 skipped_total=0
         [[ $target == win* ]] && exe=.exe
         echo "== $target"
-        if ! vorlund_build "$target" "$folder" -- --target vorlund_soak >"$logs/$target-build.log" 2>&1; then
-            count 0 1
-            complain "it could not be built" "$logs/$target-build.log"
-            row "not built"
-            continue
-        fi
+        build_or_end -- --target vorlund_soak || continue
         if [[ $target == linux ]]; then
             step "soak by count" soak_counts
             soak_note "$logs/$target-soak-by-count.log"

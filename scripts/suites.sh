@@ -53,6 +53,21 @@ on_target() {
     timeout -k 10 "$program_limit" "${launcher[@]}" "$@"
 }
 
+# not_built: ends the target at hand, of which there is no program to run.
+not_built() {
+    count 0 1
+    complain "it could not be built" "$logs/$target-build.log"
+    row "not built"
+}
+
+# build_or_end [OPTION...] [-- ARGUMENT...]: builds the target at hand, as vorlund_build does; one that cannot be built
+# ends here.
+build_or_end() {
+    vorlund_build "$target" "$folder" "$@" >"$logs/$target-build.log" 2>&1 && return
+    not_built
+    return 1
+}
+
 # gtest_program NAME: runs a test program and adds its cases.
 gtest_program() {
     local name=$1 log=$logs/$target-$1.log xml=$logs/$target-$1.xml
@@ -163,9 +178,7 @@ test_target() {
     while [[ ! -e $logs/$target-built ]] && kill -0 "$builder" 2>/dev/null; do sleep 0.2; done
     [[ ! -e $logs/$target-built ]] || read -r status built <"$logs/$target-built"
     if ((status)); then
-        count 0 1
-        complain "it could not be built" "$logs/$target-build.log"
-        row "not built"
+        not_built
         return
     fi
     start=$SECONDS
@@ -212,12 +225,7 @@ fuzz_target() {
     local folder=build/linux-fuzz passed=0 failed=0 skipped_total=0 start=$SECONDS name
     local -a names=()
     echo "== $target"
-    if ! vorlund_build "$target" "$folder" >"$logs/$target-build.log" 2>&1; then
-        count 0 1
-        complain "it could not be built" "$logs/$target-build.log"
-        row "not built"
-        return
-    fi
+    build_or_end || return
     mapfile -t names < <(grep . "$folder/fuzzers.txt")
     for name in "${names[@]}"; do
         if scripts/fuzz.py run "$1" "$name" >"$logs/$target-$name.log" 2>&1; then

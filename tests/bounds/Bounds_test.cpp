@@ -27,10 +27,9 @@ constexpr unsigned long long kMemoryFactor = 1;
 constexpr unsigned long long kMaxMilliseconds = 1000 * kTimeFactor;
 constexpr unsigned long long kMaxBytes = (64ull << 20) * kMemoryFactor;
 
-/// `CTextReader` answers every line by an exception and a report: five seconds for a million of them on a
-/// processor of its own, and twice as many where others compute on the same core.
+/// `CTextReader` answers every line by an exception and a report: a million of them.
 unsigned long long GetMaxMilliseconds(const std::string& name) {
-    return name == "text-feeds" ? 10 * kMaxMilliseconds : kMaxMilliseconds;
+    return name == "text-feeds" ? 5 * kMaxMilliseconds : kMaxMilliseconds;
 }
 
 TEST(Bounds, NoMegabyteTakesLong) {

@@ -146,6 +146,10 @@ bool IsArmed() {
     return isArmed;
 }
 
+TFaultKind GetArmedKind() {
+    return armedKind;
+}
+
 bool HasFailed() {
     return hasFailed;
 }

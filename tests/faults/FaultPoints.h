@@ -22,16 +22,17 @@ enum class TFaultKind {
     Seek,  ///< telling too
     Close, ///< the handle is closed, and yet the call reports a failure
     Rename,
-    Map,    ///< files in memory
-    Thread, ///< new threads
-    Load,   ///< modules and their symbols
-    Event,  ///< events of the system
-    Timer,  ///< timers of the system
-    Window, ///< window classes and windows
+    Map,     ///< files in memory
+    Thread,  ///< new threads
+    Process, ///< new processes, and what they are given
+    Load,    ///< modules and their symbols
+    Event,   ///< events of the system
+    Timer,   ///< timers of the system
+    Window,  ///< window classes and windows
 };
-inline constexpr std::array<const char*, 14> kKindNames{"memory", "open",  "look",   "read",  "write",
-                                                        "seek",   "close", "rename", "map",   "thread",
-                                                        "load",   "event", "timer",  "window"};
+inline constexpr std::array<const char*, 15> kKindNames{"memory",  "open",  "look",   "read",  "write",
+                                                        "seek",    "close", "rename", "map",   "thread",
+                                                        "process", "load",  "event",  "timer", "window"};
 inline constexpr std::size_t kKindCount = kKindNames.size();
 
 enum class TSpan { Once, FromThenOn };
@@ -58,6 +59,8 @@ void Arm(TFaultKind kind, unsigned int n, TSpan span);
 /// Ends the fault and the counting.
 void Disarm();
 bool IsArmed();
+/// What the last fault was armed for.
+TFaultKind GetArmedKind();
 /// Whether the fault has occurred since it was armed.
 bool HasFailed();
 /// Calls of that kind since the counting began.

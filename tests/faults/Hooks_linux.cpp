@@ -12,6 +12,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
+#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
@@ -87,6 +88,7 @@ std::vector<THook> MakeHooks() {
     constexpr ssize_t kNone = -1;
     std::FILE* const noFile = nullptr;
     DIR* const noFolder = nullptr;
+    char* const noPath = nullptr;
     const std::size_t nothing = 0;
     std::vector<THook> hooks = GetMemoryHooks();
     hooks.insert(hooks.end(),
@@ -95,6 +97,7 @@ std::vector<THook> MakeHooks() {
                      HookOpen<"open64">(),
                      HookOpenAt<"openat">(),
                      HookOpenAt<"openat64">(),
+                     Failing<"pipe2", decltype(&pipe2)>(Open, -1, EMFILE),
                      Failing<"fopen", decltype(&fopen)>(Open, noFile, EMFILE),
                      Failing<"fopen64", decltype(&fopen64)>(Open, noFile, EMFILE),
                      Failing<"fdopen", decltype(&fdopen)>(Open, noFile, ENOMEM),
@@ -113,6 +116,7 @@ std::vector<THook> MakeHooks() {
                      Failing<"lstat", TStatPath>(Look, -1, EIO),
                      Failing<"lstat64", TStatPath>(Look, -1, EIO),
                      Failing<"readlink", decltype(&readlink)>(Look, kNone, EIO),
+                     Failing<"realpath", decltype(&realpath)>(Look, noPath, EIO),
                      Failing<"read", decltype(&read)>(Read, kNone, EIO),
                      Failing<"pread", decltype(&pread)>(Read, kNone, EIO),
                      Failing<"pread64", decltype(&pread64)>(Read, kNone, EIO),
@@ -134,6 +138,13 @@ std::vector<THook> MakeHooks() {
                      Failing<"mmap", decltype(&mmap)>(Map, MAP_FAILED, ENOMEM),
                      Failing<"mmap64", decltype(&mmap64)>(Map, MAP_FAILED, ENOMEM),
                      Failing<"pthread_create", decltype(&pthread_create)>(Thread, EAGAIN, 0),
+                     Failing<"posix_spawn", decltype(&posix_spawn)>(Process, EAGAIN, 0),
+                     Failing<"posix_spawn_file_actions_addclosefrom_np",
+                             decltype(&posix_spawn_file_actions_addclosefrom_np)>(Process, ENOMEM, 0),
+                     Failing<"posix_spawn_file_actions_adddup2", decltype(&posix_spawn_file_actions_adddup2)>(
+                         Process, ENOMEM, 0),
+                     Failing<"posix_spawn_file_actions_addopen", decltype(&posix_spawn_file_actions_addopen)>(
+                         Process, ENOMEM, 0),
                      THook{"dlopen", reinterpret_cast<void*>(&LoadOrFail), &realDlopen},
                      FailingSymbol<"dlsym", decltype(&dlsym)>(),
                      FailingSymbol<"dlvsym", decltype(&dlvsym)>(),
@@ -155,11 +166,15 @@ const std::set<std::string> kUnfailing{
     "__errno_location", "clock_gettime", "__clock_gettime64", "dirfd", "fileno", "fmod", "frexp", "ldexp",
     "sqrt", "getpgrp", "tcgetpgrp", "ioctl", "memchr", "memcmp", "memcpy", "memmove", "memset", "strlen",
     "snprintf", "wcrtomb", "pthread_self", "sigaddset", "sigemptyset", "stderr", "stdout", "setvbuf", "fwide",
-    "fcntl", "fcntl64", "__fcntl_time64",
+    "fcntl", "fcntl64", "__fcntl_time64", "environ", "ferror", "geteuid", "getpid", "towupper", "sigfillset",
     // Waiting and ending.
     "flockfile", "funlockfile", "nanosleep", "__nanosleep64", "poll", "pthread_join", "pthread_mutex_lock",
     "pthread_mutex_unlock", "pthread_sigmask", "raise", "syscall", "syslog", "closedir", "remove", "dlclose",
-    "dladdr", "dlerror"};
+    "dladdr", "dlerror", "kill", "pthread_mutex_trylock", "sched_yield", "waitid", "waitpid",
+    // Of a new process: what is only noted.
+    "posix_spawn_file_actions_destroy", "posix_spawn_file_actions_init", "posix_spawnattr_destroy",
+    "posix_spawnattr_init", "posix_spawnattr_setflags", "posix_spawnattr_setpgroup",
+    "posix_spawnattr_setsigdefault", "posix_spawnattr_setsigmask"};
 
 } // namespace
 

@@ -110,7 +110,29 @@ std::vector<THook> MakeHooks() {
             Failing<"MapViewOfFile", decltype(&MapViewOfFile)>(Map, static_cast<void*>(nullptr),
                                                                ERROR_NOT_ENOUGH_MEMORY),
             Failing<"CreateThread", decltype(&CreateThread)>(Thread, noHandle, ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"OpenThread", decltype(&OpenThread)>(Thread, noHandle, ERROR_NOT_ENOUGH_MEMORY),
             Failing<"pthread_create", decltype(&pthread_create)>(Thread, EAGAIN, 0),
+            Failing<"CreateThreadpool", decltype(&CreateThreadpool)>(Thread, static_cast<PTP_POOL>(nullptr),
+                                                                     ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"SetThreadpoolThreadMinimum", decltype(&SetThreadpoolThreadMinimum)>(
+                Thread, FALSE, ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"CreateThreadpoolWork", decltype(&CreateThreadpoolWork)>(
+                Thread, static_cast<PTP_WORK>(nullptr), ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"CreateProcessW", decltype(&CreateProcessW)>(Process, FALSE, ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"InitializeProcThreadAttributeList", decltype(&InitializeProcThreadAttributeList)>(
+                Process, FALSE, ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"UpdateProcThreadAttribute", decltype(&UpdateProcThreadAttribute)>(
+                Process, FALSE, ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"CreateJobObjectW", decltype(&CreateJobObjectW)>(Process, noHandle,
+                                                                     ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"SetInformationJobObject", decltype(&SetInformationJobObject)>(Process, FALSE,
+                                                                                   ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"AssignProcessToJobObject", decltype(&AssignProcessToJobObject)>(Process, FALSE,
+                                                                                     ERROR_ACCESS_DENIED),
+            Failing<"CreatePipe", decltype(&CreatePipe)>(Open, FALSE, ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"SetHandleInformation", decltype(&SetHandleInformation)>(Open, FALSE,
+                                                                             ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"PeekNamedPipe", decltype(&PeekNamedPipe)>(Read, FALSE, ERROR_BROKEN_PIPE),
             THook{"LoadLibraryW", reinterpret_cast<void*>(&LoadLibraryOrFail), &realLoadLibrary},
             THook{"LoadLibraryExW", reinterpret_cast<void*>(&LoadLibraryExOrFail), &realLoadLibraryEx},
             Failing<"GetProcAddress", decltype(&GetProcAddress)>(Load, static_cast<FARPROC>(nullptr),
@@ -147,7 +169,8 @@ const std::set<std::string> kUnfailing{
     "WideCharToMultiByte", "OutputDebugStringW", "DebugBreak", "SetThreadErrorMode", "AdjustWindowRect",
     "SetWindowLongW", "SetWindowLongPtrW", "SetWindowPos", "SetWindowTextW", "ShowWindow", "UpdateWindow",
     "UnregisterClassW", "MessageBoxW", "SendMessageW", "DefWindowProcW", "DestroyWindow", "PostQuitMessage",
-    "LoadLibraryA", "SetUnhandledExceptionFilter",
+    "LoadLibraryA", "SetUnhandledExceptionFilter", "__doserrno", "ferror", "fputwc", "fwprintf", "towupper",
+    "GetExitCodeProcess",
     // Waiting and ending.
     "CloseHandle", "FindClose", "FreeLibrary", "FreeLibraryAndExitThread", "AcquireSRWLockExclusive",
     "ReleaseSRWLockExclusive", "SleepConditionVariableSRW", "WakeConditionVariable",
@@ -156,7 +179,10 @@ const std::set<std::string> kUnfailing{
     "WaitForMultipleObjects", "WaitForMultipleObjectsEx", "WaitForSingleObject", "WaitForSingleObjectEx",
     "DispatchMessageW", "GetMessageW", "TranslateMessage", "_lock", "_unlock", "nanosleep", "nanosleep64",
     "pthread_mutex_destroy", "pthread_mutex_init", "pthread_mutex_lock", "pthread_mutex_unlock",
-    "timeBeginPeriod", "timeEndPeriod", "timeKillEvent"};
+    "timeBeginPeriod", "timeEndPeriod", "timeKillEvent", "pthread_mutex_trylock", "sched_yield",
+    "CloseThreadpool", "CloseThreadpoolWork", "SetThreadpoolThreadMaximum", "SubmitThreadpoolWork",
+    "WaitForThreadpoolWorkCallbacks", "DeleteProcThreadAttributeList", "ResumeThread", "TerminateJobObject",
+    "TerminateProcess"};
 
 } // namespace
 

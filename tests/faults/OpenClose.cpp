@@ -36,9 +36,12 @@ void RunOpenAndClose(CResult& result) {
     }
 }
 
-void RunPlugins(CResult& result) {
+namespace {
+
+void RunStore(CResult& result, TPluginScanMode mode) {
     // Its own store: what is added to the folders of the library's store stays there.
     CPluginStore store;
+    store.SetScanMode(mode);
     store.Init();
     store.AddPluginPath(files.plugins.c_str());
     try {
@@ -48,6 +51,16 @@ void RunPlugins(CResult& result) {
         throw;
     }
     store.Close();
+}
+
+} // namespace
+
+void RunPlugins(CResult& result) {
+    RunStore(result, PLUGIN_SCAN_NONE);
+}
+
+void RunPluginsScanned(CResult& result) {
+    RunStore(result, PLUGIN_SCAN_CHILD);
 }
 
 } // namespace vorlund::faults

@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <io.h>
 
+void PrepareStandardStreams() {}
+
 std::vector<std::string> GetArguments(int argc, char** argv) {
     return {argv + 1, argv + argc};
 }

@@ -65,6 +65,7 @@ float GetWaitLimit();
 // The scenarios by area.
 void RunOpenAndClose(CResult& result);
 void RunPlugins(CResult& result);
+void RunPluginsScanned(CResult& result);
 void RunDecode(CResult& result);
 void RunConvert(CResult& result);
 void RunSave(CResult& result);
@@ -96,6 +97,7 @@ inline const std::vector<TScenario>& GetScenarios() {
         {"open-and-close", &RunOpenAndClose, true},
         {"open-and-close-plugins", &RunOpenAndClose, true, nullptr, true},
         {"plugins", &RunPlugins},
+        {"plugins-scanned", &RunPluginsScanned},
         {"decode", &RunDecode},
         {"convert", &RunConvert},
         {"save", &RunSave},

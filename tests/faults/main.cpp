@@ -22,6 +22,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <random>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -104,6 +105,12 @@ struct TRow {
 class CParent {
 public:
     explicit CParent(bool isQuick) : isQuick_(isQuick) {}
+    CParent(const CParent&) = delete;
+    CParent& operator=(const CParent&) = delete;
+    ~CParent() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder_, ignored);
+    }
 
     void Run(const TScenario& scenario) {
         rows_.assign(kKindCount, {});
@@ -121,8 +128,7 @@ public:
 private:
     /// Returns true when the child ended too early, with where to go on in `next`.
     bool RunFrom(const TScenario& scenario, TPoint& next) {
-        const auto folder =
-            std::filesystem::temp_directory_path() / (std::string("vorlund-faults-") + scenario.name);
+        const auto folder = folder_ / scenario.name;
         test::TChildOptions options;
         options.arguments = {"--child",
                              scenario.name,
@@ -216,6 +222,9 @@ private:
     }
 
     const bool isQuick_;
+    /// One of its own, as other runs may be under way.
+    const std::filesystem::path folder_ =
+        std::filesystem::temp_directory_path() / ("vorlund-faults-" + std::to_string(std::random_device{}()));
     /// Whether the last child has come to a point.
     bool hasBegun_ = false;
     std::vector<TRow> rows_;

@@ -110,7 +110,6 @@ void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
         chain = DescribeChain(&pcm.GetEnd());
     }
     const wstring chunks = DescribeChunks(path.c_str());
-    // The input is closed by now, so the output may take its place.
     output->Finish();
 
     diagnostics.PrintField("File", path);
@@ -125,4 +124,7 @@ void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
     if (!options.output.empty() && options.output != "-") {
         diagnostics.PrintField("Output", PathFromUtf8(options.output.c_str()));
     }
+    // The report may take the last memory, and then nothing stays. The input is closed by now, so the output
+    // may take its place.
+    output->Keep();
 }

@@ -50,15 +50,21 @@ public:
         const fs::file_status status = fs::status(target_, none);
         isDirect_ = fs::exists(status) && !fs::is_regular_file(status);
         if (!isDirect_) written_ += ".part";
-        file_.open(written_, std::ios::binary | std::ios::trunc);
-        Check();
-        if (hasHeader_) WriteHeader();
     }
     ~CDiskFile() override {
-        if (isFinished_ || isDirect_) return;
+        // Without memory for its buffer, the file is there and yet opening it fails.
+        if (isDirect_ || !(isUnwanted_ || file_.is_open())) return;
         file_.close();
         std::error_code ignored;
         fs::remove(written_, ignored);
+    }
+
+    /// Apart from the constructor, so that the file is removed whatever fails.
+    void Open() {
+        file_.open(written_, std::ios::binary | std::ios::trunc);
+        Check();
+        isUnwanted_ = true;
+        if (hasHeader_) WriteHeader();
     }
 
     void Write(const void* bytes, std::uint64_t count) override {
@@ -77,10 +83,12 @@ public:
         }
         file_.close();
         Check();
+    }
+    void Keep() override {
         std::error_code error;
         if (!isDirect_) fs::rename(written_, target_, error);
         if (error) Fail();
-        isFinished_ = true;
+        isUnwanted_ = false;
     }
 
 private:
@@ -101,7 +109,8 @@ private:
     const TDataFormat_AudioPcm format_;
     std::ofstream file_;
     bool isDirect_ = false;
-    bool isFinished_ = false;
+    /// The file is there and does not stay.
+    bool isUnwanted_ = false;
     std::uint64_t count_ = 0;
 };
 
@@ -118,5 +127,7 @@ std::unique_ptr<COutputFile> COutputFile::Create(const std::string& name, bool r
                                                  const TDataFormat_AudioPcm& format) {
     if (name.empty()) return std::make_unique<COutputFile>();
     if (name == "-") return std::make_unique<CStandardOutput>();
-    return std::make_unique<CDiskFile>(name, !raw && IsWavName(name), format);
+    auto file = std::make_unique<CDiskFile>(name, !raw && IsWavName(name), format);
+    file->Open();
+    return file;
 }

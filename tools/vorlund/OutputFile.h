@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-/// A place for PCM. Nothing counts as written before `Finish`: without it, a file is removed.
+/// A place for PCM. Nothing counts as written before `Keep`: without it, a file is removed.
 class COutputFile {
 public:
     /// \param name  UTF-8 file name, "-" for the standard output, or empty for nowhere
@@ -22,6 +22,8 @@ public:
 
     /// Appends bytes. Raises `TProgramError` or the library's exceptions.
     virtual void Write(const void*, std::uint64_t) {}
-    /// Completes the output; raises as `Write`.
+    /// Completes the output; raises as `Write`. Only `Keep` may follow.
     virtual void Finish() {}
+    /// The output stays, and the command is done; raises as `Write`.
+    virtual void Keep() {}
 };

@@ -42,6 +42,7 @@ public:
         const auto file = COutputFile::Create(name, true, {});
         file->Write(png_.data(), png_.size());
         file->Finish();
+        file->Keep();
     }
     void Finish() override {}
 

@@ -32,4 +32,5 @@ void RunRandom(const TRandomOptions& options) {
         if (interrupt.IsRaised()) throw TProgramError{VRL_L("Interrupted")};
     }
     output->Finish();
+    output->Keep();
 }

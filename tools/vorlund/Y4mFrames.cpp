@@ -70,7 +70,10 @@ public:
         WriteText("FRAME\n");
         file_->Write(planes_.data(), planes_.size());
     }
-    void Finish() override { file_->Finish(); }
+    void Finish() override {
+        file_->Finish();
+        file_->Keep();
+    }
 
 private:
     void WriteText(const std::string& text) { file_->Write(text.data(), text.size()); }

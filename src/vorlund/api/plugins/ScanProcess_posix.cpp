@@ -93,6 +93,10 @@ struct CScanProcess::TState {
     }
 
     void Start(const char* helper, const char* file) {
+        // Made first, as no exception may lose the ends of the pipe. The interface wants the texts of main,
+        // which may be changed.
+        std::string arguments[] = {helper, kChannelText, file};
+        char* const list[] = {arguments[0].data(), arguments[1].data(), arguments[2].data(), nullptr};
         int ends[2];
         if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
             error = errno;
@@ -103,9 +107,6 @@ struct CScanProcess::TState {
         fcntl(ends[1], F_SETFL, 0);
         const CActions actions(ends[1]);
         const CAttributes attributes;
-        // The interface wants the texts of main, which may be changed.
-        std::string arguments[] = {helper, kChannelText, file};
-        char* const list[] = {arguments[0].data(), arguments[1].data(), arguments[2].data(), nullptr};
         error = actions.GetError();
         if (!error) error = posix_spawn(&process, helper, actions.Get(), attributes.Get(), list, environ);
         close(ends[1]);

@@ -19,7 +19,9 @@ public:
     void Run(const wchar* format) {
         while (*format && !output_.IsFull()) {
             if (*format != '%') {
-                output_.Put(*format++);
+                const wchar* const text = format;
+                while (*format && *format != '%') ++format;
+                output_.Put(text, format - text);
                 continue;
             }
             TFormatDirective directive;

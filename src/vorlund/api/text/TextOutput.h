@@ -52,7 +52,14 @@ public:
     }
 
     template <class TUnit> void Put(const TUnit* text, std::int64_t count) {
-        for (std::int64_t i = 0; i < count && !IsFull(); ++i) Put(ReadUnit(text, i));
+        if (count <= 0) return;
+        const auto room = static_cast<std::int64_t>(room_);
+        const std::int64_t put = count < room ? count : room;
+        wchar* const start = buffer_;
+        for (std::int64_t i = 0; i < put; ++i) start[i] = ReadUnit(text, i);
+        buffer_ = start + put;
+        room_ -= static_cast<std::size_t>(put);
+        written_ += static_cast<int>(put);
     }
 
     void Fill(char unit, std::int64_t count) {
