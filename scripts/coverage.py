@@ -5,6 +5,8 @@
     coverage.py --list REPORT
                            what did not run, as rows of that file, without reasons
 
+Only branches of statements with a condition count (coverage_conditions.py); the others are the compiler's.
+
 A row of the remainder is a file, "line" or "branch", the line's text, and why no test gets there. A place that did not
 run and has no row is a fault, and so is a row without such a place; "sometimes" instead of "line" or "branch" is for
 places that a run reaches or not, as its threads go.
@@ -13,6 +15,8 @@ import collections
 import json
 import pathlib
 import sys
+
+from coverage_conditions import lines_with_conditions
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 REMAINDER = ROOT / "tests/coverage/remainder.tsv"
@@ -66,13 +70,15 @@ def read_remainder(complaints):
 def places(report):
     """Of each line that has code: file, number, text, whether it ran, its branches and how many of them ran."""
     for file in report["files"]:
-        texts = (ROOT / file["file"]).read_text().splitlines()
+        source = (ROOT / file["file"]).read_text()
+        texts = source.splitlines()
+        conditions = lines_with_conditions(source)
         for line in file["lines"]:
             if line["gcovr/noncode"]:
                 continue
-            branches = line["branches"]
-            ran = sum(branch["count"] > 0 for branch in branches)
             number = line["line_number"]
+            branches = line["branches"] if number in conditions else []
+            ran = sum(branch["count"] > 0 for branch in branches)
             yield file["file"], number, texts[number - 1].strip(), line["count"] > 0, len(branches), ran
 
 

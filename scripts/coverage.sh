@@ -17,7 +17,7 @@ coverage_target() {
     local folder=build/$target exe="" passed=0 failed=0 skipped_total=0 start=$SECONDS name
     echo "== $target"
     if ! vorlund_build "$target" "$folder" -DVORLUND_REQUIRE_ALL=ON -DVORLUND_JOIN_TESTS=ON \
-        >"$logs/$target-build.log" 2>&1; then
+        -- --target all vorlund_faults >"$logs/$target-build.log" 2>&1; then
         count 0 1
         complain "it could not be built" "$logs/$target-build.log"
         row "not built"
@@ -29,6 +29,8 @@ coverage_target() {
     gtest_program vorlund_tests
     gtest_program vorlund_internal_tests
     step soak soak_run 4
+    # What the system refuses.
+    program_limit=3600 step faults on_target "$folder/bin/vorlund_faults" --quick
     while read -r name; do
         [[ -z $name ]] || step "corpus $name" replay_corpus "$name"
     done <"$folder/fuzzers.txt"
