@@ -2,7 +2,12 @@
 # ./test --coverage: which lines and branches of the library the tests run. Sourced by ./test, in the root of the
 # repository; step, gtest_program, row and complain are in suites.sh.
 
-# Compiler-made branches are left out: those of exceptions, and those of lines without code of their own.
+# Tests that this build cannot pass: limits of time for a library that is not optimised, and a process without any
+# memory, which has none for writing its counts either.
+coverage_skipped='Bounds.*:WavFiles.*InTime:*ProgramOutOfMemory.*'
+
+# Compiler-made branches are left out: those of exceptions, and those of lines without code of their own. What is left of
+# them, scripts/coverage_conditions.py takes out.
 coverage_count() {
     local report=$folder/coverage
     rm -rf "$report" && mkdir -p "$report" &&
@@ -25,6 +30,9 @@ coverage_target() {
     fi
     # The counts of former runs.
     find "$folder" -name '*.gcda' -delete
+    # A child that may not write files does not write its counts, and says so here instead of on its streams.
+    local -x GCOV_ERROR_FILE=$PWD/$folder/gcov-errors.txt GTEST_FILTER=-$coverage_skipped
+    rm -f "$GCOV_ERROR_FILE"
     step smoke on_target "$folder/bin/vorlund_smoke" examples/data/strings.wav
     gtest_program vorlund_tests
     gtest_program vorlund_internal_tests
