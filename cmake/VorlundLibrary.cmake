@@ -34,6 +34,16 @@ foreach(target IN LISTS VORLUND_COMPILING_TARGETS)
         POSITION_INDEPENDENT_CODE ON)
 endforeach()
 
+if(VORLUND_COVERAGE)
+    # Unoptimised, so that the branches are those of the source; counted in one step, because threads count too. What
+    # uses the static library also compiles the library's headers, and the linker may take its copy of a function.
+    set(coverage_options -O0 --coverage -fprofile-update=atomic)
+    target_compile_options(vorlund_objects PRIVATE ${coverage_options})
+    target_compile_options(vorlund_internal INTERFACE ${coverage_options})
+    target_link_options(vorlund PRIVATE --coverage)
+    target_link_options(vorlund_internal INTERFACE --coverage)
+endif()
+
 target_include_directories(vorlund PUBLIC
     "$<BUILD_INTERFACE:${VORLUND_INCLUDE_DIRS}>"
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)

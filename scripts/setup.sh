@@ -21,6 +21,7 @@ vorlund_packages() {
     linux) echo "$tests $recordings $windows $checks" ;;
     linux-asan | linux-tsan) echo "$tests $windows" ;;
     linux32-asan) echo "$tests libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
+    linux-coverage) echo "$tests $recordings $windows gcovr" ;;
     linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev" ;;
     *) return 1 ;;
     esac

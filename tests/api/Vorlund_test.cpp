@@ -2,6 +2,7 @@
 // Unload_test.
 #include <vorlund/ClassIds.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/ObjectServices.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/Stream.h>
 #include <vorlund/StreamFilter.h>
@@ -272,6 +273,11 @@ TEST_F(Vorlund, LateListIsEmptiedInSpiteOfTheFailures) {
     EXPECT_EQ(list->GetObjectCount(), 0u);
     EXPECT_EQ(CProbe::alive, 0);
     ExpectRaises<CBugException>(counterfailures::kDestroyClosed, [&] { list.Reset(); });
+}
+
+TEST(Vorlund, ServicesOfObjectsAreItsStores) {
+    EXPECT_EQ(&services::ClassStore(), &v.GetClassStore());
+    EXPECT_EQ(&services::CodecClassStore(), &v.GetCodecClassStore());
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <vorlund/LineReader.h>
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 namespace vorlund::test {
@@ -205,6 +206,34 @@ TEST_F(LineReader, PassesOnTheStreamsExceptionOfTheSameType) {
     stream->failAt.reset();
     EXPECT_TRUE(reader.ReadLine(line));
     EXPECT_EQ(Narrow(line), "one");
+}
+
+/// Raises once, right behind the end of a line.
+class CRaisingReader : public CLineReader {
+public:
+    using CLineReader::CLineReader;
+
+protected:
+    void RemoveBufferedData(int count) override {
+        CLineReader::RemoveBufferedData(count);
+        if (std::exchange(mustRaise_, false)) Raise<CIOException>(streamfailures::kCannotRead);
+    }
+
+private:
+    bool mustRaise_ = true;
+};
+
+TEST_F(LineReader, KeepsAWholeLineWhenADerivedClassRaises) {
+    const auto stream = Source(Bytes("one\ntwo\n"));
+    CRaisingReader reader(stream.Get(), CHAR_FORMAT_8BIT);
+    wstring line = VRL_L("before");
+    EXPECT_EQ(Outcome([&] { reader.ReadLine(line); }), kReadFailed);
+    EXPECT_EQ(Narrow(line), "before");
+    for (const char* const expected : {"one", "two"}) {
+        ASSERT_TRUE(reader.ReadLine(line));
+        EXPECT_EQ(Narrow(line), expected);
+    }
+    EXPECT_FALSE(reader.ReadLine(line));
 }
 
 TEST_F(LineReader, IsATextReader) {

@@ -14,7 +14,7 @@ bool Load(TXcbLibrary& library) {
     void* const module = dlopen("libxcb.so.1", RTLD_NOW | RTLD_LOCAL);
     if (!module) return false;
     bool complete = true;
-#define VRL_XCB_FIND(name) complete = Find(module, #name, library.name) && complete;
+#define VRL_XCB_FIND(name) complete &= Find(module, #name, library.name);
     VRL_XCB_FUNCTIONS(VRL_XCB_FIND)
 #undef VRL_XCB_FIND
     if (!complete) dlclose(module);

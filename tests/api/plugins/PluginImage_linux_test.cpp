@@ -394,6 +394,23 @@ TEST(PluginImageBounds, NamesAreFoundWhereverTheyLie) {
     }
 }
 
+TEST(PluginImageFile, FilesMayShrinkWhileTheyAreLookedAt) {
+    const TImage image;
+    const CTemporaryFolder folder;
+    const fs::path file = folder.GetPath() / "image";
+    // In the order in which the parts are read; behind the names there is nothing that is read.
+    for (const TWord size : {TWord{0}, image.header.e_phoff, image.entriesAt, image.namesAt}) {
+        WriteFile(file, image.GetBytes());
+        const CImageFile opened(ToVorlund(file).c_str());
+        fs::resize_file(file, size);
+        EXPECT_FALSE(opened.IsPlugin()) << size;
+    }
+    WriteFile(file, image.GetBytes());
+    const CImageFile opened(ToVorlund(file).c_str());
+    fs::resize_file(file, image.dataAt);
+    EXPECT_TRUE(opened.IsPlugin());
+}
+
 TEST(PluginImageFile, FilesAreClosed) {
     const auto count = [] {
         return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());

@@ -183,6 +183,11 @@ TEST_F(PluginScanChild, MissingProgramLoadsNothing) {
     WriteFile(folder_.At("text"), "no program");
     store_.SetScanMode(PLUGIN_SCAN_CHILD, ToVorlund(folder_.At("text")).c_str());
     EXPECT_EQ(Load("accepting"), PLUGIN_SCAN_NO_HELPER);
+    // No file has such a name.
+    constexpr wchar kLoneSurrogate[] = {0xD800, 0};
+    store_.SetScanMode(PLUGIN_SCAN_CHILD, kLoneSurrogate);
+    EXPECT_EQ(Load("accepting"), PLUGIN_SCAN_NO_HELPER);
+    EXPECT_NE(GetReport("accepting").code, 0);
     EXPECT_FALSE(IsInProcess(folder_.PathOf("accepting")));
     store_.SetScanMode(PLUGIN_SCAN_NONE);
     EXPECT_EQ(Load("accepting"), PLUGIN_LOADED);

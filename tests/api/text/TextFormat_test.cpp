@@ -297,6 +297,10 @@ TEST(TextFormat, CountIsNotWritten) {
 TEST(TextFormat, UnknownConversionsPrintTheRestAsItStands) {
     Check({
         ROW("%y", "%y"),
+        ROW("%I6x", "%I6x"),
+        ROW("%I3x", "%I3x"),
+        ROW("%I6", "%I6"),
+        ROW("%I3", "%I3"),
         ROW("a%", "a%"),
         ROW("a%5", "a%5"),
         ROW("a%-", "a%-"),

@@ -240,6 +240,21 @@ TEST(StringEdit, ReplaceText) {
     }
 }
 
+TEST(StringEdit, ReplaceTextAsOftenAsItIsThere) {
+    // Around the numbers that are replaced at a time.
+    for (const int count : {511, 512, 513, 1024, 5000}) {
+        std::string text;
+        std::string replaced;
+        for (int i = 0; i < count; ++i) {
+            text += "ab ";
+            replaced += "xyz ";
+        }
+        CString edited(text.c_str());
+        ExpectRaises<CObjectNotFoundException>(kWideGone, [&] { edited.Replace(VRL_L("ab"), VRL_L("xyz")); });
+        EXPECT_EQ(Narrow(edited), replaced) << count;
+    }
+}
+
 TEST(StringEdit, ReplaceByNullRemoves) {
     CString text("abcb");
     ExpectRaises<CObjectNotFoundException>(kWideGone, [&] { text.Replace(VRL_L("b"), nullptr); });

@@ -237,6 +237,29 @@ TEST_F(WavChunkDecoder, SaysThatItCannotMakeTheTextsOfItsList) {
               ":297 Cannot create string object");
 }
 
+/// What an application's class of texts does: it disconnects the decoder that makes one.
+IWavChunkDecoder* disconnectedByTexts = nullptr;
+TObjectFactory usualTexts = nullptr;
+
+IObject* DisconnectAndMakeText() {
+    disconnectedByTexts->Disconnect();
+    return usualTexts();
+}
+
+TEST_F(WavChunkDecoder, AnEnumerationEndsWhenTheConnectionDoes) {
+    Connect(SampleFile());
+    const TClassInfo list = *v.GetClassStore().GetClassInfo(classid::CObjectList);
+    const TClassInfo text = *v.GetClassStore().GetClassInfo(classid::CStringObject);
+    disconnectedByTexts = decoder_.Get();
+    usualTexts = text.factory;
+    v.GetClassStore().Clear();
+    v.GetClassStore().RegisterClassVrl(list);
+    v.GetClassStore().RegisterClassVrl({text.id, text.name, &DisconnectAndMakeText});
+    EXPECT_EQ(Ids(), TCalls{"fmt "});
+    EXPECT_FALSE(IsConnected());
+    EXPECT_EQ(stream_->GetReferences(), 1);
+}
+
 // Operations by state.
 
 TEST_F(WavChunkDecoder, UnconnectedIsEmpty) {

@@ -96,6 +96,38 @@ TEST(WavChunkTable, EqualChunksTakeNothing) {
     EXPECT_EQ(reader.GetNextRun(), nullptr);
 }
 
+TEST(WavChunkTable, LongRunsAreDivided) {
+    CWavChunkTable table;
+    constexpr std::uint8_t kZeros[4] = {};
+    // One more than fits into a run.
+    constexpr std::int64_t kCount = std::int64_t{CWavChunkTable::kMaxRepetitions} + 2;
+    for (std::int64_t i = 0; i < kCount; ++i) table.Append(kZeros, 20 + 8 * i, 0);
+    CWavChunkTable::CReader reader(table);
+    EXPECT_EQ(reader.GetNextRun()->repetitions, CWavChunkTable::kMaxRepetitions);
+    const auto* const last = reader.GetNextRun();
+    ASSERT_NE(last, nullptr);
+    EXPECT_EQ(last->repetitions, 0u);
+    EXPECT_EQ(last->dataOffset, static_cast<std::uint32_t>(20 + 8 * (kCount - 1)));
+    EXPECT_EQ(reader.GetNextRun(), nullptr);
+}
+
+// Nothing lies before the first chunk, whatever it is like.
+TEST(WavChunkTable, AFirstChunkOfZerosAtPositionZero) {
+    const std::vector<TChunk> chunks{{std::string(4, '\0'), 0, 0}, {std::string(4, '\0'), 8, 0}};
+    CWavChunkTable table;
+    for (const TChunk& chunk : chunks) AppendTo(table, chunk);
+    CWavChunkTable::CReader reader(table);
+    EXPECT_EQ(reader.GetNextRun()->repetitions, 1u);
+    CWavChunkTable::CReader each(table);
+    for (const TChunk& chunk : chunks) {
+        const auto info = each.GetNext();
+        ASSERT_TRUE(info.has_value());
+        EXPECT_EQ(info->dataOffset, chunk.dataOffset);
+        EXPECT_EQ(info->size, chunk.size);
+    }
+    EXPECT_FALSE(each.GetNext().has_value());
+}
+
 TEST(WavChunkTable, UnequalChunksTakeLessThanTwelveBytes) {
     // All alone, in twos, in threes.
     for (const std::uint32_t length : {1u, 2u, 3u}) {

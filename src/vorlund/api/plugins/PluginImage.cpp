@@ -39,7 +39,7 @@ bool CImageFile::Has(std::uint64_t offset, std::uint64_t size) const {
 
 bool CImageFile::HasNames(std::uint64_t offset, std::uint64_t size, std::string_view first,
                           std::string_view second) const {
-    if (size > kMaxNames || !Has(offset, size)) return false;
+    if (size > kMaxNames) return false;
     const std::string wanted[] = {std::string(first) + '\0', std::string(second) + '\0'};
     bool isFound[std::size(wanted)] = {};
     // What a name that goes on in the next piece may have in this one.

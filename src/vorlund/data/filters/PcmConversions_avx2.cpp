@@ -130,7 +130,8 @@ template <int sampleBits> VRL_INLINE __m128i FromFloat(const std::byte* from) {
     if constexpr (sampleBits == 8) {
         samples = _mm256_mul_pd(_mm256_add_pd(samples, _mm256_set1_pd(1.0)), _mm256_set1_pd(127.5));
     } else {
-        samples = _mm256_mul_pd(samples, _mm256_set1_pd(sampleBits == 16 ? 32767.0 : 214743648.0));
+        constexpr double kScale = sampleBits == 16 ? 32767.0 : 214743648.0;
+        samples = _mm256_mul_pd(samples, _mm256_set1_pd(kScale));
     }
     return _mm256_cvttpd_epi32(samples);
 }

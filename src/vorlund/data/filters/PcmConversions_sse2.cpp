@@ -42,7 +42,8 @@ template <int sampleBits> VRL_INLINE __m128i Scale(__m128d samples) {
     if constexpr (sampleBits == 8) {
         samples = _mm_mul_pd(_mm_add_pd(samples, _mm_set1_pd(1.0)), _mm_set1_pd(127.5));
     } else {
-        samples = _mm_mul_pd(samples, _mm_set1_pd(sampleBits == 16 ? 32767.0 : 214743648.0));
+        constexpr double kScale = sampleBits == 16 ? 32767.0 : 214743648.0;
+        samples = _mm_mul_pd(samples, _mm_set1_pd(kScale));
     }
     // Gives -2^31 for what does not fit.
     return _mm_cvttpd_epi32(samples);

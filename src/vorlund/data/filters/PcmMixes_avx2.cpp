@@ -166,8 +166,10 @@ template <std::size_t pairSize> struct TPairs {
         return units;
     }
     template <std::size_t pair> VRL_INLINE static __m256i Blend(const __m256i (&parts)[3]) {
-        const __m256i two = _mm256_blend_epi16(parts[0], parts[1], Units(pair, 1));
-        return _mm256_blend_epi16(two, parts[2], Units(pair, 2));
+        // The instructions contain them, so they are constants without optimisation too.
+        constexpr int kSecond = Units(pair, 1);
+        constexpr int kThird = Units(pair, 2);
+        return _mm256_blend_epi16(_mm256_blend_epi16(parts[0], parts[1], kSecond), parts[2], kThird);
     }
 
     /// Shuffles that put the pairs in order, and that swap the halves of each as well.

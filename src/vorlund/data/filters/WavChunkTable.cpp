@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <limits>
 
 namespace vorlund {
 namespace {
@@ -62,7 +61,7 @@ bool CWavChunkTable::Repeat() {
         repetitions_ = Push(0);
         *group_ |= kHasRepetitions << GetShift(runCount_ - 1);
     }
-    if (*repetitions_ == std::numeric_limits<std::uint32_t>::max()) return false;
+    if (*repetitions_ == kMaxRepetitions) return false;
     ++*repetitions_;
     return true;
 }

@@ -26,6 +26,9 @@ namespace vorlund {
 /// are in blocks: growing copies none of them. `TWavChunkInfo` is made when somebody asks.
 class CWavChunkTable {
 public:
+    /// A run has at most so many chunks behind its first one. Then the next begins, for another few words.
+    static constexpr std::uint32_t kMaxRepetitions = (std::uint32_t{1} << 26) - 1;
+
     /// Appends a chunk: its four id bytes, the position of its data and its declared size. Raises
     /// `std::bad_alloc`; the table then stays as it is, and takes no more chunks until it is cleared.
     void Append(const std::uint8_t* id, std::int64_t dataOffset, std::uint32_t size);
