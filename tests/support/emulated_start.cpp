@@ -51,8 +51,8 @@ extern "C" [[gnu::visibility("default")]] int posix_spawn(pid_t* process, const 
     if (modules.find(own) == std::string::npos) modules += std::string(loaded ? ":" : "") + own;
     const char* const emulator = std::getenv("VORLUND_EMULATOR");
     std::vector<char*> words;
-    for (const char* const word : {emulator, "-E", modules.c_str(), "-0", arguments[0], path})
-        words.push_back(const_cast<char*>(word));
+    const char* const first[] = {emulator, "-E", modules.c_str(), "-0", arguments[0], path};
+    for (const char* const word : first) words.push_back(const_cast<char*>(word));
     for (char* const* argument = arguments + 1; *argument; ++argument) words.push_back(*argument);
     words.push_back(nullptr);
     return next(process, emulator, actions, attributes, words.data(), variables);
