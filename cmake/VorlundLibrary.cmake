@@ -2,31 +2,30 @@
 #   vorlund           the shared library that users link, as Vorlund::vorlund
 #   vorlund_internal  a static library for tests that look inside; never installed
 #
-# On ELF both are made from the same position-independent objects. On Windows the export mark is part of the
-# declaration, so each compiles its own. vorlund_sources() feeds whichever targets do the compiling.
+# Both are made from the same objects, to which vorlund_sources() adds files. On Windows the export mark is part of the
+# declaration, and so the programs of those tests export what they are linked with, which nobody minds.
 
 add_library(vorlund SHARED)
 add_library(Vorlund::vorlund ALIAS vorlund)
 add_library(vorlund_internal STATIC EXCLUDE_FROM_ALL)
 
+add_library(vorlund_objects OBJECT)
+target_sources(vorlund PRIVATE $<TARGET_OBJECTS:vorlund_objects>)
+target_sources(vorlund_internal PRIVATE $<TARGET_OBJECTS:vorlund_objects>)
 if(WIN32)
-    set(VORLUND_COMPILING_TARGETS vorlund vorlund_internal)
     set(VORLUND_PLATFORM Win32)
 else()
-    add_library(vorlund_objects OBJECT)
-    target_sources(vorlund PRIVATE $<TARGET_OBJECTS:vorlund_objects>)
-    target_sources(vorlund_internal PRIVATE $<TARGET_OBJECTS:vorlund_objects>)
-    target_compile_definitions(vorlund_objects PRIVATE VORLUND_BUILDING)
-    if(VORLUND_DEBUG_INFO)
-        target_compile_options(vorlund_objects PRIVATE -g)
-    endif()
-    set(VORLUND_COMPILING_TARGETS vorlund_objects)
     set(VORLUND_PLATFORM Posix)
 endif()
+if(VORLUND_DEBUG_INFO)
+    target_compile_options(vorlund_objects PRIVATE -g)
+endif()
 
-foreach(target IN LISTS VORLUND_COMPILING_TARGETS)
+# The shared library has a file of its own on Windows, its entry point.
+foreach(target vorlund_objects vorlund)
     target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:vorlund_build> $<BUILD_INTERFACE:vorlund_warnings>)
     target_include_directories(${target} PRIVATE ${VORLUND_INCLUDE_DIRS} ${PROJECT_SOURCE_DIR}/src)
+    target_compile_definitions(${target} PRIVATE VORLUND_BUILDING)
     set_target_properties(${target} PROPERTIES
         CXX_EXTENSIONS OFF
         CXX_VISIBILITY_PRESET hidden
@@ -48,7 +47,6 @@ target_include_directories(vorlund PUBLIC
     "$<BUILD_INTERFACE:${VORLUND_INCLUDE_DIRS}>"
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_compile_features(vorlund PUBLIC cxx_std_20)
-target_compile_definitions(vorlund PRIVATE VORLUND_BUILDING)
 set_target_properties(vorlund PROPERTIES
     OUTPUT_NAME vorlund
     VERSION ${PROJECT_VERSION}
@@ -91,9 +89,7 @@ endif()
 # vorlund_sources(<file>...): adds files of the calling folder to the library.
 function(vorlund_sources)
     list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
-    foreach(target IN LISTS VORLUND_COMPILING_TARGETS)
-        target_sources(${target} PRIVATE ${ARGN})
-    endforeach()
+    target_sources(vorlund_objects PRIVATE ${ARGN})
 endfunction()
 
 # vorlund_platform_sources(<name>...): adds <name>_win32.cpp, or <name>_posix.cpp, which is <name>_linux.cpp where it
@@ -119,7 +115,5 @@ function(vorlund_avx2_sources)
         list(APPEND options -Wa,-muse-unaligned-vector-move)
     endif()
     list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
-    foreach(target IN LISTS VORLUND_COMPILING_TARGETS)
-        set_property(SOURCE ${ARGN} TARGET_DIRECTORY ${target} PROPERTY COMPILE_OPTIONS ${options})
-    endforeach()
+    set_property(SOURCE ${ARGN} TARGET_DIRECTORY vorlund_objects PROPERTY COMPILE_OPTIONS ${options})
 endfunction()

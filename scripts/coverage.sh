@@ -21,21 +21,14 @@ coverage_target() {
     target=linux-coverage
     local folder=build/$target exe="" passed=0 failed=0 skipped_total=0 start=$SECONDS name
     echo "== $target"
-    if ! vorlund_build "$target" "$folder" -DVORLUND_REQUIRE_ALL=ON -DVORLUND_JOIN_TESTS=ON \
-        -- --target all vorlund_faults >"$logs/$target-build.log" 2>&1; then
-        count 0 1
-        complain "it could not be built" "$logs/$target-build.log"
-        row "not built"
-        return
-    fi
+    build_or_end -DVORLUND_REQUIRE_ALL=ON -DVORLUND_JOIN_TESTS=ON -- --target all vorlund_faults || return
     # The counts of former runs.
     find "$folder" -name '*.gcda' -delete
     # A child that may not write files does not write its counts, and says so here instead of on its streams.
-    local -x GCOV_ERROR_FILE=$PWD/$folder/gcov-errors.txt GTEST_FILTER=-$coverage_skipped
+    local -x GCOV_ERROR_FILE=$PWD/$folder/gcov-errors.txt
     rm -f "$GCOV_ERROR_FILE"
     step smoke on_target "$folder/bin/vorlund_smoke" examples/data/strings.wav
-    gtest_program vorlund_tests
-    gtest_program vorlund_internal_tests
+    gtest_programs vorlund_tests vorlund_internal_tests
     step soak soak_run 4
     # What the system refuses.
     program_limit=3600 step faults on_target "$folder/bin/vorlund_faults" --quick

@@ -1,6 +1,6 @@
 #!/bin/bash
 # Runs the programs of a build tree for ctest.
-#   scripts/launch.sh run native|sanitized|wine BUILD-FOLDER PROGRAM ARGUMENT...
+#   scripts/launch.sh run native|sanitized|wine|emulated BUILD-FOLDER PROGRAM ARGUMENT...
 #   scripts/launch.sh start BUILD-FOLDER    starts a display, which the programs of that folder use until
 #   scripts/launch.sh stop BUILD-FOLDER     ends it; its number and process are in BUILD-FOLDER/display
 set -uo pipefail
@@ -24,7 +24,7 @@ run)
         vorlund_wine_env "$here/../build/wine-test"
         vorlund_wine_prefix >"$folder/wine.log" 2>&1 || exit
     fi
-    target_launcher "$kind"
+    target_launcher "$kind" "$folder"
     exec "${launcher[@]}" "$@"
     ;;
 start)

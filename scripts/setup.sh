@@ -17,7 +17,9 @@ vorlund_packages() {
     run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;
     # wine64 as well: the tests' Wine prefix serves both word sizes.
     win32) echo "$tests $recordings g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
-    win64) echo "$tests g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
+    win64) echo "$tests $recordings g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
+    # The static emulator, for what scripts/target.sh says.
+    linux-arm64) echo "$tests $recordings g++-aarch64-linux-gnu qemu-user-static" ;;
     linux) echo "$tests $recordings $windows $checks" ;;
     linux-asan | linux-tsan) echo "$tests $windows" ;;
     linux32-asan) echo "$tests libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;

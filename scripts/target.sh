@@ -5,10 +5,10 @@
 # callers expect, the first race ends the run.
 export ASAN_OPTIONS=allocator_may_return_null=1:detect_leaks=1
 export UBSAN_OPTIONS=print_stacktrace=1
-# A thread that has ended is joined by the next one, which a forked child does not have.
-export TSAN_OPTIONS=report_thread_leaks=0:allocator_may_return_null=1:halt_on_error=1:second_deadlock_stack=1
+export TSAN_OPTIONS=allocator_may_return_null=1:halt_on_error=1:second_deadlock_stack=1
 
-# target_launcher native|sanitized|wine: sets the array `launcher`, the words in front of a program.
+# target_launcher native|sanitized|wine|emulated BUILD-FOLDER: sets the array `launcher`, the words in front of a program
+# of that folder.
 # shellcheck disable=SC2034
 target_launcher() {
     launcher=()
@@ -16,6 +16,15 @@ target_launcher() {
     wine) launcher=(wine) ;;
     # The sanitizers of GCC 12 and Clang 14 do not know the address layouts of newer kernels.
     sanitized) setarch -R true 2>/dev/null && launcher=(setarch -R) ;;
+    emulated)
+        # The emulator without libraries of its own, so that LD_PRELOAD reaches the programs alone.
+        VORLUND_EMULATOR=$(command -v qemu-aarch64-static)
+        VORLUND_EMULATED_START=$(realpath "$2/bin/emulated_start.so")
+        export VORLUND_EMULATOR VORLUND_EMULATED_START QEMU_LD_PREFIX=/usr/aarch64-linux-gnu
+        launcher=("$VORLUND_EMULATOR")
+        # Where no tests are built, nothing starts others.
+        [[ ! -e $VORLUND_EMULATED_START ]] || launcher+=(-E "LD_PRELOAD=$VORLUND_EMULATED_START")
+        ;;
     esac
     return 0
 }

@@ -37,7 +37,9 @@ namespace vorlund::test {
 namespace {
 
 /// The place of a virtual operation in its table. Itanium C++ ABI, 2.3 "Member Function Pointers": the first
-/// word is 1 plus the offset in the table in bytes, the second one the adjustment of the object's address.
+/// word is 1 plus the offset in the table in bytes, the second one the adjustment of the object's address. On
+/// ARM the addresses of functions may be odd, so there the 1 is in the second word, and the rest of it is
+/// doubled.
 template <class TMember> int SlotOf(TMember member) {
     struct {
         std::intptr_t function;
@@ -45,8 +47,15 @@ template <class TMember> int SlotOf(TMember member) {
     } raw;
     static_assert(sizeof(raw) == sizeof(member));
     std::memcpy(&raw, &member, sizeof(raw));
-    if (!(raw.function & 1) || raw.adjustment != 0) return -1;
-    return static_cast<int>((raw.function - 1) / static_cast<std::intptr_t>(sizeof(void*)));
+#if defined(__aarch64__)
+    constexpr std::intptr_t kMark = 0;
+    constexpr std::intptr_t kUnmoved = 1;
+#else
+    constexpr std::intptr_t kMark = 1;
+    constexpr std::intptr_t kUnmoved = 0;
+#endif
+    if ((raw.function & 1) != kMark || raw.adjustment != kUnmoved) return -1;
+    return static_cast<int>((raw.function - kMark) / static_cast<std::intptr_t>(sizeof(void*)));
 }
 
 /// A class with one more operation: its slot is the number of those before it.

@@ -146,8 +146,9 @@ def check_suites():
     """The table of suites has every suite that ./test runs, and no other."""
     page = "docs/test-times.md"
     scripts = read("scripts/suites.sh") + re.search(r"^soak_steps\(\) {.*?^}", read("scripts/soak.sh"), re.M | re.S)[0]
-    steps = re.findall(r"^[^#\n]*\b(?:step|gtest_program) (\"[^\"]+\"|[\w-]+)", scripts, re.MULTILINE)
-    run = {name.strip('"').split(" $")[0] for name in steps}
+    steps = re.findall(r"^[^#\n]*\b(?:step) (\"[^\"]+\"|[\w-]+)", scripts, re.MULTILINE)
+    programs = re.search(r"^ +gtest_programs (.*)$", scripts, re.MULTILINE)[1].split()
+    run = {name.strip('"').split(" $")[0] for name in steps + programs}
     usage = subprocess.run([ROOT / "test", "--help"], capture_output=True, text=True, check=True).stdout
     run |= {f"./test {option}" for option in re.findall(r"\./test (--\w+)", usage)} - {"./test --all"}
     listed = set(re.findall(r"^\| `([^`]+)` \|", read(page), re.MULTILINE))
@@ -187,7 +188,7 @@ def check_commands():
     """README.md, the usage texts, the presets, the hosted workflow and the hooks name the same things."""
     readme = read("README.md")
     usage = subprocess.run([ROOT / "test", "--help"], capture_output=True, text=True, check=True).stdout
-    targets = re.search(r"^targets: (.*)$", usage, re.MULTILINE)[1].replace("(a smoke test)", "").split()
+    targets = re.search(r"^targets: (.*)$", usage, re.MULTILINE)[1].split()
     table = readme[readme.index("| Target |") :]
     rows = re.findall(r"^\| `([\w-]+)` \|", table[: table.index("\n\n")], re.MULTILINE)
     if rows != targets:

@@ -1,6 +1,7 @@
 #!/bin/bash
 # Installs a build into a temporary prefix, moves that prefix, and builds and runs a consumer against it: by the
-# CMake package on every target, by pkg-config on Linux. usage: tests/install/check.sh linux|win32 BUILD-FOLDER
+# CMake package on every target, by pkg-config on Linux.
+# usage: tests/install/check.sh linux|linux-arm64|win32|win64 BUILD-FOLDER
 set -euxo pipefail
 target=$1
 folder=$(realpath "$2")
@@ -19,37 +20,54 @@ minor=${version%.*}
 # What a plug-in exports is these two names and nothing else.
 entries=$'?VrlClosePlugin@@YAXXZ\n?VrlInitPlugin@@YA_NXZ'
 
+# The options of the consumer's build, the compiler, and what lists names.
+options=(-G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DVORLUND_WANTED="$minor")
+toolchain=-DCMAKE_TOOLCHAIN_FILE=$here/../../cmake/toolchains/$target.cmake
+# shellcheck source=scripts/target.sh
+source "$here/../../scripts/target.sh"
+
 case $target in
-win32)
-    for file in vorlund.dll libgcc_s_dw2-1.dll libstdc++-6.dll libwinpthread-1.dll; do
+win*)
+    case $target in
+    win32) unwinder=libgcc_s_dw2-1.dll objdump=i686-w64-mingw32-objdump ;;
+    win64) unwinder=libgcc_s_seh-1.dll objdump=x86_64-w64-mingw32-objdump ;;
+    esac
+    for file in vorlund.dll "$unwinder" libstdc++-6.dll libwinpthread-1.dll; do
         test -f "$prefix/bin/$file"
     done
-    cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DVorlund_DIR="$prefix/lib/cmake/Vorlund" \
-        -DVORLUND_WANTED="$minor" -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/toolchains/win32.cmake"
+    cmake "${options[@]}" -DVorlund_DIR="$prefix/lib/cmake/Vorlund" "$toolchain"
     cmake --build "$work/build"
     # The program lies elsewhere: the loader finds the library, and with it the compiler's, by the path.
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/consumer.exe" "$recording"
-    test "$(i686-w64-mingw32-objdump -p "$work/build/plugins/consumer_plugin.dll" |
+    test "$($objdump -p "$work/build/plugins/consumer_plugin.dll" |
         sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] //p' | LC_ALL=C sort)" = "$entries"
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/plugin_host.exe"
     ;;
-linux)
-    cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" \
-        -DVORLUND_WANTED="$minor"
+linux | linux-arm64)
+    compiler=g++ nm=nm
+    target_launcher native "$folder"
+    options+=(-DCMAKE_PREFIX_PATH="$prefix")
+    if [[ $target == linux-arm64 ]]; then
+        compiler=aarch64-linux-gnu-g++ nm=aarch64-linux-gnu-nm
+        target_launcher emulated "$folder"
+        options+=(-DVorlund_DIR="$prefix/lib/cmake/Vorlund" "$toolchain")
+    fi
+    cmake "${options[@]}"
     cmake --build "$work/build"
-    "$work/build/consumer" "$recording"
+    "${launcher[@]}" "$work/build/consumer" "$recording"
     # While the major version is 0, each minor version has a library file of its own.
     [[ $version == 0.* ]] && soversion=$minor || soversion=${version%%.*}
     readelf -d "$prefix/lib/libvorlund.so" | grep -F "Library soname: [libvorlund.so.$soversion]"
-    test "$(nm -D --defined-only --format=posix "$work/build/plugins/consumer_plugin.so" | sed '/ A /d; s/ .*//' |
+    test "$($nm -D --defined-only --format=posix "$work/build/plugins/consumer_plugin.so" | sed '/ A /d; s/ .*//' |
         LC_ALL=C sort)" = "$entries"
-    "$work/build/plugin_host"
+    "${launcher[@]}" "$work/build/plugin_host"
 
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
     test "$(pkg-config --modversion vorlund)" = "$version"
     # shellcheck disable=SC2046
-    g++ -std=c++20 "$here/consumer.cpp" -o "$work/consumer" $(pkg-config --cflags --libs vorlund)
-    LD_LIBRARY_PATH=$prefix/lib "$work/consumer" "$recording"
+    $compiler -std=c++20 "$here/consumer.cpp" -o "$work/consumer" $(pkg-config --cflags --libs vorlund)
+    # shellcheck disable=SC2031
+    LD_LIBRARY_PATH=$prefix/lib "${launcher[@]}" "$work/consumer" "$recording"
     ;;
 *) exit 2 ;;
 esac

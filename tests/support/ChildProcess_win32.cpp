@@ -69,7 +69,7 @@ public:
         thread_ = std::thread([this] {
             char bytes[4096];
             DWORD count = 0;
-            while (ReadFile(reader_.Get(), bytes, sizeof(bytes), &count, nullptr) && count > 0)
+            while (::ReadFile(reader_.Get(), bytes, sizeof(bytes), &count, nullptr) && count > 0)
                 text_.append(bytes, count);
         });
     }

@@ -108,8 +108,8 @@ TTally Try(const fs::path& image, std::size_t first, std::size_t end, std::size_
         tally.refused += refused;
         first += static_cast<std::size_t>(loaded + refused) * step;
         if (first >= stop) continue;
-        // The child ended at this one.
-        EXPECT_FALSE(child.IsSuccess()) << child.output;
+        // The child ended at this one, in any way: code that is damaged may as well return 0.
+        EXPECT_EQ(child.output.find('.'), std::string::npos) << child.output;
         ++tally.ended;
         first += step;
     }

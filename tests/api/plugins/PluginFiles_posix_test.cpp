@@ -5,6 +5,7 @@
 
 #include "api/plugins/TestPlugins.h"
 #include "support/DebugRecorder.h"
+#include "support/ForkedChild_posix.h"
 #include "support/LibraryScope.h"
 
 #include <gtest/gtest.h>
@@ -107,10 +108,10 @@ TEST_F(PluginFilesPosix, ProgramWithoutAPathHasNoFoldersOfItsOwn) {
         // Below the new root there is no /proc, which tells the program's path.
         const char* const root = folder_.GetFolder().c_str();
         const bool isThere = chroot(root) == 0 || (unshare(CLONE_NEWUSER) == 0 && chroot(root) == 0);
-        if (!isThere || chdir("/") != 0) _exit(kNotPermitted);
+        if (!isThere || chdir("/") != 0) EndForkedChild(kNotPermitted);
         const CPluginStore store;
         const auto names = CRefPtr<IObjectEnumerator>::Adopt(store.EnumerateAvailablePlugins());
-        _exit(names->HasNext() ? 1 : 0);
+        EndForkedChild(names->HasNext() ? 1 : 0);
     }
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);

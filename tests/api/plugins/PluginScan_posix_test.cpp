@@ -3,6 +3,7 @@
 
 #include "api/plugins/TestPlugins.h"
 #include "support/DebugRecorder.h"
+#include "support/ForkedChild_posix.h"
 #include "support/LibraryScope.h"
 
 #include <gtest/gtest.h>
@@ -58,7 +59,7 @@ TEST_F(PluginScanPosix, StandardStreamsMayBeClosed) {
     if (child == 0) {
         for (int stream = 0; stream < 3; ++stream) close(stream);
         store_.SetScanMode(PLUGIN_SCAN_CHILD);
-        _exit(Load(folder_.Add("accepting")) == PLUGIN_LOADED ? 0 : 1);
+        EndForkedChild(Load(folder_.Add("accepting")) == PLUGIN_LOADED ? 0 : 1);
     }
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);

@@ -18,6 +18,13 @@ namespace {
 
 using TTexts = std::vector<std::string>;
 
+/// The loader of 64-bit Windows, as Wine has it, catches the fault of a library that it unloads, and goes on.
+#if defined(_WIN64)
+constexpr bool kDiesOfUnloading = false;
+#else
+constexpr bool kDiesOfUnloading = true;
+#endif
+
 /// A program of the tests by its name, as the library takes it.
 wstring ProgramFile(const std::string& name) {
     return ToVorlund(BesideProgram(name + kProgramEnding));
@@ -156,7 +163,9 @@ TEST_F(PluginScanChild, PluginThatMissesALibraryIsNotLoadable) {
 }
 
 TEST_F(PluginScanChild, PluginThatEndsItsProcessIsSkipped) {
-    for (const char* const name : {"crashing_init", "crashing_close", "crashing_unload"}) {
+    std::vector<std::string> deadly = {"crashing_init", "crashing_close"};
+    if (kDiesOfUnloading) deadly.push_back("crashing_unload");
+    for (const std::string& name : deadly) {
         folder_.Add(name);
         EXPECT_EQ(Load(name), PLUGIN_SCAN_DIED) << name;
         EXPECT_NE(GetReport(name).code, 0) << name;
@@ -170,6 +179,10 @@ TEST_F(PluginScanChild, PluginThatEndsItsProcessIsSkipped) {
     // Without an answer; or, where the library sees its end, by the exception that it is still open.
     const TPluginOutcome outcome = Load("exiting_init");
     EXPECT_TRUE(outcome == PLUGIN_SCAN_GARBLED || outcome == PLUGIN_SCAN_DIED) << outcome;
+    if (!kDiesOfUnloading) {
+        folder_.Add("crashing_unload");
+        EXPECT_EQ(Load("crashing_unload"), PLUGIN_LOADED);
+    }
     // The others are none the worse for it.
     folder_.Add("accepting");
     EXPECT_EQ(Load("accepting"), PLUGIN_LOADED);

@@ -1,6 +1,6 @@
 // The child program that loads damaged plug-ins: the bytes FIRST, FIRST + STEP ... up to END of a file,
-// turned over one at a time. Prints "L" for each that loaded and "R" for each that was refused. One that ends
-// the process, or does not come back, is the parent's to count.
+// turned over one at a time. Prints "L" for each that loaded, "R" for each that was refused, and "." at the
+// end. One that ends the process, or does not come back, is the parent's to count.
 //   damage_child FILE FOLDER FIRST END STEP [scan]
 // With "scan" each is scanned by a process of its own first.
 #include "api/plugins/LoadedModules.h"
@@ -70,6 +70,7 @@ int Run(const fs::path& file, const fs::path& folder, std::size_t first, std::si
         fs::remove(damaged, ignored);
     }
     v.Close();
+    std::fputs(".", stdout);
     std::fflush(stdout);
     EndProcess(0);
 }
