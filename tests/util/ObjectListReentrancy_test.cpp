@@ -304,11 +304,13 @@ TEST_F(ObjectListReentrancy, MembersThatStayAreEnumeratedThoughOthersLeave) {
 }
 
 TEST_F(ObjectListReentrancy, EnumerationWhoseListEndsWithAnExceptionLeavesNothing) {
-    CCallingMember* const dropping = Member();
     CCallingMember* const raising = Member();
-    for (CCallingMember* const member : {dropping, raising}) list_->AddObject(member);
-    dropping->onQuery = [this] { list_.Reset(); };
-    raising->onRelease = [] { Raise<CIOException>(kOnRequest); };
+    CCallingMember* const dropping = Member();
+    for (CCallingMember* const member : {raising, dropping}) list_->AddObject(member);
+    dropping->onQuery = [&] {
+        list_.Reset();
+        raising->onRelease = [] { Raise<CIOException>(kOnRequest); };
+    };
     EXPECT_THROW(list_->EnumerateObjects(IObject::InterfaceId), CIOException);
     EXPECT_EQ(dropping->References(), 1);
     // It was interrupted before it gave the list's reference back.
