@@ -48,7 +48,9 @@ public:
     }
 
     void Step(CModelInput& input) {
-        switch (input.Byte() % 12) {
+        const unsigned int step = input.Byte() % 12;
+        TReader& reader = readers_[input.Byte() % readers_.size()];
+        switch (step) {
         case 0:
             return Open(input.Byte() % 2 == 0);
         case 1:
@@ -60,19 +62,17 @@ public:
         case 5:
             return Close();
         case 6:
-            return OpenReader(Choose(input));
+            return OpenReader(reader);
         case 7:
         case 8:
-            return Read(Choose(input), input.Number());
+            return Read(reader, input.Number());
         case 9:
-            return SeekReader(Choose(input), input.Position());
+            return SeekReader(reader, input.Position());
         case 10:
-            return Skip(Choose(input), input.Position());
-        default: {
-            TReader& reader = Choose(input);
+            return Skip(reader, input.Position());
+        default:
             reader.stream->Close();
             reader.isOpen = false;
-        }
         }
     }
 
@@ -106,8 +106,6 @@ private:
         std::int64_t length = 0;
     };
 
-    TReader& Choose(CModelInput& input) { return readers_[input.Byte() % readers_.size()]; }
-
     void Open(bool append) {
         writer_->Open(path.Get(), append);
         isWriting_ = true;
@@ -133,7 +131,7 @@ private:
 
     void Write(CModelInput& input) {
         TBytes bytes = input.Bytes(input.Number());
-        const auto begin = appends_ ? bytes_.size() : static_cast<std::size_t>(writeAt_);
+        const std::size_t begin = appends_ ? bytes_.size() : static_cast<std::size_t>(writeAt_);
         if (begin > kEnough) bytes.clear();
         const TExceptionType raised = TypeOf([&] { writer_->Write(bytes.data(), bytes.size()); });
         Check(raised == (isWriting_ ? EXCEPTION_TYPE_GENERIC : EXCEPTION_TYPE_IO));
