@@ -21,6 +21,8 @@ namespace {
 /// Enough for a chain that is too long, and some besides.
 constexpr std::size_t kMaxDecoders = 14;
 constexpr int kMaxChain = 9;
+/// Each is connected once at most, so there is one round for each and one more.
+constexpr std::size_t kMaxTries = kMaxDecoders * (kMaxDecoders + 1);
 
 struct TPlan {
     unsigned int accepts = 0;
@@ -123,10 +125,14 @@ void RegisterClasses() {
     Check(isDone);
 }
 
+/// How often a decoder of this run was tried. A search that does not end is ended by it.
+std::size_t tries = 0;
+
 void AddDecoder(CCodecClassStore& store, std::size_t index, const TPlan& plan) {
     store.RegisterDecoder({test::TestDecoderId(index), FormatOf(plan.accepts), FormatOf(plan.produces)});
     CTestDecoders::plans[index] = {.accepts = FormatOf(plan.accepts),
                                    .produces = FormatOf(plan.produces),
+                                   .onConnect = [](IInputStream*) { Check(++tries <= kMaxTries); },
                                    .refusesConnected = plan.refusesConnected,
                                    .hidesStream = plan.hidesStream};
 }
@@ -141,6 +147,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const unsigned int begin = 1 + first % 128 % 15;
     const unsigned int wanted = input.Byte() % 16;
     std::vector<TPlan> plans;
+    tries = 0;
     RegisterClasses();
     const CTestDecoders decoders;
     // Selectors ask the library's store. Emptied each time, so it has lost the decoder of the library too.

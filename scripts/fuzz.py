@@ -91,7 +91,7 @@ def run(options, folder, bits):
     totals = collections.Counter()
     for row in rows():
         if int(row["bits"]) == bits:
-            totals[row["target"]] += int(row["seconds"])
+            totals[row["target"]] += int(row["processor_seconds"])
     failed = []
     for name in sorted(targets(folder, options.names), key=lambda target: totals[target]):
         grown = folder / "corpus" / name
