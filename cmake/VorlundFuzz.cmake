@@ -1,9 +1,11 @@
-# vorlund_fuzzer(<name> [INTERNAL]): the fuzz target fuzz_<name> from fuzz_<name>.cpp, which defines
+# vorlund_fuzzer(<name> [INTERNAL] [WATCHED]): the fuzz target fuzz_<name> from fuzz_<name>.cpp, which defines
 # LLVMFuzzerTestOneInput. In the build tree of the linux-fuzz preset it is a libFuzzer binary over the instrumented
 # static library; everywhere else a small driver replays the corpus folders given, against the shared library
-# (INTERNAL: against the static one, for targets that need what is not exported), so that targets never rot.
+# (INTERNAL: against the static one, for targets that need what is not exported), so that targets never rot. libFuzzer
+# looks at the branches of the library alone, or also at those of the target (WATCHED): where the target decides which
+# operations there are, or has inline code of the library in it. Models of parsers would only take time.
 function(vorlund_fuzzer name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL;WATCHED" "" "")
     set(target fuzz_${name})
     add_executable(${target} ${target}.cpp)
     target_link_libraries(${target} PRIVATE vorlund_build vorlund_warnings)
@@ -11,6 +13,8 @@ function(vorlund_fuzzer name)
     if("fuzzer-no-link" IN_LIST VORLUND_SANITIZE)
         target_link_libraries(${target} PRIVATE vorlund_internal)
         target_link_options(${target} PRIVATE -fsanitize=fuzzer)
+        target_compile_options(${target} PRIVATE
+            $<IF:$<BOOL:${arg_WATCHED}>,-fno-sanitize-coverage=trace-cmp,-fno-sanitize=fuzzer-no-link>)
     else()
         target_sources(${target} PRIVATE replay_main.cpp)
         if(arg_INTERNAL)

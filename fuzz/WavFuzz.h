@@ -19,6 +19,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -114,7 +115,10 @@ inline void CheckReading(IInputStream& decoder, const CFuzzStream& stream, const
     std::uint64_t position = 0;
     std::uint64_t below = chunkOffset;
     const auto left = [&] { return position < chunkSize ? chunkSize - position : 0; };
-    std::vector<std::uint8_t> buffer(256);
+    constexpr std::size_t kBuffer = 256;
+    std::uint8_t buffer[kBuffer];
+    std::uint8_t untouched[kBuffer];
+    std::memset(untouched, 0xA5, kBuffer);
     for (int step = 0; step < 24; ++step) {
         Check(decoder.GetLength() == static_cast<std::int64_t>(chunkSize));
         Check(decoder.Tell() == static_cast<std::int64_t>(position));
@@ -122,16 +126,15 @@ inline void CheckReading(IInputStream& decoder, const CFuzzStream& stream, const
         switch (dice.Roll(4)) {
         case 0:
         case 1: {
-            const std::uint64_t size = dice.Roll(buffer.size() + 1);
+            const std::uint64_t size = dice.Roll(kBuffer + 1);
             const std::uint64_t stored = below < fileSize ? fileSize - below : 0;
             const std::uint64_t expected = std::min({size, left(), stored, stream.mostPerRead});
-            std::fill(buffer.begin(), buffer.end(), std::uint8_t{0xA5});
-            Check(decoder.Read(buffer.data(), size) == expected);
-            if (expected > 0)
-                Check(std::memcmp(buffer.data(), file + below, static_cast<std::size_t>(expected)) == 0);
+            std::memset(buffer, 0xA5, kBuffer);
+            Check(decoder.Read(buffer, size) == expected);
+            const auto count = static_cast<std::size_t>(expected);
+            if (count > 0) Check(std::memcmp(buffer, file + below, count) == 0);
             // Nothing behind what was delivered is touched.
-            Check(std::all_of(buffer.begin() + static_cast<std::ptrdiff_t>(expected), buffer.end(),
-                              [](std::uint8_t byte) { return byte == 0xA5; }));
+            Check(std::memcmp(buffer + count, untouched, kBuffer - count) == 0);
             position += expected;
             below += expected;
             break;
@@ -155,16 +158,19 @@ inline void CheckReading(IInputStream& decoder, const CFuzzStream& stream, const
     }
 }
 
-/// What is left of the chunk from its first byte.
-inline std::vector<std::uint8_t> ReadChunk(IInputStream& decoder, std::size_t block) {
-    std::vector<std::uint8_t> bytes;
-    std::vector<std::uint8_t> buffer(block);
+/// Reads the chunk from its first byte to its end, which must be `expected`.
+inline void CheckWhole(IInputStream& decoder, const std::uint8_t* expected, std::uint64_t size,
+                       std::size_t block) {
+    const std::unique_ptr<std::uint8_t[]> buffer(new std::uint8_t[block]);
+    std::uint64_t position = 0;
     decoder.Seek(0);
-    while (const std::uint64_t count = decoder.Read(buffer.data(), block)) {
-        bytes.insert(bytes.end(), buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(count));
-        Check(decoder.Tell() == static_cast<std::int64_t>(bytes.size()));
+    while (const std::uint64_t count = decoder.Read(buffer.get(), block)) {
+        Check(count <= size - position);
+        Check(std::memcmp(buffer.get(), expected + position, static_cast<std::size_t>(count)) == 0);
+        position += count;
+        Check(decoder.Tell() == static_cast<std::int64_t>(position));
     }
-    return bytes;
+    Check(position == size);
 }
 
 } // namespace vorlund::fuzz

@@ -1,9 +1,12 @@
 /// \file
 /// The search for a chain of decoders, with several of them: which formats each takes and makes, which of
-/// them refuse, and what is wanted, are drawn at random, and a model says which chain is found and in which
-/// order the decoders are tried.
+/// them refuse, what is wanted, and whether a store is asked or a selector, are drawn at random. A model says
+/// which chain is found and in which order the decoders are tried.
 #include "WavFuzz.h"
 #include "support/TestDecoders.h"
+
+#include <vorlund/DataFormat.h>
+#include <vorlund/StreamSelector.h>
 
 #include <string>
 #include <vector>
@@ -18,6 +21,8 @@ namespace {
 /// Enough for a chain that is too long, and some besides.
 constexpr std::size_t kMaxDecoders = 14;
 constexpr int kMaxChain = 9;
+/// Each is connected once at most, so there is one round for each and one more.
+constexpr std::size_t kMaxTries = kMaxDecoders * (kMaxDecoders + 1);
 
 struct TPlan {
     unsigned int accepts = 0;
@@ -28,23 +33,29 @@ struct TPlan {
     bool hidesStream = false;
 };
 
+/// The last numbers are media formats.
+constexpr CId kMediaFormats[] = {TDataFormat_AudioPcm::FormatId, TDataFormat_ImageRgb::FormatId,
+                                 OTHER_MEDIA_FORMAT_ID};
+constexpr unsigned int kFirstMedia = 13;
+
 /// 0 is the null identifier.
 CId FormatOf(unsigned int number) {
+    if (number >= kFirstMedia) return kMediaFormats[number - kFirstMedia];
     return number == 0 ? CId::Null() : TestFormat(number);
 }
 
 /// What the search does, written down anew.
 class CModel {
 public:
-    explicit CModel(const std::vector<TPlan>& plans) : plans_(plans), isConnected_(plans.size()) {}
+    CModel(const std::vector<TPlan>& plans, unsigned int wanted)
+        : plans_(plans), wanted_(wanted), isConnected_(plans.size()) {}
 
     /// The formats of the chain's members, or nothing; `depth` decoders are in it already.
-    bool FindWanted(unsigned int current, const std::string& name, unsigned int wanted, int depth) {
-        if (current == wanted) return true;
+    bool FindWanted(unsigned int current, const std::string& name, int depth) {
+        if (current == wanted_) return true;
         if (depth == kMaxChain) return false;
         for (std::size_t i = 0; i < plans_.size(); ++i) {
-            if (Connect(i, current, name) &&
-                FindWanted(plans_[i].produces, std::to_string(i), wanted, depth + 1))
+            if (Connect(i, current, name) && FindWanted(plans_[i].produces, std::to_string(i), depth + 1))
                 return true;
         }
         return false;
@@ -68,6 +79,8 @@ private:
     bool Connect(std::size_t index, unsigned int current, const std::string& name) {
         if (isConnected_[index]) return false;
         const TPlan& plan = plans_[index];
+        // Media data are not decoded to other media data.
+        if (plan.produces >= kFirstMedia && wanted_ >= kFirstMedia && plan.produces != wanted_) return false;
         const std::string number = std::to_string(index);
         if (plan.accepts != 0 && plan.accepts != current) {
             events_.push_back("refuse " + number);
@@ -84,6 +97,7 @@ private:
     }
 
     const std::vector<TPlan>& plans_;
+    const unsigned int wanted_;
     std::vector<bool> isConnected_;
     test::TCallLog events_;
 };
@@ -111,10 +125,14 @@ void RegisterClasses() {
     Check(isDone);
 }
 
+/// How often a decoder of this run was tried. A search that does not end is ended by it.
+std::size_t tries = 0;
+
 void AddDecoder(CCodecClassStore& store, std::size_t index, const TPlan& plan) {
     store.RegisterDecoder({test::TestDecoderId(index), FormatOf(plan.accepts), FormatOf(plan.produces)});
     CTestDecoders::plans[index] = {.accepts = FormatOf(plan.accepts),
                                    .produces = FormatOf(plan.produces),
+                                   .onConnect = [](IInputStream*) { Check(++tries <= kMaxTries); },
                                    .refusesConnected = plan.refusesConnected,
                                    .hidesStream = plan.hidesStream};
 }
@@ -124,12 +142,18 @@ void AddDecoder(CCodecClassStore& store, std::size_t index, const TPlan& plan) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     OpenLibrary();
     CInput input(data, size);
-    const unsigned int begin = 1 + input.Byte() % 15;
+    const unsigned int first = input.Byte();
+    const bool isSelected = first >= 128;
+    const unsigned int begin = 1 + first % 128 % 15;
     const unsigned int wanted = input.Byte() % 16;
     std::vector<TPlan> plans;
+    tries = 0;
     RegisterClasses();
     const CTestDecoders decoders;
-    CCodecClassStore store;
+    // Selectors ask the library's store. Emptied each time, so it has lost the decoder of the library too.
+    CCodecClassStore ownStore;
+    CCodecClassStore& store = isSelected ? v.GetCodecClassStore() : ownStore;
+    store.Close();
     store.Init();
     while (!input.IsEmpty() && plans.size() < kMaxDecoders) {
         // A byte says what it takes and how, one what it makes.
@@ -139,18 +163,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const auto stream = test::Make<test::CMemoryInputStream>();
     stream->format.Set(test::HeadOnly(FormatOf(begin)));
-    CModel model(plans);
+    CModel model(plans, wanted);
     {
         CRefPtr<IInputStream> found;
         try {
-            found = CRefPtr<IInputStream>::Adopt(store.DecodeStream(stream.Get(), FormatOf(wanted)));
+            found = CRefPtr<IInputStream>::Adopt(
+                isSelected ? CInputStreamSelector(stream.Get()).DecodeStream(FormatOf(wanted))
+                           : store.DecodeStream(stream.Get(), FormatOf(wanted)));
         } catch (const CDataFormatException&) {
         }
         if (wanted == 0) {
             model.FindLongest(begin, "source");
             Check(static_cast<bool>(found));
         } else {
-            Check(static_cast<bool>(found) == model.FindWanted(begin, "source", wanted, 0));
+            Check(static_cast<bool>(found) == model.FindWanted(begin, "source", 0));
             if (found) Check(found->GetFormat().id == FormatOf(wanted));
         }
         Check(TakeTries() == model.GetEvents());
@@ -158,6 +184,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // Every candidate has gone, and nobody holds the stream.
     stream->AddRef();
     Check(stream->Release() == 1);
-    store.Close();
+    ownStore.Close();
     return 0;
 }

@@ -28,9 +28,7 @@ void CheckPcm(IInputStream& decoded, const test::CWavModel& model, const std::ui
     Check(decoded.GetFormat().id == TDataFormat_AudioPcm::FormatId);
     const auto& format = static_cast<const TDataFormat_AudioPcm&>(decoded.GetFormat());
     Check(format.channels == answer.channels && format.samplesPerSec == answer.samplesPerSec);
-    const std::vector<std::uint8_t> bytes = ReadChunk(decoded, 4096);
-    Check(bytes.size() == model.GetStored(*model.Find("data")));
-    Check(std::equal(bytes.begin(), bytes.end(), data + answer.dataOffset));
+    CheckWhole(decoded, data + answer.dataOffset, model.GetStored(*model.Find("data")), 4096);
 }
 
 } // namespace

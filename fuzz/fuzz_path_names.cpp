@@ -1,6 +1,7 @@
 /// \file
 /// Names of files and folders: paths between UTF-16 and UTF-8, and a file of any name that is written, listed
 /// and read again. The first byte of an input tells whether the others are UTF-8 or units of UTF-16.
+#include "FuzzFolder.h"
 #include "WavFuzz.h"
 
 #include <vorlund/ClassIds.h>
@@ -12,7 +13,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <random>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -29,12 +29,7 @@ constexpr std::size_t kMaxName = 80;
 /// A new empty folder, removed at the end.
 class CPlace {
 public:
-    CPlace() {
-        std::random_device random;
-        do {
-            folder_ = fs::temp_directory_path() / ("vorlund-fuzz-" + std::to_string(random()));
-        } while (!fs::create_directory(folder_));
-    }
+    CPlace() : folder_(NewPath()) { fs::create_directory(folder_); }
     CPlace(const CPlace&) = delete;
     CPlace& operator=(const CPlace&) = delete;
     ~CPlace() {
@@ -51,7 +46,7 @@ public:
     bool IsEmpty() const { return fs::is_empty(folder_); }
 
 private:
-    fs::path folder_;
+    const fs::path folder_;
 };
 
 /// The text of an input, up to the first unit 0.

@@ -1,6 +1,7 @@
 /// \file
 /// The look at a file before it is loaded as a plug-in, over arbitrary bytes: it answers, and its answer fits
 /// the bytes.
+#include "FuzzFolder.h"
 #include "FuzzInput.h"
 
 #include "vorlund/api/plugins/PluginEntries.h"
@@ -10,7 +11,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <string>
 #include <string_view>
 
@@ -18,6 +18,7 @@ namespace {
 
 using namespace vorlund;
 using vorlund::fuzz::Check;
+using vorlund::fuzz::NewPath;
 
 /// The file that each input is written to.
 class CImage {
@@ -37,8 +38,7 @@ public:
     }
 
 private:
-    const std::filesystem::path file_ =
-        std::filesystem::temp_directory_path() / ("vorlund-fuzz-" + std::to_string(std::random_device()()));
+    const std::filesystem::path file_ = NewPath();
     const wstring path_ = PathFromUtf8(file_.string().c_str());
 };
 

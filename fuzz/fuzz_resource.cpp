@@ -1,12 +1,11 @@
 /// \file
 /// Runs of operations on a resource and its streams against a model: a vector of bytes and three positions.
 /// The resource is the library's own or one of an application.
+#include "ModelInput.h"
 #include "WavFuzz.h"
 #include "data/resource/ForeignResource.h"
-#include "support/Streams.h"
 
 #include <vorlund/ClassIds.h>
-#include <vorlund/Exception.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/Resource.h>
 #include <vorlund/StreamFilter.h>
@@ -22,52 +21,14 @@ using namespace vorlund::fuzz;
 
 namespace {
 
-using test::TBytes;
-
 /// Resources grow no further: what a run costs stays small.
 constexpr std::size_t kEnough = 20000;
-
-/// What this target draws from an input.
-class CResourceInput : public fuzz::CInput {
-public:
-    using CInput::CInput;
-
-    /// Mostly small; sometimes a few thousands.
-    std::size_t Number() {
-        const std::size_t byte = Byte();
-        return byte < 0xE0 ? byte : (byte - 0xE0) << 8 | Byte();
-    }
-    /// A position, which may lie beyond all memory or before the start.
-    std::int64_t Position() {
-        const std::size_t number = Number();
-        if (number % 64 != 63) return static_cast<std::int64_t>(number);
-        constexpr std::int64_t kFar[] = {-1, INT64_MIN, INT64_MAX, std::int64_t{1} << 32,
-                                         (std::int64_t{1} << 32) - 1};
-        return kFar[number / 64 % std::size(kFar)];
-    }
-    TBytes Bytes(std::size_t size) {
-        TBytes bytes(size);
-        const std::uint8_t first = Byte();
-        for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<std::uint8_t>(first + i * 7);
-        return bytes;
-    }
-};
-
-/// What `act` raises.
-template <class TAct> TExceptionType TypeOf(const TAct& act) {
-    try {
-        act();
-    } catch (const CException& exception) {
-        return exception.GetType();
-    }
-    return EXCEPTION_TYPE_GENERIC;
-}
 
 class CRun {
 public:
     CRun(IResource* resource, bool isOwn) : resource_(resource), isOwn_(isOwn) {}
 
-    void Step(CResourceInput& input) {
+    void Step(CModelInput& input) {
         switch (input.Byte() % 14) {
         case 0:
             Bind(input);
@@ -111,7 +72,7 @@ public:
     }
 
 private:
-    void Bind(CResourceInput& input) {
+    void Bind(CModelInput& input) {
         if (input.Byte() % 2) {
             is_->Close();
             readAt_ = 0;
@@ -120,7 +81,7 @@ private:
         isBound_ = true;
     }
 
-    void Read(CResourceInput& input) {
+    void Read(CModelInput& input) {
         const std::size_t size = input.Number();
         TBytes bytes(size + 1, 0xEE);
         std::uint64_t count = 0;
@@ -145,7 +106,7 @@ private:
         if (isBound_) readAt_ = std::min<std::uint64_t>(static_cast<std::uint64_t>(position), model_.size());
     }
 
-    void Skip(CResourceInput& input) {
+    void Skip(CModelInput& input) {
         const auto count = static_cast<std::uint64_t>(input.Position());
         const TExceptionType raised = TypeOf([&] { is_->Skip(count); });
         Check(raised == (isBound_ ? EXCEPTION_TYPE_GENERIC : EXCEPTION_TYPE_IO));
@@ -153,7 +114,7 @@ private:
             readAt_ += std::min<std::uint64_t>(count, model_.size() - readAt_);
     }
 
-    void Write(CResourceInput& input) {
+    void Write(CModelInput& input) {
         TBytes bytes = input.Bytes(input.Number());
         if (model_.size() > kEnough) bytes.clear();
         const TExceptionType raised = TypeOf([&] { os_->Write(bytes.data(), bytes.size()); });
@@ -171,7 +132,7 @@ private:
         if (position >= 0) writeAt_ = static_cast<std::uint64_t>(position);
     }
 
-    void Append(CResourceInput& input) {
+    void Append(CModelInput& input) {
         TBytes bytes = input.Bytes(input.Number());
         if (model_.size() > kEnough) bytes.clear();
         if (input.Byte() % 4 == 0 && !model_.empty() && model_.size() < 10000) {
@@ -187,7 +148,7 @@ private:
         if (!bytes.empty()) Check(ros_->Tell() == static_cast<std::int64_t>(model_.size()));
     }
 
-    void SetSize(CResourceInput& input) {
+    void SetSize(CModelInput& input) {
         const TBytes bytes = input.Bytes(input.Number());
         resource_->SetSize(bytes.size());
         void* const data = resource_->Lock(LOCK_MODE_WRITE);
@@ -197,7 +158,7 @@ private:
         model_ = bytes;
     }
 
-    void Load(CResourceInput& input) {
+    void Load(CModelInput& input) {
         const auto source = test::Make<test::CFaultyInputStream>();
         source->bytes = input.Bytes(input.Number());
         const std::uint8_t how = input.Byte();
@@ -275,7 +236,7 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     OpenLibrary();
-    CResourceInput input(data, size);
+    CModelInput input(data, size);
     const bool isOwn = input.Byte() % 4 != 0;
     auto resource =
         isOwn ? CreateAs<IResource>(classid::CResource)

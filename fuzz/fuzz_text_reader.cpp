@@ -18,29 +18,25 @@ struct TLine {
     std::size_t end = 0;
 };
 
+/// Lines without their carriage returns.
 std::vector<TLine> Split(const std::uint8_t* data, std::size_t size, bool isWide) {
-    const std::size_t unitSize = isWide ? 2 : 1;
+    wstring text(isWide ? size / 2 : size, 0);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        text[i] = static_cast<wchar>(isWide ? data[2 * i] | data[2 * i + 1] << 8 : data[i]);
+    }
     std::vector<TLine> lines;
-    TLine line;
-    bool isBegun = false;
-    for (std::size_t at = 0; at + unitSize <= size; at += unitSize) {
-        const auto unit = static_cast<wchar>(isWide ? data[at] | data[at + 1] << 8 : data[at]);
-        line.end = at + unitSize;
-        isBegun = unit != 10;
-        if (unit == 10) {
-            lines.push_back(line);
-            line.text.clear();
-        } else if (unit != 13) {
-            line.text += unit;
-        }
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t lineFeed = std::min(text.find(wchar{10}, begin), text.size());
+        lines.push_back({text.substr(begin, lineFeed - begin), (lineFeed + 1) * (isWide ? 2 : 1)});
+        std::erase(lines.back().text, wchar{13});
+        begin = lineFeed + 1;
     }
     // The half unit at the end goes with the last line.
-    line.end = size;
-    if (isBegun) lines.push_back(line);
+    if (!text.empty() && text.back() != 10) lines.back().end = size;
     return lines;
 }
 
-constexpr std::size_t kMaxConsumed = 6;
+constexpr std::size_t kMaxConsumed = 3;
 
 /// Consumes a line by the base's operation, which always raises.
 void Consume(CTextReader& reader) {
@@ -51,6 +47,26 @@ void Consume(CTextReader& reader) {
         return;
     }
     Check(false);
+}
+
+/// The base consumes the same lines when the stream delivers whole units. It raises for each, which takes
+/// long, so it has a few in a row from anywhere, and seldom.
+void CheckConsumed(CFuzzStream& stream, TCharFormat format, const std::vector<TLine>& lines, CDice& dice) {
+    const bool isWide = format == CHAR_FORMAT_UTF16;
+    if (isWide && stream.mostPerRead % 2 != 0 && stream.mostPerRead < 100) ++stream.mostPerRead;
+    const auto first = static_cast<std::size_t>(dice.Roll(lines.size() + 1));
+    const std::size_t last = std::min(lines.size(), first + kMaxConsumed);
+    stream.Seek(first == 0 ? 0 : static_cast<std::int64_t>(lines[first - 1].end));
+    CTextReader reader(&stream, format);
+    for (std::size_t next = first; next < last; ++next) {
+        Check(!reader.Eof());
+        Consume(reader);
+        Check(next + 1 == lines.size() || reader.Tell() == lines[next].end);
+    }
+    if (last == lines.size()) {
+        Consume(reader);
+        Check(reader.Eof());
+    }
 }
 
 /// Without zero units and "%" a line survives the way through the writer.
@@ -100,22 +116,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     Check(stream->GetReferences() == 1);
 
-    // The base consumes the same lines when the stream delivers whole units. It raises for each, which takes
-    // long, so it has a few in a row from anywhere.
-    if (isWide && stream->mostPerRead % 2 != 0 && stream->mostPerRead < 100) ++stream->mostPerRead;
-    const auto first = static_cast<std::size_t>(dice.Roll(lines.size() + 1));
-    const std::size_t last = std::min(lines.size(), first + kMaxConsumed);
-    stream->Seek(first == 0 ? 0 : static_cast<std::int64_t>(lines[first - 1].end));
-    CTextReader reader(stream.Get(), format);
-    for (std::size_t next = first; next < last; ++next) {
-        Check(!reader.Eof());
-        Consume(reader);
-        Check(next + 1 == lines.size() || reader.Tell() == lines[next].end);
-    }
-    if (last == lines.size()) {
-        Consume(reader);
-        Check(reader.Eof());
-    }
+    if (dice.Roll(8) == 0) CheckConsumed(*stream, format, lines, dice);
 
     if (!lines.empty()) {
         const wstring& text = lines[static_cast<std::size_t>(dice.Roll(lines.size()))].text;

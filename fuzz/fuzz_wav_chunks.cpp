@@ -44,10 +44,11 @@ void CheckSelection(IWavChunkDecoder& decoder, const CFuzzStream& stream, const 
     Check(decoder.GetChunkOffset() == static_cast<std::int64_t>(chunk->offset));
     Check(decoder.GetChunkSize() == chunk->size);
     CheckReading(decoder, stream, data, size, chunk->offset, chunk->size, dice);
-    const std::vector<std::uint8_t> bytes = ReadChunk(decoder, 1 + static_cast<std::size_t>(dice.Roll(300)));
-    Check(bytes.size() == model.GetStored(*chunk));
-    Check(std::equal(bytes.begin(), bytes.end(), data + chunk->offset));
-    Check(bytes == ReadChunk(decoder, 1 + static_cast<std::size_t>(dice.Roll(300))));
+    // Seldom a second time, because it takes most of the time.
+    for (int i = dice.Roll(4) == 0 ? 0 : 1; i < 2; ++i) {
+        CheckWhole(decoder, data + chunk->offset, model.GetStored(*chunk),
+                   1 + static_cast<std::size_t>(dice.Roll(300)));
+    }
 }
 
 } // namespace

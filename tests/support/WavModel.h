@@ -3,6 +3,7 @@
 /// arithmetic on the bytes. Tests and fuzz targets compare.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -52,7 +53,9 @@ public:
     /// The first chunk with that id, or null.
     const TWavModelChunk* Find(const std::string& id) const {
         for (const TWavModelChunk& chunk : chunks_) {
-            if (Lower(chunk.id) == Lower(id)) return &chunk;
+            if (std::equal(chunk.id.begin(), chunk.id.end(), id.begin(), id.end(),
+                           [](char left, char right) { return Lower(left) == Lower(right); }))
+                return &chunk;
         }
         return nullptr;
     }
@@ -82,11 +85,7 @@ public:
     }
 
 private:
-    static std::string Lower(std::string text) {
-        for (char& c : text)
-            if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
-        return text;
-    }
+    static char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
     std::uint16_t Half(std::uint64_t at) const {
         return static_cast<std::uint16_t>(bytes_[at] + bytes_[at + 1] * 256);
     }

@@ -17,6 +17,9 @@
 namespace vorlund::test {
 namespace {
 
+constexpr TFailure kOnRequest{VRL_L("test::CCallingMember::Release"), VRL_L("tests/util"), 1,
+                              VRL_L("on request")};
+
 /// A member with an action for each of the calls on it; an action is run once. It is destroyed with its last
 /// reference, which `alive` shows.
 class CCallingMember final : public IObject {
@@ -298,6 +301,20 @@ TEST_F(ObjectListReentrancy, MembersThatStayAreEnumeratedThoughOthersLeave) {
     for (CCallingMember* const member : {leaving, staying, last}) list_->AddObject(member);
     leaving->onQuery = [&] { list_->RemoveObject(leaving); };
     EXPECT_EQ(Yield(list_->EnumerateObjects(IObject::InterfaceId)), (TObjects{staying, last}));
+}
+
+TEST_F(ObjectListReentrancy, EnumerationWhoseListEndsWithAnExceptionLeavesNothing) {
+    CCallingMember* const raising = Member();
+    CCallingMember* const dropping = Member();
+    for (CCallingMember* const member : {raising, dropping}) list_->AddObject(member);
+    dropping->onQuery = [&] {
+        list_.Reset();
+        raising->onRelease = [] { Raise<CIOException>(kOnRequest); };
+    };
+    EXPECT_THROW(list_->EnumerateObjects(IObject::InterfaceId), CIOException);
+    EXPECT_EQ(dropping->References(), 1);
+    // It was interrupted before it gave the list's reference back.
+    raising->Release();
 }
 
 TEST_F(ObjectListReentrancy, ManyMembersThatRemoveThemselvesAreReleasedOnce) {

@@ -21,7 +21,7 @@ public:
 private:
     friend struct TThread* StartInterruptible(void (*run)(void*), void* argument,
                                               CLibraryHold& hold) noexcept;
-    void* module_ = nullptr;
+    [[maybe_unused]] void* module_ = nullptr; // not on every system
 };
 
 /// A thread of an asynchronous wait.

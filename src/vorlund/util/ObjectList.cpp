@@ -134,7 +134,7 @@ IObjectEnumerator* CObjectList::EnumerateObjects(CId interfaceId) {
 }
 
 template <class TIsWanted> IObjectEnumerator* CObjectList::Enumerate(TIsWanted isWanted) {
-    const auto held = Hold(this);
+    auto held = Hold(this);
     auto enumerator = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoEnumerator);
     enumerator->Reserve(GetObjectCount());
     // Members added meanwhile have no turn; one that leaves makes room for the next.
@@ -145,6 +145,8 @@ template <class TIsWanted> IObjectEnumerator* CObjectList::Enumerate(TIsWanted i
         if (object && isWanted(object) && IsAt(i, object)) enumerator->Push(object);
         if (IsAt(i, object)) ++i;
     }
+    // This may be the list's end, which raises what members raise: the enumerator still has an owner.
+    held.Reset();
     return enumerator.Detach();
 }
 

@@ -207,6 +207,16 @@ TEST_F(FileInputStream, PositionsBeyondTheEndReadNothing) {
     EXPECT_EQ(Read(10), "f");
 }
 
+TEST_F(FileInputStream, FirstReadBeyondTheEndLeavesNoBuffer) {
+    // The buffer is allocated by a read that finds nothing for it.
+    Open(Put("a", "abcdef"));
+    stream_->Seek(std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(Read(1), "");
+    stream_->Seek(1);
+    EXPECT_EQ(Read(3), "bcd");
+    EXPECT_EQ(stream_->Tell(), 4);
+}
+
 TEST_F(FileInputStream, NegativeSeekFailsAndLeavesThePosition) {
     Open(Put("a", "abcdef"));
     for (const std::int64_t position : {std::int64_t{-1}, std::numeric_limits<std::int64_t>::min()}) {

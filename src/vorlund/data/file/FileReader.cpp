@@ -81,7 +81,10 @@ std::uint32_t CFileReader::ReadDirectly(unsigned char* destination, std::uint32_
 
 std::uint32_t CFileReader::FillWindow() {
     // Not zeroed: only what was read is ever delivered.
-    if (!buffer_) buffer_.reset(new unsigned char[capacity_]);
+    if (!buffer_) {
+        buffer_.reset(new unsigned char[capacity_]);
+        next_ = end_ = buffer_.get();
+    }
     const std::uint32_t count = ReadAtEnd(buffer_.get(), stride_);
     // The end of the file overwrites nothing: a parser that looks there comes back to a window as it was.
     if (count == 0) return 0;
