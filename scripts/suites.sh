@@ -144,11 +144,23 @@ build_targets() {
         linux) [[ -n ${all-} ]] && options+=(-DVORLUND_JOIN_TESTS=OFF) || options+=(-DVORLUND_JOIN_TESTS=ON) ;;
         linux*) options+=(-DVORLUND_JOIN_TESTS=ON) ;;
         esac
+        [[ $target != win32 ]] || add_codecs
         [[ $target == win64 ]] && options+=(-- --target vorlund_smoke vorlund_windows_names)
         vorlund_build "$target" "build/$target" "${options[@]}" >"$logs/$target-build.log" 2>&1 || status=$?
         echo "$status $((SECONDS - start))" >"$logs/$target-built.new"
         mv "$logs/$target-built.new" "$logs/$target-built"
     done
+}
+
+# Libsndfile for Windows, if its packages can be had; a target without it is whole otherwise.
+add_codecs() {
+    local codecs
+    if codecs=$(scripts/codecs.sh "$target" 2>"$logs/$target-codecs.log"); then
+        options+=(-DVORLUND_WITH_SNDFILE=ON "-DVORLUND_CODECS_DIR=$codecs")
+    else
+        echo "$target: without the plug-in sndfile, because libsndfile could not be built (log: $logs/$target-codecs.log)"
+        options+=(-DVORLUND_WITH_SNDFILE=OFF)
+    fi
 }
 
 stop_builds() {
@@ -175,6 +187,7 @@ test_target() {
     if [[ $target != win64 ]]; then
         gtest_program vorlund_tests
         gtest_program vorlund_internal_tests
+        [[ ! -e $folder/bin/vorlund_sndfile_tests$exe ]] || gtest_program vorlund_sndfile_tests
         soak_steps
         while read -r name; do
             [[ -z $name ]] || step "corpus $name" replay_corpus "$name"
