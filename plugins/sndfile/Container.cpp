@@ -2,7 +2,10 @@
 
 #include "MpegFrame.h"
 
+#include "Notes.h"
+
 #include <cstring>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -47,6 +50,16 @@ TStart ReadAt(CVirtualFile& file, std::int64_t position) {
     return start;
 }
 
+/// Many writers leave a wrong size in the head; libsndfile reads on to the end of what is there.
+void NoteWrongSize(const TStart& start, std::int64_t length) {
+    if (!start.Has(0, "RIFF")) return;
+    std::uint32_t declared = 0;
+    std::memcpy(&declared, start.bytes + 4, sizeof declared);
+    if (declared + std::int64_t{8} != length)
+        Note("the head declares " + std::to_string(declared) + " bytes behind byte 8, there are " +
+             std::to_string(length - 8));
+}
+
 } // namespace
 
 TContainerAt FindContainer(CVirtualFile& file) {
@@ -54,6 +67,7 @@ TContainerAt FindContainer(CVirtualFile& file) {
     TStart start = ReadAt(file, 0);
     if (start.Has(0, "BW64") && start.Has(8, "WAVE")) {
         file.Exchange(0, 4, {'R', 'F', '6', '4'});
+        Note("BW64 is read as RF64");
         start = ReadAt(file, 0);
     }
     while (start.Has(0, "ID3") && start.count >= kId3Head) {
@@ -65,6 +79,7 @@ TContainerAt FindContainer(CVirtualFile& file) {
     for (const TMagic& magic : kMagics) {
         if (start.Has(0, magic.head) && start.Has(8, magic.form)) {
             found.container = magic.container;
+            NoteWrongSize(start, file.GetLength());
             return found;
         }
     }

@@ -3,6 +3,7 @@
 #include "SoundFile.h"
 
 #include <vorlund/Exception.h>
+#include <vorlund/Path.h>
 
 #include <algorithm>
 #include <cstring>
@@ -120,4 +121,11 @@ void CSndfileDecoder::Skip(std::uint64_t count) {
     if (!file_) return;
     const auto rest = static_cast<std::uint64_t>(std::max<std::int64_t>(GetLength() - position_, 0));
     Seek(position_ + static_cast<std::int64_t>(std::min(count, rest)));
+}
+
+const wchar* CSndfileDecoder::GetTag(TSoundTag tag) {
+    const char* const text = file_ ? file_->GetText(tag) : nullptr;
+    if (!text) return nullptr;
+    tag_ = PathFromUtf8(text);
+    return tag_.c_str();
 }

@@ -1,6 +1,8 @@
 // The decoder of the files that libsndfile reads.
 #pragma once
 
+#include "SoundTags.h"
+
 #include <vorlund/DataFormat.h>
 #include <vorlund/StreamFilterImpl.h>
 
@@ -15,8 +17,8 @@ class CSoundFile;
 ///
 /// A position may be inside a frame. `Seek` costs nothing; the next `Read` goes there, and where the format
 /// of the file allows no jump it decodes what comes before.
-class CSndfileDecoder : public vorlund::CInputFilterImpl<vorlund::IInputStreamFilter> {
-    using TLayer = vorlund::CInputFilterImpl<vorlund::IInputStreamFilter>;
+class CSndfileDecoder : public vorlund::CInputFilterImpl<ISoundTags> {
+    using TLayer = vorlund::CInputFilterImpl<ISoundTags>;
 
 public:
     static constexpr vorlund::CId ClassId{0x8C1E5D27, 0x4F903AB6, 0xE27B0C91, 0x63D4A85F};
@@ -42,6 +44,8 @@ public:
     /// At most to the end.
     void Skip(std::uint64_t count) override;
 
+    const vorlund::wchar* GetTag(TSoundTag tag) override;
+
 private:
     std::uint64_t ReadPart(CSoundFile& file, std::uint8_t* buffer, std::uint64_t size);
 
@@ -50,4 +54,5 @@ private:
     /// The frame that was delivered in part, and which one it is.
     std::vector<std::uint8_t> part_;
     std::int64_t partAt_ = -1;
+    vorlund::wstring tag_;
 };

@@ -27,6 +27,11 @@ public:
     /// operation gets 0.
     std::int64_t Read(std::int64_t frame, void* buffer, std::int64_t count);
 
+    /// A text of the file by libsndfile's number, or null. It is valid until the next call that reads.
+    const char* GetText(std::uint32_t kind) const {
+        return file_ ? sf_get_string(file_.get(), static_cast<int>(kind)) : nullptr;
+    }
+
 private:
     struct TCloser {
         void operator()(SNDFILE* file) const { sf_close(file); }

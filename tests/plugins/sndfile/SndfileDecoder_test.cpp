@@ -1,6 +1,8 @@
 // What the plug-in makes of whole files, compared with what libsndfile itself reads in them.
 #include "plugins/sndfile/SndfileTest.h"
 
+#include "../plugins/sndfile/SoundTags.h"
+
 #include <vorlund/ClassIds.h>
 
 #include <algorithm>
@@ -142,6 +144,19 @@ TEST_F(SndfileDecoder, WhatIsDecodedIsLeftAlone) {
     const auto decoded =
         CRefPtr<IInputStream>::Adopt(CInputStreamSelector(stream.Get()).DecodeStream(CId::Null()));
     EXPECT_EQ(decoded->GetClassId(), classid::CWavDecoder);
+}
+
+TEST_F(SndfileDecoder, TagsAreWhatTheFilesSay) {
+    for (const char* const name : {"16.flac", "vbr.mp3"}) {
+        const auto tags = DecodeFile(name).Query<ISoundTags>();
+        ASSERT_TRUE(tags) << name;
+        ASSERT_TRUE(tags->GetTag(SOUND_TAG_TITLE)) << name;
+        EXPECT_EQ(wstring(tags->GetTag(SOUND_TAG_TITLE)), VRL_L("T\u00F6ne")) << name;
+        EXPECT_EQ(tags->GetTag(SOUND_TAG_LICENSE), nullptr);
+        EXPECT_EQ(tags->GetTag(static_cast<TSoundTag>(1000)), nullptr);
+        tags->Disconnect();
+        EXPECT_EQ(tags->GetTag(SOUND_TAG_TITLE), nullptr);
+    }
 }
 
 TEST_F(SndfileDecoder, OtherFilesAreRefused) {

@@ -230,7 +230,7 @@ def make_flacs():
         raw = pack16(sound) if bits == 16 else pack24(sound)
         put("raw", raw)
         options = ["--endian=little", "--sign=signed", f"--channels={channels}", f"--bps={bits}", f"--sample-rate={RATE}"]
-        run("flac", "-s", "-f", "--force-raw-format", *options, "-T", "TITLE=Tones", "raw", "-o", name)
+        run("flac", "-s", "-f", "--force-raw-format", *options, "-T", "TITLE=Töne", "raw", "-o", name)
         expected = pack16(sound) if bits == 16 else pack32(sound)
         add(name, "s16" if bits == 16 else "s32", "exact", len(sound) // channels, expected)
 
@@ -258,7 +258,7 @@ def make_lossy():
     frames = source("short.wav", make_sound(1.1, 2, 44100, 5), 2, 44100)
     run("lame", "-S", "-b", "128", "short.wav", "cbr.mp3")
     add("cbr.mp3", "f32", "lossy", frames)
-    run("lame", "-S", "-V", "5", "--add-id3v2", "--tt", "Tones", "short.wav", "vbr.mp3")
+    run("lame", "-S", "-V", "5", "--add-id3v2", "--id3v2-utf16", "--tt", "Töne", "short.wav", "vbr.mp3")
     add("vbr.mp3", "f32", "lossy", frames)
     frames = source("low.wav", MONO, 1, RATE)
     run("lame", "-S", "-V", "9", "low.wav", "low.mp3")
