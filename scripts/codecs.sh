@@ -138,7 +138,8 @@ TOOLCHAIN
     by_cmake flac -DBUILD_CXXLIBS=OFF -DBUILD_PROGRAMS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_TESTING=OFF -DBUILD_DOCS=OFF \
         -DINSTALL_MANPAGES=OFF -DWITH_STACK_PROTECTOR=OFF -DWITH_FORTIFY_SOURCE=OFF
     by_configure opus --disable-extra-programs --disable-doc --disable-stack-protector --disable-hardening
-    by_cmake mpg123/ports/cmake -DBUILD_PROGRAMS=OFF -DBUILD_LIBOUT123=OFF
+    # Its macros make the compiler's inline strncasecmp call itself for ever, in tags with texts of a user.
+    by_cmake mpg123/ports/cmake -DBUILD_PROGRAMS=OFF -DBUILD_LIBOUT123=OFF -DCMAKE_C_FLAGS="$flags -D__CRT__NO_INLINE"
     by_configure lame --disable-frontend --disable-gtktest
     by_cmake libsndfile -DBUILD_SHARED_LIBS=ON -DENABLE_EXTERNAL_LIBS=ON -DENABLE_MPEG=ON -DENABLE_CPACK=OFF \
         -DBUILD_PROGRAMS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_TESTING=OFF -DCMAKE_C_FLAGS="$flags -DFLAC__NO_DLL" \
