@@ -24,6 +24,12 @@ win32)
     for file in vorlund.dll libgcc_s_dw2-1.dll libstdc++-6.dll libwinpthread-1.dll; do
         test -f "$prefix/bin/$file"
     done
+    if [[ -e $folder/bin/sndfile ]]; then
+        # With the library that it needs, replaceable, its licences and how it is built.
+        for file in lib/vorlund/plugins/{sndfile.dll,libsndfile.dll} share/doc/Vorlund/sndfile/{codecs.sh,libsndfile-COPYING.txt}; do
+            test -f "$prefix/$file"
+        done
+    fi
     cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DVorlund_DIR="$prefix/lib/cmake/Vorlund" \
         -DVORLUND_WANTED="$minor" -DCMAKE_TOOLCHAIN_FILE="$here/../../cmake/toolchains/win32.cmake"
     cmake --build "$work/build"
@@ -34,6 +40,7 @@ win32)
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/plugin_host.exe"
     ;;
 linux)
+    [[ ! -e $folder/bin/sndfile ]] || test -f "$prefix/lib/vorlund/plugins/sndfile.so"
     cmake -G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH="$prefix" \
         -DVORLUND_WANTED="$minor"
     cmake --build "$work/build"
