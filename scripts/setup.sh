@@ -8,20 +8,26 @@ vorlund_packages() {
     local tests="$build googletest pkgconf python3"
     # What tests/realfiles compares with.
     local recordings="alsa-utils sox sndfile-programs"
+    # The plug-in sndfile, and what writes the files of its tests.
+    local sounds="libsndfile1-dev" sound_tools="flac lame opus-tools sox vorbis-tools"
+    # What scripts/codecs.sh builds libsndfile for Windows with.
+    local codecs="bzip2 make patch pkgconf xz-utils"
     # Checks of form and of the binary interface.
     local checks="clang-format clang-tidy abigail-tools xz-utils git"
     # A display for the tests of windows, and what windows on Linux are built with.
     local windows="xvfb libxcb1-dev"
     case $1 in
     run-linux) echo "$build" ;;
+    run-linux-codecs) echo "$sounds" ;;
+    run-win32-codecs) echo "$codecs" ;;
     run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;
     # wine64 as well: the tests' Wine prefix serves both word sizes.
-    win32) echo "$tests $recordings g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
+    win32) echo "$tests $recordings $sound_tools $codecs libsndfile1 g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
     win64) echo "$tests $recordings g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
     linux-arm64) echo "$tests $recordings g++-aarch64-linux-gnu qemu-user-static" ;;
-    linux) echo "$tests $recordings $windows $checks" ;;
-    linux-asan | linux-tsan) echo "$tests $windows" ;;
+    linux) echo "$tests $recordings $windows $sounds $sound_tools $checks" ;;
+    linux-asan | linux-tsan) echo "$tests $windows $sounds $sound_tools" ;;
     linux32-asan) echo "$tests libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
     linux-coverage) echo "$tests $recordings $windows gcovr" ;;
     linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev" ;;

@@ -212,6 +212,7 @@ build_targets() {
         [[ $target == linux ]] && options+=(-DVORLUND_DEBUG_INFO=ON)
         # Compiled one by one, the suites show that each includes what it needs.
         [[ $target == linux && -n ${all-} ]] && options+=(-DVORLUND_JOIN_TESTS=OFF) || options+=(-DVORLUND_JOIN_TESTS=ON)
+        [[ $target != win32 ]] || add_codecs
         if takes_part "$target"; then
             options+=(-- --target "${part_programs[@]}")
             [[ $target != win* ]] || options+=("${part_programs_windows[@]}")
@@ -220,6 +221,17 @@ build_targets() {
         echo "$status $((SECONDS - start))" >"$logs/$target-built.new"
         mv "$logs/$target-built.new" "$logs/$target-built"
     done
+}
+
+# Libsndfile for Windows, if its packages can be had; a target without it is whole otherwise.
+add_codecs() {
+    local codecs
+    if codecs=$(scripts/codecs.sh "$target" 2>"$logs/$target-codecs.log"); then
+        options+=(-DVORLUND_WITH_SNDFILE=ON "-DVORLUND_CODECS_DIR=$codecs")
+    else
+        echo "$target: without the plug-in sndfile, because libsndfile could not be built (log: $logs/$target-codecs.log)"
+        options+=(-DVORLUND_WITH_SNDFILE=OFF)
+    fi
 }
 
 stop_builds() {
@@ -246,6 +258,7 @@ test_target() {
         return
     fi
     gtest_programs vorlund_tests vorlund_internal_tests
+    [[ ! -e $folder/bin/vorlund_sndfile_tests$exe ]] || gtest_programs vorlund_sndfile_tests
     # The emulator's own memory, which grows with the code that it translates, is that of the process.
     [[ $target == linux-arm64 ]] || soak_steps
     while read -r name; do

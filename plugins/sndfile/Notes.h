@@ -1,0 +1,7 @@
+// Where the plug-in says what it repaired, and what a file lacks.
+#pragma once
+
+#include <string_view>
+
+/// One remark on the file that is being opened or read, in ASCII. Goes to the debugger output.
+void Note(std::string_view text);

@@ -1,0 +1,95 @@
+// Damaged files: no crash, no hang, and no more sound than the bytes can hold.
+#include "plugins/sndfile/SndfileTest.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace vorlund::test {
+namespace {
+
+/// Every kind of file, in its smallest form.
+constexpr const char* kNames[] = {"24.wav",      "float.wav", "ima.wav",    "ms.wav",    "gsm.wav",
+                                  "rf64.wav",    "24.w64",    "24.aiff",    "dwvw.aiff", "24.au",
+                                  "g723.au",     "24.caf",    "alac16.caf", "16.flac",   "stereo.ogg",
+                                  "stereo.opus", "vbr.mp3",   "itunes.mp3"};
+constexpr std::size_t kLimit = 16 << 20;
+
+class SndfileDamage : public SndfileTest {
+protected:
+    /// Decodes what there is.
+    static void ExpectBounded(const TBytes& bytes) {
+        const auto began = std::chrono::steady_clock::now();
+        try {
+            const auto decoded = DecodeBytes(bytes);
+            EXPECT_GE(decoded->GetLength(), 0);
+            const TBytes sound = ReadAll(*decoded, 65536, kLimit);
+            EXPECT_LT(sound.size(), kLimit);
+            decoded->Seek(decoded->GetLength() / 2);
+            ReadAll(*decoded, 65536, 65536);
+        } catch (const CDataFormatException&) {
+        } catch (const CIOException&) {
+        }
+        // Very generous: machines are busy.
+        EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(30));
+    }
+
+    /// The beginning of a file, which is enough.
+    static TBytes Load(const char* name) {
+        TBytes bytes = LoadSound(name);
+        bytes.resize(std::min<std::size_t>(bytes.size(), 12000));
+        return bytes;
+    }
+};
+
+TEST_F(SndfileDamage, CutAtEvery97thByte) {
+    for (const char* const name : kNames) {
+        SCOPED_TRACE(name);
+        const TBytes bytes = Load(name);
+        for (std::size_t size = 0; size < bytes.size(); size += 97)
+            ExpectBounded(TBytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)));
+    }
+}
+
+TEST_F(SndfileDamage, FlippedHeads) {
+    for (const char* const name : kNames) {
+        SCOPED_TRACE(name);
+        const TBytes bytes = Load(name);
+        for (std::size_t at = 0; at < std::min<std::size_t>(bytes.size(), 160); ++at) {
+            for (const int flip : {0x01, 0x80, 0xFF}) {
+                TBytes damaged = bytes;
+                damaged[at] = static_cast<std::uint8_t>(damaged[at] ^ flip);
+                SCOPED_TRACE(at);
+                ExpectBounded(damaged);
+            }
+        }
+    }
+}
+
+TEST_F(SndfileDamage, HugeNumbersInHeads) {
+    for (const char* const name : kNames) {
+        SCOPED_TRACE(name);
+        const TBytes bytes = Load(name);
+        for (std::size_t at = 4; at + 8 <= std::min<std::size_t>(bytes.size(), 120); at += 2) {
+            for (const int fill : {0x7F, 0xFF}) {
+                TBytes damaged = bytes;
+                std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(at), 4,
+                            static_cast<std::uint8_t>(fill));
+                SCOPED_TRACE(at);
+                ExpectBounded(damaged);
+            }
+        }
+    }
+}
+
+TEST_F(SndfileDamage, RowsOfTagsAndOfSyncs) {
+    TBytes tags;
+    while (tags.size() < 200000) tags.insert(tags.end(), {'I', 'D', '3', 3, 0, 0, 0, 0, 0, 0});
+    ExpectBounded(tags);
+    TBytes frames;
+    while (frames.size() < 200000) frames.insert(frames.end(), {0xFF, 0xFB, 0x10, 0xC0});
+    ExpectBounded(frames);
+    ExpectBounded(TBytes(200000, 0xFF));
+}
+
+} // namespace
+} // namespace vorlund::test

@@ -1,0 +1,54 @@
+// The plug-in through the program: a WAV file of the format that is announced.
+#include "plugins/sndfile/SndfileTest.h"
+
+#include <vorlund/DecoderSupport.h>
+
+namespace vorlund::test {
+namespace {
+
+class SndfileProgram : public testing::Test {
+protected:
+    TChildEnd Decode(const std::string& input) const {
+        return RunChild("vorlund", {.arguments = {"--plugin-path", BesideProgram("sndfile").string(),
+                                                  "decode", input, "-o", Output().string()}});
+    }
+    fs::path Output() const { return folder_.GetPath() / "out.wav"; }
+
+    CTemporaryFolder folder_;
+};
+
+TEST_F(SndfileProgram, WritesAWavFileOfTheAnnouncedFormat) {
+    const struct {
+        const char* name;
+        const char* bits;
+        std::uint16_t tag;
+        std::size_t headSize;
+    } rows[] = {{"16.flac", "Bits      16\n", 1, 44},
+                {"24.aiff", "Bits      32\n", 1, 44},
+                {"float.au", "Bits      32 float\n", 3, 58}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        TChildEnd end = Decode(SoundPath(row.name).string());
+        ASSERT_TRUE(end.IsSuccess()) << end.errors;
+        std::erase(end.output, '\r');
+        EXPECT_NE(end.output.find(row.bits), std::string::npos) << end.output;
+        EXPECT_NE(end.output.find("CFileInputStream > sndfile::CSndfileDecoder\n"), std::string::npos)
+            << end.output;
+        const std::string wav = ReadFile(Output());
+        ASSERT_GT(wav.size(), row.headSize);
+        EXPECT_EQ(LoadLittleEndian16(reinterpret_cast<const std::uint8_t*>(wav.data()) + 20), row.tag);
+        EXPECT_TRUE(wav.substr(row.headSize) == ReadFile(SoundPath(std::string(row.name) + ".pcm")));
+    }
+}
+
+TEST_F(SndfileProgram, SaysWhenAFileIsOfNoKnownKind) {
+    const std::string input = (folder_.GetPath() / "text.flac").string();
+    WriteFile(input, "This is no sound.");
+    const TChildEnd end = Decode(input);
+    EXPECT_EQ(end.exitCode, 1u);
+    EXPECT_NE(end.errors.find("Not a sound file of a known kind"), std::string::npos) << end.errors;
+    EXPECT_FALSE(fs::exists(Output()));
+}
+
+} // namespace
+} // namespace vorlund::test
