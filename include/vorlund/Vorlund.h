@@ -76,9 +76,10 @@ private:
 VRL_API extern CVorlund v;
 
 /// Adds the folder of the plug-ins that belong to this library to those of `v`'s plug-in store:
-/// "vorlund-plugins" beside the library's own file, in a build as in an installation, wherever that has been
-/// moved. Call it before `v.Init()`, on the application's main thread. Does nothing when the folder is
-/// searched already, so a second call changes nothing.
+/// "vorlund-plugins" or "vorlund/plugins" beside the library's own file, or "../lib/vorlund/plugins" from
+/// there, whichever is there first; so it is found wherever an installation has been moved. Call it before
+/// `v.Init()`, on the application's main thread. Does nothing when the folder is searched already, so a
+/// second call changes nothing.
 ///
 /// \return false when there is no such folder
 ///

@@ -4,6 +4,8 @@
 
 #include "Notes.h"
 
+#include <vorlund/DecodeNotes.h>
+
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -15,22 +17,23 @@ constexpr std::int64_t kId3Head = 10;
 
 /// The beginnings of files: a word, and for some another one at byte 8.
 struct TMagic {
+    const vorlund::wchar* name;
     std::string_view head;
     std::string_view form;
     TContainer container;
 };
 constexpr TMagic kMagics[] = {
-    {"RIFF", "WAVE", TContainer::Plain},
-    {"RIFX", "WAVE", TContainer::Plain},
-    {"RF64", "WAVE", TContainer::Plain},
-    {"FORM", "AIFF", TContainer::Plain},
-    {"FORM", "AIFC", TContainer::Plain},
-    {".snd", "", TContainer::Plain},
-    {"dns.", "", TContainer::Plain},
-    {"caff", "", TContainer::Plain},
-    {"fLaC", "", TContainer::Plain},
-    {"OggS", "", TContainer::Ogg},
-    {"riff\x2E\x91\xCF\x11", "", TContainer::Plain},
+    {VRL_L("WAV"), "RIFF", "WAVE", TContainer::Plain},
+    {VRL_L("WAV (RIFX)"), "RIFX", "WAVE", TContainer::Plain},
+    {VRL_L("RF64"), "RF64", "WAVE", TContainer::Plain},
+    {VRL_L("AIFF"), "FORM", "AIFF", TContainer::Plain},
+    {VRL_L("AIFF-C"), "FORM", "AIFC", TContainer::Plain},
+    {VRL_L("AU"), ".snd", "", TContainer::Plain},
+    {VRL_L("AU"), "dns.", "", TContainer::Plain},
+    {VRL_L("CAF"), "caff", "", TContainer::Plain},
+    {VRL_L("FLAC"), "fLaC", "", TContainer::Plain},
+    {VRL_L("Ogg"), "OggS", "", TContainer::Ogg},
+    {VRL_L("Wave64"), "riff\x2E\x91\xCF\x11", "", TContainer::Plain},
 };
 
 struct TStart {
@@ -79,10 +82,13 @@ TContainerAt FindContainer(CVirtualFile& file) {
     for (const TMagic& magic : kMagics) {
         if (start.Has(0, magic.head) && start.Has(8, magic.form)) {
             found.container = magic.container;
+            vorlund::NoteContainer(magic.name);
             NoteWrongSize(start, file.GetLength());
             return found;
         }
     }
-    if (IsMpegAt(file, found.start)) found.container = TContainer::Mpeg;
+    if (!IsMpegAt(file, found.start)) return found;
+    found.container = TContainer::Mpeg;
+    vorlund::NoteContainer(VRL_L("MP3"));
     return found;
 }

@@ -59,7 +59,7 @@ void CSoundFile::Open() {
     virtualFile_.Seek(0);
     info_ = {};
     file_.reset(sf_open_virtual(CVirtualFile::GetCallbacks(), SFM_READ, &info_, &virtualFile_));
-    if (!file_) Note(std::string("libsndfile says: ") + sf_strerror(nullptr));
+    if (!file_) NoteRefusal(sf_strerror(nullptr));
     next_ = 0;
 }
 

@@ -4,16 +4,27 @@
 #include <vorlund/Vorlund.h>
 
 namespace vorlund {
+namespace {
+
+/// From the folder of the library: beside it, and in the two forms of an installation, with the library in
+/// "lib" and with the library in "bin".
+constexpr const wchar* kPlaces[] = {VRL_L("vorlund-plugins"), VRL_L("vorlund/plugins"),
+                                    VRL_L("../lib/vorlund/plugins")};
+
+} // namespace
 
 bool AddInstalledPlugins() {
     const wstring library = pluginmodule::GetLibraryPath();
     const std::size_t separator = library.rfind(pluginmodule::kSeparator);
     if (separator == wstring::npos) return false;
-    const wstring folder = library.substr(0, separator + 1) + VRL_L("vorlund-plugins");
-    if (filesystem::GetKind(folder.c_str()) != filesystem::TEntryKind::Directory) return false;
-    CPluginStore& store = v.GetPluginStore();
-    if (!store.HasPluginPath(folder.c_str())) store.AddPluginPath(folder.c_str());
-    return true;
+    for (const wchar* const place : kPlaces) {
+        const wstring folder = library.substr(0, separator + 1) + place;
+        if (filesystem::GetKind(folder.c_str()) != filesystem::TEntryKind::Directory) continue;
+        CPluginStore& store = v.GetPluginStore();
+        if (!store.HasPluginPath(folder.c_str())) store.AddPluginPath(folder.c_str());
+        return true;
+    }
+    return false;
 }
 
 } // namespace vorlund
