@@ -275,7 +275,7 @@ TEST_F(Vorlund, LateListIsEmptiedInSpiteOfTheFailures) {
     ExpectRaises<CBugException>(counterfailures::kDestroyClosed, [&] { list.Reset(); });
 }
 
-TEST(Vorlund, ServicesOfObjectsAreItsStores) {
+TEST_F(Vorlund, ServicesOfObjectsAreItsStores) {
     EXPECT_EQ(&services::ClassStore(), &v.GetClassStore());
     EXPECT_EQ(&services::CodecClassStore(), &v.GetCodecClassStore());
 }

@@ -210,6 +210,7 @@ std::string ShowAndClose(const char* mode) {
 
 TEST(DebugDefaults, BoxIsWholeWhereTheTerminalTakesParts) {
     EXPECT_EQ(ShowAndClose("halves"), ShowAndClose("bug"));
+    EXPECT_EQ(ShowAndClose("busy-terminal"), ShowAndClose("bug"));
 }
 
 TEST(DebugDefaults, BoxCannotCommandTheTerminal) {
@@ -222,6 +223,21 @@ TEST(DebugDefaults, BoxCannotCommandTheTerminal) {
 }
 
 // The debugger.
+
+TEST(DebugDefaults, StreamsThatAreFullAreWaitedFor) {
+    const TChildEnd end = RunMode({"busy"});
+    EXPECT_TRUE(end.IsSuccess()) << end.exitCode;
+    EXPECT_EQ(end.output, "late\n");
+    EXPECT_EQ(end.errors, "late\n");
+}
+
+TEST(DebugDefaults, StreamsThatTakeNothingAreGivenUp) {
+    for (const TChildOutput output : {TChildOutput::Refusing, TChildOutput::Closed}) {
+        const TChildEnd end = RunChild(kChild, {.arguments = {"mixed"}, .output = output});
+        EXPECT_TRUE(end.IsSuccess()) << end.exitCode;
+        EXPECT_EQ(end.errors, kMixedLines);
+    }
+}
 
 TEST(DebugDefaults, BreakTraps) {
     const TChildEnd end = RunMode({"break"});

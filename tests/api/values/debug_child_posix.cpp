@@ -1,5 +1,6 @@
 #include "api/values/debug_child.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdarg>
 #include <cstdio>
@@ -17,6 +18,8 @@ namespace {
 int missedPolls = 0;
 /// Whether `write` writes half of what it is given, as a terminal may.
 bool isWritingHalves = false;
+/// How many calls of `write` still fail, as those of a stream that is full, or interrupted.
+int refusedWrites = 0;
 
 } // namespace
 
@@ -42,6 +45,10 @@ extern "C" __attribute__((visibility("default"))) int poll(pollfd* requests, nfd
 
 extern "C" __attribute__((visibility("default"))) ssize_t write(int file, const void* bytes,
                                                                 std::size_t size) {
+    if (refusedWrites > 0) {
+        errno = --refusedWrites % 2 == 0 ? EAGAIN : EINTR;
+        return -1;
+    }
     return syscall(SYS_write, file, bytes, isWritingHalves ? (size + 1) / 2 : size);
 }
 
@@ -138,6 +145,21 @@ int ReportInputInBackground() {
     return WaitForChild(child.GetProcess());
 }
 
+/// To streams that take the bytes only after some calls.
+int PrintLate() {
+    for (const TDebugMessageType type : {DEBUG_MESSAGE_STDOUT, DEBUG_MESSAGE_STDERR}) {
+        refusedWrites = 4;
+        CDebug::PrintMessage(type, VRL_L("late"));
+    }
+    return refusedWrites;
+}
+
+/// To a terminal that does.
+int ReportLate() {
+    refusedWrites = 4;
+    return ReportBug("late");
+}
+
 /// While a timer interrupts every call.
 int ReportInterrupted() {
     struct sigaction action {};
@@ -200,6 +222,8 @@ int RunSystemMode(const std::string& mode) {
     if (mode == "until-background") return ReportUntilBackground();
     if (mode == "background-input") return ReportInputInBackground();
     if (mode == "halves") return ReportInHalves();
+    if (mode == "busy") return PrintLate();
+    if (mode == "busy-terminal") return ReportLate();
     if (mode == "abrupt-end") return PrintBeforeAbruptEnd();
     if (mode == "interrupted") return ReportInterrupted();
     if (mode == "raw") return ReportInRawMode();
