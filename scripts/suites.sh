@@ -87,6 +87,8 @@ left_out() {
     linux-coverage-*) echo "$coverage_skipped" ;;
     # One thread computes over all inputs for minutes, which the other targets do too; here threads are looked at.
     linux-tsan-vorlund_tests) echo "StringModel.*" ;;
+    # Hangs at times at the end of the process, where the loader has caught an exception; the cause is not known yet.
+    win64-vorlund_tests) echo "Rows/Unload.Reports/lifecycle_child_device_store_open" ;;
     linux-tsan-vorlund_internal_tests)
         echo "PathCodec.Every*:Pairs/PcmConversions.*:Rows/WavDecoderMemoryTable.*:Sets/PcmMixes.*:Sets/TextKernels.*:TextFormatModel.*"
         ;;
