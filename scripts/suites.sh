@@ -145,7 +145,8 @@ build_targets() {
         linux*) options+=(-DVORLUND_JOIN_TESTS=ON) ;;
         esac
         [[ $target != win32 ]] || add_codecs
-        [[ $target == win64 ]] && options+=(-- --target vorlund_smoke vorlund_windows_names)
+        # Its smoke test needs no plug-in, and so nobody waits for the codecs.
+        [[ $target == win64 ]] && options+=(-DVORLUND_WITH_SNDFILE=OFF -- --target vorlund_smoke vorlund_windows_names)
         vorlund_build "$target" "build/$target" "${options[@]}" >"$logs/$target-build.log" 2>&1 || status=$?
         echo "$status $((SECONDS - start))" >"$logs/$target-built.new"
         mv "$logs/$target-built.new" "$logs/$target-built"
