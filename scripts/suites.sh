@@ -219,6 +219,8 @@ build_targets() {
         # Compiled one by one, the suites show that each includes what it needs.
         [[ $target == linux && -n ${all-} ]] && options+=(-DVORLUND_JOIN_TESTS=OFF) || options+=(-DVORLUND_JOIN_TESTS=ON)
         [[ $target != win32 ]] || add_codecs
+        # The plug-in has not been tried there.
+        [[ $target == win64 || $target == linux-arm64 ]] && options+=(-DVORLUND_WITH_SNDFILE=OFF)
         if takes_part "$target"; then
             options+=(-- --target "${part_programs[@]}")
             [[ $target != win* ]] || options+=("${part_programs_windows[@]}")
