@@ -115,11 +115,11 @@ inline void CheckReading(IInputStream& decoder, const CFuzzStream& stream, const
     std::uint64_t position = 0;
     std::uint64_t below = chunkOffset;
     const auto left = [&] { return position < chunkSize ? chunkSize - position : 0; };
-    constexpr std::size_t kBuffer = 256;
+    constexpr std::size_t kBuffer = 64;
     std::uint8_t buffer[kBuffer];
     std::uint8_t untouched[kBuffer];
     std::memset(untouched, 0xA5, kBuffer);
-    for (int step = 0; step < 24; ++step) {
+    for (int step = 0; step < 16; ++step) {
         Check(decoder.GetLength() == static_cast<std::int64_t>(chunkSize));
         Check(decoder.Tell() == static_cast<std::int64_t>(position));
         Check(decoder.Eof() == (position >= chunkSize));

@@ -37,12 +37,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto stream = CFuzzStream::Create(data, size);
     const auto decoder = CreateAs<IWavDecoder>(classid::CWavDecoder);
     const auto& format = static_cast<const TDataFormat_AudioPcm&>(decoder->GetFormat());
-    if (dice.Roll(4) == 0) stream->mostPerRead = 1 + dice.Roll(7);
+    if (dice.Roll(4) == 0) stream->mostPerRead = 1 + dice.Roll(40);
     stream->Seek(static_cast<std::int64_t>(dice.Roll(size + 1)));
 
     // First with a stream that fails somewhere: whatever comes of it, a failed connection leaves nothing.
     bool wasRead = false;
-    if (dice.Roll(4) == 0) {
+    if (dice.Roll(8) == 0) {
         stream->failsAt = static_cast<std::int64_t>(dice.Roll(size + 1));
         bool hasFailed = true;
         try {
@@ -74,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::uint64_t stored = model.GetStored(*model.Find("data"));
     // Seldom a second time, because it takes most of the time.
     for (int i = dice.Roll(4) == 0 ? 0 : 1; i < 2; ++i) {
-        CheckWhole(*decoder, data + answer.dataOffset, stored, 1 + static_cast<std::size_t>(dice.Roll(5000)));
+        CheckWhole(*decoder, data + answer.dataOffset, stored, 1 + static_cast<std::size_t>(dice.Roll(600)));
     }
     return 0;
 }

@@ -37,6 +37,7 @@ class CWavModel {
 public:
     CWavModel(const std::uint8_t* bytes, std::size_t size) : bytes_(bytes), size_(size) {
         if (!HasHeader()) return;
+        chunks_.reserve(8);
         // A head must be there whole; what it declares need not be.
         for (std::uint64_t head = 12; head + 8 <= size_; head += 8 + std::uint64_t{chunks_.back().size}) {
             const char* const id = reinterpret_cast<const char*>(bytes_ + head);
