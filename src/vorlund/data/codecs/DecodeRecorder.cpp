@@ -83,40 +83,44 @@ CDecodeStep::CDecodeStep(CDecodeRecorder& recorder, const CId& classId, int dept
         if (notes::takers.load(std::memory_order_relaxed) != 0) taker_.emplace(nullptr);
         return;
     }
-    entry_.classId = classId;
-    entry_.className = GetClassName(classId);
-    entry_.depth = depth;
-    taker_.emplace(&notes_);
-    begin_ = std::chrono::steady_clock::now();
+    TDecodeEntry& entry = state_.emplace().entry;
+    entry.classId = classId;
+    entry.className = GetClassName(classId);
+    entry.depth = depth;
+    taker_.emplace(&state_->notes);
+    state_->begin = std::chrono::steady_clock::now();
 }
 
 void CDecodeStep::End(TDecodeOutcome outcome) {
-    if (!recorder_) return;
-    entry_.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin_).count();
-    entry_.outcome = outcome;
-    entry_.container = notes_.container.c_str();
-    entry_.values = notes_.values.c_str();
-    entry_.remarks = notes_.remarks.c_str();
-    entry_.bytesRead = notes_.bytesRead;
-    recorder_.Add(std::move(entry_));
+    if (!state_) return;
+    TDecodeEntry& entry = state_->entry;
+    const notes::TNotes& notes = state_->notes;
+    entry.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - state_->begin).count();
+    entry.outcome = outcome;
+    entry.container = notes.container.c_str();
+    entry.values = notes.values.c_str();
+    entry.remarks = notes.remarks.c_str();
+    entry.bytesRead = notes.bytesRead;
+    recorder_.Add(std::move(entry));
 }
 
 void CDecodeStep::End(TDecodeOutcome outcome, const CException& raised) {
-    if (!recorder_) return;
-    entry_.exceptionType = raised.GetType();
-    entry_.method = raised.GetMethod();
-    entry_.reason = raised.GetReason();
+    if (!state_) return;
+    TDecodeEntry& entry = state_->entry;
+    entry.exceptionType = raised.GetType();
+    entry.method = raised.GetMethod();
+    entry.reason = raised.GetReason();
     End(outcome);
 }
 
 void CDecodeStep::EndRaised() {
-    if (!recorder_) return;
+    if (!state_) return;
     try {
         throw;
     } catch (const CException& raised) {
         End(DECODE_RAISED, raised);
     } catch (const std::exception& raised) {
-        entry_.reason = raised.what();
+        state_->entry.reason = raised.what();
         End(DECODE_RAISED);
     } catch (...) {
         End(DECODE_RAISED);

@@ -46,11 +46,16 @@ public:
     void EndRaised();
 
 private:
+    struct TState {
+        TDecodeEntry entry;
+        notes::TNotes notes;
+        std::chrono::steady_clock::time_point begin;
+    };
+
     CDecodeRecorder& recorder_;
-    TDecodeEntry entry_;
-    notes::TNotes notes_;
+    /// Only with a report.
+    std::optional<TState> state_;
     std::optional<notes::CTaker> taker_;
-    std::chrono::steady_clock::time_point begin_;
 };
 
 } // namespace vorlund
