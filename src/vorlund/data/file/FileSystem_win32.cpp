@@ -53,7 +53,7 @@ bool IsFault(DWORD error) {
 /// Whether there is a name at all; notes an error when not.
 bool IsName(const wchar* path) {
     if (path) return true;
-    _set_doserrno(ERROR_INVALID_NAME);
+    _doserrno = ERROR_INVALID_NAME;
     return false;
 }
 
@@ -122,7 +122,7 @@ int OpenInput(const wchar* path, std::int64_t& length) {
     if (length >= 0) return descriptor;
     _close(descriptor);
     length = 0;
-    _set_doserrno(ERROR_SEEK_ON_DEVICE);
+    _doserrno = ERROR_SEEK_ON_DEVICE;
     return -1;
 }
 
