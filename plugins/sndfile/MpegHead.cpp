@@ -121,7 +121,8 @@ std::vector<std::uint8_t> MakeRecord(const TMpegFrame& first, std::uint32_t fram
     std::vector<std::uint8_t> bytes(frame->size);
     std::memcpy(bytes.data(), head, sizeof head);
     std::uint8_t* const record = bytes.data() + frame->GetInfoOffset();
-    std::memcpy(record, "Xing", 4);
+    constexpr char kMark[] = {'X', 'i', 'n', 'g'};
+    std::memcpy(record, kMark, sizeof kMark);
     StoreBigEndian32(record + 4, kHasFrames);
     StoreBigEndian32(record + 8, frames);
     if (ends) {

@@ -21,8 +21,8 @@ constexpr int kShownChunks = 16;
 wstring DescribeChain(IInputStream* end) {
     wstring chain;
     for (const TChainLink& link : ListChain(*end)) {
-        const wstring name = link.className.GetBuffer();
-        chain = chain.empty() ? name : name + VRL_L(" > ") + chain;
+        if (!chain.empty()) chain.insert(0, VRL_L(" > "));
+        chain.insert(0, link.className.GetBuffer());
     }
     return chain;
 }

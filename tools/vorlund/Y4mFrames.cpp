@@ -41,6 +41,7 @@ struct TEquation {
         const std::int64_t unit = count << 16;
         const std::int64_t value =
             red * sum.red + green * sum.green + blue * sum.blue + offset * unit + unit / 2;
+        // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): every block has a pixel.
         return static_cast<std::uint8_t>(value / unit);
     }
 };
