@@ -79,9 +79,7 @@ target_link_libraries(vorlund_internal PUBLIC ${system_libraries})
 
 # Part of the interface: whoever derives from the library's templates compiles the check too.
 if(VORLUND_CHECK_THREADS)
-    foreach(target IN LISTS VORLUND_COMPILING_TARGETS)
-        target_compile_definitions(${target} PRIVATE VORLUND_CHECK_THREADS)
-    endforeach()
+    target_compile_definitions(vorlund_objects PRIVATE VORLUND_CHECK_THREADS)
     target_compile_definitions(vorlund PUBLIC VORLUND_CHECK_THREADS)
     target_compile_definitions(vorlund_internal PUBLIC VORLUND_CHECK_THREADS)
 endif()
