@@ -23,7 +23,7 @@ std::string RunInstalled(const std::string& program, const std::vector<std::stri
 
 const std::string kLoadedOnce = "installed found\ninstalled found\n"
                                 "output init accepting\n"
-                                "output Plugin accepting is loaded\n"
+                                "loaded accepting\n"
                                 "output close accepting\n";
 
 TEST(InstalledPlugins, EachIsLoadedOnceHoweverOftenTheFolderIsAdded) {
@@ -31,7 +31,7 @@ TEST(InstalledPlugins, EachIsLoadedOnceHoweverOftenTheFolderIsAdded) {
 }
 
 TEST(InstalledPlugins, FolderThatIsSearchedAlreadyIsNotAdded) {
-    const fs::path folder = BesideProgram("testinstalled/vorlund-plugins");
+    const fs::path folder = BesideProgram("testinstalled/vorlund-plugins").make_preferred();
     EXPECT_EQ(RunInstalled("testinstalled/installed_child", {folder.string()}), kLoadedOnce);
 }
 

@@ -4,9 +4,11 @@
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/Exception.h>
+#include <vorlund/ObjectEnumerator.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/Path.h>
 #include <vorlund/RefPtr.h>
+#include <vorlund/StringObject.h>
 #include <vorlund/Vorlund.h>
 
 #include <cstdlib>
@@ -29,6 +31,14 @@ template <class TAct> void Try(const char* name, TAct act) {
 void TellFirstNumber() {
     const int number = CreateAs<IObject>(classid::CObject)->GetObjectNumber();
     WriteLine("first number", number == 1 ? "1" : "another");
+}
+
+void TellLoadedPlugins() {
+    const auto names = CRefPtr<IObjectEnumerator>::Adopt(v.GetPluginStore().EnumerateLoadedPlugins());
+    while (names->HasNext()) {
+        const auto name = CRefPtr<IObject>::Adopt(names->GetNext()).Query<IStringObject>();
+        WriteLine("loaded", PathToUtf8(name->GetString().GetBuffer()).c_str());
+    }
 }
 
 /// Closes what is open, in the order of v.Close(), as a host does after a failure.
@@ -62,7 +72,7 @@ int Run(std::string_view mode, const char* folder) {
     if (mode == "installed") {
         for (int i = 0; i < 2; ++i) WriteLine("installed", AddInstalledPlugins() ? "found" : "none");
         v.Init();
-        v.GetPluginStore().Dump();
+        TellLoadedPlugins();
         v.Close();
         return 0;
     }
