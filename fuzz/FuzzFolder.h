@@ -15,7 +15,9 @@ inline std::filesystem::path NewPath() {
     namespace fs = std::filesystem;
     const fs::path memory = "/dev/shm";
     std::error_code ignored;
-    const fs::path folder = fs::is_directory(memory, ignored) ? memory : fs::temp_directory_path();
+    // Windows takes the name for one on the current drive, which may have such a folder, too.
+    const bool hasMemory = memory.is_absolute() && fs::is_directory(memory, ignored);
+    const fs::path folder = hasMemory ? memory : fs::temp_directory_path();
     std::random_device random;
     for (;;) {
         fs::path path = folder / ("vorlund-fuzz-" + std::to_string(random()));
