@@ -45,7 +45,7 @@ VRL_API void OnCount(std::atomic<unsigned int>& thread, int references, int numb
 
 /// The registered name of a class in `v`'s class store. Raises what `CClassStore::GetClassInfo` raises. Not
 /// exported: for the library's own reports.
-const wchar* GetClassName(const CId& classId);
+const wchar* FindClassName(const CId& classId);
 
 /// `CClassStore::GiveBackLock` of `v`'s class store. Not exported: for operations of the library that go on
 /// after an exception which a factory may have raised.

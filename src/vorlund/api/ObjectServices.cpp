@@ -21,7 +21,7 @@ CCodecClassStore& CodecClassStore() {
     return v.GetCodecClassStore();
 }
 
-const wchar* GetClassName(const CId& classId) {
+const wchar* FindClassName(const CId& classId) {
     return v.GetClassStore().GetClassInfo(classId)->name;
 }
 

@@ -78,7 +78,7 @@ wstring DescribeEntry(const TDecodeEntry& entry) {
 
 CString GetClassName(const CId& classId) {
     try {
-        return services::GetClassName(classId);
+        return services::FindClassName(classId);
     } catch (const CClassNotFoundException&) {
         return classId.ToString().c_str();
     }
