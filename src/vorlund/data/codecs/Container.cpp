@@ -7,20 +7,17 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr TContainer Read(const wchar* name, const wchar* plugin, const wchar* decoder) {
-    return {name, plugin, decoder};
-}
 constexpr TContainer BySndfile(const wchar* name) {
-    return Read(name, VRL_L("sndfile"), VRL_L("sndfile::CSndfileDecoder"));
+    return {name, VRL_L("sndfile"), VRL_L("sndfile::CSndfileDecoder")};
 }
 constexpr TContainer BySystem(const wchar* name) {
-    return Read(name, VRL_L("system-codecs"), VRL_L("system_codecs::CSystemDecoder"));
+    return {name, VRL_L("system-codecs"), VRL_L("system_codecs::CSystemDecoder")};
 }
 constexpr TContainer ByImage(const wchar* name) {
-    return Read(name, VRL_L("image"), VRL_L("image::CImageDecoder"));
+    return {name, VRL_L("image"), VRL_L("image::CImageDecoder")};
 }
 constexpr TContainer ByNobody(const wchar* name) {
-    return Read(name, nullptr, nullptr);
+    return {name, nullptr, nullptr};
 }
 
 /// A file is of the first kind whose two marks it has; the second may be empty.
@@ -62,7 +59,7 @@ constexpr TMark kMarks[] = {
     {BySystem(VRL_L("MP4")), {}, 4, "ftyp"sv},
     {ByImage(VRL_L("PNG")), "\x89PNG\r\n\x1A\n"sv},
     {ByImage(VRL_L("JPEG")), "\xFF\xD8\xFF"sv},
-    {Read(VRL_L("YUV4MPEG2"), VRL_L("y4m"), VRL_L("y4m::CY4mDecoder")), "YUV4MPEG2 "sv},
+    {{VRL_L("YUV4MPEG2"), VRL_L("y4m"), VRL_L("y4m::CY4mDecoder")}, "YUV4MPEG2 "sv},
     {ByNobody(VRL_L("AVI")), "RIFF"sv, 8, "AVI "sv},
     {ByNobody(VRL_L("WebP")), "RIFF"sv, 8, "WEBP"sv},
     {ByNobody(VRL_L("Windows Media")), "\x30\x26\xB2\x75\x8E\x66\xCF\x11"sv},

@@ -3,7 +3,6 @@
 #include "vorlund/data/codecs/ClassNames.h"
 #include "vorlund/data/codecs/Container.h"
 
-#include <vorlund/DecoderSupport.h>
 #include <vorlund/Stream.h>
 
 #include <algorithm>
