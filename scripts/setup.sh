@@ -9,7 +9,7 @@ vorlund_packages() {
     # What tests/realfiles compares with.
     local recordings="alsa-utils sox sndfile-programs"
     # The plug-in sndfile, and what writes the files of its tests.
-    local sounds="libsndfile1-dev" sound_tools="flac lame opus-tools sox vorbis-tools"
+    local sounds="libsndfile1-dev" sound_tools="ffmpeg flac lame opus-tools sox vorbis-tools"
     # What scripts/codecs.sh builds libsndfile for Windows with.
     local codecs="bzip2 make patch pkgconf xz-utils"
     # Checks of form and of the binary interface.

@@ -270,6 +270,7 @@ test_target() {
     fi
     [[ $target != linux-arm64 ]] || programs=(vorlund_internal_tests)
     [[ ! -e $folder/bin/vorlund_sndfile_tests$exe ]] || programs+=(vorlund_sndfile_tests)
+    [[ ! -e $folder/bin/vorlund_system_codecs_tests$exe ]] || programs+=(vorlund_system_codecs_tests)
     gtest_programs "${programs[@]}"
     # The emulator's own memory, which grows with the code that it translates, is that of the process.
     [[ $target == linux-arm64 ]] || soak_steps

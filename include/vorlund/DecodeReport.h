@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -31,6 +32,8 @@ enum TDecodeOutcome {
     DECODE_NOT_CREATED,
     /// The caller forbade its class.
     DECODE_FORBIDDEN,
+    /// The process in which it was tried died, or gave no answer (IsolatedDecoder.h).
+    DECODE_DIED,
 };
 
 /// One step of a search. Since version 0.1.
@@ -70,7 +73,7 @@ public:
 
     /// The entry that tells best what is wrong with the input: of those whose decoder has recognised its
     /// container or was connected, the one that is highest in its chain, then the one that has read most,
-    /// then the first. Null when no decoder recognised anything.
+    /// then the first; before them all one that died. Null when no decoder recognised anything.
     const TDecodeEntry* GetFurthest() const;
 
     /// The container of the source by its first bytes, when no chain was found: "FLAC", "MP3". Empty when it
@@ -109,6 +112,8 @@ struct TDecoderChoice {
     std::span<const CId> forbidden = {};
     /// Classes that are tried before all others, in this order.
     std::span<const CId> preferred = {};
+    /// Is told the class of each candidate before it is tried. What it raises ends the search.
+    std::function<void(const CId& classId)> onCandidate = {};
 };
 
 /// One stream of a chain. Since version 0.1.

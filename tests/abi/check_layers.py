@@ -35,6 +35,7 @@ FLOORS = {
     "devices": "AudioClip Bitmap Device DeviceClassStore MediaControl MediaObjects PropertyPage VideoClip VideoOutput VideoWindow",
     "serial": "BufferedReader CharFormat LineReader Reader TextReader TextWriter VarReader VarWriter Writer",
     "api/plugins": "Plugin PluginReport PluginStore",
+    "api/isolation": "IsolatedDecoder",
     "api": "ClassStore ObjectServices Version Vorlund",
 }
 UPWARD = "include/vorlund/ObjectServices.h"

@@ -7,17 +7,43 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+namespace {
+
+int Number(const std::string& channel) {
+    return static_cast<int>(std::strtol(channel.c_str(), nullptr, 10));
+}
+
+} // namespace
+
 void EndQuietly() {
     // No files of memory for each bad plug-in.
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
+}
+
+void LimitTime() {
     // The process that started this one ends it; this is for the case that it has ended itself.
     alarm(2 * vorlund::pluginscan::kMaxScanSeconds);
 }
 
 bool Send(const std::string& channel, const void* bytes, std::size_t size) {
-    const auto pipe = static_cast<int>(std::strtol(channel.c_str(), nullptr, 10));
-    return write(pipe, bytes, size) == static_cast<ssize_t>(size);
+    const auto* const from = static_cast<const char*>(bytes);
+    for (std::size_t sent = 0; sent < size;) {
+        const ssize_t count = write(Number(channel), from + sent, size - sent);
+        if (count <= 0) return false;
+        sent += static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+bool Receive(const std::string& channel, void* bytes, std::size_t size) {
+    auto* const to = static_cast<char*>(bytes);
+    for (std::size_t filled = 0; filled < size;) {
+        const ssize_t count = read(Number(channel), to + filled, size - filled);
+        if (count <= 0) return false;
+        filled += static_cast<std::size_t>(count);
+    }
+    return true;
 }
 
 void EndNow() {

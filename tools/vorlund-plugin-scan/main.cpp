@@ -1,9 +1,13 @@
-// Tries one plug-in in a process of its own, so that one that is damaged or hostile to its host ends this
-// process and not the application's: opens the library without any other plug-in, loads and initialises the
-// file, closes and unloads it, and tells the process that started it how far it came. Not for people: the
-// library starts it (`CPluginStore::SetScanMode`).
-//   vorlund-plugin-scan PIPE FILE
+// Does for the library, which starts it, what may end the process that does it. Not for people.
+//
+//   vorlund-plugin-scan CHANNEL FILE
+// Tries one plug-in (`CPluginStore::SetScanMode`): opens the library without any other plug-in, loads and
+// initialises the file, closes and unloads it, and tells the process that started it how far it came.
+//
+//   vorlund-plugin-scan CHANNEL --decode [FOLDER...]
+// Decodes one stream with the plug-ins of those folders (`DecodeIsolated`).
 #include "Arguments.h"
+#include "DecodeSide.h"
 #include "ScanSide.h"
 
 #include "vorlund/api/plugins/ScanProtocol.h"
@@ -61,11 +65,14 @@ int Run(const std::string& channel, const char* file) {
 
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments = GetArguments(argc, argv);
-    if (arguments.size() != 2) {
+    const bool isDecoding = arguments.size() >= 2 && arguments[1] == "--decode";
+    if (!isDecoding && arguments.size() != 2) {
         std::fputs("vorlund-plugin-scan tries plug-ins for the Vorlund library, which starts it\n", stderr);
         return kExitUsage;
     }
     EndQuietly();
     SilenceMessages();
+    if (isDecoding) Decode(arguments[0], {arguments.begin() + 2, arguments.end()});
+    LimitTime();
     return Run(arguments[0], arguments[1].c_str());
 }

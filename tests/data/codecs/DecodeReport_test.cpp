@@ -44,6 +44,8 @@ const char* OutcomeName(TDecodeOutcome outcome) {
         return "not created";
     case DECODE_FORBIDDEN:
         return "forbidden";
+    case DECODE_DIED:
+        return "died";
     }
     return "?";
 }

@@ -1,5 +1,5 @@
 // Damaged files: no crash, no hang, and no more sound than the bytes can hold.
-#include "plugins/sndfile/SndfileTest.h"
+#include "plugins/SoundPluginTest.h"
 
 #include <algorithm>
 #include <chrono>
@@ -14,7 +14,7 @@ constexpr const char* kNames[] = {"24.wav",      "float.wav", "ima.wav",    "ms.
                                   "stereo.opus", "vbr.mp3",   "itunes.mp3"};
 constexpr std::size_t kLimit = 16 << 20;
 
-class SndfileDamage : public SndfileTest {
+class SndfileDamage : public SoundPluginTest {
 protected:
     /// Decodes what there is.
     static void ExpectBounded(const TBytes& bytes) {

@@ -1,5 +1,5 @@
 // What the plug-in makes of whole files, compared with what libsndfile itself reads in them.
-#include "plugins/sndfile/SndfileTest.h"
+#include "plugins/SoundPluginTest.h"
 
 #include "../plugins/sndfile/SoundTags.h"
 
@@ -13,7 +13,7 @@
 namespace vorlund::test {
 namespace {
 
-using SndfileDecoder = SndfileTest;
+using SndfileDecoder = SoundPluginTest;
 
 /// Equal, or for lossy kinds on systems with another libsndfile nearly so.
 void ExpectEqual(const TBytes& actual, const TBytes& expected, const TSoundRow& row) {

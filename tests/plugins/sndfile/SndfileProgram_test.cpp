@@ -1,5 +1,5 @@
 // The plug-in through the program: a WAV file of the format that is announced.
-#include "plugins/sndfile/SndfileTest.h"
+#include "plugins/SoundPluginTest.h"
 
 #include <vorlund/DecoderSupport.h>
 

@@ -1,5 +1,5 @@
 // The plug-in on streams that fail, deliver little, or use the decoder above them.
-#include "plugins/sndfile/SndfileTest.h"
+#include "plugins/SoundPluginTest.h"
 
 #include "support/Failures.h"
 
@@ -11,7 +11,7 @@
 namespace vorlund::test {
 namespace {
 
-using SndfileStreams = SndfileTest;
+using SndfileStreams = SoundPluginTest;
 
 constexpr const char* kNames[] = {"24.wav", "16.flac", "24.aiff", "stereo.ogg", "stereo.opus", "vbr.mp3"};
 

@@ -1,10 +1,10 @@
-// What is between two processes here: a pipe with a few messages of fixed size (ScanProtocol.h), a limit of
-// time, and the end of the other process. Nothing that the other says is believed before it is whole, and
+// What is between two processes here: a channel with a few messages of fixed size (ScanProtocol.h), a limit
+// of time, and the end of the other process. Nothing that the other says is believed before it is whole, and
 // before the process has ended well: the plug-in ran in it, and may have written anything.
 #include "vorlund/api/plugins/PluginScan.h"
 
+#include "vorlund/api/plugins/ChildProcess.h"
 #include "vorlund/api/plugins/PluginModule.h"
-#include "vorlund/api/plugins/ScanProcess.h"
 #include "vorlund/api/plugins/ScanProtocol.h"
 #include "vorlund/data/file/FileSystem.h"
 
@@ -59,7 +59,7 @@ wstring FolderOf(const wstring& module) {
 }
 
 TPluginResult ScanOnce(const wchar* helper, const wchar* file, TClock::time_point deadline) {
-    CScanProcess process(helper, file);
+    CChildProcess process(helper, {file});
     if (!process.IsStarted()) return {PLUGIN_SCAN_NO_HELPER, process.GetError()};
     CAnswer answer;
     for (;;) {

@@ -24,7 +24,7 @@ bool IsEmpty(const CString& text) {
 }
 
 bool HasRecognised(const TDecodeEntry& entry) {
-    return entry.outcome == DECODE_CONNECTED || !IsEmpty(entry.container);
+    return entry.outcome == DECODE_CONNECTED || entry.outcome == DECODE_DIED || !IsEmpty(entry.container);
 }
 
 /// What an entry says against its input: the reason, and in brackets the values.
@@ -50,6 +50,8 @@ const wchar* DescribeOutcome(TDecodeOutcome outcome) {
         return VRL_L("cannot be created");
     case DECODE_FORBIDDEN:
         return VRL_L("forbidden");
+    case DECODE_DIED:
+        return VRL_L("died");
     }
     return VRL_L("");
 }
@@ -91,7 +93,7 @@ CDecodeReport::~CDecodeReport() = default;
 
 const TDecodeEntry* CDecodeReport::GetFurthest() const {
     const auto rank = [](const TDecodeEntry& entry) {
-        return std::tuple(HasRecognised(entry), entry.depth, entry.bytesRead);
+        return std::tuple(entry.outcome == DECODE_DIED, HasRecognised(entry), entry.depth, entry.bytesRead);
     };
     const auto furthest =
         std::max_element(entries_.begin(), entries_.end(),
@@ -103,7 +105,9 @@ CString CDecodeReport::Explain() const {
     if (isFound_) return {};
     wstring text;
     const TDecodeEntry* const furthest = GetFurthest();
-    if (furthest && furthest->outcome != DECODE_CONNECTED) {
+    if (furthest && furthest->outcome == DECODE_DIED) {
+        text = wstring(furthest->className.GetBuffer()) + VRL_L(": ") + Objection(*furthest);
+    } else if (furthest && furthest->outcome != DECODE_CONNECTED) {
         text = wstring(furthest->container.GetBuffer()) + VRL_L(": ") + Objection(*furthest);
     } else if (furthest) {
         text = wstring(furthest->className.GetBuffer()) + VRL_L(" reads it, and nothing goes on from there");
@@ -138,7 +142,9 @@ std::vector<TChainLink> ListChain(IInputStream& end) {
     auto stream = CRefPtr<IInputStream>::Share(&end);
     while (stream && links.size() < kMaxChain) {
         const CId classId = stream->GetClassId();
-        links.push_back({classId, GetClassName(classId), stream->GetFormat().id});
+        const auto named = stream.Query<INamedLink>();
+        links.push_back(
+            {classId, named ? named->GetLinkName() : GetClassName(classId), stream->GetFormat().id});
         const auto filter = stream.Query<IInputStreamFilter>();
         stream = CRefPtr<IInputStream>::Adopt(filter ? filter->GetInputStream() : nullptr);
     }

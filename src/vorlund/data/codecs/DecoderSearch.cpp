@@ -141,6 +141,7 @@ bool CDecoderSearch::TryConnect(std::size_t candidate, IInputStream& current) {
     IInputStreamFilter& filter = *candidates_[candidate];
     // Asking the filter alone is not enough: one that hides its stream would be connected for ever.
     if (IsConnected(filter) || taken_[candidate]) return false;
+    if (choice_.onCandidate) choice_.onCandidate(classIds_[candidate]);
     CDecodeStep step(recorder_, classIds_[candidate], depth_ - 1);
     try {
         filter.Connect(&current);

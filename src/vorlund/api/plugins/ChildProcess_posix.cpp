@@ -1,34 +1,36 @@
-#include "vorlund/api/plugins/ScanProcess.h"
+#include "vorlund/api/plugins/ChildProcess.h"
 
 #include "vorlund/data/file/PathCodec_posix.h"
 
 #include <cerrno>
 #include <csignal>
 #include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace vorlund {
 namespace {
 
-/// The descriptor of the pipe in the process of the scan, behind the standard streams.
+/// The descriptor of the channel in the child, behind the standard streams.
 constexpr int kChannel = 3;
 constexpr const char* kChannelText = "3";
 constexpr int kWaitMilliseconds = 20;
-/// Between the end of the pipe and that of the process.
+/// Between the end of the channel and that of the process.
 constexpr int kEndMilliseconds = 1;
 
 /// What the process finds open.
 class CActions {
 public:
-    explicit CActions(int writer) {
+    explicit CActions(int channel) {
         posix_spawn_file_actions_init(&actions_);
-        // First, because the pipe may have the number of a standard stream that this process lacks.
-        Check(posix_spawn_file_actions_adddup2(&actions_, writer, kChannel));
+        // First, because the channel may have the number of a standard stream that this process lacks.
+        Check(posix_spawn_file_actions_adddup2(&actions_, channel, kChannel));
         Check(posix_spawn_file_actions_addopen(&actions_, 0, "/dev/null", O_RDWR, 0));
         Check(posix_spawn_file_actions_adddup2(&actions_, 0, 1));
         Check(posix_spawn_file_actions_adddup2(&actions_, 0, 2));
@@ -76,39 +78,42 @@ private:
 
 } // namespace
 
-struct CScanProcess::TState {
+struct CChildProcess::TState {
     pid_t process = 0;
     /// -1 when the other end was closed.
-    int reader = -1;
+    int channel = -1;
     std::int32_t error = 0;
     std::int32_t end = 0;
     /// Neither running nor waited for any more.
     bool isGone = true;
 
-    ~TState() { CloseReader(); }
+    ~TState() { CloseChannel(); }
 
-    void CloseReader() {
-        if (reader >= 0) close(reader);
-        reader = -1;
+    void CloseChannel() {
+        if (channel >= 0) close(channel);
+        channel = -1;
     }
 
-    void Start(const char* helper, const char* file) {
-        // Made first, as no exception may lose the ends of the pipe. The interface wants the texts of main,
-        // which may be changed.
-        std::string arguments[] = {helper, kChannelText, file};
-        char* const list[] = {arguments[0].data(), arguments[1].data(), arguments[2].data(), nullptr};
+    /// `texts` begins with the program. The interface wants the texts of main, which may be changed.
+    void Start(std::vector<std::string>& texts) {
+        // Made first, as no exception may lose the ends of the channel.
+        std::vector<char*> list;
+        list.reserve(texts.size() + 1);
+        for (std::string& text : texts) list.push_back(text.data());
+        list.push_back(nullptr);
         int ends[2];
-        if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
+        if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
             error = errno;
             return;
         }
-        reader = ends[0];
-        // The process writes as to any file.
-        fcntl(ends[1], F_SETFL, 0);
+        channel = ends[0];
+        // The child reads and writes as with any file.
+        fcntl(channel, F_SETFL, O_NONBLOCK);
         const CActions actions(ends[1]);
         const CAttributes attributes;
         error = actions.GetError();
-        if (!error) error = posix_spawn(&process, helper, actions.Get(), attributes.Get(), list, environ);
+        if (!error)
+            error = posix_spawn(&process, list[0], actions.Get(), attributes.Get(), list.data(), environ);
         close(ends[1]);
         isGone = error != 0;
     }
@@ -128,41 +133,66 @@ struct CScanProcess::TState {
     }
 };
 
-CScanProcess::CScanProcess(const wchar* helper, const wchar* file) : state_(std::make_unique<TState>()) {
-    std::string helperBytes;
-    std::string fileBytes;
-    if (pathcodec::Encode(helper, helperBytes) && pathcodec::Encode(file, fileBytes))
-        state_->Start(helperBytes.c_str(), fileBytes.c_str());
+CChildProcess::CChildProcess(const wchar* program, const std::vector<wstring>& arguments)
+    : state_(std::make_unique<TState>()) {
+    std::vector<std::string> texts;
+    bool isEncoded = pathcodec::Encode(program, texts.emplace_back());
+    texts.emplace_back(kChannelText);
+    for (const wstring& argument : arguments)
+        isEncoded = pathcodec::Encode(argument.c_str(), texts.emplace_back()) && isEncoded;
+    if (isEncoded)
+        state_->Start(texts);
     else
         state_->error = EINVAL;
 }
 
-CScanProcess::~CScanProcess() {
+CChildProcess::~CChildProcess() {
     if (!HasEnded()) state_->Reap();
 }
 
-bool CScanProcess::IsStarted() const {
+bool CChildProcess::IsStarted() const {
     return state_->process > 0 && !state_->error;
 }
 
-std::int32_t CScanProcess::GetError() const {
+std::int32_t CChildProcess::GetError() const {
     return state_->error;
 }
 
-std::size_t CScanProcess::Read(void* buffer, std::size_t size) {
-    if (state_->reader < 0) return 0;
-    const ssize_t count = read(state_->reader, buffer, size);
+std::size_t CChildProcess::Read(void* buffer, std::size_t size) {
+    if (state_->channel < 0) return 0;
+    const ssize_t count = read(state_->channel, buffer, size);
     if (count > 0) return static_cast<std::size_t>(count);
-    if (count == 0) state_->CloseReader();
+    if (count == 0) state_->CloseChannel();
     return 0;
 }
 
-void CScanProcess::Wait() {
-    pollfd pipe{state_->reader, POLLIN, 0};
-    poll(&pipe, 1, state_->reader < 0 ? kEndMilliseconds : kWaitMilliseconds);
+bool CChildProcess::Write(const void* bytes, std::size_t size, TClock::time_point deadline) {
+    const auto* rest = static_cast<const char*>(bytes);
+    while (size > 0) {
+        if (state_->channel < 0) return false;
+        // Without the signal that ends a process whose reader is gone.
+        const ssize_t count = send(state_->channel, rest, size, MSG_NOSIGNAL);
+        if (count >= 0) {
+            rest += count;
+            size -= static_cast<std::size_t>(count);
+        } else if (errno != EAGAIN && errno != EINTR) {
+            return false;
+        } else if (TClock::now() >= deadline) {
+            return false;
+        } else {
+            pollfd channel{state_->channel, POLLOUT, 0};
+            poll(&channel, 1, kWaitMilliseconds);
+        }
+    }
+    return true;
 }
 
-bool CScanProcess::HasEnded() {
+void CChildProcess::Wait() {
+    pollfd channel{state_->channel, POLLIN, 0};
+    poll(&channel, 1, state_->channel < 0 ? kEndMilliseconds : kWaitMilliseconds);
+}
+
+bool CChildProcess::HasEnded() {
     if (state_->isGone) return true;
     siginfo_t info;
     info.si_pid = 0;
@@ -177,7 +207,7 @@ bool CScanProcess::HasEnded() {
     return state_->isGone;
 }
 
-std::int32_t CScanProcess::GetEnd() const {
+std::int32_t CChildProcess::GetEnd() const {
     return state_->end;
 }
 

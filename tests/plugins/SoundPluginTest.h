@@ -1,5 +1,6 @@
 /// \file
-/// What the tests of the plug-in sndfile share: the library with the plug-in, and the files of make_files.py.
+/// What the tests of a plug-in for sound files share: the library with the plug-in VORLUND_TEST_PLUGIN, and
+/// the files of its make_files.py.
 #pragma once
 
 #include "data/file/TemporaryFolder.h"
@@ -31,7 +32,7 @@ struct TSoundRow {
 };
 
 inline fs::path SoundPath(const std::string& name) {
-    return BesideProgram("sndfile-files") / name;
+    return BesideProgram(VORLUND_TEST_PLUGIN "-files") / name;
 }
 
 inline TBytes LoadSound(const std::string& name) {
@@ -57,13 +58,13 @@ inline std::vector<TSoundRow> LoadRows() {
 }
 
 /// The library with the plug-in, through a plug-in store of the test's own.
-class SndfileTest : public testing::Test {
+class SoundPluginTest : public testing::Test {
 protected:
-    SndfileTest() {
-        store_.AddPluginPath(ToVorlund(BesideProgram("sndfile")).c_str());
-        store_.LoadPlugin(VRL_L("sndfile"));
+    SoundPluginTest() {
+        store_.AddPluginPath(ToVorlund(BesideProgram(VORLUND_TEST_PLUGIN)).c_str());
+        store_.LoadPlugin(ToVorlund(VORLUND_TEST_PLUGIN).c_str());
     }
-    ~SndfileTest() override { store_.Close(); }
+    ~SoundPluginTest() override { store_.Close(); }
 
     /// Raises what the search raises.
     static CRefPtr<IInputStream> Decode(IInputStream* stream) {
