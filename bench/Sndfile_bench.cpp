@@ -1,14 +1,16 @@
-// What the plug-in sndfile adds to libsndfile's own reading. The files are in a temporary folder and in the
+// What the plug-in sndfile adds to libsndfile's own reading, and what a process of its own adds to that. The files are in a temporary folder and in the
 // system's cache.
 #include "BenchSupport.h"
 #include "WavFolder.h"
 
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
+#include <vorlund/IsolatedDecoder.h>
 #include <vorlund/Path.h>
 #include <vorlund/PluginStore.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/Stream.h>
+#include <vorlund/StreamSelector.h>
 #include <vorlund/Vorlund.h>
 
 #include <benchmark/benchmark.h>
@@ -61,6 +63,31 @@ void ReadPlugin(benchmark::State& state) {
     store.Close();
 }
 
+CRefPtr<IInputStream> OpenIsolated() {
+    static const wstring folder = PathFromUtf8(VORLUND_BENCH_PLUGIN_PATH);
+    const wchar* const folders[] = {folder.c_str()};
+    const CInputStreamSelector source(PathFromUtf8(File().c_str()).c_str());
+    return CRefPtr<IInputStream>::Adopt(DecodeIsolated(
+        source.GetInputStreamTmp(), TDataFormat_AudioPcm::FormatId, {.folders = folders}));
+}
+
+void ReadIsolated(benchmark::State& state) {
+    const bench::CLibrary library;
+    const auto stream = OpenIsolated();
+    ReadCalls(
+        state, [&](void* buffer, std::uint64_t size) { return stream->Read(buffer, size); },
+        [&] { stream->Seek(0); });
+}
+
+/// With the first bytes, and the end of the process.
+void StartIsolated(benchmark::State& state) {
+    const bench::CLibrary library;
+    for (auto _ : state) {
+        char bytes[1024];
+        benchmark::DoNotOptimize(OpenIsolated()->Read(bytes, sizeof(bytes)));
+    }
+}
+
 void ReadLibsndfile(benchmark::State& state) {
     SF_INFO info{};
     SNDFILE* const file = sf_open(File().c_str(), SFM_READ, &info);
@@ -75,6 +102,8 @@ void ReadLibsndfile(benchmark::State& state) {
 }
 
 BENCHMARK(ReadPlugin)->Arg(4096)->Arg(65536);
+BENCHMARK(ReadIsolated)->Arg(4096)->Arg(65536)->UseRealTime();
+BENCHMARK(StartIsolated)->UseRealTime();
 BENCHMARK(ReadLibsndfile)->Arg(4096)->Arg(65536);
 
 } // namespace

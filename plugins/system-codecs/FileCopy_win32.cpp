@@ -15,10 +15,10 @@ constexpr TFailure kCannotCopy{VRL_L("CFileCopy::CFileCopy"), VRL_L("plugins/sys
 } // namespace
 
 CFileCopy::CFileCopy(IInputStream& stream) : state_(std::make_unique<TState>()) {
-    IStream* memory = nullptr;
+    ::IStream* memory = nullptr;
     if (CreateStreamOnHGlobal(nullptr, TRUE, &memory) != S_OK) Raise<CIOException>(kCannotCopy);
-    const std::unique_ptr<IStream, void (*)(IStream*)> owner(memory,
-                                                             [](IStream* object) { object->Release(); });
+    const std::unique_ptr<::IStream, void (*)(::IStream*)> owner(
+        memory, [](::IStream* object) { object->Release(); });
     CopyStream(stream, [memory](const std::uint8_t* bytes, std::size_t count) {
         ULONG written = 0;
         const HRESULT result = memory->Write(bytes, static_cast<ULONG>(count), &written);

@@ -6,5 +6,5 @@
 
 /// The bytes in memory, as a stream of COM; `Clone` gives each reader one with a position of its own.
 struct CFileCopy::TState {
-    IStream* stream = nullptr;
+    ::IStream* stream = nullptr;
 };

@@ -17,7 +17,8 @@ public:
     /// Whether all functions are there and it has been started.
     bool IsThere() const { return isStarted_; }
 
-    decltype(&MFCreateMFByteStreamOnStream) createByteStream = nullptr;
+    /// `MFCreateMFByteStreamOnStream`, which headers of mingw-w64 do not declare.
+    HRESULT(STDAPICALLTYPE* createByteStream)(IStream*, IMFByteStream**) = nullptr;
     decltype(&MFCreateMediaType) createMediaType = nullptr;
     decltype(&MFCreateSourceReaderFromByteStream) createReader = nullptr;
 

@@ -101,17 +101,16 @@ bool CSystemDecoder::Eof() {
 }
 
 bool CSystemDecoder::GoToPosition() {
+    if (position_ == soundAt_) return true;
     if (position_ < soundAt_) {
         // First the new one: without it, the former one goes on.
         sound_ = ISystemSound::Open(file_);
         soundAt_ = 0;
     }
-    std::vector<std::uint8_t> block(
-        std::min<std::uint64_t>(static_cast<std::uint64_t>(position_ - soundAt_), kBlock));
+    std::vector<std::uint8_t> block(kBlock);
     while (soundAt_ < position_) {
-        const std::uint64_t count = sound_->Read(
-            block.data(),
-            std::min<std::uint64_t>(static_cast<std::uint64_t>(position_ - soundAt_), block.size()));
+        const auto rest = static_cast<std::uint64_t>(position_ - soundAt_);
+        const std::uint64_t count = sound_->Read(block.data(), std::min<std::uint64_t>(rest, block.size()));
         if (count == 0) return false;
         soundAt_ += static_cast<std::int64_t>(count);
     }

@@ -75,7 +75,7 @@ class CMediaFoundationSound : public ISystemSound {
 public:
     explicit CMediaFoundationSound(std::shared_ptr<const CFileCopy> file) : file_(std::move(file)) {
         if (!media_.IsThere()) Raise<CDataFormatException>(kNoSystem);
-        CComPtr<IStream> stream;
+        CComPtr<::IStream> stream;
         Check(file_->GetState().stream->Clone(stream.Fill()));
         Check(stream->Seek({}, STREAM_SEEK_SET, nullptr));
         Check(media_.createByteStream(stream.Get(), bytes_.Fill()));
@@ -138,7 +138,8 @@ private:
         DWORD count = 0;
         if (FAILED(reader_->ReadSample(kSound, 0, nullptr, &flags, nullptr, sample.Fill())))
             Raise<CIOException>(kFailed);
-        constexpr DWORD kChanges = MF_SOURCE_READERF_ERROR | MF_SOURCE_READERF_CURRENTMEDIATYPECHANGED;
+        constexpr DWORD kChanges =
+            DWORD{MF_SOURCE_READERF_ERROR} | DWORD{MF_SOURCE_READERF_CURRENTMEDIATYPECHANGED};
         if ((flags & kChanges) != 0) Raise<CIOException>(kFailed);
         isAtEnd_ = (flags & MF_SOURCE_READERF_ENDOFSTREAM) != 0;
         if (!sample.Get()) return;
