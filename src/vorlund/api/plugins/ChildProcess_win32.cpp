@@ -202,6 +202,9 @@ struct CChildProcess::TState {
         if (!reading.IsUnderWay())
             reading.Begin(ReadFile(channel.Get(), bytes.data(), kChannelSize, nullptr, reading.Prepare()));
         if (!reading.IsUnderWay()) return;
+        // What is there already comes at once, or very soon.
+        const bool hasEnded = WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0;
+        WaitForSingleObject(reading.GetEvent(), hasEnded ? kWaitMilliseconds : 0);
         begin = 0;
         end = reading.End(channel.Get());
     }
@@ -264,10 +267,7 @@ void CChildProcess::Wait() {
 }
 
 bool CChildProcess::HasEnded() {
-    if (WaitForSingleObject(state_->process.Get(), 0) != WAIT_OBJECT_0) return false;
-    // What it wrote last is on its way, and then its end of the channel is closed.
-    if (state_->reading.IsUnderWay()) WaitForSingleObject(state_->reading.GetEvent(), kWaitMilliseconds);
-    return true;
+    return WaitForSingleObject(state_->process.Get(), 0) == WAIT_OBJECT_0;
 }
 
 std::int32_t CChildProcess::GetEnd() const {
