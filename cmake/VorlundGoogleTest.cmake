@@ -40,6 +40,19 @@ function(vorlund_test_child name)
     add_dependencies(vorlund_tests ${name})
 endfunction()
 
+# vorlund_part_of_tests(): the program vorlund_part_tests with what another processor, word size or system may change of
+# vorlund_tests: numbers, layouts, kernels and paths. For ./test on the targets of which it takes a part.
+function(vorlund_part_of_tests)
+    get_target_property(sources vorlund_tests SOURCES)
+    list(FILTER sources INCLUDE REGEX
+        "(^support/main|/tests/((abi|math|data/file|data/filters|support)/[^/]*|system/ProcessResources_[^/]*))\\.cpp$")
+    # Beside it are objects of other compilers.
+    list(FILTER sources EXCLUDE REGEX "/VectorOptions")
+    add_executable(vorlund_part_tests EXCLUDE_FROM_ALL ${sources})
+    target_link_libraries(vorlund_part_tests PRIVATE Vorlund::vorlund vorlund_test_settings gtest)
+    target_precompile_headers(vorlund_part_tests PRIVATE support/Precompiled.h)
+endfunction()
+
 # vorlund_join_tests(<target>): with VORLUND_JOIN_TESTS, compiles the suites of a test program several at a time, which
 # takes less than half of the time as a whole and more after a change. The anonymous namespaces of suites repeat names, and
 # so their namespace vorlund::test becomes one of its own in each file; what they include is in the real one, compiled in

@@ -1,6 +1,7 @@
 // No megabyte takes any parser more than a second and 64 MiB. The worst inputs that we know are the cases of
 // bounds_child; each runs in a process of its own, which tells its processor time and the peak of its memory.
 #include "support/ChildProcess.h"
+#include "support/Emulated.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,7 @@ namespace vorlund::test {
 namespace {
 
 // What this build or system takes more, in time and in memory: sanitizers check every access and keep what is
-// freed, and Wine's processes and exceptions cost more.
+// freed, Wine's processes and exceptions cost more, and an emulator translates every instruction.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr unsigned long long kTimeFactor = 20;
 constexpr unsigned long long kMemoryFactor = 16;
@@ -24,12 +25,15 @@ constexpr unsigned long long kTimeFactor = 1;
 constexpr unsigned long long kMemoryFactor = 1;
 #endif
 
+constexpr unsigned long long kEmulatorTimeFactor = 10;
+
 constexpr unsigned long long kMaxMilliseconds = 1000 * kTimeFactor;
 constexpr unsigned long long kMaxBytes = (64ull << 20) * kMemoryFactor;
 
 /// `CTextReader` answers every line by an exception and a report: a million of them.
 unsigned long long GetMaxMilliseconds(const std::string& name) {
-    return name == "text-feeds" ? 5 * kMaxMilliseconds : kMaxMilliseconds;
+    const unsigned long long most = name == "text-feeds" ? 5 * kMaxMilliseconds : kMaxMilliseconds;
+    return IsEmulated() ? kEmulatorTimeFactor * most : most;
 }
 
 TEST(Bounds, NoMegabyteTakesLong) {
