@@ -118,7 +118,7 @@ TEST_F(VideoWindowProtocol, OnlyTheMessageThatTheUserClosesItClosesIt) {
     xcb_disconnect(connection);
 }
 
-/// An X server that nobody has used yet. It ends with its last client; this object is one.
+/// An X server with two screens that nobody has used yet. It ends with its last client; this object is one.
 class CFreshServer {
 public:
     CFreshServer() {
@@ -136,11 +136,14 @@ public:
         if (server_) pclose(server_);
     }
 
+    xcb_connection_t* GetConnection() const { return connection_; }
     bool IsThere() const { return connection_ && xcb_connection_has_error(connection_) == 0; }
     const char* GetDisplay() const { return display_.c_str(); }
 
 private:
-    std::FILE* server_ = popen("exec Xvfb -displayfd 1 -terminate -nolisten tcp 2>/dev/null", "r");
+    std::FILE* server_ = popen("exec Xvfb -displayfd 1 -terminate -nolisten tcp -screen 0 640x480x24 "
+                               "-screen 1 800x600x24 2>/dev/null",
+                               "r");
     std::string display_;
     xcb_connection_t* connection_ = nullptr;
 };
@@ -156,6 +159,28 @@ TEST(VideoWindowProtocolFirst, BringsTheNamesOfItsProperties) {
     const auto view = LookAtWindow(window->GetHandle());
     ASSERT_TRUE(view);
     EXPECT_EQ(view->title, VRL_L("First"));
+}
+
+TEST(VideoWindowProtocolScreens, OpensOnTheScreenThatTheDisplayNames) {
+    const CFreshServer server;
+    if (!server.IsThere()) GTEST_SKIP() << "no server to start";
+    const CLibraryScope library;
+    auto screens = xcb_setup_roots_iterator(xcb_get_setup(server.GetConnection()));
+    ASSERT_EQ(screens.rem, 2);
+    for (int number = 0; screens.rem > 0; xcb_screen_next(&screens), ++number) {
+        const CDisplayScope display((server.GetDisplay() + ("." + std::to_string(number))).c_str());
+        const auto window = CreateAs<IVideoWindow>(classid::CVideoWindow);
+        window->Open();
+        const auto handle = static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(window->GetHandle()));
+        const auto asked = xcb_get_geometry(server.GetConnection(), handle);
+        const auto reply = OwnReply(xcb_get_geometry_reply(server.GetConnection(), asked, nullptr));
+        ASSERT_TRUE(reply) << number;
+        EXPECT_EQ(reply->root, screens.data->root) << number;
+    }
+    const CDisplayScope display((server.GetDisplay() + std::string(".2")).c_str());
+    const auto window = CreateAs<IVideoWindow>(classid::CVideoWindow);
+    window->Open();
+    EXPECT_EQ(window->GetHandle(), nullptr);
 }
 
 } // namespace
