@@ -7,9 +7,9 @@ if(VORLUND_SANITIZE)
     add_compile_options(-fsanitize=${sanitizers} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${sanitizers})
     if("fuzzer-no-link" IN_LIST VORLUND_SANITIZE)
-        # libFuzzer counts each of these checks, which stand at every access and every virtual call, as a comparison of
-        # the program: more than half of the time. The replay of the corpora under the other sanitizers has them.
-        add_compile_options(-fno-sanitize=null,alignment,pointer-overflow,vptr)
+        # libFuzzer counts each of these checks, which stand at every access, as a comparison of the program: more than
+        # half of the time. The replay of the corpora under the other sanitizers has them.
+        add_compile_options(-fno-sanitize=null,alignment,pointer-overflow)
     endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
         # GCC's flow warnings see the checks that the sanitizers insert and report paths that do not exist.
