@@ -252,7 +252,7 @@ stop_builds() {
 
 test_target() {
     target=$1
-    local folder=build/$target exe="" passed=0 failed=0 skipped_total=0 start status=1 built=0 name
+    local folder=build/$target exe="" passed=0 failed=0 skipped_total=0 start status=1 built=0 name program
     local -a programs=(vorlund_tests vorlund_internal_tests)
     [[ $target == win* ]] && exe=.exe
     echo "== $target"

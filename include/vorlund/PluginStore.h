@@ -57,7 +57,7 @@ public:
 
     /// `LoadPlugin` for each name of `EnumerateAvailablePlugins`, so a plug-in that is in two folders is
     /// loaded four times, twice from each. Nothing happens when there is none, even while the library is
-    /// closed.
+    /// closed. Raises what that raises, "Cannot search" too.
     void LoadAvailablePlugins();
 
     /// Whether a plug-in was loaded under exactly this name, also when it has been closed.
@@ -70,8 +70,8 @@ public:
     IObjectEnumerator* EnumerateLoadedPlugins() const;
 
     /// The same with the names of the plug-in files in the folders, once per folder, in the order of the file
-    /// system. A file counts when it has one of the extensions and its name does not end in "_d", the mark of
-    /// development variants. Folders that do not exist are passed over. Raises "Cannot create folder" too.
+    /// system. A file with one of the extensions counts unless its name ends in "_d", the mark of development
+    /// variants. Missing folders are passed over. Raises "Cannot create folder" and "Cannot search" too.
     IObjectEnumerator* EnumerateAvailablePlugins() const;
 
     /// Prints "Plugin ... is loaded" for each loaded name, then "Plugin ... is not loaded" for each available

@@ -64,8 +64,8 @@ public:
     /// NULL", else "Media samples are not supported" (`CInvalidStateException` or
     /// `CInvalidParameterException`, by class).
     virtual void Read(IMediaSample* sample) = 0;
-    /// Reads at most `size` bytes into `buffer`; returns the number of bytes read, 0 at the end of the data.
-    /// Raises `CNullPtrException` "buffer is NULL", whatever the size.
+    /// Reads at most `size` bytes into `buffer`; returns the number of bytes read, 0 at the end and behind
+    /// an error (`GetReadError` tells which). Raises `CNullPtrException` "buffer is NULL", whatever the size.
     virtual std::uint64_t Read(void* buffer, std::uint64_t size) = 0;
     /// False in every class of the library.
     virtual bool SupportsMediaSamples(std::uint32_t argument) = 0;

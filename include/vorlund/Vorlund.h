@@ -27,9 +27,9 @@ public:
     ~CVorlund() noexcept(false);
 
     /// Opens the stores, registers the built-in classes and decoders, opens the object counter and loads
-    /// every available plug-in; does nothing when initialised. What a step raises, plug-ins included, passes
-    /// on; the steps before it stay done and `Close` does nothing. `Abandon` then closes what is open, and
-    /// `Init` may be tried again.
+    /// every available plug-in; does nothing when initialised. What a step raises, plug-ins and the search of
+    /// their folders ("Cannot search") included, passes on; the steps before it stay done and `Close` does
+    /// nothing. `Abandon` then closes what is open, and `Init` may be tried again.
     void Init();
 
     /// Closes the object counter, then the plug-in store, which closes and unloads the plug-ins, then the

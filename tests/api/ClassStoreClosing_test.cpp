@@ -53,6 +53,11 @@ protected:
     void ExpectStillLocked() {
         ExpectRaises<CBugException>(lockfailures::kStillLocked, [&] { store_.Close(); });
     }
+    void ExpectStillLockedAtOnce() {
+        const auto start = TClock::now();
+        ExpectStillLocked();
+        EXPECT_LT(TClock::now() - start, std::chrono::milliseconds(1900));
+    }
     /// The store works as a new one does, for every thread.
     void ExpectNewLife() {
         ExpectRaises<CBugException>(kGetByIdClosed, [&] { store_.GetClassInfo(kFirstId); });
@@ -120,9 +125,7 @@ TEST_F(ClassStoreClosing, LockThatWasLeftWithALivingThreadIsNotWaitedFor) {
     owner.Do([&] { LeaveLocked(); });
     other.Start([&] { ExpectRaises<CBugException>(kGetByIdClosed, [&] { store_.GetClassInfo(kFirstId); }); });
     EXPECT_TRUE(other.StaysBusy());
-    const auto start = TClock::now();
-    ExpectStillLocked();
-    EXPECT_LT(TClock::now() - start, std::chrono::milliseconds(1900));
+    ExpectStillLockedAtOnce();
     EXPECT_TRUE(other.Finishes());
     ExpectNewLife();
     // Of the store that is gone nothing is left with the thread.
@@ -141,9 +144,7 @@ TEST_F(ClassStoreClosing, DoesNotWaitForAThreadThatHasEnded) {
             [&] { ExpectRaises<CBugException>(kGetByIdClosed, [&] { store_.GetClassInfo(kFirstId); }); });
         EXPECT_TRUE(other.StaysBusy());
     }
-    const auto start = TClock::now();
-    ExpectStillLocked();
-    EXPECT_LT(TClock::now() - start, std::chrono::milliseconds(1900));
+    ExpectStillLockedAtOnce();
     EXPECT_TRUE(other.Finishes());
     ExpectNewLife();
 }

@@ -38,6 +38,24 @@ TEST_F(ClassStoreOutOfMemory, RegistrationIsWholeOrNotAtAll) {
     EXPECT_GE(refusals, 2 * 200u);
 }
 
+TEST_F(ClassStoreOutOfMemory, SecondClassOfAnIdentifierLeavesTheFirst) {
+    store_.RegisterClassVrl(kFirst);
+    const std::size_t refusals = RefuseEachAllocation(
+        [&] {
+            store_.RegisterClassVrl({kFirstId, kSecondName, nullptr});
+        },
+        [&] {
+            EXPECT_EQ(store_.GetClassInfo(kFirstId)->name, kFirstName);
+            ExpectRaises<CClassNotFoundException>(kGetByNameNotFound,
+                                                  [&] { store_.GetClassInfo(kSecondName); });
+            EXPECT_EQ(Classes(store_).size(), 1u);
+        },
+        TKept::Room);
+    EXPECT_GE(refusals, 1u);
+    EXPECT_EQ(store_.GetClassInfo(kFirstId)->name, kFirstName);
+    EXPECT_EQ(store_.GetClassInfo(kSecondName)->id, kFirstId);
+}
+
 TEST_F(ClassStoreOutOfMemory, InitLeavesTheStoreClosed) {
     CClassStore store;
     const std::size_t refusals = RefuseEachAllocation([&] { store.Init(); },

@@ -2,31 +2,14 @@
 /// Another display, or none, for this process and those that it starts. Only on POSIX.
 #pragma once
 
-#include <cstdlib>
-#include <string>
+#include "support/EnvironmentScope_posix.h"
 
 namespace vorlund::test {
 
 /// The environment variable DISPLAY with another value.
-class CDisplayScope {
+class CDisplayScope : public CEnvironmentScope {
 public:
-    explicit CDisplayScope(const char* display) {
-        const char* const former = std::getenv("DISPLAY");
-        if (former) former_ = former;
-        setenv("DISPLAY", display, 1);
-    }
-    CDisplayScope(const CDisplayScope&) = delete;
-    CDisplayScope& operator=(const CDisplayScope&) = delete;
-    ~CDisplayScope() {
-        if (former_.empty()) {
-            unsetenv("DISPLAY");
-        } else {
-            setenv("DISPLAY", former_.c_str(), 1);
-        }
-    }
-
-private:
-    std::string former_;
+    explicit CDisplayScope(const char* display) : CEnvironmentScope("DISPLAY", display) {}
 };
 
 } // namespace vorlund::test

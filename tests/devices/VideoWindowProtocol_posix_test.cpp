@@ -69,7 +69,56 @@ TEST_F(VideoWindowProtocol, OpensAsSmallAsAPixel) {
     }
 }
 
-/// An X server that nobody has used yet. It ends with its last client; this object is one.
+TEST_F(VideoWindowProtocol, SizesWithoutAWidthOrAHeightAreNone) {
+    for (const auto& [width, height] : {std::pair{100, 0}, {0, 100}, {0, 0}}) {
+        for (const bool isClientSize : {false, true}) {
+            const auto window = CreateAs<IVideoWindow>(classid::CVideoWindow);
+            if (isClientSize)
+                window->SetClientSize(width, height);
+            else
+                window->SetWindowSize(width, height);
+            window->Open();
+            const auto view = LookAtWindow(window->GetHandle());
+            ASSERT_TRUE(view);
+            EXPECT_EQ(std::pair(view->width, view->height), std::pair(640, 480)) << width << " x " << height;
+        }
+    }
+}
+
+/// Sends a message of a kind, about the window or about another one, as other programs may.
+void SendMessage(xcb_connection_t* connection, void* window, bool isAboutIt, const char* type,
+                 std::uint32_t data) {
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    const auto number = static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(window));
+    message.window = isAboutIt ? number : number + 1;
+    message.type = FindAtom(connection, type);
+    message.data.data32[0] = data;
+    xcb_send_event(connection, 0, number, XCB_EVENT_MASK_NO_EVENT, reinterpret_cast<const char*>(&message));
+}
+
+TEST_F(VideoWindowProtocol, OnlyTheMessageThatTheUserClosesItClosesIt) {
+    const auto window = CreateAs<IVideoWindow>(classid::CVideoWindow);
+    window->Open();
+    xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+    const xcb_atom_t close = FindAtom(connection, "WM_DELETE_WINDOW");
+    SendMessage(connection, window->GetHandle(), false, "WM_PROTOCOLS", close);
+    SendMessage(connection, window->GetHandle(), true, "WM_PROTOCOLS", FindAtom(connection, "WM_TAKE_FOCUS"));
+    SendMessage(connection, window->GetHandle(), true, "_NET_WM_STATE", close);
+    // Behind these in the order of the server: had one closed the window, this size would be nobody's.
+    window->SetClientSize(321, 123);
+    EXPECT_TRUE(WaitUntil([&] {
+        const auto view = LookAtWindow(window->GetHandle());
+        return view && view->width == 321 && view->height == 123;
+    }));
+    SendMessage(connection, window->GetHandle(), true, "WM_PROTOCOLS", close);
+    xcb_flush(connection);
+    EXPECT_TRUE(WaitUntil([&] { return !LookAtWindow(window->GetHandle()); }));
+    xcb_disconnect(connection);
+}
+
+/// An X server with two screens that nobody has used yet. It ends with its last client; this object is one.
 class CFreshServer {
 public:
     CFreshServer() {
@@ -87,11 +136,14 @@ public:
         if (server_) pclose(server_);
     }
 
+    xcb_connection_t* GetConnection() const { return connection_; }
     bool IsThere() const { return connection_ && xcb_connection_has_error(connection_) == 0; }
     const char* GetDisplay() const { return display_.c_str(); }
 
 private:
-    std::FILE* server_ = popen("exec Xvfb -displayfd 1 -terminate -nolisten tcp 2>/dev/null", "r");
+    std::FILE* server_ = popen("exec Xvfb -displayfd 1 -terminate -nolisten tcp -screen 0 640x480x24 "
+                               "-screen 1 800x600x24 2>/dev/null",
+                               "r");
     std::string display_;
     xcb_connection_t* connection_ = nullptr;
 };
@@ -107,6 +159,28 @@ TEST(VideoWindowProtocolFirst, BringsTheNamesOfItsProperties) {
     const auto view = LookAtWindow(window->GetHandle());
     ASSERT_TRUE(view);
     EXPECT_EQ(view->title, VRL_L("First"));
+}
+
+TEST(VideoWindowProtocolScreens, OpensOnTheScreenThatTheDisplayNames) {
+    const CFreshServer server;
+    if (!server.IsThere()) GTEST_SKIP() << "no server to start";
+    const CLibraryScope library;
+    auto screens = xcb_setup_roots_iterator(xcb_get_setup(server.GetConnection()));
+    ASSERT_EQ(screens.rem, 2);
+    for (int number = 0; screens.rem > 0; xcb_screen_next(&screens), ++number) {
+        const CDisplayScope display((server.GetDisplay() + ("." + std::to_string(number))).c_str());
+        const auto window = CreateAs<IVideoWindow>(classid::CVideoWindow);
+        window->Open();
+        const auto handle = static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(window->GetHandle()));
+        const auto asked = xcb_get_geometry(server.GetConnection(), handle);
+        const auto reply = OwnReply(xcb_get_geometry_reply(server.GetConnection(), asked, nullptr));
+        ASSERT_TRUE(reply) << number;
+        EXPECT_EQ(reply->root, screens.data->root) << number;
+    }
+    const CDisplayScope display((server.GetDisplay() + std::string(".2")).c_str());
+    const auto window = CreateAs<IVideoWindow>(classid::CVideoWindow);
+    window->Open();
+    EXPECT_EQ(window->GetHandle(), nullptr);
 }
 
 } // namespace

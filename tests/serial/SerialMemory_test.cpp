@@ -1,6 +1,7 @@
 // What readers and writers allocate.
 #include "serial/SerialTest.h"
 #include "support/Allocations.h"
+#include "support/NothingLeft.h"
 
 #include <vorlund/LineReader.h>
 #include <vorlund/TextWriter.h>
@@ -51,14 +52,12 @@ TEST_F(SerialMemory, LongLinesGrowByDoubling) {
 
 TEST_F(SerialMemory, NothingIsLeftBehind) {
     const auto source = QuietSource(Bytes("one\ntwo\r\n"));
-    const CMemoryWatch watch;
-    {
+    ExpectNothingLeft([&] {
         CLineReader reader(source.Get(), CHAR_FORMAT_8BIT);
         CString line;
         while (reader.ReadLine(line)) {
         }
-    }
-    EXPECT_EQ(watch.GetLiveBlocks(), 0);
+    });
 }
 
 } // namespace

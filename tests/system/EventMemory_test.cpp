@@ -1,6 +1,6 @@
 #include <vorlund/Event.h>
 
-#include "support/Allocations.h"
+#include "support/NothingLeft.h"
 
 #include <gtest/gtest.h>
 
@@ -8,13 +8,11 @@ namespace vorlund::test {
 namespace {
 
 TEST(EventMemory, AssignmentGivesBackWhatWasThere) {
-    const CMemoryWatch watch;
-    {
+    ExpectNothingLeft([] {
         const CEvent source;
         CEvent target;
         target = source;
-    }
-    EXPECT_EQ(watch.GetLiveBlocks(), 0);
+    });
 }
 
 } // namespace

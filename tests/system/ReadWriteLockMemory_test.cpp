@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <list>
+#include <vector>
 
 namespace vorlund::test {
 namespace {
@@ -54,6 +55,41 @@ TEST(ReadWriteLockMemory, ThreadThatWaitsForMemoryDoesNotHoldTheLock) {
         EXPECT_EQ(lock.GetLockMode(), LOCK_MODE_READ);
         lock.Unlock();
     });
+}
+
+TEST(ReadWriteLockMemory, RefusedMemoryIsAskedForAgain) {
+    CReadWriteLock lock;
+    std::list<CActor> readers;
+    int refusals = 0;
+    // More threads than the lock has room of its own for.
+    for (int i = 0; i < 64; ++i) {
+        readers.emplace_back().Do([&] {
+            const CAllocationFailure failure(0);
+            lock.Lock(LOCK_MODE_READ, 0);
+            refusals += failure.HasFailed();
+        });
+    }
+    EXPECT_GT(refusals, 0);
+    for (CActor& reader : readers) {
+        reader.Do([&] {
+            EXPECT_EQ(lock.GetLockMode(), LOCK_MODE_READ);
+            lock.Unlock();
+        });
+    }
+    // A thread that takes turns with the modes needs more and more of it.
+    refusals = 0;
+    std::vector<TLockMode> modes;
+    for (int i = 0; i < 64; ++i) {
+        modes.push_back(i % 2 ? LOCK_MODE_WRITE : LOCK_MODE_READ);
+        const CAllocationFailure failure(0);
+        lock.Lock(modes.back(), 0);
+        refusals += failure.HasFailed();
+    }
+    EXPECT_GT(refusals, 0);
+    for (; !modes.empty(); modes.pop_back()) {
+        EXPECT_EQ(lock.GetLockMode(), modes.back());
+        lock.Unlock();
+    }
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -301,6 +302,46 @@ TEST_F(ObjectListReentrancy, MembersThatStayAreEnumeratedThoughOthersLeave) {
     for (CCallingMember* const member : {leaving, staying, last}) list_->AddObject(member);
     leaving->onQuery = [&] { list_->RemoveObject(leaving); };
     EXPECT_EQ(Yield(list_->EnumerateObjects(IObject::InterfaceId)), (TObjects{staying, last}));
+}
+
+TEST_F(ObjectListReentrancy, MemberThatHasBeenReleasedIsNotHandedOut) {
+    CCallingMember* const first = Owned();
+    CCallingMember* const second = Member();
+    list_->AddObject(second);
+    second->onRelease = [&] {
+        EXPECT_EQ(Count(), 2);
+        EXPECT_FALSE(Has(first));
+        EXPECT_THROW(list_->GetObject(0), CBadIndexException);
+        EXPECT_EQ(Yield(list_->EnumerateObjects()), TObjects{second});
+    };
+    list_->RemoveAllObjects();
+    EXPECT_EQ(Count(), 0);
+}
+
+TEST_F(ObjectListReentrancy, OfTwoPositionsOfAMemberTheReleasedOneGoes) {
+    CCallingMember* const twice = Member();
+    CCallingMember* const other = Member();
+    for (CCallingMember* const member : {twice, other, twice}) list_->AddObject(member);
+    twice->onRelease = [&] { list_->RemoveObject(1u); };
+    list_->RemoveObject(2u);
+    EXPECT_EQ(Yield(list_->EnumerateObjects()), TObjects{twice});
+    EXPECT_EQ(twice->References(), 2);
+    EXPECT_EQ(other->References(), 1);
+}
+
+TEST_F(ObjectListReentrancy, ListThatAnExceptionDestroysLetsThatOnePass) {
+    CCallingMember* const raising = Member();
+    CCallingMember* const last = Member();
+    for (CCallingMember* const member : {raising, last}) list_->AddObject(member);
+    raising->onRelease = [] { Raise<CIOException>(kOnRequest); };
+    const auto act = [&] {
+        const auto list = std::exchange(list_, {});
+        throw std::runtime_error("first");
+    };
+    EXPECT_THROW(act(), std::runtime_error);
+    EXPECT_EQ(last->References(), 1);
+    // It raised before it gave the list's reference back.
+    raising->Release();
 }
 
 TEST_F(ObjectListReentrancy, EnumerationWhoseListEndsWithAnExceptionLeavesNothing) {

@@ -47,7 +47,7 @@ public:
     void RunLoop() override;
 
 private:
-    const xcb_screen_t* FindScreen(int number) const;
+    const xcb_screen_t& FindScreen(int number) const;
     void FindAtoms();
     bool IsEndAsked(const xcb_client_message_event_t& message) const;
 
@@ -61,15 +61,14 @@ bool CNativeWindowXcb::Open(const wchar* title) {
     int screenNumber = 0;
     connection_ = xcb_.xcb_connect(nullptr, &screenNumber);
     if (xcb_.xcb_connection_has_error(connection_)) return false;
-    const xcb_screen_t* const screen = FindScreen(screenNumber);
-    if (!screen) return false;
+    const xcb_screen_t& screen = FindScreen(screenNumber);
     FindAtoms();
     window_ = xcb_.xcb_generate_id(connection_);
     const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    const xcb_void_cookie_t created = xcb_.xcb_create_window(
-        connection_, XCB_COPY_FROM_PARENT, window_, screen->root, 0, 0, std::uint16_t{kDefaultSize.width},
-        std::uint16_t{kDefaultSize.height}, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
-        XCB_CW_EVENT_MASK, &events);
+    const xcb_void_cookie_t created =
+        xcb_.xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen.root, 0, 0,
+                               std::uint16_t{kDefaultSize.width}, std::uint16_t{kDefaultSize.height}, 0,
+                               XCB_WINDOW_CLASS_INPUT_OUTPUT, screen.root_visual, XCB_CW_EVENT_MASK, &events);
     xcb_.xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, atoms_.wmProtocols, XCB_ATOM_ATOM,
                              32, 1, &atoms_.wmDeleteWindow);
     SetTitle(title);
@@ -78,10 +77,11 @@ bool CNativeWindowXcb::Open(const wchar* title) {
     return !error && !xcb_.xcb_connection_has_error(connection_);
 }
 
-const xcb_screen_t* CNativeWindowXcb::FindScreen(int number) const {
+const xcb_screen_t& CNativeWindowXcb::FindScreen(int number) const {
+    // There is one of that number, or there would be no connection.
     auto screens = xcb_.xcb_setup_roots_iterator(xcb_.xcb_get_setup(connection_));
-    while (screens.rem > 0 && number-- > 0) xcb_.xcb_screen_next(&screens);
-    return screens.rem > 0 ? screens.data : nullptr;
+    for (; number > 0; --number) xcb_.xcb_screen_next(&screens);
+    return *screens.data;
 }
 
 void CNativeWindowXcb::FindAtoms() {

@@ -165,8 +165,8 @@ std::uint32_t ResetWord(TEvent& event, bool evenIfWatched) {
 [[gnu::noinline]] void ResetWatched(TEvent& event) {
     const CPlainLockGuard guard(lock);
     if ((ResetWord(event, true) & (kWatched | kSet)) != (kWatched | kSet)) return;
-    for (const TLink* link = event.first; link; link = link->next)
-        if (link->waiter->isForAll) ++link->waiter->missing;
+    // Only waits for all go on while one of their events is set.
+    for (const TLink* link = event.first; link; link = link->next) ++link->waiter->missing;
 }
 
 /// The time at which a wait of that length ends; 0, which is always in the past, for no wait at all.

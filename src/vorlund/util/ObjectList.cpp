@@ -36,6 +36,12 @@ void ReleaseKeeping(IObject* object, std::exception_ptr& first) {
     }
 }
 
+bool Has(IObject& object, const CId& interfaceId) {
+    IObject* const answer = object.QueryInterface(interfaceId);
+    if (answer) answer->Release();
+    return answer != nullptr;
+}
+
 } // namespace
 
 CObjectList::~CObjectList() noexcept(false) {
@@ -122,18 +128,14 @@ void CObjectList::TakeOut(std::exception_ptr& first) {
 }
 
 IObjectEnumerator* CObjectList::EnumerateObjects() {
-    return Enumerate([](IObject*) { return true; });
+    return Enumerate(nullptr);
 }
 
 IObjectEnumerator* CObjectList::EnumerateObjects(CId interfaceId) {
-    return Enumerate([&interfaceId](IObject* object) {
-        IObject* const answer = object->QueryInterface(interfaceId);
-        if (answer) answer->Release();
-        return answer != nullptr;
-    });
+    return Enumerate(&interfaceId);
 }
 
-template <class TIsWanted> IObjectEnumerator* CObjectList::Enumerate(TIsWanted isWanted) {
+IObjectEnumerator* CObjectList::Enumerate(const CId* interfaceId) {
     auto held = Hold(this);
     auto enumerator = CreateOrRaise<IPushObjectEnumerator>(classid::CPushObjectEnumerator, kNoEnumerator);
     enumerator->Reserve(GetObjectCount());
@@ -142,7 +144,8 @@ template <class TIsWanted> IObjectEnumerator* CObjectList::Enumerate(TIsWanted i
     for (std::size_t i = 0; i < members_.size() && turns > 0; --turns) {
         IObject* const object = members_[i].object;
         // A member that has left may not exist any more.
-        if (object && isWanted(object) && IsAt(i, object)) enumerator->Push(object);
+        if (object && (!interfaceId || Has(*object, *interfaceId)) && IsAt(i, object))
+            enumerator->Push(object);
         if (IsAt(i, object)) ++i;
     }
     // This may be the list's end, which raises what members raise: the enumerator still has an owner.

@@ -50,7 +50,8 @@ private:
     std::size_t ReleasedPosition(IObject* object, std::size_t likely) const;
     bool IsAt(std::size_t index, IObject* object) const;
     void ReleaseAndRemove(std::size_t index);
-    template <class TIsWanted> IObjectEnumerator* Enumerate(TIsWanted isWanted);
+    /// The members that have the interface, all without one.
+    IObjectEnumerator* Enumerate(const CId* interfaceId);
     /// Releases every member and empties the list; gives the first exception that a release raised.
     std::exception_ptr ReleaseAll();
     /// Empties the list and releases who was in it; `first` is the first exception of a release, if none was.

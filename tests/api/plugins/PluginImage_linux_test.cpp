@@ -1,14 +1,11 @@
 // What the look at an ELF file lets pass: images made field by field, of which none is ever loaded.
-#include "vorlund/api/plugins/PluginImage.h"
-
-#include "data/file/TemporaryFolder.h"
+#include "api/plugins/PluginImages.h"
 #include "support/Allocations.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -92,18 +89,7 @@ struct TImage {
     }
 };
 
-bool IsPlugin(const std::string& bytes) {
-    const CTemporaryFolder folder;
-    const fs::path file = folder.GetPath() / "image";
-    WriteFile(file, bytes);
-    return CImageFile(ToVorlund(file).c_str()).IsPlugin();
-}
-
-struct TRow {
-    const char* name;
-    std::function<void(TImage&)> change;
-    bool isPlugin;
-};
+using TRow = TImageRow<TImage>;
 
 class PluginImage : public testing::TestWithParam<TRow> {};
 

@@ -4,6 +4,7 @@
 #include "api/plugins/TestPlugins.h"
 #include "support/Allocations.h"
 #include "support/LibraryScope.h"
+#include "support/NothingLeft.h"
 
 #include <gtest/gtest.h>
 
@@ -15,13 +16,11 @@ namespace {
 
 TEST(PluginMemory, StoreGivesBackWhatItTook) {
     const CLibraryScope library;
-    const CMemoryWatch watch;
-    {
+    ExpectNothingLeft([] {
         CPluginStore store;
         store.AddPluginPath(VRL_L("/a folder with a name too long to be kept in place"));
         store.AddPluginExtension(VRL_L("plg"));
-    }
-    EXPECT_EQ(watch.GetLiveBlocks(), 0);
+    });
 }
 
 TEST(PluginMemory, PluginThatCannotBeRecordedIsClosedAndUnloaded) {

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -50,6 +51,10 @@ TEST_F(PluginScanPosix, ApplicationMayTakeAwayItsChildrenItself) {
     EXPECT_EQ(Load(folder_.Add("accepting")), PLUGIN_LOADED);
     // How it ended is gone, but not that it gave no answer.
     EXPECT_EQ(Load(folder_.Add("crashing_init")), PLUGIN_SCAN_GARBLED);
+    // One that still runs is ended, although there is no end to take away.
+    store_.SetScanMode(PLUGIN_SCAN_CHILD, ToVorlund(BesideProgram("scan_helper")).c_str());
+    EXPECT_EQ(Load(folder_.Add("accepting", "flood.so")), PLUGIN_SCAN_GARBLED);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
     signal(SIGCHLD, former);
 }
 
@@ -64,6 +69,23 @@ TEST_F(PluginScanPosix, StandardStreamsMayBeClosed) {
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
+TEST_F(PluginScanPosix, NothingIsScannedWithoutADescriptorForTheAnswer) {
+    const fs::path file = folder_.Add("accepting");
+    store_.SetScanMode(PLUGIN_SCAN_CHILD);
+    rlimit former;
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &former), 0);
+    // One is left, for the look at the file.
+    const int next = dup(0);
+    close(next);
+    const rlimit one{static_cast<rlim_t>(next) + 1, former.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &one), 0);
+    const TPluginOutcome outcome = Load(file);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);
+    EXPECT_EQ(outcome, PLUGIN_SCAN_NO_HELPER);
+    EXPECT_EQ(store_.GetReport(0).code, EMFILE);
+    EXPECT_EQ(Load(file), PLUGIN_LOADED);
 }
 
 // Folders that others may write to.
@@ -115,8 +137,22 @@ TEST_F(PluginScanPosix, LinksAreFollowed) {
     EXPECT_EQ(store_.GetReport(1).outcome, PLUGIN_FOLDER_OPEN);
 }
 
+constexpr uid_t kNobody = 65534;
+
+TEST_F(PluginScanPosix, FolderOfTheUserDoesNotCount) {
+    const fs::path file = folder_.Add("accepting");
+    const uid_t user = geteuid();
+    if (user == 0) {
+        // The superuser is trusted by everybody, so somebody else it must be.
+        ASSERT_EQ(chown(folder_.GetFolder().c_str(), kNobody, static_cast<gid_t>(-1)), 0);
+        ASSERT_EQ(seteuid(kNobody), 0);
+    }
+    EXPECT_EQ(Load(file), PLUGIN_LOADED);
+    ASSERT_EQ(seteuid(user), 0);
+    EXPECT_EQ(store_.GetReportCount(), 1U);
+}
+
 TEST_F(PluginScanPosix, FolderOfSomebodyElseCounts) {
-    constexpr uid_t kNobody = 65534;
     const fs::path file = folder_.Add("accepting");
     if (chown(folder_.GetFolder().c_str(), kNobody, static_cast<gid_t>(-1)) != 0)
         GTEST_SKIP() << "this user may not give folders away";

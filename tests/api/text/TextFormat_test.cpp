@@ -219,6 +219,12 @@ TEST(TextFormat, WidthsWithoutEndFillTheMessage) {
     EXPECT_EQ(Print(VRL_L("%2147483647.2147483647f"), 1.5), blanks);
     EXPECT_EQ(Print(VRL_L("%.2147483647f"), 1.5), "1.5" + std::string(1020, '0'));
     EXPECT_EQ(Print(VRL_L("%.2147483647s"), VRL_L("x")), "x");
+    EXPECT_EQ(Print(VRL_L("%2147483647c"), 'x'), blanks);
+}
+
+TEST(TextFormat, UnknownConversionsFillTheMessageToo) {
+    const wstring rest(2000, VRL_L('x'));
+    EXPECT_EQ(Print((VRL_L("a%y") + rest).c_str()), "a%y" + std::string(1020, 'x'));
 }
 
 TEST(TextFormat, Fractions) {

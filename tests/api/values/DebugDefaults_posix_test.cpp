@@ -177,6 +177,29 @@ TEST(DebugDefaults, BoxFromTheBackgroundDoesNotWait) {
     EXPECT_EQ(child.GetTerminal().find("press Enter"), std::string::npos);
 }
 
+TEST(DebugDefaults, BoxFromTheBackgroundDoesNotWaitForAFullTerminal) {
+    CChildProcess child(kChild, {.arguments = {"busy-background"}, .hasTerminal = true});
+    const TChildEnd end = child.Wait();
+    EXPECT_TRUE(end.IsSuccess()) << end.exitCode;
+    EXPECT_EQ(Lines(end.output).back(), "from the background");
+    EXPECT_EQ(TextInFrame(child.GetTerminal()), "");
+}
+
+TEST(DebugDefaults, BoxIsLeftWhenTheTerminalGoes) {
+    for (const char* const mode : {"no-output", "no-input"}) {
+        CChildProcess child(kChild, {.arguments = {mode}, .hasTerminal = true});
+        const bool hasOutput = std::string(mode) == "no-input";
+        if (hasOutput) {
+            ASSERT_TRUE(WaitForBox(child));
+        }
+        child.Type("\n");
+        const TChildEnd end = child.Wait();
+        EXPECT_TRUE(end.IsSuccess()) << mode << ' ' << end.exitCode;
+        EXPECT_EQ(Lines(end.output).back(), hasOutput ? "no input" : "no output");
+        EXPECT_EQ(TextInFrame(child.GetTerminal()), hasOutput ? kBoxText + "  " + kButton : "");
+    }
+}
+
 TEST(DebugDefaults, BoxIsLeftWhenTheProcessLeavesTheForeground) {
     CChildProcess child(kChild, {.arguments = {"until-background"}, .hasTerminal = true});
     ASSERT_TRUE(WaitForBox(child));

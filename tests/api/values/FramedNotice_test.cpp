@@ -50,6 +50,11 @@ TEST(FramedNotice, WrapsAtBlanks) {
               (TRows{kTop, "| 12345678901234567890 |", "| next                 |", kBottom}));
 }
 
+TEST(FramedNotice, CharactersThatTurnTheDirectionAreMasked) {
+    EXPECT_EQ(Notice(VRL_L("\u2029\u202A\u202E\u202F\u2065\u2066\u2069\u206A"), 24),
+              (TRows{kTop, "| \u2029??\u202F\u2065??\u206A             |", kBottom}));
+}
+
 TEST(FramedNotice, CutsLongWords) {
     EXPECT_EQ(Notice(VRL_L("1234567890123456789012345"), 24),
               (TRows{kTop, "| 12345678901234567890 |", "| 12345                |", kBottom}));

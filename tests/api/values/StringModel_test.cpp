@@ -73,6 +73,29 @@ wstring RandomText(std::mt19937& random, std::size_t length, unsigned int alphab
     return text;
 }
 
+TEST(StringModel, EndsOfReplacementsThatBeginNeedlesOrDoNot) {
+    // The replacement is a part of the needle.
+    ExpectLoop(VRL_L("aabccabcabcbc"), VRL_L("abc"), VRL_L("b"));
+    ExpectLoop(VRL_L("aabccabcabcbc"), VRL_L("abc"), VRL_L("bc"));
+    // It goes on as the needle does, for one unit alone.
+    ExpectLoop(VRL_L("aabccabcabcbc"), VRL_L("abc"), VRL_L("bx"));
+    // It holds the first unit of the needle, at its end or not.
+    ExpectLoop(VRL_L("aabbabab"), VRL_L("ab"), VRL_L("xa"));
+    ExpectLoop(VRL_L("aabbabab"), VRL_L("ab"), VRL_L("ax"));
+    // Both end in the same units.
+    ExpectLoop(VRL_L("abbabbbbabb"), VRL_L("abb"), VRL_L("bbx"));
+}
+
+TEST(StringModel, OccurrencesThatAnEditCutsOffAreNotEdited) {
+    // The second edit completes an occurrence with a long rest of its replacement behind it. That much less
+    // of the text stays, so the occurrence that ends with it is cut.
+    constexpr std::size_t kKept = 65535;
+    const wstring replacement = VRL_L("b") + wstring(99, VRL_L('x'));
+    wstring content = VRL_L("abaab") + wstring(kKept - 5, VRL_L('y')) + VRL_L("ab") + wstring(50, VRL_L('z'));
+    ASSERT_EQ(content.find(VRL_L("ab"), 5), kKept);
+    ExpectLoop(content, VRL_L("ab"), replacement);
+}
+
 TEST(StringModel, EveryShortReplacement) {
     // All needles and replacements of up to 3 and 2 letters of two, in all texts of up to 7 letters.
     const auto texts = [](std::size_t longest) {

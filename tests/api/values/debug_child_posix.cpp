@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/syscall.h>
@@ -18,8 +19,22 @@ namespace {
 int missedPolls = 0;
 /// Whether `write` writes half of what it is given, as a terminal may.
 bool isWritingHalves = false;
-/// How many calls of `write` still fail, as those of a stream that is full, or interrupted.
-int refusedWrites = 0;
+
+/// How the next calls of a function fail, the last one first: by an error number, or without one and without
+/// a byte.
+struct TFailingCalls {
+    int errors[4] = {};
+    int count = 0;
+
+    ssize_t Fail() {
+        const int error = errors[--count];
+        if (error == 0) return 0;
+        errno = error;
+        return -1;
+    }
+};
+TFailingCalls failingWrites;
+TFailingCalls failingReads;
 
 } // namespace
 
@@ -45,11 +60,13 @@ extern "C" __attribute__((visibility("default"))) int poll(pollfd* requests, nfd
 
 extern "C" __attribute__((visibility("default"))) ssize_t write(int file, const void* bytes,
                                                                 std::size_t size) {
-    if (refusedWrites > 0) {
-        errno = --refusedWrites % 2 == 0 ? EAGAIN : EINTR;
-        return -1;
-    }
+    if (failingWrites.count > 0) return failingWrites.Fail();
     return syscall(SYS_write, file, bytes, isWritingHalves ? (size + 1) / 2 : size);
+}
+
+extern "C" __attribute__((visibility("default"))) ssize_t read(int file, void* bytes, std::size_t size) {
+    if (failingReads.count > 0) return failingReads.Fail();
+    return syscall(SYS_read, file, bytes, size);
 }
 
 namespace vorlund::test {
@@ -74,8 +91,8 @@ int WaitForChild(pid_t process) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 4;
 }
 
-/// From a process group that is not the terminal's, on a terminal that stops such writers.
-int ReportFromBackground() {
+/// From a process group that is not the terminal's, on a terminal that stops such writers, or that is full.
+int ReportFromBackground(bool isFull) {
     const int terminal = open("/dev/tty", O_RDWR | O_CLOEXEC);
     termios mode{};
     tcgetattr(terminal, &mode);
@@ -84,7 +101,8 @@ int ReportFromBackground() {
     const pid_t process = fork();
     if (process == 0) {
         setpgid(0, 0);
-        _exit(ReportBug("from the background"));
+        if (isFull) failingWrites = {{EAGAIN}, 1};
+        std::exit(ReportBug("from the background"));
     }
     return WaitForChild(process);
 }
@@ -105,7 +123,7 @@ public:
         if (process_ != 0) return;
         setpgid(0, 0);
         tcsetpgrp(terminal_, getpid());
-        _exit(ReportBug(text));
+        std::exit(ReportBug(text));
     }
 
     void AwaitSignal() {
@@ -148,16 +166,28 @@ int ReportInputInBackground() {
 /// To streams that take the bytes only after some calls.
 int PrintLate() {
     for (const TDebugMessageType type : {DEBUG_MESSAGE_STDOUT, DEBUG_MESSAGE_STDERR}) {
-        refusedWrites = 4;
+        failingWrites = {{0, EAGAIN, EINTR, EAGAIN}, 4};
         CDebug::PrintMessage(type, VRL_L("late"));
     }
-    return refusedWrites;
+    return failingWrites.count;
 }
 
 /// To a terminal that does.
 int ReportLate() {
-    refusedWrites = 4;
+    failingWrites = {{EAGAIN, EINTR, EAGAIN}, 3};
     return ReportBug("late");
+}
+
+/// To one that is taken away meanwhile.
+int ReportWithoutOutput() {
+    failingWrites = {{EIO}, 1};
+    return ReportBug("no output");
+}
+
+/// To one that is taken away while the process waits for input.
+int ReportWithoutInput() {
+    failingReads = {{EIO, EAGAIN, EINTR}, 3};
+    return ReportBug("no input") + failingReads.count;
 }
 
 /// While a timer interrupts every call.
@@ -218,7 +248,10 @@ int ShowControls() {
 } // namespace
 
 int RunSystemMode(const std::string& mode) {
-    if (mode == "background") return ReportFromBackground();
+    if (mode == "background") return ReportFromBackground(false);
+    if (mode == "busy-background") return ReportFromBackground(true);
+    if (mode == "no-output") return ReportWithoutOutput();
+    if (mode == "no-input") return ReportWithoutInput();
     if (mode == "until-background") return ReportUntilBackground();
     if (mode == "background-input") return ReportInputInBackground();
     if (mode == "halves") return ReportInHalves();

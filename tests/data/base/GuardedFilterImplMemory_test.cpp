@@ -3,11 +3,12 @@
 #include <vorlund/RefPtr.h>
 #include <vorlund/StreamFilter.h>
 
-#include "support/Allocations.h"
 #include "support/Failures.h"
 #include "support/LibraryScope.h"
+#include "support/NothingLeft.h"
 #include "support/Probes.h"
 #include "support/Streams.h"
+#include "support/WavBuilder.h"
 
 #include <gtest/gtest.h>
 
@@ -16,19 +17,19 @@ namespace {
 
 TEST(GuardedFilterImplMemory, NothingIsLeftWhenTheEndOfTheStreamRaises) {
     const CLibraryScope library;
+    const TBytes file = PlainWav({.channels = 2}, Ramp(200));
     CTestListener listener([](IObject*) { Raise<CInvalidStateException>(streamfailures::kCannotRead); });
-    const auto endOfAFilter = [&] {
-        auto filter = CreateAs<IInputStreamFilter>(classid::CSetFormatIsf);
-        auto stream = Make<CMemoryInputStream>();
-        stream->AddListener(&listener);
-        filter->Connect(stream.Get());
-        stream.Reset();
-        ExpectRaises<CInvalidStateException>(streamfailures::kCannotRead, [&] { filter.Reset(); });
-    };
-    endOfAFilter();
-    const CMemoryWatch watch;
-    endOfAFilter();
-    EXPECT_EQ(watch.GetLiveBlocks(), 0);
+    for (const CId& filterClass : {classid::CSetFormatIsf, classid::CWavChunkDecoder}) {
+        ExpectNothingLeftAgain([&] {
+            auto filter = CreateAs<IInputStreamFilter>(filterClass);
+            auto stream = Make<CMemoryInputStream>();
+            stream->bytes = file;
+            stream->AddListener(&listener);
+            filter->Connect(stream.Get());
+            stream.Reset();
+            ExpectRaises<CInvalidStateException>(streamfailures::kCannotRead, [&] { filter.Reset(); });
+        });
+    }
 }
 
 } // namespace

@@ -252,6 +252,41 @@ TEST_F(DecoderSearch, RecordsWithoutAFilterAreSkipped) {
     EXPECT_EQ(Decode(TestFormat(2))->GetClassId(), TestDecoderId(0));
 }
 
+/// An enumeration that gives other objects too: before each of its own an object that holds no pointer, and
+/// one whose pointer is null.
+class CMixedEnumerator : public CObjectImpl<IPushObjectEnumerator> {
+public:
+    static constexpr CId ClassId{0x7E57DEC2, 1, 2, 4};
+
+    void Push(IObject* object) override {
+        objects_.Share(NewProbe().Get());
+        objects_.Share(CreateAs<IPtrObject>(classid::CPtrObject).Get());
+        objects_.Share(object);
+    }
+    void Reserve(unsigned int) override {}
+    bool HasNext() override { return next_ < objects_.GetCount(); }
+    IObject* GetNext() override {
+        if (!HasNext()) return nullptr;
+        IObject* const object = objects_[next_++];
+        object->AddRef();
+        return object;
+    }
+
+private:
+    CReferenceList<IObject> objects_;
+    std::size_t next_ = 0;
+};
+
+TEST_F(DecoderSearch, ObjectsThatHoldNoRecordArePassedOver) {
+    const TClassInfo kept = *v.GetClassStore().GetClassInfo(classid::CPtrObject);
+    v.GetClassStore().Clear();
+    v.GetClassStore().RegisterClassVrl(kept);
+    v.GetClassStore().RegisterClassVrl({classid::CPushObjectEnumerator, VRL_L("test::CMixedEnumerator"),
+                                        []() -> IObject* { return NewObject<CMixedEnumerator>(); }});
+    RegisterChain(2);
+    EXPECT_EQ(Decode(TestFormat(3))->GetClassId(), TestDecoderId(1));
+}
+
 TEST_F(DecoderSearch, ClassesThatAreNoLongerRegisteredAreSkipped) {
     RegisterChain(1);
     const TClassInfo kept[] = {*v.GetClassStore().GetClassInfo(classid::CPushObjectEnumerator),

@@ -40,6 +40,8 @@ TEST(PathUtf8, LoneSurrogateBecomesTheReplacementCharacter) {
     EXPECT_EQ(PathToUtf8(kHigh), "\xEF\xBF\xBD"
                                  "a");
     EXPECT_EQ(PathToUtf8(kLow), "a\xEF\xBF\xBD");
+    constexpr wchar kHalfAtTheEnd[] = {'a', 0xD800, 0};
+    EXPECT_EQ(PathToUtf8(kHalfAtTheEnd), "a\xEF\xBF\xBD");
     // What is whole stays, in front of it and behind it.
     constexpr wchar kBetween[] = {0xD834, 0xDD1E, 0xD800, 0xD834, 0xDD1E, 0xD800, 0};
     EXPECT_EQ(PathToUtf8(kBetween), "\xF0\x9D\x84\x9E\xEF\xBF\xBD\xF0\x9D\x84\x9E\xEF\xBF\xBD");

@@ -224,6 +224,17 @@ TEST_F(StreamErrorsWrite, CloseRaisesNothingAndTheStreamTells) {
     EXPECT_EQ(ReadFile(At("good")), std::string(100, 'x'));
 }
 
+TEST_F(StreamErrorsWrite, OnlyTheFirstErrorIsTold) {
+    Open();
+    Write(100);
+    ExpectRaises<CIOException>(kFlushFailed, [&] { output_->Flush(); });
+    const std::uint32_t error = GetWriteError(*output_);
+    EXPECT_NE(error, 0u);
+    ExpectRaises<CIOException>(kWriteFailed, [&] { Write(1 << 20); });
+    output_->Close();
+    EXPECT_EQ(GetWriteError(*output_), error);
+}
+
 TEST_F(StreamErrorsWrite, CloseOutputClosesAndRaises) {
     Open();
     Write(100);

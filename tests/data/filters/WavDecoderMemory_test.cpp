@@ -2,6 +2,7 @@
 #include "data/file/TemporaryFolder.h"
 #include "support/Allocations.h"
 #include "support/Failures.h"
+#include "support/NothingLeft.h"
 #include "support/Outcome.h"
 #include "support/Probes.h"
 #include "support/Streams.h"
@@ -57,12 +58,9 @@ protected:
         });
     }
     /// Expects that decoding leaves no object and no memory behind.
-    void ExpectNothingLeft(const TBytes& file) {
+    void ExpectNothingLeftOf(const TBytes& file) {
         stream_->bytes = file;
-        DecodeAll();
-        const CMemoryWatch watch;
-        DecodeAll();
-        EXPECT_EQ(watch.GetLiveBlocks(), 0);
+        ExpectNothingLeftAgain([&] { DecodeAll(); });
         EXPECT_EQ(ReferencesOf(stream_.Get()), 1);
     }
 
@@ -83,7 +81,7 @@ TEST_F(WavDecoderMemory, NothingIsLeftOfATruncatedFile) {
         SCOPED_TRACE("cut to " + std::to_string(size));
         TBytes file = SampleFile();
         file.resize(size);
-        ExpectNothingLeft(file);
+        ExpectNothingLeftOf(file);
     }
 }
 
@@ -93,7 +91,7 @@ TEST_F(WavDecoderMemory, NothingIsLeftOfADamagedFile) {
             SCOPED_TRACE("byte " + std::to_string(at) + " changed by " + std::to_string(change));
             TBytes file = SampleFile();
             file[at] = static_cast<std::uint8_t>(file[at] ^ change);
-            ExpectNothingLeft(file);
+            ExpectNothingLeftOf(file);
         }
     }
 }
@@ -107,10 +105,10 @@ TEST_F(WavDecoderMemory, NothingIsLeftWhenTheStreamFails) {
             SCOPED_TRACE("fails at " + std::to_string(at));
             stream_->fail = fault;
             stream_->failAt = static_cast<std::int64_t>(at);
-            ExpectNothingLeft(SampleFile());
+            ExpectNothingLeftOf(SampleFile());
             stream_->failAt.reset();
             stream_->failSeekAt = static_cast<std::int64_t>(at);
-            ExpectNothingLeft(SampleFile());
+            ExpectNothingLeftOf(SampleFile());
             stream_->failSeekAt.reset();
         }
     }
@@ -119,26 +117,8 @@ TEST_F(WavDecoderMemory, NothingIsLeftWhenTheStreamFails) {
 TEST_F(WavDecoderMemory, NothingIsLeftWhenTheStreamClaimsTooMuch) {
     for (const std::uint64_t exaggeration : {std::uint64_t{1}, std::uint64_t{100}, ~std::uint64_t{0} / 2}) {
         stream_->exaggeration = exaggeration;
-        ExpectNothingLeft(SampleFile());
+        ExpectNothingLeftOf(SampleFile());
     }
-}
-
-TEST_F(WavDecoderMemory, NothingIsLeftWhenTheEndOfTheStreamRaises) {
-    const TBytes file = SampleFile();
-    CTestListener listener([](IObject*) { Raise<CInvalidStateException>(streamfailures::kCannotRead); });
-    const auto endOfADecoder = [&] {
-        auto decoder = CreateAs<IWavChunkDecoder>(classid::CWavChunkDecoder);
-        auto stream = Make<CMemoryInputStream>();
-        stream->bytes = file;
-        stream->AddListener(&listener);
-        decoder->Connect(stream.Get());
-        stream.Reset();
-        ExpectRaises<CInvalidStateException>(streamfailures::kCannotRead, [&] { decoder.Reset(); });
-    };
-    endOfADecoder();
-    const CMemoryWatch watch;
-    endOfADecoder();
-    EXPECT_EQ(watch.GetLiveBlocks(), 0);
 }
 
 // The table of chunks.

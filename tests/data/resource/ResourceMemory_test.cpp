@@ -2,6 +2,7 @@
 #include "data/resource/ResourceTest.h"
 #include "support/Allocations.h"
 #include "support/Failures.h"
+#include "support/NothingLeft.h"
 
 #include <vorlund/Exception.h>
 
@@ -26,11 +27,7 @@ TEST_F(ResourceMemory, FailedLoadFreesItsBlock) {
         source->failAt = 10;
         ExpectRaises<CIOException>(streamfailures::kCannotRead, [&] { resource_->Load(selector); });
     };
-    // GoogleTest keeps memory of its first trace.
-    expectRaises();
-    const CMemoryWatch watch;
-    expectRaises();
-    EXPECT_EQ(watch.GetLiveBlocks(), 0);
+    ExpectNothingLeftAgain(expectRaises);
 }
 
 TEST_F(ResourceMemory, LoadHoldsTheDataAndNothingElse) {

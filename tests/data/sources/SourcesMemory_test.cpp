@@ -5,6 +5,7 @@
 
 #include "support/Allocations.h"
 #include "support/LibraryScope.h"
+#include "support/NothingLeft.h"
 
 #include <vorlund/RefPtr.h>
 
@@ -30,14 +31,14 @@ TEST_F(SourcesMemory, WholePlasmaFramesNeedNone) {
 }
 
 TEST_F(SourcesMemory, TheyGiveBackWhatTheyTake) {
-    const CMemoryWatch watch;
-    for (IObject* const object :
-         {NewObject<CCbVideoSource>(), NewObject<CPlasmaVideoGenerator>(), NewObject<CRandomGenerator>()}) {
-        const auto source = CRefPtr<IObject>::Adopt(object).Query<IInputStream>();
-        std::uint8_t bytes[16];
-        source->Read(bytes, sizeof bytes);
-    }
-    EXPECT_EQ(watch.GetLiveBlocks(), 0);
+    ExpectNothingLeft([] {
+        for (IObject* const object : {NewObject<CCbVideoSource>(), NewObject<CPlasmaVideoGenerator>(),
+                                      NewObject<CRandomGenerator>()}) {
+            const auto source = CRefPtr<IObject>::Adopt(object).Query<IInputStream>();
+            std::uint8_t bytes[16];
+            source->Read(bytes, sizeof bytes);
+        }
+    });
 }
 
 } // namespace

@@ -71,10 +71,10 @@ std::int64_t PrintFloat(char (&buffer)[kNumberCapacity], const TFormatDirective&
 #pragma GCC diagnostic pop
     if (length < 0) return 0;
 
-    // The point is the locale's, which may be several bytes: what is no letter, digit or sign.
+    // The point is the locale's, which may be several bytes: what is no digit, letter or sign of a number.
     const auto isPoint = [](char c) {
-        return c && !(c >= '0' && c <= '9') && !((c | 0x20) >= 'a' && (c | 0x20) <= 'z') && c != '+' &&
-               c != '-';
+        constexpr std::string_view kOthers("0123456789ABCDEFabcdefPpXx+-", 29);
+        return kOthers.find(c) == std::string_view::npos;
     };
     char* point = buffer;
     while (*point && !isPoint(*point)) ++point;

@@ -1,12 +1,12 @@
 #include <vorlund/DecodeReport.h>
 
 #include "vorlund/api/text/TextFormat.h"
+#include "vorlund/data/base/StreamChain.h"
 #include "vorlund/data/codecs/ClassNames.h"
 
 #include <vorlund/DataFormat.h>
 #include <vorlund/ObjectServices.h>
 #include <vorlund/RefPtr.h>
-#include <vorlund/StreamFilter.h>
 
 #include <algorithm>
 #include <iterator>
@@ -15,9 +15,6 @@
 
 namespace vorlund {
 namespace {
-
-/// More filters than this follow each other only in a ring, which has no end.
-constexpr std::size_t kMaxChain = 1000;
 
 bool IsEmpty(const CString& text) {
     return text.Length() == 0;
@@ -145,8 +142,7 @@ std::vector<TChainLink> ListChain(IInputStream& end) {
         const auto named = stream.Query<INamedLink>();
         links.push_back(
             {classId, named ? named->GetLinkName() : GetClassName(classId), stream->GetFormat().id});
-        const auto filter = stream.Query<IInputStreamFilter>();
-        stream = CRefPtr<IInputStream>::Adopt(filter ? filter->GetInputStream() : nullptr);
+        stream = NextInChain(stream);
     }
     return links;
 }

@@ -1,32 +1,22 @@
+#include "vorlund/data/base/StreamChain.h"
 #include "vorlund/data/file/FileInputStream.h"
 #include "vorlund/data/file/FileOutputStream.h"
 
 #include <vorlund/RefPtr.h>
 #include <vorlund/StreamErrors.h>
-#include <vorlund/StreamFilter.h>
 
+#include <cstddef>
 #include <utility>
 
 namespace vorlund {
 namespace {
 
-/// More filters than this follow each other only in a ring, which has no end.
-constexpr int kMaxFilters = 1000;
-
-IInputStream* NextOf(IInputStreamFilter& filter) {
-    return filter.GetInputStream();
-}
-IOutputStream* NextOf(IOutputStreamFilter& filter) {
-    return filter.GetOutputStream();
-}
-
 /// The stream at the end of the chain that begins with `stream`, when it is a `TFile`, the library's own
 /// class; else empty.
-template <class TFile, class TFilter, class TStream> CRefPtr<TFile> FindFile(TStream& stream) {
+template <class TFile, class TStream> CRefPtr<TFile> FindFile(TStream& stream) {
     auto end = CRefPtr<TStream>::Share(&stream);
-    for (int i = 0; i < kMaxFilters; ++i) {
-        const auto filter = end.template Query<TFilter>();
-        auto next = CRefPtr<TStream>::Adopt(filter ? NextOf(*filter) : nullptr);
+    for (std::size_t i = 0; i < kMaxChain; ++i) {
+        auto next = NextInChain(end);
         if (!next) break;
         end = std::move(next);
     }
@@ -36,13 +26,13 @@ template <class TFile, class TFilter, class TStream> CRefPtr<TFile> FindFile(TSt
 }
 
 CRefPtr<CFileOutputStream> FindOutputFile(IOutputStream& stream) {
-    return FindFile<CFileOutputStream, IOutputStreamFilter>(stream);
+    return FindFile<CFileOutputStream>(stream);
 }
 
 } // namespace
 
 std::uint32_t GetReadError(IInputStream& stream) {
-    const auto file = FindFile<CFileInputStream, IInputStreamFilter>(stream);
+    const auto file = FindFile<CFileInputStream>(stream);
     return file ? file->GetReadError() : 0;
 }
 

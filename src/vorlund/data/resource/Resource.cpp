@@ -154,7 +154,7 @@ bool CResource::WriteAt(std::uint64_t position, const void* buffer, std::uint64_
     CByteBlock former;
     if (!data_.Grow(used, end, former)) return false;
     if (position > used) std::memset(data_.Get() + used, 0, static_cast<std::size_t>(position - used));
-    if (size > 0) std::memmove(data_.Get() + position, buffer, static_cast<std::size_t>(size));
+    std::memmove(data_.Get() + position, buffer, static_cast<std::size_t>(size));
     size_ = std::max(used, end);
     return true;
 }

@@ -29,8 +29,9 @@ public:
     void SetSize(std::uint64_t size) override;
     void Unlock() override;
 
-    /// Stores `size` bytes from `position` on; a gap before them is filled with zeros. The caller holds the
-    /// write lock. `buffer` may point into the data. False when there is no memory; nothing is then changed.
+    /// Stores `size` bytes, at least one, from `position` on; a gap before them is filled with zeros. The
+    /// caller holds the write lock. `buffer` may point into the data. False when there is no memory; nothing
+    /// is then changed.
     bool WriteAt(std::uint64_t position, const void* buffer, std::uint64_t size);
 
 private:
