@@ -21,7 +21,7 @@ from collections import Counter
 FLOORS = {
     "api/platform": "NamesBegin NamesEnd Platform",
     "api/text": "",
-    "api/values": "ClassObject Debug Exception FormatArguments Id String",
+    "api/values": "ClassObject Debug Exception FormatArguments Id String Version",
     "math": "InlineArithmetic Matrix Vector",
     "system": "BinaryLock Event ReadWriteLock Timer",
     "api/objects": "ClassIds Object ObjectCounter ObjectImpl RefPtr",
@@ -34,8 +34,8 @@ FLOORS = {
     "data/filters": "AudioPcmConverters SetFormatIsf WavDecoder",
     "devices": "AudioClip Bitmap Device DeviceClassStore MediaControl MediaObjects PropertyPage VideoClip VideoOutput VideoWindow",
     "serial": "BufferedReader CharFormat LineReader Reader TextReader TextWriter VarReader VarWriter Writer",
-    "api/plugins": "Plugin PluginReport PluginStore",
-    "api": "ClassStore ObjectServices Version Vorlund",
+    "api/plugins": "Plugin PluginInfo PluginReport PluginStore",
+    "api": "ClassStore ObjectServices Vorlund",
 }
 UPWARD = "include/vorlund/ObjectServices.h"
 

@@ -123,7 +123,7 @@ protected:
         for (std::string word; words >> word;) {
             // The separator of the system, as the program's messages have it.
             word = Replace(word, "{here}/", At(""));
-            word = Replace(word, "{plugin}", BesideProgram("window-output").string());
+            word = Replace(word, "{plugin}", BesideProgram("vorlund-plugins").string());
             arguments.push_back(word == "''" ? std::string() : word);
         }
         return arguments;
@@ -158,7 +158,7 @@ protected:
         if (transcript.Has("@win32\n") && !IsWindows()) return false;
         if (transcript.Has("@posix\n") && IsWindows()) return false;
         return !transcript.Has("@display\n") ||
-               ((IsWindows() || std::getenv("DISPLAY")) && exists(BesideProgram("window-output")));
+               ((IsWindows() || std::getenv("DISPLAY")) && exists(BesideProgram("vorlund-plugins")));
     }
 
 private:

@@ -11,7 +11,8 @@ namespace vorlund::test {
 namespace {
 
 TChildEnd RunWindow(std::vector<std::string> options) {
-    std::vector<std::string> arguments = {"--plugin-path", BesideProgram("window-output").string(), "window"};
+    std::vector<std::string> arguments = {"--plugin-path", BesideProgram("vorlund-plugins").string(),
+                                          "window"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     return RunChild("vorlund", {.arguments = arguments});
 }

@@ -35,7 +35,7 @@ win*)
     for file in vorlund.dll "$unwinder" libstdc++-6.dll libwinpthread-1.dll; do
         test -f "$prefix/bin/$file"
     done
-    if [[ -e $folder/bin/sndfile ]]; then
+    if [[ -e $folder/bin/vorlund-plugins/sndfile.dll ]]; then
         # With the library that it needs, replaceable, its licences and how it is built.
         for file in lib/vorlund/plugins/{sndfile.dll,libsndfile.dll} share/doc/Vorlund/sndfile/{codecs.sh,libsndfile-COPYING.txt}; do
             test -f "$prefix/$file"
@@ -50,7 +50,7 @@ win*)
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/plugin_host.exe"
     ;;
 linux | linux-arm64)
-    [[ ! -e $folder/bin/sndfile ]] || test -f "$prefix/lib/vorlund/plugins/sndfile.so"
+    [[ ! -e $folder/bin/vorlund-plugins/sndfile.so ]] || test -f "$prefix/lib/vorlund/plugins/sndfile.so"
     compiler=g++ nm=nm
     target_launcher native "$folder"
     options+=(-DCMAKE_PREFIX_PATH="$prefix")

@@ -60,7 +60,7 @@ inline std::vector<TSoundRow> LoadRows() {
 class SndfileTest : public testing::Test {
 protected:
     SndfileTest() {
-        store_.AddPluginPath(ToVorlund(BesideProgram("sndfile")).c_str());
+        store_.AddPluginPath(ToVorlund(BesideProgram("vorlund-plugins")).c_str());
         store_.LoadPlugin(VRL_L("sndfile"));
     }
     ~SndfileTest() override { store_.Close(); }

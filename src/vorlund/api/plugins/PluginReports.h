@@ -1,6 +1,9 @@
 // What came of each file that the plug-in store looked at.
 #pragma once
 
+#include "vorlund/api/objects/Registrations.h"
+
+#include <vorlund/PluginInfo.h>
 #include <vorlund/PluginReport.h>
 
 #include <cstddef>
@@ -12,7 +15,13 @@ namespace vorlund {
 struct TPluginResult {
     TPluginOutcome outcome = PLUGIN_BEGUN;
     std::int32_t code = 0;
+    CString detail = {};
+    TExceptionType exceptionType = EXCEPTION_TYPE_GENERIC;
+    CString exceptionMethod = {};
 };
+
+/// `PLUGIN_RAISED` with what the exception says that is being handled. Raises `std::bad_alloc`.
+TPluginResult DescribeRaised();
 
 /// One report for each path, in the order of their first attempts. None is ever removed, so a place stays the
 /// same while plug-ins run.
@@ -22,20 +31,27 @@ public:
     std::size_t Begin(const CString& path);
     /// Whether something was ever reported of `path`.
     bool Has(const CString& path) const;
-    void Set(std::size_t place, const TPluginResult& result) noexcept;
+    /// What the file says of itself. Raises `std::bad_alloc`.
+    void SetInfo(std::size_t place, const TPluginInfoRecord& record);
+    /// What its init entry has noted; without memory for it, less.
+    void SetNotes(std::size_t place, const registrations::TNotes& notes) noexcept;
+    bool HasItems(std::size_t place) const { return !items_[place].items.empty(); }
+    void Set(std::size_t place, TPluginResult result) noexcept;
 
     std::size_t GetCount() const { return items_.size(); }
     TPluginReport Get(std::size_t place) const;
 
 private:
-    struct TItem {
-        CString path;
-        TPluginResult result;
-    };
-    std::vector<TItem> items_;
+    std::vector<TPluginReport> items_;
 };
 
 /// The outcome in words.
 const wchar* DescribeOutcome(TPluginOutcome outcome);
+
+/// Text of others, which may hold anything, for people: what would control a terminal becomes "?".
+wstring MakePrintable(wstring text);
+
+/// The version in words: "0.1.0".
+wstring DescribeVersion(std::int32_t number);
 
 } // namespace vorlund
