@@ -164,7 +164,7 @@ std::vector<std::string>::iterator FindCommand(std::vector<std::string>& words) 
 }
 
 std::string Ask(const std::string& suggestion) {
-    return suggestion.empty() ? "" : ", did you mean '" + suggestion + "'?";
+    return suggestion.empty() ? "; " : "; did you mean '" + suggestion + "'? ";
 }
 
 /// What is wrong, where it is a word that does not exist; empty for other faults.
@@ -173,7 +173,7 @@ std::string FindUnknownWord(const CLI::App& program, std::vector<std::string>& w
     const auto command = FindCommand(words);
     if (command != words.end() && !Has(commands, *command))
         return "There is no command and no file '" + *command + "'" +
-               Ask(FindSuggestion(*command, commands)) + "; --help lists the commands";
+               Ask(FindSuggestion(*command, commands)) + "--help lists the commands";
     for (const std::string& word : program.remaining(true)) {
         if (!word.starts_with("--") || word == "--") continue;
         std::vector<std::string> options;
@@ -181,7 +181,7 @@ std::string FindUnknownWord(const CLI::App& program, std::vector<std::string>& w
         for (const CLI::App* const chosen : program.get_subcommands()) AddOptionNames(*chosen, options);
         const std::string nearest = FindSuggestion(word.substr(2, word.find('=') - 2), options);
         return "There is no option '" + word + "'" + Ask(nearest.empty() ? nearest : "--" + nearest) +
-               "; --help tells the options";
+               "--help tells the options";
     }
     return {};
 }

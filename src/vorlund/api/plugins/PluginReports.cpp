@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <exception>
 #include <iterator>
+#include <new>
+#include <string_view>
 #include <utility>
 
 namespace vorlund {
@@ -33,6 +35,10 @@ constexpr const wchar* kReasons[] = {
     VRL_L("it was built for another version of the library"),
 };
 static_assert(std::size(kReasons) == PLUGIN_INCOMPATIBLE + 1);
+
+const wchar* OrEmpty(const wchar* text) {
+    return text ? text : VRL_L("");
+}
 
 /// Whether a unit of UTF-16 would control a terminal, or the direction of the text around it.
 bool IsControl(wchar unit) {
@@ -65,11 +71,12 @@ TPluginResult DescribeRaised() {
     try {
         throw;
     } catch (const CException& raised) {
-        result.detail = raised.GetReason();
+        result.detail = OrEmpty(raised.GetReason());
         result.exceptionType = raised.GetType();
-        result.exceptionMethod = raised.GetMethod();
+        result.exceptionMethod = OrEmpty(raised.GetMethod());
     } catch (const std::exception& raised) {
-        result.detail = raised.what();
+        const std::string_view what = raised.what();
+        result.detail.assign(what.begin(), what.end());
     } catch (...) {
         // It says nothing.
     }
@@ -80,12 +87,15 @@ std::size_t CPluginReports::Begin(const CString& path) {
     const auto found = std::find_if(items_.begin(), items_.end(),
                                     [&path](const TPluginReport& item) { return item.path == path; });
     const auto place = static_cast<std::size_t>(found - items_.begin());
-    if (found == items_.end()) items_.emplace_back();
     TPluginReport report;
     report.path = path;
-    report.loads = items_[place].loads;
     report.reason = DescribeOutcome(report.outcome);
-    items_[place] = std::move(report);
+    if (found == items_.end()) {
+        items_.push_back(report);
+    } else {
+        report.loads = found->loads;
+        *found = std::move(report);
+    }
     return place;
 }
 
@@ -103,25 +113,27 @@ void CPluginReports::SetInfo(std::size_t place, const TPluginInfoRecord& record)
     report.hasInfo = true;
 }
 
-void CPluginReports::SetNotes(std::size_t place, const registrations::TNotes& notes) noexcept try {
+void CPluginReports::SetNotes(std::size_t place, const registrations::TNotes& notes) {
     TPluginReport& report = items_[place];
     report.libraries = notes.libraries.c_str();
     for (const registrations::TItem& item : notes.items)
         report.items.push_back(
             {static_cast<TPluginItemKind>(item.kind), item.classId, FindName(notes.items, item.classId)});
-} catch (...) {
-    // What is there is kept.
 }
 
-void CPluginReports::Set(std::size_t place, TPluginResult result) noexcept {
+void CPluginReports::Set(std::size_t place, const TPluginResult& result) noexcept {
     TPluginReport& report = items_[place];
     report.outcome = result.outcome;
     report.code = result.code;
     report.reason = DescribeOutcome(result.outcome);
-    report.detail = std::move(result.detail);
     report.exceptionType = result.exceptionType;
-    report.exceptionMethod = std::move(result.exceptionMethod);
     if (result.outcome == PLUGIN_LOADED) ++report.loads;
+    try {
+        if (!result.detail.empty()) report.detail = result.detail.c_str();
+        if (!result.exceptionMethod.empty()) report.exceptionMethod = result.exceptionMethod.c_str();
+    } catch (const std::bad_alloc&) {
+        // The outcome is there.
+    }
 }
 
 TPluginReport CPluginReports::Get(std::size_t place) const {

@@ -11,13 +11,13 @@
 
 namespace vorlund {
 
-/// How an attempt ended.
+/// How an attempt ended. One without texts takes no memory.
 struct TPluginResult {
     TPluginOutcome outcome = PLUGIN_BEGUN;
     std::int32_t code = 0;
-    CString detail = {};
+    wstring detail = {};
     TExceptionType exceptionType = EXCEPTION_TYPE_GENERIC;
-    CString exceptionMethod = {};
+    wstring exceptionMethod = {};
 };
 
 /// `PLUGIN_RAISED` with what the exception says that is being handled. Raises `std::bad_alloc`.
@@ -33,10 +33,11 @@ public:
     bool Has(const CString& path) const;
     /// What the file says of itself. Raises `std::bad_alloc`.
     void SetInfo(std::size_t place, const TPluginInfoRecord& record);
-    /// What its init entry has noted; without memory for it, less.
-    void SetNotes(std::size_t place, const registrations::TNotes& notes) noexcept;
+    /// What its init entry has noted. Raises `std::bad_alloc`.
+    void SetNotes(std::size_t place, const registrations::TNotes& notes);
     bool HasItems(std::size_t place) const { return !items_[place].items.empty(); }
-    void Set(std::size_t place, TPluginResult result) noexcept;
+    /// Texts for which there is no memory are left out.
+    void Set(std::size_t place, const TPluginResult& result) noexcept;
 
     std::size_t GetCount() const { return items_.size(); }
     TPluginReport Get(std::size_t place) const;

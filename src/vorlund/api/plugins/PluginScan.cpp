@@ -52,9 +52,9 @@ public:
 
 private:
     /// A text of a message, which may hold anything: for people, and up to its end in any case.
-    template <std::size_t kRoom> static CString ReadText(const char16_t (&text)[kRoom]) {
+    template <std::size_t kRoom> static wstring ReadText(const char16_t (&text)[kRoom]) {
         const wstring units(text, std::find(text, text + kRoom, u'\0'));
-        return MakePrintable(units).c_str();
+        return MakePrintable(units);
     }
 
     static constexpr std::size_t kSize = 3 * sizeof(TMessage);

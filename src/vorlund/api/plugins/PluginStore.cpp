@@ -188,18 +188,28 @@ struct CPluginStore::TData {
         } catch (const std::bad_alloc&) {
             throw;
         } catch (...) {
-            reports.Set(place, DescribeRaised());
+            ReportRaised(place);
             if (failureMode == PLUGIN_FAILURE_PASSES_ON) throw;
             return PLUGIN_RAISED;
         }
     }
 
 private:
+    /// Reports the exception that is being handled; without memory, less of it.
+    void ReportRaised(std::size_t place) noexcept {
+        reports.Set(place, {PLUGIN_RAISED});
+        try {
+            reports.Set(place, DescribeRaised());
+        } catch (const std::bad_alloc&) {
+            // The outcome is there.
+        }
+    }
+
     /// What the file is, without running any of it; `PLUGIN_BEGUN` when it may be loaded.
     TPluginResult Examine(const CString& path, std::size_t place) {
         const CImageFile image(path);
         const TImageLook look = image.Look();
-        const CString detail(look.detail.c_str());
+        const wstring detail(look.detail.begin(), look.detail.end());
         switch (look.kind) {
         case TImageKind::Plugin:
             break;
@@ -219,10 +229,9 @@ private:
         reports.SetInfo(place, *info);
         const std::int32_t library = vorlund::GetVersion().number;
         if (IsPluginCompatible(info->libraryVersion, library)) return {};
-        return {
-            PLUGIN_INCOMPATIBLE, 0,
-            (DescribeVersion(info->libraryVersion) + VRL_L(", and this one is ") + DescribeVersion(library))
-                .c_str()};
+        return {PLUGIN_INCOMPATIBLE, 0,
+                DescribeVersion(info->libraryVersion) + VRL_L(", and this one is ") +
+                    DescribeVersion(library)};
     }
 
     TPluginResult TryToLoad(const CString& path, const CString& name, std::size_t place) {
@@ -236,21 +245,23 @@ private:
         pluginmodule::TRefusal refusal;
         void* const module = pluginmodule::Load(path, refusal);
         if (!module && !refusal.missing.empty())
-            return {PLUGIN_MISSING_LIBRARY, refusal.error, refusal.missing.c_str()};
-        if (!module) return {PLUGIN_NOT_LOADABLE, refusal.error, refusal.text.c_str()};
+            return {PLUGIN_MISSING_LIBRARY, refusal.error, refusal.missing};
+        if (!module) return {PLUGIN_NOT_LOADABLE, refusal.error, refusal.text};
         const auto init = pluginmodule::FindInitEntry(module);
         const auto close = pluginmodule::FindCloseEntry(module);
         if (!init || !close) {
             pluginmodule::Unload(module);
             return {PLUGIN_NO_ENTRY};
         }
-        if (!Initialize(init, place)) {
+        registrations::TNotes notes;
+        if (!Initialize(init, notes, place)) {
             // What it has registered all the same points into it.
-            if (failureMode == PLUGIN_FAILURE_PASSES_ON || !reports.HasItems(place))
-                pluginmodule::Unload(module);
+            if (failureMode == PLUGIN_FAILURE_PASSES_ON || notes.items.empty()) pluginmodule::Unload(module);
+            reports.SetNotes(place, notes);
             return {PLUGIN_DECLINED};
         }
         try {
+            reports.SetNotes(place, notes);
             plugins.push_back({module, init, close, name});
         } catch (...) {
             close();
@@ -260,16 +271,17 @@ private:
         return {PLUGIN_LOADED};
     }
 
-    /// Calls the init entry, and reports what it registers, whatever comes of it.
-    bool Initialize(pluginmodule::TInitEntry init, std::size_t place) {
-        registrations::TNotes notes;
+    /// Calls the init entry, and takes what it notes.
+    bool Initialize(pluginmodule::TInitEntry init, registrations::TNotes& notes, std::size_t place) {
         const registrations::CTaker taker(notes);
         try {
-            const bool isWanted = init();
-            reports.SetNotes(place, notes);
-            return isWanted;
+            return init();
         } catch (...) {
-            reports.SetNotes(place, notes);
+            try {
+                reports.SetNotes(place, notes);
+            } catch (const std::bad_alloc&) {
+                // What the plug-in has raised is what passes on.
+            }
             throw;
         }
     }
