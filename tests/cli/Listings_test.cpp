@@ -209,6 +209,8 @@ TEST_F(Listings, UnknownWordsGetASuggestion) {
          "There is no option '--foramt'; did you mean '--format'? --help tells the options"},
         {{"--plugin-pat=x", "random", "1"},
          "There is no option '--plugin-pat=x'; did you mean '--plugin-path'? --help tells the options"},
+        {{"decode", "-x.wav"},
+         "There is no option '-x.wav'; a file of that name is './-x.wav'; --help tells the options"},
         {{"--frob"}, "There is no option '--frob'; --help tells the options"},
     };
     for (const auto& row : rows) {

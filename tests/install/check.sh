@@ -48,6 +48,10 @@ win*)
     test "$($objdump -p "$work/build/plugins/consumer_plugin.dll" |
         sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] //p' | LC_ALL=C sort)" = "$entries"
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/plugin_host.exe"
+    if [[ -e $prefix/lib/vorlund/plugins/sndfile.dll ]]; then
+        flac --totally-silent "$recording" -o "$work/recording.flac"
+        WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/installed_host.exe" "$recording" "$work/recording.flac"
+    fi
     ;;
 linux | linux-arm64)
     [[ ! -e $folder/bin/vorlund-plugins/sndfile.so ]] || test -f "$prefix/lib/vorlund/plugins/sndfile.so"
@@ -68,6 +72,10 @@ linux | linux-arm64)
     test "$($nm -D --defined-only --format=posix "$work/build/plugins/consumer_plugin.so" | sed '/ A /d; s/ .*//' |
         LC_ALL=C sort)" = "$entries"
     "${launcher[@]}" "$work/build/plugin_host"
+    if [[ -e $prefix/lib/vorlund/plugins/sndfile.so ]]; then
+        flac --totally-silent "$recording" -o "$work/recording.flac"
+        "${launcher[@]}" "$work/build/installed_host" "$recording" "$work/recording.flac"
+    fi
 
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
     test "$(pkg-config --modversion vorlund)" = "$version"

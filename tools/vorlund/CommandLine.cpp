@@ -175,7 +175,10 @@ std::string FindUnknownWord(const CLI::App& program, std::vector<std::string>& w
         return "There is no command and no file '" + *command + "'" +
                Ask(FindSuggestion(*command, commands)) + "--help lists the commands";
     for (const std::string& word : program.remaining(true)) {
-        if (!word.starts_with("--") || word == "--") continue;
+        if (word.size() < 2 || word[0] != '-' || word == "--") continue;
+        if (word[1] != '-')
+            return "There is no option '" + word + "'; a file of that name is './" + word +
+                   "'; --help tells the options";
         std::vector<std::string> options;
         AddOptionNames(program, options);
         for (const CLI::App* const chosen : program.get_subcommands()) AddOptionNames(*chosen, options);

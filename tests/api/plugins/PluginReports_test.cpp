@@ -7,6 +7,7 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/DecoderSupport.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/PluginInfo.h>
 #include <vorlund/PluginStore.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/Version.h>

@@ -137,7 +137,7 @@ TImageLook CImageFile::Look() const {
         return {TImageKind::OtherMachine, DescribeMachine(header)};
     if (!IsForThisProcess(header) || header.e_phnum > kMaxSegments) return {TImageKind::NoLibrary};
     TSegments segments(header.e_phnum);
-    const std::uint64_t size = segments.size() * sizeof(TSegment);
+    const std::size_t size = segments.size() * sizeof(TSegment);
     if (!Read(header.e_phoff, segments.data(), size)) return LackOfBytes({header.e_phoff, size});
     for (const TSegment& segment : segments)
         if (!Has(segment.p_offset, segment.p_filesz))

@@ -121,7 +121,7 @@ TImageLook CImageFile::Look() const {
     const IMAGE_OPTIONAL_HEADER& image = headers.OptionalHeader;
     if (!Has(0, image.SizeOfHeaders)) return LackOfBytes({0, image.SizeOfHeaders});
     TSections sections(headers.FileHeader.NumberOfSections);
-    const std::uint64_t size = sections.size() * sizeof(TSection);
+    const std::size_t size = sections.size() * sizeof(TSection);
     if (!Read(at + sizeof(headers), sections.data(), size)) return LackOfBytes({at + sizeof(headers), size});
     for (const TSection& section : sections)
         if (section.PointerToRawData != 0 && !Has(section.PointerToRawData, section.SizeOfRawData))
