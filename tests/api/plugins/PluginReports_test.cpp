@@ -165,6 +165,8 @@ TEST_F(PluginReports, FolderWithoutPluginsIsReportedWithoutObjects) {
     Write("text", "no library");
     Write("cut", image_.substr(0, image_.size() / 4));
     WriteFile(folder_.At("note.txt"), "nobody's");
+    // What lies beside the test program.
+    store_.ClearPluginPaths();
     const int before = CreateAs<IObjectList>(classid::CObjectList)->GetObjectNumber();
     LoadAll();
     EXPECT_EQ(CreateAs<IObjectList>(classid::CObjectList)->GetObjectNumber(), before + 1);

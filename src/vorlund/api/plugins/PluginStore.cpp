@@ -163,15 +163,12 @@ struct CPluginStore::TData {
         });
     }
 
-    bool HasPlugins() const {
-        return AnyCandidate([](const CString& path) { return CImageFile(path).IsPlugin(); });
-    }
-
-    /// Reports what the candidates are, where none of them is a plug-in.
-    void ReportOthers() {
-        AnyCandidate([this](const CString& path) {
-            const std::size_t place = reports.Begin(path);
-            reports.Set(place, Examine(path, place));
+    /// Whether any folder has a plug-in. What the candidates before it are is reported.
+    bool FindPlugin() {
+        return AnyCandidate([this](const CString& path) {
+            const TPluginResult result = Judge(CImageFile(path).Look());
+            if (result.outcome == PLUGIN_BEGUN) return true;
+            reports.Set(reports.Begin(path), result);
             return false;
         });
     }
@@ -205,10 +202,8 @@ private:
         }
     }
 
-    /// What the file is, without running any of it; `PLUGIN_BEGUN` when it may be loaded.
-    TPluginResult Examine(const CString& path, std::size_t place) {
-        const CImageFile image(path);
-        const TImageLook look = image.Look();
+    /// What a look at a file means; `PLUGIN_BEGUN` when it may be loaded.
+    static TPluginResult Judge(const TImageLook& look) {
         const wstring detail(look.detail.begin(), look.detail.end());
         switch (look.kind) {
         case TImageKind::Plugin:
@@ -224,6 +219,15 @@ private:
         case TImageKind::OneEntry:
             return {PLUGIN_NO_ENTRY, 0, detail};
         }
+        return {};
+    }
+
+    /// What the file is, and whether its record fits, without running any of it; `PLUGIN_BEGUN` when it may
+    /// be loaded.
+    TPluginResult Examine(const CString& path, std::size_t place) {
+        const CImageFile image(path);
+        TPluginResult refused = Judge(image.Look());
+        if (refused.outcome != PLUGIN_BEGUN) return refused;
         const std::optional<TPluginInfoRecord> info = image.ReadInfo();
         if (!info) return {};
         reports.SetInfo(place, *info);
@@ -389,11 +393,7 @@ TPluginOutcome CPluginStore::LoadPluginFile(const wchar* path) {
 void CPluginStore::LoadAvailablePlugins() {
     // The enumeration makes an object of every file in the folders. It begins only where there is a plug-in,
     // so that the first object of an application without plug-ins is number 1.
-    TData& data = TData::Of(data_);
-    if (!data.HasPlugins()) {
-        data.ReportOthers();
-        return;
-    }
+    if (!TData::Of(data_).FindPlugin()) return;
     ForEachText(EnumerateAvailablePlugins(), [this](const CString& name) { LoadPlugin(name); });
 }
 
