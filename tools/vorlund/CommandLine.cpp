@@ -202,7 +202,6 @@ TCommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
     app.add_flag("--version", isVersion, "Print the version of the library and exit");
     app.add_flag("-v,--verbose", isVerbose,
                  "With --version: the build, the plug-ins and the libraries that they use, too");
-    app.footer("FILE alone is decoded. These options may stand behind the command too.");
     // A word that begins with "/" is a path on every system.
     app.allow_windows_style_options(false);
 
@@ -223,6 +222,8 @@ TCommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
     AddListing(app, line, "plugins", "List the plug-ins, and why others are not loaded", &RunPlugins);
     AddRandomCommand(app, line.command);
     AddWindowCommand(app, line.command);
+    // Behind the commands, which would take it over.
+    app.footer("FILE alone is decoded. These options may stand behind the command too.");
 
     std::vector<std::string> words = arguments;
     const auto command = FindCommand(words);

@@ -78,7 +78,9 @@ TEST_P(PluginSections, AreLookedAt) {
     GetParam().change(image);
     const auto info = ReadInfo(image.GetBytes());
     ASSERT_EQ(info.has_value(), GetParam().isFound);
-    if (info) EXPECT_STREQ(info->name, "name");
+    if (info) {
+        EXPECT_STREQ(info->name, "name");
+    }
 }
 
 const TRow kRows[] = {
@@ -119,8 +121,9 @@ TEST(PluginSectionsFile, EveryTurnedByteIsHarmless) {
         std::string damaged = bytes;
         damaged[i] = static_cast<char>(~damaged[i]);
         // What is found is whole.
-        if (const auto info = ReadInfo(damaged))
+        if (const auto info = ReadInfo(damaged)) {
             EXPECT_LT(std::string(info->licence).size(), sizeof info->licence);
+        }
     }
 }
 
