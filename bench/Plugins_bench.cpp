@@ -5,6 +5,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -54,6 +55,24 @@ void InitAndClose(benchmark::State& state) {
 }
 
 BENCHMARK(InitAndClose)->Arg(0)->Arg(1)->Arg(50);
+
+#ifdef VORLUND_BENCH_PROGRAM
+
+/// The whole program: its start, the looks at the files, their loading, the table, its end.
+void ListPlugins(benchmark::State& state) {
+    const CFolder folder(static_cast<int>(state.range(0)));
+    const std::string output = (fs::temp_directory_path() / "vorlund-bench-plugins.txt").string();
+    const std::string command = VORLUND_BENCH_PROGRAM " --no-plugins --plugin-path " +
+                                PathToUtf8(folder.GetPath().c_str()) + " plugins >" + output;
+    for (auto _ : state) {
+        if (std::system(command.c_str()) != 0) state.SkipWithError("the program fails");
+    }
+    fs::remove(output);
+}
+
+BENCHMARK(ListPlugins)->Arg(0)->Arg(50)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+#endif
 
 #ifdef VORLUND_BENCH_DLFCN
 

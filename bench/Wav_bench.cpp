@@ -5,6 +5,7 @@
 
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
+#include <vorlund/DecodeReport.h>
 #include <vorlund/Exception.h>
 #include <vorlund/Path.h>
 #include <vorlund/RefPtr.h>
@@ -90,6 +91,17 @@ void OpenVorlund(benchmark::State& state, const std::string CFiles::*file) {
     }
 }
 
+/// The same with a choice of decoders, and a report or none: none costs nothing.
+void OpenReported(benchmark::State& state, bool hasReport) {
+    const bench::CLibrary library;
+    const wstring path = PathFromUtf8(Files().small.c_str());
+    CDecodeReport report;
+    const TDecoderChoice choice{.report = hasReport ? &report : nullptr};
+    for (auto _ : state) {
+        v.GetCodecClassStore().DecodeFile(path.c_str(), TDataFormat_AudioPcm::FormatId, choice)->Release();
+    }
+}
+
 void RejectVorlund(benchmark::State& state) {
     const bench::CLibrary library;
     const wstring path = PathFromUtf8(Files().rejected.c_str());
@@ -120,6 +132,8 @@ BENCHMARK(ReadVorlund)->RangeMultiplier(4)->Arg(1024)->Arg(4096)->Arg(65536);
 BENCHMARK(ReadStdio)->Arg(1024)->Arg(4096)->Arg(65536);
 BENCHMARK_CAPTURE(OpenVorlund, Plain, &CFiles::small);
 BENCHMARK_CAPTURE(OpenVorlund, DozenChunks, &CFiles::chunks);
+BENCHMARK_CAPTURE(OpenReported, NoReport, false);
+BENCHMARK_CAPTURE(OpenReported, Report, true);
 BENCHMARK(RejectVorlund);
 BENCHMARK_CAPTURE(RaiseException, EmptyOutput, false);
 BENCHMARK_CAPTURE(RaiseException, DefaultOutput, true);

@@ -1,16 +1,18 @@
 /// \file
 /// The look at a file before it is loaded as a plug-in, over arbitrary bytes: it answers, and its answer fits
-/// the bytes.
+/// the bytes; so does the record by which a plug-in tells what it is.
 #include "FuzzFolder.h"
 #include "FuzzInput.h"
 
 #include "vorlund/api/plugins/PluginEntries.h"
 #include "vorlund/api/plugins/PluginImage.h"
+#include "vorlund/api/plugins/PluginReports.h"
 
 #include <vorlund/Path.h>
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -31,23 +33,55 @@ public:
         std::filesystem::remove(file_, ignored);
     }
 
-    bool IsPlugin(std::string_view bytes) {
-        std::ofstream(file_, std::ios::binary | std::ios::trunc)
-            .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        return CImageFile(path_.c_str()).IsPlugin();
+    TImageLook Look(std::string_view bytes) {
+        Write(bytes);
+        return CImageFile(path_.c_str()).Look();
+    }
+    bool IsPlugin(std::string_view bytes) { return Look(bytes).kind == TImageKind::Plugin; }
+    std::optional<TPluginInfoRecord> ReadInfo(std::string_view bytes) {
+        Write(bytes);
+        return CImageFile(path_.c_str()).ReadInfo();
     }
 
 private:
+    void Write(std::string_view bytes) const {
+        std::ofstream(file_, std::ios::binary | std::ios::trunc)
+            .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+
     const std::filesystem::path file_ = NewPath();
     const wstring path_ = PathFromUtf8(file_.string().c_str());
 };
+
+/// A record that was found lies in the file as it is, and can be shown.
+void CheckInfo(const std::optional<TPluginInfoRecord>& info, std::string_view bytes) {
+    if (!info) return;
+    const std::string_view record(reinterpret_cast<const char*>(&*info), sizeof(*info));
+    Check(bytes.find(record) != std::string_view::npos && bytes.find(kInfoSection) != std::string_view::npos);
+    CPluginReports reports;
+    const std::size_t place = reports.Begin(VRL_L("file"));
+    reports.SetInfo(place, *info);
+    const TPluginReport report = reports.Get(place);
+    for (const CString* const text : {&report.name, &report.version, &report.licence}) {
+        Check(text->Length() < sizeof(info->name));
+        for (const wchar* unit = text->GetBuffer(); *unit; ++unit)
+            Check(*unit >= ' ' && (*unit < 0x7F || *unit > 0x9F));
+    }
+    IsPluginCompatible(info->libraryVersion, VORLUND_VERSION);
+}
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static CImage image;
     const std::string bytes(reinterpret_cast<const char*>(data), size);
-    if (!image.IsPlugin(bytes)) return 0;
+    CheckInfo(image.ReadInfo(bytes), bytes);
+    const TImageLook look = image.Look(bytes);
+    // What is wanting is told.
+    const bool hasDetail = look.kind == TImageKind::OtherMachine || look.kind == TImageKind::Cut ||
+                           look.kind == TImageKind::OneEntry;
+    Check(look.detail.empty() != hasDetail);
+    if (look.kind != TImageKind::Plugin) return 0;
     const auto has = [&bytes](const char* name) { return bytes.find(name) != std::string::npos; };
     Check(has(kInitEntryName.symbol) && has(kCloseEntryName.symbol));
     // Tables for others may follow what is loaded.

@@ -116,6 +116,19 @@ struct TDecoderChoice {
     std::function<void(const CId& classId)> onCandidate = {};
 };
 
+/// A kind of file that the reports know by its first bytes. Since version 0.1.
+struct TKnownContainer {
+    /// As the reports name it: "FLAC".
+    CString name;
+    /// The plug-in that reads it, and the registered name of its decoder; empty where none is known.
+    CString plugin;
+    CString decoder;
+};
+
+/// The kinds of files that the reports know, each once. Any thread, at any time. Raises `std::bad_alloc`.
+/// Since version 0.1.
+VRL_API std::vector<TKnownContainer> ListKnownContainers();
+
 /// One stream of a chain. Since version 0.1.
 struct TChainLink {
     CId classId;

@@ -101,8 +101,19 @@ public:
     /// version 0.1.
     TPluginOutcome LoadPluginFile(const wchar* path);
 
-    /// The number of reports: one for each file that was looked at, with what came of it the last time, and
-    /// one for each folder to be warned of. Since version 0.1.
+    /// Sets what becomes of an exception that a plug-in raises from its init entry; at first
+    /// `PLUGIN_FAILURE_PASSES_ON`. Call it before `v.Init()`. With `PLUGIN_FAILURE_REPORTED` the plug-in
+    /// stays in the process, with what it has registered, and is not closed; so does one that returns false
+    /// after it has registered something. `std::bad_alloc` passes on all the same. Since version 0.1.
+    void SetFailureMode(TPluginFailureMode mode);
+
+    /// The number of folders that are searched, and folder `index`, as it was added; an empty text from the
+    /// number on. Since version 0.1.
+    unsigned int GetPluginPathCount() const;
+    CString GetPluginPath(unsigned int index) const;
+
+    /// The number of reports: one for each file of the folders that has the name of a plug-in, with what came
+    /// of it the last time, and one for each folder to be warned of. Since version 0.1.
     unsigned int GetReportCount() const;
 
     /// Report `index`, in the order in which the files were first looked at; an empty one, `PLUGIN_BEGUN`

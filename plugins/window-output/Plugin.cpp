@@ -2,9 +2,12 @@
 #include "WindowOutput.h"
 
 #include <vorlund/Plugin.h>
+#include <vorlund/PluginInfo.h>
 #include <vorlund/Vorlund.h>
 
 using namespace vorlund;
+
+VRL_PLUGIN_INFO("window-output", VORLUND_VERSION_STRING, "MIT")
 
 bool VrlInitPlugin() {
     v.GetClassStore().RegisterClassVrl(

@@ -21,7 +21,7 @@ from collections import Counter
 FLOORS = {
     "api/platform": "NamesBegin NamesEnd Platform",
     "api/text": "",
-    "api/values": "ClassObject Debug Exception FormatArguments Id String",
+    "api/values": "ClassObject Debug Exception FormatArguments Id String Version",
     "math": "InlineArithmetic Matrix Vector",
     "system": "BinaryLock Event ReadWriteLock Timer",
     "api/objects": "ClassIds Object ObjectCounter ObjectImpl RefPtr",
@@ -34,9 +34,9 @@ FLOORS = {
     "data/filters": "AudioPcmConverters SetFormatIsf WavDecoder",
     "devices": "AudioClip Bitmap Device DeviceClassStore MediaControl MediaObjects PropertyPage VideoClip VideoOutput VideoWindow",
     "serial": "BufferedReader CharFormat LineReader Reader TextReader TextWriter VarReader VarWriter Writer",
-    "api/plugins": "Plugin PluginReport PluginStore",
+    "api/plugins": "Plugin PluginInfo PluginReport PluginStore",
     "api/isolation": "IsolatedDecoder",
-    "api": "ClassStore ObjectServices Version Vorlund",
+    "api": "ClassStore ObjectServices Vorlund",
 }
 UPWARD = "include/vorlund/ObjectServices.h"
 

@@ -103,10 +103,11 @@ TEST_F(DecodeCommand, AFailureIsOneLineAndLeavesNoOutput) {
         std::string input;
         std::string line;
     } rows[] = {
-        {missing, "Cannot open '" + missing + "' for reading: there is no such file"},
-        {folder, "Cannot open '" + folder + "' for reading: it is a folder"},
-        {text, "Cannot decode '" + text + "': no loaded decoder knows this kind of file"},
-        {empty, "Cannot decode '" + empty + "': it is empty"},
+        {missing, "Cannot open '" + missing + "' for reading: there is no such file; check the name"},
+        {folder, "Cannot open '" + folder + "' for reading: it is a folder; name a file in it"},
+        {text, "Cannot decode '" + text +
+                   "': no loaded decoder knows this kind of file; 'vorlund codecs' lists what can be read"},
+        {empty, "Cannot decode '" + empty + "': it is empty; get it anew from where it comes"},
         {deep, "Cannot decode '" + deep +
                    "': WAV: Usupported bits per sample (bits 24); try the plug-in 'sndfile'"},
         {floats, "Cannot decode '" + floats +

@@ -1,4 +1,5 @@
 #include "cli/FailingReads.h"
+#include "cli/ProgramFolder.h"
 
 #include <cstdlib>
 
@@ -13,7 +14,7 @@ TChildEnd RunWithFailingReads(std::vector<std::string> arguments, std::int64_t l
     setenv("ASAN_OPTIONS", (former + ":verify_asan_link_order=0").c_str(), 1);
     setenv("VORLUND_TEST_READ_LIMIT", std::to_string(limit).c_str(), 1);
     setenv("VORLUND_TEST_READ_ERROR", isError ? "1" : "0", 1);
-    TChildEnd end = RunChild("vorlund", {.arguments = std::move(arguments)});
+    TChildEnd end = RunProgramAlone({.arguments = std::move(arguments)});
     unsetenv("LD_PRELOAD");
     unsetenv("VORLUND_TEST_READ_LIMIT");
     unsetenv("VORLUND_TEST_READ_ERROR");

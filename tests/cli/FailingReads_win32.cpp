@@ -1,4 +1,5 @@
 #include "cli/FailingReads.h"
+#include "cli/ProgramFolder.h"
 
 #include <cstdlib>
 
@@ -9,7 +10,7 @@ TChildEnd RunWithFailingReads(std::vector<std::string> arguments, std::int64_t l
     _putenv_s("VORLUND_TEST_READ_LIMIT", std::to_string(limit).c_str());
     _putenv_s("VORLUND_TEST_READ_ERROR", isError ? "1" : "0");
     arguments.insert(arguments.begin(), {"--plugin-path", BesideProgram("failingreads").string()});
-    TChildEnd end = RunChild("vorlund", {.arguments = std::move(arguments)});
+    TChildEnd end = RunProgramAlone({.arguments = std::move(arguments)});
     _putenv_s("VORLUND_TEST_READ_LIMIT", "");
     _putenv_s("VORLUND_TEST_READ_ERROR", "");
     std::erase(end.errors, '\r');

@@ -16,6 +16,12 @@
 
 namespace vorlund::test {
 
+/// Runs the program without the plug-ins that the build puts beside the library.
+inline TChildEnd RunProgramAlone(TChildOptions options) {
+    options.arguments.insert(options.arguments.begin(), "--no-plugins");
+    return RunChild("vorlund", options);
+}
+
 /// A folder of the test's own.
 class CProgramFolder : public testing::Test {
 protected:
@@ -46,7 +52,7 @@ protected:
     }
 
     static TChildEnd Run(std::vector<std::string> arguments) {
-        TChildEnd end = RunChild("vorlund", {.arguments = std::move(arguments)});
+        TChildEnd end = RunProgramAlone({.arguments = std::move(arguments)});
         std::erase(end.errors, '\r');
         return end;
     }

@@ -9,8 +9,9 @@ namespace vorlund::test {
 namespace {
 
 TChildEnd RunProgram(const CPluginFolder& folder) {
-    return RunChild("vorlund", {.arguments = {"--scan-plugins", "--plugin-path", folder.GetFolder().string(),
-                                              "random", "4", "-o", folder.At("out").string()}});
+    return RunChild("vorlund", {.arguments = {"--no-plugins", "--scan-plugins", "--plugin-path",
+                                              folder.GetFolder().string(), "random", "4", "-o",
+                                              folder.At("out").string()}});
 }
 
 TEST(ScanPlugins, PluginThatEndsItsProcessIsLeftOutAndNamed) {

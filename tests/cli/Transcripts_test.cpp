@@ -3,10 +3,10 @@
 //
 //   # text         a comment
 //   @win32         the next run is for this system only (@posix for the others); @display: it needs a display
-//   > arguments    a run; {here} is the folder of the input files, {plugin} that of the plug-in for windows
-//   exit 0         and what came of it: the exit code, the lines of both outputs, or the size and the hash of
-//   an out|, err|     output that is no text, and the files that are new or changed out 12 hash file NAME 12
-//   hash
+//   > arguments    a run, with --no-plugins in front; {here} is the folder of the input files, {plugin} that
+//   of the plug-in for windows exit 0         and what came of it: the exit code, the lines of both outputs,
+//   or the size and the hash of an out|, err|     output that is no text, and the files that are new or
+//   changed out 12 hash file NAME 12 hash
 //
 // With VORLUND_RECORD_TRANSCRIPTS=FOLDER in the environment, the files there are written anew from what the
 // program answers. The difference is part of the review.
@@ -123,7 +123,7 @@ protected:
         for (std::string word; words >> word;) {
             // The separator of the system, as the program's messages have it.
             word = Replace(word, "{here}/", At(""));
-            word = Replace(word, "{plugin}", BesideProgram("window-output").string());
+            word = Replace(word, "{plugin}", BesideProgram("vorlund-plugins").string());
             arguments.push_back(word == "''" ? std::string() : word);
         }
         return arguments;
@@ -132,7 +132,7 @@ protected:
     /// Runs the program over fresh inputs and writes down what came of it.
     std::string Play(const TTranscript& transcript) const {
         MakeInputs();
-        const TChildEnd end = RunChild("vorlund", {.arguments = GetArguments(transcript)});
+        const TChildEnd end = RunProgramAlone({.arguments = GetArguments(transcript)});
         std::string result = end.hasTimedOut ? "timed out\n"
                              : end.signal    ? "signal " + std::to_string(end.signal) + "\n"
                                              : "exit " + std::to_string(end.exitCode) + "\n";
@@ -158,7 +158,7 @@ protected:
         if (transcript.Has("@win32\n") && !IsWindows()) return false;
         if (transcript.Has("@posix\n") && IsWindows()) return false;
         return !transcript.Has("@display\n") ||
-               ((IsWindows() || std::getenv("DISPLAY")) && exists(BesideProgram("window-output")));
+               ((IsWindows() || std::getenv("DISPLAY")) && exists(BesideProgram("vorlund-plugins")));
     }
 
 private:

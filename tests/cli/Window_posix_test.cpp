@@ -9,9 +9,7 @@ namespace {
 
 TEST(WindowCommandWithoutDisplay, SaysSoInOneLine) {
     const CDisplayScope display(":54321");
-    const TChildEnd end = RunChild(
-        "vorlund",
-        {.arguments = {"--plugin-path", BesideProgram("window-output").string(), "window", "--frames", "1"}});
+    const TChildEnd end = RunChild("vorlund", {.arguments = {"window", "--frames", "1"}});
     EXPECT_EQ(end.exitCode, 1u);
     EXPECT_EQ(end.output, "");
     EXPECT_EQ(end.errors, "vorlund: The video device cannot open a window: is there a display?\n");

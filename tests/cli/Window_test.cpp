@@ -11,7 +11,7 @@ namespace vorlund::test {
 namespace {
 
 TChildEnd RunWindow(std::vector<std::string> options) {
-    std::vector<std::string> arguments = {"--plugin-path", BesideProgram("window-output").string(), "window"};
+    std::vector<std::string> arguments = {"window"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     return RunChild("vorlund", {.arguments = arguments});
 }
@@ -36,7 +36,7 @@ TEST(WindowCommand, ShowsFramesAndEndsByItself) {
 }
 
 TEST(WindowCommand, WithoutADeviceItSaysSoInOneLine) {
-    const TChildEnd end = RunChild("vorlund", {.arguments = {"window", "--frames", "1"}});
+    const TChildEnd end = RunChild("vorlund", {.arguments = {"--no-plugins", "window", "--frames", "1"}});
     EXPECT_FALSE(end.IsSuccess());
     EXPECT_EQ(end.output, "");
     EXPECT_EQ(end.errors.find("vorlund: There is no video device"), 0u) << end.errors;

@@ -10,7 +10,7 @@ constexpr const char* kRefused = "vorlund: Cannot write to the standard output\n
 class WriteFailures : public DecodeCommand {
 protected:
     static TChildEnd RunInto(TChildOutput output, std::vector<std::string> arguments) {
-        TChildEnd end = RunChild("vorlund", {.arguments = std::move(arguments), .output = output});
+        TChildEnd end = RunProgramAlone({.arguments = std::move(arguments), .output = output});
         std::erase(end.errors, '\r');
         return end;
     }

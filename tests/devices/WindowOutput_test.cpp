@@ -27,7 +27,7 @@ namespace {
 class CPluginScope {
 public:
     CPluginScope() {
-        store_.AddPluginPath(ToVorlund(BesideProgram("window-output")).c_str());
+        store_.AddPluginPath(ToVorlund(BesideProgram("vorlund-plugins")).c_str());
         store_.LoadPlugin(VRL_L("window-output"));
     }
     CPluginScope(const CPluginScope&) = delete;

@@ -4,6 +4,7 @@
 
 #include "faults/FaultPoints.h"
 #include "faults/Scenario.h"
+#include "support/ChildProcess.h"
 #include "support/DebugRecorder.h"
 
 #include <vorlund/Exception.h>
@@ -78,13 +79,16 @@ void Run(CResult& result, const std::vector<std::string>& words, const std::stri
     const fs::path path = files.folder / output;
     {
         const CPause pause;
-        arguments = {"vorlund"};
+        // The plug-ins beside this program, and not those beside the library of the build.
+        arguments = {"vorlund", "--no-plugins"};
+        if (const fs::path plugins = test::BesideProgram("plugins"); fs::exists(plugins))
+            arguments.insert(arguments.end(), {"--plugin-path", plugins.string()});
         arguments.insert(arguments.end(), words.begin(), words.end());
         for (std::string& argument : arguments) pointers.push_back(argument.data());
         pointers.push_back(nullptr);
         if (!output.empty()) fs::remove(path);
     }
-    const int code = RunMain(static_cast<int>(words.size() + 1), pointers.data());
+    const int code = RunMain(static_cast<int>(arguments.size()), pointers.data());
     const bool wasArmed = IsArmed();
     const bool failed = HasFailed();
     Disarm();

@@ -35,7 +35,7 @@ win*)
     for file in vorlund.dll "$unwinder" libstdc++-6.dll libwinpthread-1.dll; do
         test -f "$prefix/bin/$file"
     done
-    if [[ -e $folder/bin/sndfile ]]; then
+    if [[ -e $folder/bin/vorlund-plugins/sndfile.dll ]]; then
         # With the library that it needs, replaceable, its licences and how it is built.
         for file in lib/vorlund/plugins/{sndfile.dll,libsndfile.dll} share/doc/Vorlund/sndfile/{codecs.sh,libsndfile-COPYING.txt}; do
             test -f "$prefix/$file"
@@ -48,9 +48,13 @@ win*)
     test "$($objdump -p "$work/build/plugins/consumer_plugin.dll" |
         sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] //p' | LC_ALL=C sort)" = "$entries"
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/plugin_host.exe"
+    if [[ -e $prefix/lib/vorlund/plugins/sndfile.dll ]]; then
+        flac --totally-silent "$recording" -o "$work/recording.flac"
+        WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/installed_host.exe" "$recording" "$work/recording.flac"
+    fi
     ;;
 linux | linux-arm64)
-    [[ ! -e $folder/bin/sndfile ]] || test -f "$prefix/lib/vorlund/plugins/sndfile.so"
+    [[ ! -e $folder/bin/vorlund-plugins/sndfile.so ]] || test -f "$prefix/lib/vorlund/plugins/sndfile.so"
     compiler=g++ nm=nm
     target_launcher native "$folder"
     options+=(-DCMAKE_PREFIX_PATH="$prefix")
@@ -68,6 +72,10 @@ linux | linux-arm64)
     test "$($nm -D --defined-only --format=posix "$work/build/plugins/consumer_plugin.so" | sed '/ A /d; s/ .*//' |
         LC_ALL=C sort)" = "$entries"
     "${launcher[@]}" "$work/build/plugin_host"
+    if [[ -e $prefix/lib/vorlund/plugins/sndfile.so ]]; then
+        flac --totally-silent "$recording" -o "$work/recording.flac"
+        "${launcher[@]}" "$work/build/installed_host" "$recording" "$work/recording.flac"
+    fi
 
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
     test "$(pkg-config --modversion vorlund)" = "$version"

@@ -61,7 +61,7 @@ inline std::vector<TSoundRow> LoadRows() {
 class SoundPluginTest : public testing::Test {
 protected:
     SoundPluginTest() {
-        store_.AddPluginPath(ToVorlund(BesideProgram(VORLUND_TEST_PLUGIN)).c_str());
+        store_.AddPluginPath(ToVorlund(BesideProgram("vorlund-plugins")).c_str());
         store_.LoadPlugin(ToVorlund(VORLUND_TEST_PLUGIN).c_str());
     }
     ~SoundPluginTest() override { store_.Close(); }

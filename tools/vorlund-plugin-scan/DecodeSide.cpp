@@ -151,13 +151,9 @@ private:
 void LoadPlugins(const std::vector<std::string>& folders) {
     CPluginStore& store = v.GetPluginStore();
     store.ClearPluginPaths();
-    v.Init();
     for (const std::string& folder : folders) store.AddPluginPath(PathFromUtf8(folder.c_str()).c_str());
-    try {
-        store.LoadAvailablePlugins();
-    } catch (...) {
-        // Those before it are there.
-    }
+    store.SetFailureMode(PLUGIN_FAILURE_REPORTED);
+    v.Init();
 }
 
 std::int64_t GetLength(IInputStream& stream) {

@@ -17,6 +17,7 @@
 #include <vorlund/Path.h>
 #include <vorlund/Vorlund.h>
 
+#include <algorithm>
 #include <cstdio>
 
 using namespace vorlund;
@@ -34,30 +35,56 @@ void SilenceMessages() {
         CDebug::SetHandler(type, [](TDebugMessageType, const wchar*, void*) {});
 }
 
+/// As much of the text as there is room for.
+template <std::size_t kRoom> void Put(const CString& text, char16_t (&field)[kRoom]) {
+    std::copy_n(text.GetBuffer(), std::min<std::size_t>(text.Length(), kRoom - 1), field);
+}
+
+TMessage MakeMessage(TStage stage, const TPluginReport& report = {}) {
+    TMessage message = {};
+    message.mark = kMark;
+    message.size = sizeof(message);
+    message.stage = stage;
+    message.outcome = report.outcome;
+    message.code = report.code;
+    message.exceptionType = report.exceptionType;
+    Put(report.exceptionMethod, message.exceptionMethod);
+    Put(report.detail, message.detail);
+    return message;
+}
+
 int Run(const std::string& channel, const char* file) {
     bool isHeard = true;
-    const auto tell = [&](TStage stage, TPluginOutcome outcome = PLUGIN_BEGUN, std::int32_t code = 0) {
-        const TMessage message{kMark, sizeof(message), stage, outcome, code};
+    const auto tell = [&](const TMessage& message) {
         isHeard = Send(channel, &message, sizeof(message)) && isHeard;
     };
-    tell(TStage::Loading);
+    tell(MakeMessage(TStage::Loading));
     CPluginStore& store = v.GetPluginStore();
     store.ClearPluginPaths();
+    store.SetFailureMode(PLUGIN_FAILURE_REPORTED);
     bool isClosing = false;
+    TPluginReport report;
     try {
         v.Init();
         const TPluginOutcome outcome = store.LoadPluginFile(PathFromUtf8(file).c_str());
-        const std::int32_t code = store.GetReport(0).code;
-        tell(TStage::Closing);
+        report = store.GetReport(0);
+        report.outcome = outcome;
+        tell(MakeMessage(TStage::Closing));
         isClosing = true;
-        v.Close();
-        tell(TStage::Done, outcome, code);
+        // What has raised is in no state to be closed.
+        if (report.outcome != PLUGIN_RAISED) v.Close();
+    } catch (const CException& error) {
+        report.outcome = PLUGIN_RAISED;
+        report.exceptionType = error.GetType();
+        report.exceptionMethod = error.GetMethod();
+        report.detail = error.GetReason();
     } catch (...) {
-        // The library may be half open, which is no state to end in by itself.
-        if (!isClosing) tell(TStage::Closing);
-        tell(TStage::Done, PLUGIN_RAISED);
-        EndNow();
+        report.outcome = PLUGIN_RAISED;
     }
+    if (!isClosing) tell(MakeMessage(TStage::Closing));
+    tell(MakeMessage(TStage::Done, report));
+    // The library may be half open, which is no state to end in by itself.
+    if (report.outcome == PLUGIN_RAISED) EndNow();
     return isHeard ? 0 : kExitUnheard;
 }
 

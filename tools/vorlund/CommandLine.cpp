@@ -3,13 +3,18 @@
 #include "CommandLine.h"
 
 #include "Commands.h"
+#include "Folders.h"
+#include "Listings.h"
+#include "Suggestion.h"
 
 #include <vorlund/DataFormat.h>
 #include <vorlund/Version.h>
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <map>
 #include <memory>
 
@@ -118,14 +123,85 @@ void AddWindowCommand(CLI::App& program, TCommand& command) {
     });
 }
 
+using TListing = void (*)(const TListOptions&);
+
+void AddListing(CLI::App& program, TCommandLine& line, const char* name, const char* help, TListing run) {
+    const auto options = std::make_shared<TListOptions>();
+    CLI::App* const listing = program.add_subcommand(name, help);
+    listing->add_flag("--json", options->isJson, "Print JSON for scripts instead of a table");
+    listing->callback([options, run, &line] {
+        line.command = [options, run](CDiagnostics&) { run(*options); };
+        line.isListing = true;
+    });
+}
+
+bool Has(const std::vector<std::string>& words, const std::string& word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+std::vector<std::string> GetCommands(const CLI::App& program) {
+    std::vector<std::string> names;
+    for (const CLI::App* const command : program.get_subcommands({})) names.push_back(command->get_name());
+    return names;
+}
+
+/// The options of a command, or of the program, without their dashes.
+void AddOptionNames(const CLI::App& command, std::vector<std::string>& names) {
+    for (const CLI::Option* const option : command.get_options())
+        names.insert(names.end(), option->get_lnames().begin(), option->get_lnames().end());
+}
+
+/// The first word that is no option, where the command should be.
+std::vector<std::string>::iterator FindCommand(std::vector<std::string>& words) {
+    for (auto word = words.begin(); word != words.end(); ++word) {
+        if (*word == "--plugin-path") {
+            if (++word == words.end()) break;
+        } else if (!word->starts_with('-')) {
+            return word;
+        }
+    }
+    return words.end();
+}
+
+std::string Ask(const std::string& suggestion) {
+    return suggestion.empty() ? "; " : "; did you mean '" + suggestion + "'? ";
+}
+
+/// What is wrong, where it is a word that does not exist; empty for other faults.
+std::string FindUnknownWord(const CLI::App& program, std::vector<std::string>& words) {
+    const std::vector<std::string> commands = GetCommands(program);
+    const auto command = FindCommand(words);
+    if (command != words.end() && !Has(commands, *command))
+        return "There is no command and no file '" + *command + "'" +
+               Ask(FindSuggestion(*command, commands)) + "--help lists the commands";
+    for (const std::string& word : program.remaining(true)) {
+        if (word.size() < 2 || word[0] != '-' || word == "--") continue;
+        if (word[1] != '-')
+            return "There is no option '" + word + "'; a file of that name is './" + word +
+                   "'; --help tells the options";
+        std::vector<std::string> options;
+        AddOptionNames(program, options);
+        for (const CLI::App* const chosen : program.get_subcommands()) AddOptionNames(*chosen, options);
+        const std::string nearest = FindSuggestion(word.substr(2, word.find('=') - 2), options);
+        return "There is no option '" + word + "'" + Ask(nearest.empty() ? nearest : "--" + nearest) +
+               "--help tells the options";
+    }
+    return {};
+}
+
 } // namespace
 
 TCommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
     TCommandLine line;
     CLI::App app{"Decodes and makes media files with the Vorlund library.", "vorlund"};
-    app.require_subcommand(1);
-    app.set_version_flag("--version", std::string("vorlund ") + vorlund::GetVersion().text,
-                         "Print the version of the library and exit");
+    // An option of the program may stand behind the command too.
+    app.fallthrough();
+    app.require_subcommand(0, 1);
+    bool isVersion = false;
+    bool isVerbose = false;
+    app.add_flag("--version", isVersion, "Print the version of the library and exit");
+    app.add_flag("-v,--verbose", isVerbose,
+                 "With --version: the build, the plug-ins and the libraries that they use, too");
     // A word that begins with "/" is a path on every system.
     app.allow_windows_style_options(false);
 
@@ -138,17 +214,42 @@ TCommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
         ->allow_extra_args(false);
     app.add_flag("--scan-plugins", line.arePluginsScanned,
                  "Try each plug-in in a process of its own first, and leave out those that end it");
+    app.add_flag("--no-plugins", line.areFoldersForgotten, "Load no plug-ins but those of --plugin-path");
+    AddListing(app, line, "classes", "List the classes that objects can be made of", &RunClasses);
+    AddListing(app, line, "codecs", "List the decoders, and who reads which kind of file", &RunCodecs);
     AddDecodeCommand(app, line.command);
     AddPlasmaCommand(app, line.command);
+    AddListing(app, line, "plugins", "List the plug-ins, and why others are not loaded", &RunPlugins);
     AddRandomCommand(app, line.command);
     AddWindowCommand(app, line.command);
+    // Behind the commands, which would take it over.
+    app.footer("FILE alone is decoded. These options may stand behind the command too.");
 
+    std::vector<std::string> words = arguments;
+    const auto command = FindCommand(words);
+    if (command != words.end() && !Has(GetCommands(app), *command) && IsFile(*command))
+        words.insert(command, "decode");
     try {
         // The parser takes the arguments last first.
-        app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+        if (!isVersion && !line.command) throw CLI::RequiredError::Subcommand(1);
     } catch (const CLI::ParseError& error) {
         line.command = nullptr;
-        line.exitCode = app.exit(error) == 0 ? 0 : kExitUsage;
+        const std::string unknown = error.get_exit_code() == 0 ? "" : FindUnknownWord(app, words);
+        if (unknown.empty()) {
+            line.exitCode = app.exit(error) == 0 ? 0 : kExitUsage;
+        } else {
+            std::fprintf(stderr, "vorlund: %s\n", unknown.c_str());
+            line.exitCode = kExitUsage;
+        }
+        return line;
     }
+    if (!isVersion) return line;
+    line.command = nullptr;
+    line.isListing = true;
+    if (isVerbose)
+        line.command = [](CDiagnostics&) { RunVersion(); };
+    else
+        std::printf("vorlund %s\n", vorlund::GetVersion().text);
     return line;
 }

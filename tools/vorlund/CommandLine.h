@@ -15,6 +15,10 @@ struct TCommandLine {
     std::vector<std::string> pluginPaths;
     /// Each plug-in is tried in a process of its own first.
     bool arePluginsScanned = false;
+    /// Only the folders of `pluginPaths` are searched.
+    bool areFoldersForgotten = false;
+    /// The command tells itself what became of the plug-ins.
+    bool isListing = false;
     /// The chosen command. It runs with the library open; raises `TProgramError` and the library's
     /// exceptions. Empty: everything is said, and the program ends with `exitCode`.
     std::function<void(CDiagnostics&)> command;

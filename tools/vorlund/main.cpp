@@ -2,10 +2,11 @@
 #include "Arguments.h"
 #include "CommandLine.h"
 #include "Diagnostics.h"
+#include "Folders.h"
+#include "PluginTexts.h"
 #include "Terminal.h"
 
 #include <vorlund/Exception.h>
-#include <vorlund/Path.h>
 #include <vorlund/StreamErrors.h>
 #include <vorlund/Vorlund.h>
 
@@ -41,19 +42,6 @@ struct TAbruptEnd {
 /// Before all other objects, some of which take memory before `main` begins.
 [[gnu::init_priority(101)]] const TAbruptEnd abruptEnd;
 
-/// Tells which plug-ins a scan has left out.
-void PrintLeftOutPlugins() {
-    const vorlund::CPluginStore& store = vorlund::v.GetPluginStore();
-    for (unsigned int i = 0; i < store.GetReportCount(); ++i) {
-        const vorlund::TPluginReport report = store.GetReport(i);
-        if (report.outcome >= vorlund::PLUGIN_SCAN_NO_HELPER &&
-            report.outcome <= vorlund::PLUGIN_SCAN_GARBLED)
-            vorlund::CDebug::PrintMessage(vorlund::DEBUG_MESSAGE_STDERR,
-                                          VRL_L("vorlund: plug-in '%s' is left out: %s"),
-                                          report.path.GetBuffer(), report.reason);
-    }
-}
-
 /// The library. On every way out, whatever was opened is closed.
 class CLibrary {
 public:
@@ -65,27 +53,49 @@ public:
     /// Opens it with the plug-ins that the command line asks for.
     void Open(const TCommandLine& line) {
         vorlund::CPluginStore& store = vorlund::v.GetPluginStore();
-        vorlund::AddInstalledPlugins();
-        for (const std::string& path : line.pluginPaths) AddFolder(store, path);
+        if (line.areFoldersForgotten)
+            store.ClearPluginPaths();
+        else
+            vorlund::AddInstalledPlugins();
+        for (const std::string& path : line.pluginPaths) AddPluginFolder(path);
         if (line.arePluginsScanned) store.SetScanMode(vorlund::PLUGIN_SCAN_CHILD);
+        store.SetFailureMode(vorlund::PLUGIN_FAILURE_REPORTED);
         vorlund::v.Init();
     }
 
     /// Raises what a plug-in raises that cannot be closed.
     void Close() { vorlund::v.Close(); }
-
-private:
-    static void AddFolder(vorlund::CPluginStore& store, const std::string& path) {
-        const vorlund::wstring folder = vorlund::PathFromUtf8(path.c_str());
-        if (!store.HasPluginPath(folder.c_str())) store.AddPluginPath(folder.c_str());
-    }
 };
+
+/// What to do about it, behind why.
+const vorlund::wchar* AdviseOn(vorlund::TOpenCause cause) {
+    switch (cause) {
+    case vorlund::OPEN_CAUSE_MISSING:
+    case vorlund::OPEN_CAUSE_NAME:
+        return VRL_L("; check the name");
+    case vorlund::OPEN_CAUSE_FOLDER:
+        return VRL_L("; name a file in it");
+    case vorlund::OPEN_CAUSE_NOT_PERMITTED:
+        return VRL_L("; change its permissions, or ask its owner");
+    case vorlund::OPEN_CAUSE_BUSY:
+        return VRL_L("; close the program that uses it");
+    case vorlund::OPEN_CAUSE_NO_POSITIONS:
+        return VRL_L("; save its data to a file first");
+    case vorlund::OPEN_CAUSE_TOO_MANY_FILES:
+        return VRL_L("; close other programs");
+    case vorlund::OPEN_CAUSE_NONE:
+    case vorlund::OPEN_CAUSE_OTHER:
+        break;
+    }
+    return VRL_L("");
+}
 
 /// Why a file stream could not be opened, behind what the exception says; nothing for other exceptions.
 vorlund::wstring DescribeCause(const vorlund::CFileAccessException& error) {
     const std::basic_string_view<vorlund::wchar> method = error.GetMethod();
     if (!method.ends_with(VRL_L("putStream::Open"))) return {};
-    return vorlund::wstring(VRL_L(": ")) + vorlund::DescribeOpenCause(vorlund::GetOpenFailure().cause);
+    const vorlund::TOpenCause cause = vorlund::GetOpenFailure().cause;
+    return vorlund::wstring(VRL_L(": ")) + vorlund::DescribeOpenCause(cause) + AdviseOn(cause);
 }
 
 /// Calls `act`; a failure becomes one line and an exit code.
@@ -113,7 +123,7 @@ int Run(int argc, char** argv, CDiagnostics& diagnostics, CLibrary& library) {
     const TCommandLine line = ReadCommandLine(GetArguments(argc, argv));
     if (!line.command) return line.exitCode;
     library.Open(line);
-    PrintLeftOutPlugins();
+    if (!line.isListing) PrintLeftOutPlugins();
     line.command(diagnostics);
     library.Close();
     return 0;

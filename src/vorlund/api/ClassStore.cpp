@@ -5,6 +5,7 @@
 // recursive. Of the library's locks that are held while foreign code runs it is the last in the order.
 #include "vorlund/api/ClassIndex.h"
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/api/objects/Registrations.h"
 #include "vorlund/api/values/DebugOutput.h"
 #include "vorlund/system/StoreLock.h"
 #include "vorlund/util/PtrObjects.h"
@@ -132,6 +133,7 @@ void CClassStore::RegisterClassVrl(const TClassInfo& info) {
     if (!data) Raise<CBugException>(kRegisterNotInitialized);
     // Kept for existing plug-ins: no check for duplicates; the first registration wins.
     data->Add(info);
+    registrations::Note(registrations::TKind::Class, info.id, info.name);
 }
 
 const TClassInfo* CClassStore::GetClassInfo(const CId& id) const {

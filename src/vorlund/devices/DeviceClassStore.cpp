@@ -4,6 +4,7 @@
 // enumeration hold it while they create objects, so the class store's lock comes after this one; a
 // registration asks the class store first.
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/api/objects/Registrations.h"
 #include "vorlund/system/StoreLock.h"
 #include "vorlund/util/PtrObjects.h"
 
@@ -72,6 +73,7 @@ void CDeviceClassStore::RegisterDevice(const TDeviceClassInfo& info) {
     if (!data) Raise<CBugException>(kRegisterNotInitialized);
     // Kept for existing plug-ins: no check for duplicates; the first class of a type wins.
     data->classes.push_back(info);
+    registrations::Note(registrations::TKind::Device, info.classId);
 }
 
 IDevice* CDeviceClassStore::CreateDevice(TDeviceType type) const {

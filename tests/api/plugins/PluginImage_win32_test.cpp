@@ -4,8 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
+#include <functional>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #define WIN32_LEAN_AND_MEAN
@@ -198,6 +203,111 @@ TEST(PluginImageBounds, ManySectionsCostLittle) {
     const CMemoryWatch watch;
     EXPECT_FALSE(CImageFile(path.c_str()).IsPlugin());
     EXPECT_LT(watch.GetPeakBytes(), std::size_t{4} << 20);
+}
+
+// The record by which a plug-in tells what it is, and the libraries that it needs.
+
+/// An image with a third section, the one of the record or of the imports.
+struct TLongImage : TImage {
+    static constexpr DWORD kThirdAddress = 0x3000;
+
+    TLongImage(const char* name, std::string bytes) : third(std::move(bytes)) {
+        headers.FileHeader.NumberOfSections = 3;
+        headers.OptionalHeader.SizeOfImage = 0x4000;
+        sections.resize(3);
+        std::memcpy(sections[2].Name, name,
+                    std::min<std::size_t>(std::strlen(name), sizeof sections[2].Name));
+        sections[2].VirtualAddress = kThirdAddress;
+        sections[2].Misc.VirtualSize = 0x1000;
+        sections[2].PointerToRawData = static_cast<DWORD>(kNamesAt + names.size());
+        sections[2].SizeOfRawData = static_cast<DWORD>(third.size());
+    }
+    std::string GetBytes() const { return TImage::GetBytes() + third; }
+
+    std::string third;
+};
+
+TLongImage ImageWithRecord() {
+    const TPluginInfoRecord record = MakePluginInfo("name", "1.0", "MIT");
+    return {".vrlinfo", std::string(reinterpret_cast<const char*>(&record), sizeof record)};
+}
+
+std::optional<TPluginInfoRecord> ReadInfo(const std::string& bytes) {
+    const CTemporaryFolder folder;
+    WriteFile(folder.GetPath() / "image", bytes);
+    return CImageFile(ToVorlund(folder.GetPath() / "image").c_str()).ReadInfo();
+}
+
+TEST(PluginSections, RecordIsReadFromItsSection) {
+    TLongImage image = ImageWithRecord();
+    ASSERT_TRUE(ReadInfo(image.GetBytes()));
+    EXPECT_STREQ(ReadInfo(image.GetBytes())->name, "name");
+    EXPECT_TRUE(IsPlugin(image.GetBytes()));
+    const struct {
+        const char* name;
+        std::function<void(TLongImage&)> change;
+    } rows[] = {
+        {"another name", [](TLongImage& it) { it.sections[2].Name[7] = 'x'; }},
+        {"too short", [](TLongImage& it) { --it.sections[2].SizeOfRawData; }},
+        {"behind the end", [](TLongImage& it) { it.sections[2].PointerToRawData = 0xFFFFFFFF; }},
+        {"beyond the end", [](TLongImage& it) { ++it.sections[2].PointerToRawData; }},
+        {"not in the file", [](TLongImage& it) { it.sections[2].PointerToRawData = 0; }},
+        {"more sections than bytes", [](TLongImage& it) { it.headers.FileHeader.NumberOfSections = 0xFFFF; }},
+        {"other machine", [](TLongImage& it) { ++it.headers.FileHeader.Machine; }},
+        {"headers before the file", [](TLongImage& it) { it.dos.e_lfanew = -1; }},
+    };
+    for (const auto& row : rows) {
+        TLongImage changed = ImageWithRecord();
+        row.change(changed);
+        EXPECT_FALSE(ReadInfo(changed.GetBytes())) << row.name;
+    }
+}
+
+TEST(PluginSections, EveryTurnedByteAndEveryShorterFileIsHarmless) {
+    const std::string bytes = ImageWithRecord().GetBytes();
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        std::string damaged = bytes;
+        damaged[i] = static_cast<char>(~damaged[i]);
+        if (const auto info = ReadInfo(damaged)) {
+            EXPECT_LT(std::string(info->licence).size(), sizeof info->licence);
+        }
+        EXPECT_FALSE(ReadInfo(bytes.substr(0, i))) << i;
+    }
+}
+
+std::vector<std::string> ReadNeeded(const std::string& bytes) {
+    const CTemporaryFolder folder;
+    WriteFile(folder.GetPath() / "image", bytes);
+    return CImageFile(ToVorlund(folder.GetPath() / "image").c_str()).ReadNeeded();
+}
+
+/// Imports of `count` libraries, all of the name at the end of the section.
+TLongImage ImageWithImports(std::size_t count, const std::string& name, bool hasEnd = true) {
+    std::vector<IMAGE_IMPORT_DESCRIPTOR> libraries(count + (hasEnd ? 1 : 0));
+    const std::size_t size = libraries.size() * sizeof libraries[0];
+    for (std::size_t i = 0; i < count; ++i)
+        libraries[i].Name = static_cast<DWORD>(TLongImage::kThirdAddress + size);
+    std::string bytes(reinterpret_cast<const char*>(libraries.data()), size);
+    TLongImage image(".idata", bytes + name);
+    image.headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT] = {TLongImage::kThirdAddress,
+                                                                                static_cast<DWORD>(size)};
+    return image;
+}
+
+TEST(PluginImports, NamesOfLibrariesAreRead) {
+    using TNames = std::vector<std::string>;
+    const std::string name("library.dll\0", 12);
+    EXPECT_EQ(ReadNeeded(ImageWithImports(2, name).GetBytes()), (TNames{"library.dll", "library.dll"}));
+    EXPECT_EQ(ReadNeeded(ImageWithImports(0, name).GetBytes()), TNames());
+    EXPECT_EQ(ReadNeeded(ImageWithImports(1, name, false).GetBytes()), TNames{"library.dll"});
+    EXPECT_EQ(ReadNeeded(TImage().GetBytes()), TNames());
+    // Many, a name without an end, and one that is too long.
+    EXPECT_EQ(ReadNeeded(ImageWithImports(1000, name).GetBytes()).size(), 256U);
+    EXPECT_EQ(ReadNeeded(ImageWithImports(1, "library.dll").GetBytes()), TNames());
+    EXPECT_EQ(ReadNeeded(ImageWithImports(1, std::string(1000, 'x') + '\0').GetBytes()), TNames());
+    TLongImage image = ImageWithImports(1, name);
+    image.headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress = 0xFFFFFFF0;
+    EXPECT_EQ(ReadNeeded(image.GetBytes()), TNames());
 }
 
 } // namespace

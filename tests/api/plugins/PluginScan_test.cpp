@@ -70,7 +70,7 @@ TEST_F(PluginScan, EveryFileHasAReport) {
     EXPECT_EQ(store_.GetReportCount(), 0U);
     EXPECT_EQ(Load("accepting"), PLUGIN_LOADED);
     EXPECT_EQ(Load("refusing"), PLUGIN_DECLINED);
-    EXPECT_EQ(Load("half"), PLUGIN_NO_PLUGIN);
+    EXPECT_EQ(Load("half"), PLUGIN_NO_ENTRY);
     EXPECT_EQ(Load("text"), PLUGIN_NO_PLUGIN);
     EXPECT_EQ(store_.GetReportCount(), 4U);
     // The last attempt counts.
@@ -150,8 +150,12 @@ TEST_F(PluginScanChild, PluginThatDoesNotWantOrCannotIsNotAskedHere) {
     for (const char* const name : {"refusing", "raising", "raising_close", "half"}) folder_.Add(name);
     EXPECT_EQ(Load("refusing"), PLUGIN_DECLINED);
     EXPECT_EQ(Load("raising"), PLUGIN_RAISED);
+    EXPECT_EQ(Narrow(GetReport("raising").Explain()),
+              "an entry raised an exception: CInvalidStateException: Plug-in cannot start");
+    EXPECT_EQ(Narrow(GetReport("raising").exceptionMethod), "VrlInitPlugin");
     EXPECT_EQ(Load("raising_close"), PLUGIN_RAISED);
-    EXPECT_EQ(Load("half"), PLUGIN_NO_PLUGIN);
+    EXPECT_GT(GetReport("raising_close").detail.Length(), 0U);
+    EXPECT_EQ(Load("half"), PLUGIN_NO_ENTRY);
     EXPECT_EQ(Reports(), TTexts());
     for (const char* const name : {"refusing", "raising", "raising_close"})
         EXPECT_FALSE(IsInProcess(folder_.PathOf(name))) << name;
@@ -159,7 +163,9 @@ TEST_F(PluginScanChild, PluginThatDoesNotWantOrCannotIsNotAskedHere) {
 
 TEST_F(PluginScanChild, PluginThatMissesALibraryIsNotLoadable) {
     folder_.Add("depending");
-    EXPECT_EQ(Load("depending"), PLUGIN_NOT_LOADABLE);
+    EXPECT_EQ(Load("depending"), PLUGIN_MISSING_LIBRARY);
+    const std::string missing = Narrow(GetReport("depending").detail.GetBuffer());
+    EXPECT_EQ(missing.find("plugin_dependency"), 0U) << missing;
 }
 
 TEST_F(PluginScanChild, PluginThatEndsItsProcessIsSkipped) {

@@ -27,9 +27,19 @@ public:
     void Write(const std::string& bytes) const {
         if (!Send(channel_, bytes.data(), bytes.size())) std::_Exit(2);
     }
+    static TMessage Make(std::uint32_t mark, std::uint32_t size, TStage stage, int outcome = PLUGIN_BEGUN,
+                         int code = 0) {
+        TMessage message = {};
+        message.mark = mark;
+        message.size = size;
+        message.stage = stage;
+        message.outcome = outcome;
+        message.code = code;
+        return message;
+    }
     void Write(const TMessage& message) const { Send(channel_, &message, sizeof(message)); }
     void Write(TStage stage, int outcome = PLUGIN_BEGUN, int code = 0) const {
-        Write(TMessage{kMark, sizeof(TMessage), stage, outcome, code});
+        Write(Make(kMark, sizeof(TMessage), stage, outcome, code));
     }
     void WriteAnswer(int outcome, int code = 0) const {
         Write(TStage::Loading);
@@ -63,13 +73,13 @@ int Run(const CPipe& pipe, const std::string& how) {
         for (;;) pipe.Write(std::string(4096, 'x'));
     if (how == "other-mark") {
         pipe.Write(TStage::Loading);
-        pipe.Write(TMessage{kMark + 1, sizeof(TMessage), TStage::Closing, 0, 0});
+        pipe.Write(CPipe::Make(kMark + 1, sizeof(TMessage), TStage::Closing));
         pipe.Write(TStage::Done, PLUGIN_LOADED);
     }
     if (how == "other-size") {
         pipe.Write(TStage::Loading);
         pipe.Write(TStage::Closing);
-        pipe.Write(TMessage{kMark, sizeof(TMessage) + 1, TStage::Done, PLUGIN_LOADED, 0});
+        pipe.Write(CPipe::Make(kMark, sizeof(TMessage) + 1, TStage::Done, PLUGIN_LOADED));
     }
     if (how == "other-order") {
         pipe.Write(TStage::Closing);

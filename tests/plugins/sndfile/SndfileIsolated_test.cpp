@@ -10,7 +10,7 @@ namespace {
 using SndfileIsolated = SoundPluginTest;
 
 TEST_F(SndfileIsolated, GivesTheSameSamples) {
-    const wstring folder = ToVorlund(BesideProgram("sndfile"));
+    const wstring folder = ToVorlund(BesideProgram("vorlund-plugins"));
     const wchar* const folders[] = {folder.c_str()};
     for (const char* const name : {"24.wav", "16.flac", "stereo.ogg", "stereo.opus", "vbr.mp3", "24.caf"}) {
         SCOPED_TRACE(name);

@@ -9,8 +9,7 @@ namespace {
 class SndfileProgram : public testing::Test {
 protected:
     TChildEnd Decode(const std::string& input) const {
-        return RunChild("vorlund", {.arguments = {"--plugin-path", BesideProgram("sndfile").string(),
-                                                  "decode", input, "-o", Output().string()}});
+        return RunChild("vorlund", {.arguments = {"decode", input, "-o", Output().string()}});
     }
     fs::path Output() const { return folder_.GetPath() / "out.wav"; }
 

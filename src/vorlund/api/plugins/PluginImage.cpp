@@ -1,14 +1,15 @@
 // From a plug-in's file to its first use, the second step: `CPluginStore` (PluginStore.cpp) finds a file by
-// its name and asks `IsPlugin` here. What that looks at is the system's part: ELF images in
-// PluginImage_linux.cpp, PE images in PluginImage_win32.cpp. They refuse without a word, so a file that is
-// skipped can be traced to the condition there that fails. A file that passes is loaded by PluginModule.h,
+// its name and asks `Look` here. What that looks at is the system's part: ELF images in
+// PluginImage_linux.cpp, PE images in PluginImage_win32.cpp. A file that passes is loaded by PluginModule.h,
 // again from `CPluginStore::TData::Load`.
 #include "vorlund/api/plugins/PluginImage.h"
 
+#include "vorlund/api/plugins/PluginEntries.h"
 #include "vorlund/data/file/FileSystem.h"
 
 #include <algorithm>
 #include <iterator>
+#include <limits>
 #include <string>
 
 namespace vorlund {
@@ -37,26 +38,46 @@ bool CImageFile::Has(std::uint64_t offset, std::uint64_t size) const {
     return offset <= length && size <= length - offset;
 }
 
-bool CImageFile::HasNames(std::uint64_t offset, std::uint64_t size, std::string_view first,
-                          std::string_view second) const {
-    if (size > kMaxNames) return false;
+TImageLook CImageFile::LookForNames(const TRange& range, const char* first, const char* second) const {
+    if (range.size > kMaxNames) return {TImageKind::NoLibrary};
     const std::string wanted[] = {std::string(first) + '\0', std::string(second) + '\0'};
     bool isFound[std::size(wanted)] = {};
     // What a name that goes on in the next piece may have in this one.
-    const std::size_t overlap = std::max(first.size(), second.size());
+    const std::size_t overlap = std::max(wanted[0].size(), wanted[1].size()) - 1;
     std::string piece;
-    for (std::uint64_t done = 0; done < size;) {
+    for (std::uint64_t done = 0; done < range.size && !(isFound[0] && isFound[1]);) {
         if (piece.size() > overlap) piece.erase(0, piece.size() - overlap);
         const std::size_t kept = piece.size();
-        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(kPiece, size - done));
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(kPiece, range.size - done));
         piece.resize(kept + count);
-        if (!Read(offset + done, piece.data() + kept, count)) return false;
+        if (!Read(range.offset + done, piece.data() + kept, count)) return {TImageKind::NoLibrary};
         done += count;
         for (std::size_t i = 0; i < std::size(wanted); ++i)
             isFound[i] = isFound[i] || piece.find(wanted[i]) != std::string::npos;
-        if (isFound[0] && isFound[1]) return true;
     }
-    return false;
+    if (isFound[0] && isFound[1]) return {TImageKind::Plugin};
+    if (!isFound[0] && !isFound[1]) return {TImageKind::OtherLibrary};
+    return {TImageKind::OneEntry, isFound[0] ? kCloseEntryName.whole : kInitEntryName.whole};
+}
+
+TImageLook CImageFile::LackOfBytes(const TRange& range) const {
+    const std::uint64_t end =
+        range.offset + std::min(range.size, std::numeric_limits<std::uint64_t>::max() - range.offset);
+    return {TImageKind::Cut, std::to_string(length_) + " of " + std::to_string(end) + " bytes"};
+}
+
+std::optional<TPluginInfoRecord> CImageFile::ReadInfo() const {
+    TPluginInfoRecord record;
+    const TRange section = FindInfo();
+    if (section.size < sizeof(record) || !Read(section.offset, &record, sizeof(record))) return std::nullopt;
+    const auto ends = [](const auto& text) {
+        return std::find(std::begin(text), std::end(text), '\0') != std::end(text);
+    };
+    if (std::string_view(record.mark, sizeof(record.mark)) != kPluginInfoMark ||
+        record.size < sizeof(record) || record.size > section.size || !ends(record.name) ||
+        !ends(record.version) || !ends(record.licence))
+        return std::nullopt;
+    return record;
 }
 
 } // namespace vorlund

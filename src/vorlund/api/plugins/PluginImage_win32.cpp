@@ -5,6 +5,7 @@
 #include "vorlund/api/plugins/PluginEntries.h"
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 /// The beginning of the image that this code is part of; the linker defines it.
@@ -17,12 +18,36 @@ using THeaders = IMAGE_NT_HEADERS;
 using TSection = IMAGE_SECTION_HEADER;
 using TSections = std::vector<TSection>;
 
+/// More than any library needs.
+constexpr DWORD kMaxImports = 256;
+
 const IMAGE_DOS_HEADER& OwnDosHeader() {
     return *reinterpret_cast<const IMAGE_DOS_HEADER*>(__ImageBase);
 }
 
 const THeaders& OwnHeaders() {
     return *reinterpret_cast<const THeaders*>(__ImageBase + OwnDosHeader().e_lfanew);
+}
+
+/// What is in front of every other header, the same for all machines.
+struct TFileHeaders {
+    DWORD signature;
+    IMAGE_FILE_HEADER file;
+};
+
+/// For people.
+std::string DescribeMachine(WORD machine) {
+    switch (machine) {
+    case IMAGE_FILE_MACHINE_I386:
+        return "x86, 32 bits";
+    case IMAGE_FILE_MACHINE_AMD64:
+        return "x86-64";
+    case IMAGE_FILE_MACHINE_ARMNT:
+        return "ARM, 32 bits";
+    case IMAGE_FILE_MACHINE_ARM64:
+        return "AArch64";
+    }
+    return "machine " + std::to_string(machine);
 }
 
 bool IsForThisProcess(const THeaders& headers) {
@@ -68,30 +93,87 @@ std::uint64_t FindOffset(const TSections& sections, const IMAGE_DATA_DIRECTORY& 
     return 0;
 }
 
+/// The headers of an image for this process, through `read(offset, buffer, size)`; false when it is none.
+template <class TRead> bool ReadHeaders(const TRead& read, THeaders& headers, TSections& sections) {
+    IMAGE_DOS_HEADER dos;
+    if (!read(0, &dos, sizeof(dos)) || dos.e_lfanew < 0) return false;
+    const auto at = static_cast<std::uint64_t>(dos.e_lfanew);
+    if (!read(at, &headers, sizeof(headers)) || !IsForThisProcess(headers)) return false;
+    sections.resize(headers.FileHeader.NumberOfSections);
+    return read(at + sizeof(headers), sections.data(), sections.size() * sizeof(TSection));
+}
+
 } // namespace
 
-bool CImageFile::IsPlugin() const {
+TImageLook CImageFile::Look() const {
     IMAGE_DOS_HEADER dos;
     if (!Read(0, &dos, sizeof(dos)) || dos.e_magic != OwnDosHeader().e_magic || dos.e_lfanew < 0)
-        return false;
+        return {TImageKind::NoLibrary};
     const auto at = static_cast<std::uint64_t>(dos.e_lfanew);
+    TFileHeaders first;
+    if (!Read(at, &first, sizeof(first)) || first.signature != OwnHeaders().Signature)
+        return {TImageKind::NoLibrary};
+    if (first.file.Machine != OwnHeaders().FileHeader.Machine)
+        return {TImageKind::OtherMachine, DescribeMachine(first.file.Machine)};
     THeaders headers;
-    if (!Read(at, &headers, sizeof(headers)) || !IsForThisProcess(headers) ||
-        !Has(0, headers.OptionalHeader.SizeOfHeaders))
-        return false;
+    if (!Read(at, &headers, sizeof(headers))) return LackOfBytes({at, sizeof(headers)});
+    if (!IsForThisProcess(headers)) return {TImageKind::NoLibrary};
+    const IMAGE_OPTIONAL_HEADER& image = headers.OptionalHeader;
+    if (!Has(0, image.SizeOfHeaders)) return LackOfBytes({0, image.SizeOfHeaders});
     TSections sections(headers.FileHeader.NumberOfSections);
-    if (!Read(at + sizeof(headers), sections.data(), sections.size() * sizeof(TSection))) return false;
-    const bool isComplete = std::all_of(sections.begin(), sections.end(), [this](const TSection& section) {
-        return section.PointerToRawData == 0 || Has(section.PointerToRawData, section.SizeOfRawData);
-    });
-    if (!isComplete || !AreInOrder(sections, headers.OptionalHeader) ||
-        !AreDirectoriesInside(headers.OptionalHeader))
-        return false;
+    const std::size_t size = sections.size() * sizeof(TSection);
+    if (!Read(at + sizeof(headers), sections.data(), size)) return LackOfBytes({at + sizeof(headers), size});
+    for (const TSection& section : sections)
+        if (section.PointerToRawData != 0 && !Has(section.PointerToRawData, section.SizeOfRawData))
+            return LackOfBytes({section.PointerToRawData, section.SizeOfRawData});
+    if (!AreInOrder(sections, image) || !AreDirectoriesInside(image)) return {TImageKind::NoLibrary};
 
     // Linkers put the names of the exports into the range of their directory.
-    const IMAGE_DATA_DIRECTORY& exports = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
+    const IMAGE_DATA_DIRECTORY& exports = image.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
     const std::uint64_t offset = FindOffset(sections, exports);
-    return offset != 0 && HasNames(offset, exports.Size, kInitEntryName.whole, kCloseEntryName.whole);
+    if (offset == 0) return {TImageKind::OtherLibrary};
+    return LookForNames({offset, exports.Size}, kInitEntryName.whole, kCloseEntryName.whole);
+}
+
+CImageFile::TRange CImageFile::FindInfo() const {
+    THeaders headers;
+    TSections sections;
+    const auto read = [this](std::uint64_t offset, void* buffer, std::size_t size) {
+        return Read(offset, buffer, size);
+    };
+    if (!ReadHeaders(read, headers, sections)) return {};
+    for (const TSection& section : sections) {
+        const std::string_view name(reinterpret_cast<const char*>(section.Name), sizeof(section.Name));
+        if (name == kInfoSection && section.PointerToRawData != 0)
+            return {section.PointerToRawData, section.SizeOfRawData};
+    }
+    return {};
+}
+
+std::vector<std::string> CImageFile::ReadNeeded() const {
+    std::vector<std::string> names;
+    THeaders headers;
+    TSections sections;
+    const auto read = [this](std::uint64_t offset, void* buffer, std::size_t size) {
+        return Read(offset, buffer, size);
+    };
+    if (!ReadHeaders(read, headers, sections)) return names;
+    const IMAGE_DATA_DIRECTORY& imports = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+    for (DWORD i = 0; i < kMaxImports; ++i) {
+        IMAGE_IMPORT_DESCRIPTOR library;
+        constexpr DWORD kSize = sizeof(library);
+        const std::uint64_t at = FindOffset(sections, {imports.VirtualAddress + i * kSize, kSize});
+        if (at == 0 || !Read(at, &library, kSize) || library.Name == 0) break;
+        std::string name;
+        char unit = 0;
+        for (DWORD j = 0; j < MAX_PATH; ++j) {
+            const std::uint64_t from = FindOffset(sections, {library.Name + j, 1});
+            if (from == 0 || !Read(from, &unit, 1) || unit == 0) break;
+            name += unit;
+        }
+        if (!name.empty() && unit == 0) names.push_back(name);
+    }
+    return names;
 }
 
 } // namespace vorlund

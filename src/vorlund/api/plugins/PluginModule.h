@@ -27,11 +27,21 @@ extern const wchar* const kHelperName;
 /// The way from the folder of an installed library to that of the programs; "" when they are the same.
 extern const wchar* const kProgramsFromLibrary;
 
-/// Loads a shared library; null when the system refuses, and then `error` is its reason as a number, or 0
-/// when it gives none. Only for files that PluginImage.h takes for plug-ins. The libraries that the file
-/// needs come from its own folder, that of the program and the system's, never from the working folder or the
-/// folders of programs; a system that cannot promise this refuses.
-void* Load(const wchar* path, int& error);
+/// Why the system does not load a shared library.
+struct TRefusal {
+    /// Its reason as a number, or 0 when it gives none.
+    int error = 0;
+    /// Its reason in words; may be empty.
+    wstring text = {};
+    /// The name of the library that is missing, when it is that.
+    wstring missing = {};
+};
+
+/// Loads a shared library; null when the system refuses, and then `refusal` says why. Only for files that
+/// PluginImage.h takes for plug-ins. The libraries that the file needs come from its own folder, that of the
+/// program and the system's, never from the working folder or the folders of programs; a system that cannot
+/// promise this refuses.
+void* Load(const wchar* path, TRefusal& refusal);
 
 /// The entry points of a loaded plug-in, or null.
 TInitEntry FindInitEntry(void* module);

@@ -3,6 +3,7 @@
 #include "vorlund/api/plugins/PluginEntries.h"
 #include "vorlund/data/file/PathCodec_posix.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,23 @@ const wchar kSeparator = VRL_L('/');
 const wchar* const kExtension = VRL_L("so");
 const wchar* const kHelperName = VRL_L("vorlund-plugin-scan");
 const wchar* const kProgramsFromLibrary = VRL_L("" VORLUND_PROGRAMS_FROM_LIBRARY "/");
+
+namespace {
+
+/// The loader says "object: reason", the reason in the user's language. Only an object that was looked for
+/// and not found is named without a folder.
+void Explain(const char* error, std::string_view path, TRefusal& refusal) {
+    constexpr std::string_view kMark = ": ";
+    std::string_view text = error ? error : "";
+    const std::string_view object = text.substr(0, text.find(kMark));
+    if (object == path)
+        text.remove_prefix(std::min(text.size(), path.size() + kMark.size()));
+    else if (object.size() < text.size() && object.find('/') == std::string_view::npos)
+        refusal.missing = pathcodec::Decode(object);
+    refusal.text = pathcodec::Decode(text);
+}
+
+} // namespace
 
 wstring GetHostPath() {
     std::string path(256, '\0');
@@ -34,15 +52,17 @@ wstring GetLibraryPath() {
     return isFull ? pathcodec::Decode(info.dli_fname) : wstring();
 }
 
-void* Load(const wchar* path, int& error) {
-    error = 0;
+void* Load(const wchar* path, TRefusal& refusal) {
+    refusal = {};
     std::string bytes;
     if (!pathcodec::Encode(path, bytes)) return nullptr;
     // A name alone would be looked for in the system's folders.
     if (bytes.find('/') == std::string::npos) bytes.insert(0, "./");
     // RTLD_NOW, so that a missing symbol shows here and not in the first call; RTLD_LOCAL, so that no plug-in
     // uses the symbols of another.
-    return dlopen(bytes.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* const module = dlopen(bytes.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!module) Explain(dlerror(), bytes, refusal);
+    return module;
 }
 
 TInitEntry FindInitEntry(void* module) {

@@ -1,6 +1,9 @@
 // What came of each file that the plug-in store looked at.
 #pragma once
 
+#include "vorlund/api/objects/Registrations.h"
+
+#include <vorlund/PluginInfo.h>
 #include <vorlund/PluginReport.h>
 
 #include <cstddef>
@@ -8,11 +11,17 @@
 
 namespace vorlund {
 
-/// How an attempt ended.
+/// How an attempt ended. One without texts takes no memory.
 struct TPluginResult {
     TPluginOutcome outcome = PLUGIN_BEGUN;
     std::int32_t code = 0;
+    wstring detail = {};
+    TExceptionType exceptionType = EXCEPTION_TYPE_GENERIC;
+    wstring exceptionMethod = {};
 };
+
+/// `PLUGIN_RAISED` with what the exception says that is being handled. Raises `std::bad_alloc`.
+TPluginResult DescribeRaised();
 
 /// One report for each path, in the order of their first attempts. None is ever removed, so a place stays the
 /// same while plug-ins run.
@@ -22,20 +31,28 @@ public:
     std::size_t Begin(const CString& path);
     /// Whether something was ever reported of `path`.
     bool Has(const CString& path) const;
+    /// What the file says of itself. Raises `std::bad_alloc`.
+    void SetInfo(std::size_t place, const TPluginInfoRecord& record);
+    /// What its init entry has noted. Raises `std::bad_alloc`.
+    void SetNotes(std::size_t place, const registrations::TNotes& notes);
+    bool HasItems(std::size_t place) const { return !items_[place].items.empty(); }
+    /// Texts for which there is no memory are left out.
     void Set(std::size_t place, const TPluginResult& result) noexcept;
 
     std::size_t GetCount() const { return items_.size(); }
     TPluginReport Get(std::size_t place) const;
 
 private:
-    struct TItem {
-        CString path;
-        TPluginResult result;
-    };
-    std::vector<TItem> items_;
+    std::vector<TPluginReport> items_;
 };
 
 /// The outcome in words.
 const wchar* DescribeOutcome(TPluginOutcome outcome);
+
+/// Text of others, which may hold anything, for people: what would control a terminal becomes "?".
+wstring MakePrintable(wstring text);
+
+/// The version in words: "0.1.0".
+wstring DescribeVersion(std::int32_t number);
 
 } // namespace vorlund

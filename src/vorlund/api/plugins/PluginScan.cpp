@@ -8,6 +8,7 @@
 #include "vorlund/api/plugins/ScanProtocol.h"
 #include "vorlund/data/file/FileSystem.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstring>
@@ -42,11 +43,20 @@ public:
             if (message.mark != kMark || message.size != sizeof(message) || message.stage != kStages[i])
                 return {PLUGIN_SCAN_GARBLED};
         }
-        if (message.outcome < PLUGIN_LOADED || message.outcome > PLUGIN_RAISED) return {PLUGIN_SCAN_GARBLED};
-        return {static_cast<TPluginOutcome>(message.outcome), message.code};
+        if ((message.outcome < PLUGIN_LOADED || message.outcome > PLUGIN_RAISED) &&
+            message.outcome != PLUGIN_MISSING_LIBRARY)
+            return {PLUGIN_SCAN_GARBLED};
+        return {static_cast<TPluginOutcome>(message.outcome), message.code, ReadText(message.detail),
+                static_cast<TExceptionType>(message.exceptionType), ReadText(message.exceptionMethod)};
     }
 
 private:
+    /// A text of a message, which may hold anything: for people, and up to its end in any case.
+    template <std::size_t kRoom> static wstring ReadText(const char16_t (&text)[kRoom]) {
+        const wstring units(text, std::find(text, text + kRoom, u'\0'));
+        return MakePrintable(units);
+    }
+
     static constexpr std::size_t kSize = 3 * sizeof(TMessage);
 
     char bytes_[kSize + 1];

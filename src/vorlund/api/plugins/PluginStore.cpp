@@ -12,6 +12,7 @@
 // while one runs: lists are walked by index, and what is needed afterwards is copied. A module is unloaded
 // only when its entry point has returned; one that has raised stays, because the exception may point into it.
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/api/objects/Registrations.h"
 #include "vorlund/api/plugins/PluginFolder.h"
 #include "vorlund/api/plugins/PluginImage.h"
 #include "vorlund/api/plugins/PluginModule.h"
@@ -26,12 +27,14 @@
 #include <vorlund/File.h>
 #include <vorlund/ObjectEnumerator.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/PluginInfo.h>
 #include <vorlund/PluginStore.h>
 #include <vorlund/StringObject.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -103,6 +106,7 @@ struct CPluginStore::TData {
     TPluginScanMode scanMode = PLUGIN_SCAN_NONE;
     /// Empty for the one at its usual places.
     CString scanHelper;
+    TPluginFailureMode failureMode = PLUGIN_FAILURE_PASSES_ON;
 
     /// With the extension and the folders that every store begins with.
     TData() {
@@ -141,20 +145,31 @@ struct CPluginStore::TData {
         return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
     }
 
-    /// Whether any folder has a plug-in, found without making objects and without messages.
-    bool HasPlugins() const {
-        return std::any_of(folders.begin(), folders.end(), [this](const CString& folder) {
+    /// Calls `act` with the path and the title of each file that has the name of a plug-in, until it returns
+    /// true; returns that, or true when a folder cannot be searched. Makes no objects and prints nothing.
+    template <class TAct> bool AnyCandidate(TAct act) const {
+        return std::any_of(folders.begin(), folders.end(), [this, &act](const CString& folder) {
             const CString prefix = pathtext::AsFolder(folder);
             filesystem::CFolderSearch search(prefix);
             while (search.Next()) {
                 const wchar* const name = search.GetName();
+                const CString title = pathtext::GetTitle(name);
                 if (search.GetKind() == TEntryKind::File &&
-                    IsPluginFile(pathtext::GetTitle(name), pathtext::GetExtension(name)) &&
-                    CImageFile(prefix + name).IsPlugin())
+                    IsPluginFile(title, pathtext::GetExtension(name)) && act(prefix + name))
                     return true;
             }
             // The enumeration raises what has happened.
             return search.HasFailed();
+        });
+    }
+
+    /// Whether any folder has a plug-in. What the candidates before it are is reported.
+    bool FindPlugin() {
+        return AnyCandidate([this](const CString& path) {
+            const TPluginResult result = Judge(CImageFile(path).Look());
+            if (result.outcome == PLUGIN_BEGUN) return true;
+            reports.Set(reports.Begin(path), result);
+            return false;
         });
     }
 
@@ -164,39 +179,93 @@ struct CPluginStore::TData {
         if (path.Length() == 0) return PLUGIN_NO_PLUGIN;
         const std::size_t place = reports.Begin(path);
         try {
-            const TPluginResult result = TryToLoad(path, name);
+            const TPluginResult result = TryToLoad(path, name, place);
             reports.Set(place, result);
             return result.outcome;
         } catch (const std::bad_alloc&) {
             throw;
         } catch (...) {
-            reports.Set(place, {PLUGIN_RAISED});
-            throw;
+            ReportRaised(place);
+            if (failureMode == PLUGIN_FAILURE_PASSES_ON) throw;
+            return PLUGIN_RAISED;
         }
     }
 
 private:
-    TPluginResult TryToLoad(const CString& path, const CString& name) {
-        if (!CImageFile(path).IsPlugin()) return {PLUGIN_NO_PLUGIN};
+    /// Reports the exception that is being handled; without memory, less of it.
+    void ReportRaised(std::size_t place) noexcept {
+        reports.Set(place, {PLUGIN_RAISED});
+        try {
+            reports.Set(place, DescribeRaised());
+        } catch (const std::bad_alloc&) {
+            // The outcome is there.
+        }
+    }
+
+    /// What a look at a file means; `PLUGIN_BEGUN` when it may be loaded.
+    static TPluginResult Judge(const TImageLook& look) {
+        const wstring detail(look.detail.begin(), look.detail.end());
+        switch (look.kind) {
+        case TImageKind::Plugin:
+            break;
+        case TImageKind::NoLibrary:
+            return {PLUGIN_NO_PLUGIN, 0, VRL_L("it is no shared library, or a damaged one")};
+        case TImageKind::OtherMachine:
+            return {PLUGIN_OTHER_MACHINE, 0, detail};
+        case TImageKind::Cut:
+            return {PLUGIN_CUT, 0, detail};
+        case TImageKind::OtherLibrary:
+            return {PLUGIN_NO_PLUGIN, 0, VRL_L("it is a shared library of another kind")};
+        case TImageKind::OneEntry:
+            return {PLUGIN_NO_ENTRY, 0, detail};
+        }
+        return {};
+    }
+
+    /// What the file is, and whether its record fits, without running any of it; `PLUGIN_BEGUN` when it may
+    /// be loaded.
+    TPluginResult Examine(const CString& path, std::size_t place) {
+        const CImageFile image(path);
+        TPluginResult refused = Judge(image.Look());
+        if (refused.outcome != PLUGIN_BEGUN) return refused;
+        const std::optional<TPluginInfoRecord> info = image.ReadInfo();
+        if (!info) return {};
+        reports.SetInfo(place, *info);
+        const std::int32_t library = vorlund::GetVersion().number;
+        if (IsPluginCompatible(info->libraryVersion, library)) return {};
+        return {PLUGIN_INCOMPATIBLE, 0,
+                DescribeVersion(info->libraryVersion) + VRL_L(", and this one is ") +
+                    DescribeVersion(library)};
+    }
+
+    TPluginResult TryToLoad(const CString& path, const CString& name, std::size_t place) {
+        TPluginResult refused = Examine(path, place);
+        if (refused.outcome != PLUGIN_BEGUN) return refused;
         WarnOfFolder(pathtext::GetFolder(path));
         if (scanMode == PLUGIN_SCAN_CHILD) {
-            const TPluginResult result = Scan(path);
+            TPluginResult result = Scan(path);
             if (result.outcome != PLUGIN_LOADED) return result;
         }
-        int error = 0;
-        void* const module = pluginmodule::Load(path, error);
-        if (!module) return {PLUGIN_NOT_LOADABLE, error};
+        pluginmodule::TRefusal refusal;
+        void* const module = pluginmodule::Load(path, refusal);
+        if (!module && !refusal.missing.empty())
+            return {PLUGIN_MISSING_LIBRARY, refusal.error, refusal.missing};
+        if (!module) return {PLUGIN_NOT_LOADABLE, refusal.error, refusal.text};
         const auto init = pluginmodule::FindInitEntry(module);
         const auto close = pluginmodule::FindCloseEntry(module);
         if (!init || !close) {
             pluginmodule::Unload(module);
             return {PLUGIN_NO_ENTRY};
         }
-        if (!init()) {
-            pluginmodule::Unload(module);
+        registrations::TNotes notes;
+        if (!Initialize(init, notes, place)) {
+            // What it has registered all the same points into it.
+            if (failureMode == PLUGIN_FAILURE_PASSES_ON || notes.items.empty()) pluginmodule::Unload(module);
+            reports.SetNotes(place, notes);
             return {PLUGIN_DECLINED};
         }
         try {
+            reports.SetNotes(place, notes);
             plugins.push_back({module, init, close, name});
         } catch (...) {
             close();
@@ -204,6 +273,21 @@ private:
             throw;
         }
         return {PLUGIN_LOADED};
+    }
+
+    /// Calls the init entry, and takes what it notes.
+    bool Initialize(pluginmodule::TInitEntry init, registrations::TNotes& notes, std::size_t place) {
+        const registrations::CTaker taker(notes);
+        try {
+            return init();
+        } catch (...) {
+            try {
+                reports.SetNotes(place, notes);
+            } catch (const std::bad_alloc&) {
+                // What the plug-in has raised is what passes on.
+            }
+            throw;
+        }
     }
 
     TPluginResult Scan(const CString& path) const {
@@ -274,6 +358,19 @@ void CPluginStore::SetScanMode(TPluginScanMode mode, const wchar* helper) {
     TData::Of(data_).scanMode = mode;
 }
 
+void CPluginStore::SetFailureMode(TPluginFailureMode mode) {
+    TData::Of(data_).failureMode = mode;
+}
+
+unsigned int CPluginStore::GetPluginPathCount() const {
+    return static_cast<unsigned int>(TData::Of(data_).folders.size());
+}
+
+CString CPluginStore::GetPluginPath(unsigned int index) const {
+    const TData& data = TData::Of(data_);
+    return index < data.folders.size() ? data.folders[index] : CString();
+}
+
 void CPluginStore::LoadPlugin(const wchar* name) {
     TData& data = TData::Of(data_);
     const CString wanted(name);
@@ -296,7 +393,7 @@ TPluginOutcome CPluginStore::LoadPluginFile(const wchar* path) {
 void CPluginStore::LoadAvailablePlugins() {
     // The enumeration makes an object of every file in the folders. It begins only where there is a plug-in,
     // so that the first object of an application without plug-ins is number 1.
-    if (!TData::Of(data_).HasPlugins()) return;
+    if (!TData::Of(data_).FindPlugin()) return;
     ForEachText(EnumerateAvailablePlugins(), [this](const CString& name) { LoadPlugin(name); });
 }
 

@@ -21,11 +21,15 @@ struct TMessage {
     /// The size of a message.
     std::uint32_t size;
     TStage stage;
-    /// At `Done` the outcome and its code, as in `TPluginReport`.
+    /// At `Done` the outcome and its code, as in `TPluginReport`, and what else is there: texts of UTF-16, as
+    /// much of them as there is room for, ended by a zero.
     std::int32_t outcome;
     std::int32_t code;
+    std::int32_t exceptionType;
+    char16_t exceptionMethod[128];
+    char16_t detail[256];
 };
-static_assert(sizeof(TMessage) == 20);
+static_assert(sizeof(TMessage) == 792);
 
 constexpr std::uint32_t kMark = 0x4E435356;
 /// A scan longer than this is given up, in seconds.

@@ -6,6 +6,7 @@
 // change, so a pointer to one stays good until `Close`; a search holds on to the records for as long as it
 // runs.
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/api/objects/Registrations.h"
 #include "vorlund/api/values/DebugOutput.h"
 #include "vorlund/api/values/PathReason.h"
 #include "vorlund/data/codecs/DecoderSearch.h"
@@ -164,11 +165,13 @@ CCodecClassStore::TData& CCodecClassStore::GetData(const TFailure& notInitialize
 void CCodecClassStore::RegisterDecoder(const TDecoderClassInfo& info) {
     GetData(kRegisterDecoderFailures.notInitialized);
     TData::Register(data_, &TData::decoders, info, kRegisterDecoderFailures);
+    registrations::Note(registrations::TKind::Decoder, info.classId);
 }
 
 void CCodecClassStore::RegisterEncoder(const TEncoderClassInfo& info) {
     GetData(kRegisterEncoderFailures.notInitialized);
     TData::Register(data_, &TData::encoders, info, kRegisterEncoderFailures);
+    registrations::Note(registrations::TKind::Encoder, info.classId);
 }
 
 const TDecoderClassInfo* CCodecClassStore::GetDecoderClassInfo(const CId& input, const CId& output) const {

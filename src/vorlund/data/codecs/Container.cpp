@@ -1,5 +1,8 @@
 #include "vorlund/data/codecs/Container.h"
 
+#include <vorlund/DecodeReport.h>
+
+#include <algorithm>
 #include <string_view>
 
 namespace vorlund {
@@ -84,6 +87,18 @@ const TContainer* FindContainer(std::span<const std::uint8_t> head) {
         if (HasAt(text, 0, mark.first) && HasAt(text, mark.at, mark.second)) return &mark.container;
     }
     return nullptr;
+}
+
+std::vector<TKnownContainer> ListKnownContainers() {
+    std::vector<TKnownContainer> known;
+    for (const TMark& mark : kMarks) {
+        const TContainer& container = mark.container;
+        const bool isThere = std::any_of(known.begin(), known.end(), [&](const TKnownContainer& other) {
+            return other.name == container.name;
+        });
+        if (!isThere) known.push_back({container.name, container.plugin, container.decoder});
+    }
+    return known;
 }
 
 } // namespace vorlund
