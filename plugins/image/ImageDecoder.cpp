@@ -6,6 +6,8 @@
 
 #include "../support/PixelForm.h"
 
+#include <vorlund/Exception.h>
+
 #include <cstring>
 #include <utility>
 

@@ -1,7 +1,6 @@
 // What decoders of pictures and videos share: the positions of a result whose length is known.
 #pragma once
 
-#include <vorlund/Exception.h>
 #include <vorlund/StreamFilterImpl.h>
 
 #include <algorithm>
@@ -21,11 +20,7 @@ public:
     std::int64_t GetLength() override { return IsConnected() ? length_ : TLayer::GetLength(); }
     std::int64_t Tell() override { return IsConnected() ? position_ : TLayer::Tell(); }
     /// Every position behind the end counts as the end. Raises `CIOException` "Position is negative".
-    void Seek(std::int64_t position) override {
-        if (!IsConnected()) return TLayer::Seek(position);
-        if (position < 0) vorlund::Raise<vorlund::CIOException>(kNegative);
-        position_ = std::min(position, length_);
-    }
+    void Seek(std::int64_t position) override;
     bool Eof() override { return position_ >= length_; }
     /// At most to the end.
     void Skip(std::uint64_t count) override { position_ += static_cast<std::int64_t>(Limit(count)); }
@@ -45,9 +40,4 @@ protected:
 
     std::int64_t length_ = -1;
     std::int64_t position_ = 0;
-
-private:
-    static constexpr vorlund::TFailure kNegative{VRL_L("CPositionedFilter::Seek"),
-                                                 VRL_L("plugins/support/PositionedFilter"), 1,
-                                                 VRL_L("Position is negative")};
 };

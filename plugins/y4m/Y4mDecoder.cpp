@@ -2,6 +2,8 @@
 
 #include "Y4mFile.h"
 
+#include <vorlund/Exception.h>
+
 #include <algorithm>
 #include <cstring>
 #include <utility>

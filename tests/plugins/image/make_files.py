@@ -75,10 +75,19 @@ LAYOUTS = {
 }
 
 
-def probe(path):
-    text = run("ffprobe", "-v", "error", "-show_entries", "stream=width,height,pix_fmt", "-of", "csv=p=0", path)
-    width, height, layout = text.decode().strip().split(",")[:3] if text[:1].isdigit() else (None,) * 3
-    return int(width), int(height), layout
+def layout_of(data):
+    """To what the decoder of ffmpeg decodes a PNG file, by the file's head."""
+    depth, colours = data[24], data[25]
+    transparent = b"tRNS" in data
+    if colours == 3:
+        return "bgra"
+    if colours == 0:
+        # Few bits become eight there, and their transparent grey is not seen.
+        return {16: "ya16be", 8: "ya8"}.get(depth, "gray") if transparent else "gray16be" if depth == 16 else "gray"
+    if colours == 4:
+        return "ya16be" if depth == 16 else "ya8"
+    alpha = "a" if colours == 6 or transparent else ""
+    return f"rgb{alpha}64be" if alpha and depth == 16 else "rgb48be" if depth == 16 else "rgba" if alpha else "rgb24"
 
 
 def add(name, width, height, pixels, tolerance=0):
@@ -87,21 +96,27 @@ def add(name, width, height, pixels, tolerance=0):
     rows.append(f"{name} {width} {height} {tolerance}")
 
 
-def add_png(name):
-    path = folder / name
-    data = path.read_bytes()
-    width, height, layout = probe(path)
-    if layout == "monob":
-        # Bits become whole numbers in its next step, exactly.
-        layout = "gray"
-    if layout in LAYOUTS:
-        pixels = LAYOUTS[layout](ffmpeg("-i", path, "-f", "rawvideo", "-pix_fmt", layout, "-"))
-    else:
-        assert layout == "pal8", (name, layout)
-        pixels = ffmpeg("-i", path, "-f", "rawvideo", "-pix_fmt", "bgra", "-")
+def add_pngs(names):
+    """All in few runs of ffmpeg, whose start takes longer than a small picture."""
+    for start in range(0, len(names), 25):
+        some = names[start:start + 25]
+        layouts = {name: layout_of((folder / name).read_bytes()) for name in some}
+        inputs = [word for name in some for word in ("-i", folder / name)]
+        outputs = [word for i, name in enumerate(some) for word in
+                   ("-map", i, "-f", "rawvideo", "-pix_fmt", layouts[name], folder / (name + ".raw"))]
+        ffmpeg("-y", *inputs, *outputs)
+        for name in some:
+            add_png(name, layouts[name])
+
+
+def add_png(name, layout):
+    data = (folder / name).read_bytes()
+    raw = (folder / (name + ".raw")).read_bytes()
+    (folder / (name + ".raw")).unlink()
+    width, height = struct.unpack(">II", data[16:24])
+    pixels = raw if layout == "bgra" else LAYOUTS[layout](raw)
     if data[25] == 0 and data[24] < 8 and b"tRNS" in data:
-        # ffmpeg sees no transparent grey of few bits.
-        alpha = run("convert", path, "-alpha", "extract", "-depth", "8", "gray:-")
+        alpha = run("convert", folder / name, "-alpha", "extract", "-depth", "8", "gray:-")
         pixels = b"".join(pixels[i * 4:i * 4 + 3] + alpha[i:i + 1] for i in range(len(alpha)))
     add(name, width, height, pixels)
 
@@ -132,9 +147,8 @@ def copy(path, name=None):
 
 
 # Pictures of others.
-for path in sorted((GO / "png/testdata/pngsuite").glob("*.png")) + sorted((GO / "png/testdata").glob("[bg]*.png")):
-    add_png(copy(path))
-add_png(copy(GO / "testdata/video-001.png"))
+others = sorted((GO / "png/testdata/pngsuite").glob("*.png")) + sorted((GO / "png/testdata").glob("[bg]*.png"))
+pngs = [copy(path) for path in [*others, GO / "testdata/video-001.png"]]
 for path in sorted((GO / "testdata").glob("*.jpeg")):
     if "truncated" not in path.name and "cmyk" not in path.name:
         add_jpeg(copy(path))
@@ -159,20 +173,22 @@ for colours, depths in ((0, (1, 2, 4, 8, 16)), (2, (8, 16)), (3, (1, 2, 4, 8)), 
                 "-define", f"png:bit-depth={depth}", folder / name)
             head = (folder / name).read_bytes()[24:29]
             assert head == bytes((depth, colours, 0, 0, interlace == "PNG")), (name, head)
-            add_png(name)
-# A picture with every width and height from 1 to 9, interlaced: some of its passes are empty.
-for width in range(1, 10):
-    for height in range(1, 10, 3):
-        name = f"im-{width}x{height}.png"
-        run("convert", source, "-resize", f"{width}x{height}!", "-strip", "-interlace", "PNG", "-define",
-            "png:color-type=2", folder / name)
-        add_png(name)
-# By ffmpeg.
+            pngs.append(name)
+# Small and interlaced: some of the passes are empty.
+for width, height in [*((i, i) for i in range(1, 10)), (1, 7), (9, 1), (2, 4), (5, 3)]:
+    name = f"im-{width}x{height}.png"
+    run("convert", source, "-resize", f"{width}x{height}!", "-strip", "-interlace", "PNG", "-define", "png:color-type=2",
+        folder / name)
+    pngs.append(name)
+# By ffmpeg, with each of its filters.
+outputs = []
 for layout in ("gray", "gray16be", "ya8", "ya16be", "rgb24", "rgba", "rgb48be", "rgba64be", "pal8", "monob"):
-    for predictor in ("none", "sub", "up", "avg", "paeth", "mixed"):
+    for predictor in ("none", "sub", "up", "avg", "paeth", "mixed") if layout in ("rgb24", "gray16be", "ya8") else ("mixed",):
         name = f"ff-{layout}-{predictor}.png"
-        ffmpeg("-i", source, "-frames:v", "1", "-update", "1", "-pix_fmt", layout, "-pred", predictor, folder / name)
-        add_png(name)
+        outputs += ["-map", 0, "-frames:v", 1, "-update", 1, "-pix_fmt", layout, "-pred", predictor, folder / name]
+        pngs.append(name)
+ffmpeg("-i", source, *outputs)
+add_pngs(pngs)
 
 # JPEG by cjpeg, with each of its options.
 pixmap = run("convert", source, "-resize", "101x67!", "-depth", "8", "ppm:-")
