@@ -1,39 +1,45 @@
 #!/bin/bash
-# Builds libsndfile for Windows, with Ogg, Vorbis, FLAC, Opus and MP3 inside, from Debian's source packages: one DLL
-# that the plug-in sndfile uses. What was built once is kept, and a second call only prints where it is.
-#   scripts/codecs.sh win32|win64             prints the folder with bin, include, lib and licences; a log goes to
-#                                             standard error
-#   scripts/codecs.sh win32|win64 --cached    the same, and fails at once when it was not built yet
-# Everything is kept in VORLUND_CACHE, by default ~/.cache/vorlund. Needs: the cross compiler, cmake, ninja-build,
-# make, patch, xz-utils, bzip2, pkgconf.
+# Builds the libraries of a plug-in for Windows, from Debian's source packages, as DLLs that the plug-in uses. What was
+# built once is kept, and a second call only prints where it is.
+#   scripts/codecs.sh win32|win64 [sounds|pictures]     prints the folder with bin, include, lib and licences; a log goes
+#                                                       to standard error
+#   scripts/codecs.sh win32|win64 [sounds|pictures] --cached
+#                                                       the same, and fails at once when it was not built yet
+# The recipes are in scripts/codecs: sounds.sh, which is the default, for the plug-in sndfile, and pictures.sh for the
+# plug-in image. Everything is kept in VORLUND_CACHE, by default ~/.cache/vorlund. Needs: the cross compiler, cmake,
+# ninja-build, make, patch, xz-utils, bzip2, pkgconf.
 set -euo pipefail
 script=$(realpath "${BASH_SOURCE[0]}")
-case ${1-} in
+target=${1-}
+case $target in
 win32) cpu=i686 ;;
 win64) cpu=x86_64 ;;
-*) echo "usage: scripts/codecs.sh win32|win64" >&2; exit 2 ;;
+*) target="" ;;
 esac
+set=sounds
+case ${2-} in
+sounds | pictures) set=$2 cached=${3-} ;;
+*) cached=${2-} ;;
+esac
+if [[ -z $target || ($cached != "" && $cached != --cached) ]]; then
+    echo "usage: scripts/codecs.sh win32|win64 [sounds|pictures] [--cached]" >&2
+    exit 2
+fi
+recipe=$(dirname "$script")/codecs/$set.sh
 host=$cpu-w64-mingw32
 cache=${VORLUND_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/vorlund}
-key=$({ cat "$script"; "$host-gcc-posix" --version; } | sha256sum | cut -c1-12)
-result=$cache/codecs-$1-$key
+key=$({ cat "$script" "$recipe"; "$host-gcc-posix" --version; } | sha256sum | cut -c1-12)
+result=$cache/$set-$target-$key
 if [[ -e $result/complete ]]; then
     echo "$result"
     exit
 fi
-[[ ${2-} != --cached ]] || exit 1
+[[ -z $cached ]] || exit 1
 
-# Each release that is built, with the sum of its archive. Debian's own corrections, among them those of security, are
-# applied where the mirror has them.
-sources=(
-    "libogg libogg_1.3.5.orig.tar.xz c4d91be36fc8e54deae7575241e03f4211eb102afb3fc0775fbbc1b740016705"
-    "libvorbis libvorbis_1.3.7.orig.tar.gz 0e982409a9c3fc82ee06e08205b1355e5c6aa4c36bca58146ef399621b0ce5ab"
-    "flac flac_1.4.2+ds.orig.tar.xz 47274ac8fcb1f0e6caa91d29f943925d7a40c0a3f6357c3275773bdb1ee46638"
-    "opus opus_1.3.1.orig.tar.gz 65b58e1e25b2a114157014736a3d9dfeaad8d41be1c8179866f144a2fb44ff9d"
-    "mpg123 mpg123_1.31.2.orig.tar.bz2 b17f22905e31f43b6b401dfdf6a71ed11bb7d056f68db449d70b9f9ae839c7de"
-    "lame lame_3.100.orig.tar.gz ddfe36cab873794038ae2c1210557ad34857a4b6bdc515785d1da9e175b1da1e"
-    "libsndfile libsndfile_1.2.0.orig.tar.gz 62dc4e2bcd45f6f0e89cbc3522cc90eb174dca0eef0a0d19ead289833b390cd7"
-)
+# Sets `libraries`, what is built in a few words; `packages`, the source packages; `sources`, a row for each: its name, its
+# archive and the archive's sum; and `build_libraries`.
+# shellcheck source=scripts/codecs/sounds.sh
+source "$recipe"
 
 # One build at a time; who waited may find everything done.
 mkdir -p "$cache/codec-sources"
@@ -128,33 +134,25 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 TOOLCHAIN
-    has_archives || apt_source libogg libvorbis flac opus mpg123 lame libsndfile
+    has_archives || apt_source "${packages[@]}"
     has_archives || { echo "codecs: the source packages cannot be had"; return 1; }
     local row name
     for row in "${sources[@]}"; do unpack "${row%% *}"; done
 
-    by_cmake libogg -DINSTALL_DOCS=OFF
-    by_cmake libvorbis
-    by_cmake flac -DBUILD_CXXLIBS=OFF -DBUILD_PROGRAMS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_TESTING=OFF -DBUILD_DOCS=OFF \
-        -DINSTALL_MANPAGES=OFF -DWITH_STACK_PROTECTOR=OFF -DWITH_FORTIFY_SOURCE=OFF
-    by_configure opus --disable-extra-programs --disable-doc --disable-stack-protector --disable-hardening
-    # Its macros make the compiler's inline strncasecmp call itself for ever, in tags with texts of a user.
-    by_cmake mpg123/ports/cmake -DBUILD_PROGRAMS=OFF -DBUILD_LIBOUT123=OFF -DCMAKE_C_FLAGS="$flags -D__CRT__NO_INLINE"
-    by_configure lame --disable-frontend --disable-gtktest
-    by_cmake libsndfile -DBUILD_SHARED_LIBS=ON -DENABLE_EXTERNAL_LIBS=ON -DENABLE_MPEG=ON -DENABLE_CPACK=OFF \
-        -DBUILD_PROGRAMS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_TESTING=OFF -DCMAKE_C_FLAGS="$flags -DFLAC__NO_DLL" \
-        -DCMAKE_C_STANDARD_LIBRARIES="-lshlwapi"
+    build_libraries
 
     mkdir -p "$result/licences"
     local file
     for row in "${sources[@]}"; do
         name=${row%% *}
-        for file in COPYING COPYING.LGPL COPYING.Xiph LICENSE; do
+        for file in COPYING COPYING.LGPL COPYING.Xiph LICENSE LICENSE.md README.ijg; do
             [[ ! -e $work/$name/$file ]] || cp "$work/$name/$file" "$result/licences/$name-$file.txt"
         done
     done
     # The recipe, with the exact releases.
+    mkdir "$result/licences/codecs"
     cp "$script" "$result/licences/codecs.sh"
+    cp "$recipe" "$result/licences/codecs/"
     touch "$result/complete"
 }
 
@@ -164,6 +162,6 @@ set +e
 (set -e; build_all) >&2
 status=$?
 set -e
-((status == 0)) || { rm -rf "$result"; echo "codecs: libsndfile for $1 was not built" >&2; exit 1; }
+((status == 0)) || { rm -rf "$result"; echo "codecs: $libraries for $target was not built" >&2; exit 1; }
 echo "codecs: built in $((SECONDS - began)) s" >&2
 echo "$result"

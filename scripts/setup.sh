@@ -9,8 +9,13 @@ vorlund_packages() {
     # What tests/realfiles compares with.
     local recordings="alsa-utils sox sndfile-programs"
     # The plug-in sndfile, and what writes the files of its tests.
-    local sounds="libsndfile1-dev" sound_tools="ffmpeg flac lame opus-tools sox vorbis-tools"
-    # What scripts/codecs.sh builds libsndfile for Windows with.
+    local sounds="libsndfile1-dev" sound_tools="flac lame opus-tools sox vorbis-tools"
+    # What makes the files of the tests of the plug-in y4m.
+    local video_tools="ffmpeg"
+    # The plug-in image, and what makes the files of its tests.
+    local pictures="libpng-dev libjpeg62-turbo-dev"
+    local picture_tools="$video_tools golang-1.19-src imagemagick libjpeg-turbo-progs"
+    # What scripts/codecs.sh builds libraries for Windows with.
     local codecs="bzip2 make patch pkgconf xz-utils"
     # Checks of form and of the binary interface.
     local checks="clang-format clang-tidy abigail-tools xz-utils git"
@@ -20,17 +25,19 @@ vorlund_packages() {
     run-linux) echo "$build" ;;
     run-linux-codecs) echo "$sounds" ;;
     run-win32-codecs) echo "$codecs" ;;
+    run-linux-pictures) echo "$pictures libxcb1-dev" ;;
+    run-win32-pictures) echo "$codecs" ;;
     run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;
     # wine64 as well: the tests' Wine prefix serves both word sizes.
-    win32) echo "$tests $recordings $sound_tools $codecs libsndfile1 g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
-    win64) echo "$tests $recordings g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
+    win32) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
+    win64) echo "$tests $recordings $video_tools g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
-    linux-arm64) echo "$tests $recordings g++-aarch64-linux-gnu qemu-user-static" ;;
-    linux) echo "$tests $recordings $windows $sounds $sound_tools $checks" ;;
-    linux-asan | linux-tsan) echo "$tests $windows $sounds $sound_tools" ;;
-    linux32-asan) echo "$tests libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
-    linux-coverage) echo "$tests $recordings $windows gcovr" ;;
-    linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev" ;;
+    linux-arm64) echo "$tests $recordings $video_tools g++-aarch64-linux-gnu qemu-user-static" ;;
+    linux) echo "$tests $recordings $windows $sounds $sound_tools $pictures $picture_tools $checks" ;;
+    linux-asan | linux-tsan) echo "$tests $windows $sounds $sound_tools $pictures $picture_tools" ;;
+    linux32-asan) echo "$tests $video_tools libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
+    linux-coverage) echo "$tests $recordings $windows $video_tools gcovr" ;;
+    linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev $pictures" ;;
     *) return 1 ;;
     esac
 }

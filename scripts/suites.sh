@@ -223,8 +223,8 @@ build_targets() {
         # Compiled one by one, the suites show that each includes what it needs.
         [[ $target == linux && -n ${all-} ]] && options+=(-DVORLUND_JOIN_TESTS=OFF) || options+=(-DVORLUND_JOIN_TESTS=ON)
         [[ $target != win32 ]] || add_codecs
-        # The plug-in has not been tried there.
-        [[ $target == win64 || $target == linux-arm64 ]] && options+=(-DVORLUND_WITH_SNDFILE=OFF)
+        # These plug-ins have not been tried there.
+        [[ $target == win64 || $target == linux-arm64 ]] && options+=(-DVORLUND_WITH_SNDFILE=OFF -DVORLUND_WITH_IMAGE=OFF)
         if takes_part "$target"; then
             options+=(-- --target "${part_programs[@]}")
             [[ $target != win* ]] || options+=("${part_programs_windows[@]}")
@@ -235,10 +235,16 @@ build_targets() {
     done
 }
 
-# Libsndfile for Windows, if its packages can be had; a target without it is whole otherwise.
+# Libsndfile, libpng and libjpeg-turbo for Windows, if their packages can be had; a target without them is whole otherwise.
 add_codecs() {
     local codecs
-    if codecs=$(scripts/codecs.sh "$target" 2>"$logs/$target-codecs.log"); then
+    if codecs=$(scripts/codecs.sh "$target" pictures 2>"$logs/$target-pictures.log"); then
+        options+=(-DVORLUND_WITH_IMAGE=ON "-DVORLUND_PICTURES_DIR=$codecs")
+    else
+        echo "$target: without the plug-in image, because its libraries could not be built (log: $logs/$target-pictures.log)"
+        options+=(-DVORLUND_WITH_IMAGE=OFF)
+    fi
+    if codecs=$(scripts/codecs.sh "$target" sounds 2>"$logs/$target-codecs.log"); then
         options+=(-DVORLUND_WITH_SNDFILE=ON "-DVORLUND_CODECS_DIR=$codecs")
     else
         echo "$target: without the plug-in sndfile, because libsndfile could not be built (log: $logs/$target-codecs.log)"
@@ -270,7 +276,7 @@ test_target() {
         programs=(vorlund_part_tests)
     else
         # The plug-ins that could be built.
-        for program in vorlund_sndfile_tests vorlund_system_codecs_tests; do
+        for program in vorlund_image_tests vorlund_sndfile_tests vorlund_system_codecs_tests vorlund_y4m_tests; do
             [[ ! -e $folder/bin/$program$exe ]] || programs+=("$program")
         done
     fi

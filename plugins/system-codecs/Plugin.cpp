@@ -3,9 +3,12 @@
 
 #include <vorlund/ObjectImpl.h>
 #include <vorlund/Plugin.h>
+#include <vorlund/PluginInfo.h>
 #include <vorlund/Vorlund.h>
 
 using namespace vorlund;
+
+VRL_PLUGIN_INFO("system-codecs", VORLUND_VERSION_STRING, "MIT")
 
 bool VrlInitPlugin() {
     v.GetClassStore().RegisterClassVrl(

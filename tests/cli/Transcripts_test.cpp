@@ -105,6 +105,7 @@ protected:
         inputs_["no-format.wav"] = Text(CWavBuilder().Chunk("data", Ramp(8)).Build());
         inputs_["no-data.wav"] = Text(CWavBuilder().Format({}).Build());
         inputs_["words.txt"] = "no sound in here, only words";
+        inputs_["video.y4m"] = "YUV4MPEG2 W2 H2 F25:1 Cmono\nFRAME\nabcd";
         inputs_["nothing"] = "";
     }
 

@@ -41,6 +41,12 @@ win*)
             test -f "$prefix/$file"
         done
     fi
+    if [[ -e $folder/bin/vorlund-plugins/image.dll ]]; then
+        for file in lib/vorlund/plugins/{image.dll,libpng16.dll,libjpeg-62.dll} share/doc/Vorlund/image/{codecs.sh,codecs/pictures.sh}; do
+            test -f "$prefix/$file"
+        done
+    fi
+    test -f "$prefix/lib/vorlund/plugins/y4m.dll"
     cmake "${options[@]}" -DVorlund_DIR="$prefix/lib/cmake/Vorlund" "$toolchain"
     cmake --build "$work/build"
     # The program lies elsewhere: the loader finds the library, and with it the compiler's, by the path.
@@ -55,6 +61,8 @@ win*)
     ;;
 linux | linux-arm64)
     [[ ! -e $folder/bin/vorlund-plugins/sndfile.so ]] || test -f "$prefix/lib/vorlund/plugins/sndfile.so"
+    [[ ! -e $folder/bin/vorlund-plugins/image.so ]] || test -f "$prefix/lib/vorlund/plugins/image.so"
+    test -f "$prefix/lib/vorlund/plugins/y4m.so"
     compiler=g++ nm=nm
     target_launcher native "$folder"
     options+=(-DCMAKE_PREFIX_PATH="$prefix")

@@ -44,9 +44,9 @@ std::string CheckVideoName(const std::string& name) {
 }
 
 /// `size` holds the default, which the help tells.
-void AddVideoSizeOption(CLI::App& command, TVideoSize& size) {
+CLI::Option* AddVideoSizeOption(CLI::App& command, TVideoSize& size) {
     const std::string defaultText = std::to_string(size.width) + "x" + std::to_string(size.height);
-    command
+    return command
         .add_option_function<std::string>(
             "--size", [&size](const std::string& text) { size = *ParseVideoSize(text); },
             "Width and height in pixels (default " + defaultText + ")")
@@ -114,10 +114,13 @@ void AddRandomCommand(CLI::App& program, TCommand& command) {
 
 void AddWindowCommand(CLI::App& program, TCommand& command) {
     const auto options = std::make_shared<TWindowOptions>();
-    CLI::App* const window = program.add_subcommand("window", "Show moving plasma in a window");
-    AddVideoSizeOption(*window, options->size);
+    CLI::App* const window =
+        program.add_subcommand("window", "Show a picture, a video or moving plasma in a window");
+    CLI::Option* const input =
+        window->add_option("input", options->input, "Picture or video to show; plasma without it");
+    AddVideoSizeOption(*window, options->size)->excludes(input);
     window->add_option("--frames", options->frames,
-                       "End after this many frames; 0 for until the window is closed");
+                       "End after this many frames; 0 for until the window is closed or the video ends");
     window->callback([options, &command] {
         command = [options](CDiagnostics& diagnostics) { RunWindow(*options, diagnostics); };
     });

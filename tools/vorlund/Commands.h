@@ -52,10 +52,12 @@ constexpr std::uint32_t kMaxRandomRepeat = 64 * 1024;
 void RunRandom(const TRandomOptions& options);
 
 struct TWindowOptions {
+    /// A picture or a video. Empty: plasma.
+    std::string input;
     TVideoSize size{640, 480};
-    /// 0: until the window is closed.
+    /// 0: until the window is closed, or the video ends.
     std::uint64_t frames = 0;
 };
 
-/// The plasma generator, live, through the first video device.
+/// The plasma generator, live, or a file, through the first video device.
 void RunWindow(const TWindowOptions& options, CDiagnostics& diagnostics);

@@ -1,13 +1,16 @@
-// The command "window": the plasma generator, live, through the first video device.
+// The command "window": the plasma generator, live, or a file, through the first video device.
 #include "Commands.h"
 #include "Diagnostics.h"
 #include "FramePacer.h"
 #include "Interrupt.h"
+#include "Media.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
+#include <vorlund/DecoderSupport.h>
 #include <vorlund/DeviceClassStore.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/Path.h>
 #include <vorlund/PlasmaVideoGenerator.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/VideoOutput.h>
@@ -15,6 +18,8 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -51,16 +56,25 @@ CRefPtr<IVideoOutput> CreateOutput() {
     return output;
 }
 
-/// Until `frames` have been shown, the window is closed, or the program is interrupted.
-TShow Show(IInputStream& source, IVideoOutput& output, const TDataFormat_VideoRgb& format,
-           std::uint64_t frames) {
+/// What is shown: `read` delivers the frame of a number, or returns false when there is none.
+struct TShowing {
+    TDataFormat_VideoRgb format;
+    wstring title;
+    std::function<bool(std::uint64_t number, std::uint8_t* frame)> read;
+};
+
+/// How often a picture is drawn anew, because it may have been covered.
+constexpr float kPictureRate = 10;
+
+/// Until `frames` have been shown, there are no more, the window is closed, or the program is interrupted.
+TShow Show(const TShowing& showing, IVideoOutput& output, std::uint64_t frames) {
     const CInterrupt interrupt;
-    std::vector<std::uint8_t> frame(format.image.GetSizeInBytes());
+    std::vector<std::uint8_t> frame(showing.format.image.GetSizeInBytes());
     const auto start = CFramePacer::TClock::now();
-    CFramePacer pacer(format.frameRate, start);
+    CFramePacer pacer(showing.format.frameRate, start);
     TShow show;
     while (!interrupt.IsRaised()) {
-        source.Read(frame.data(), frame.size());
+        if (!showing.read(show.shown + pacer.GetDropped(), frame.data())) break;
         if (!output.Present(frame.data())) break;
         ++show.shown;
         const auto now = CFramePacer::TClock::now();
@@ -72,32 +86,91 @@ TShow Show(IInputStream& source, IVideoOutput& output, const TDataFormat_VideoRg
     return show;
 }
 
+TShowing ShowPlasma(const TVideoSize& size) {
+    const auto plasma = CreateAs<IPlasmaVideoGenerator>(classid::CPlasmaVideoGenerator);
+    auto format = static_cast<const TDataFormat_VideoRgb&>(plasma->GetFormat());
+    format.image.width = size.width;
+    format.image.height = size.height;
+    plasma->SetFormat(&format);
+    return {format, VRL_L("Plasma"), [plasma, size = format.image.GetSizeInBytes()](auto, auto* frame) {
+                plasma->Read(frame, size);
+                return true;
+            }};
+}
+
+TShowing ShowPicture(const TShownPicture& picture, const wstring& title) {
+    TShowing showing{{}, title, [pixels = picture.pixels](auto, auto* frame) {
+                         std::memcpy(frame, pixels.data(), pixels.size() * sizeof pixels[0]);
+                         return true;
+                     }};
+    showing.format.image.pixelFormat = kShownPixels;
+    showing.format.frameRate = kPictureRate;
+    showing.format.image.width = picture.width;
+    showing.format.image.height = picture.height;
+    return showing;
+}
+
+TShowing ShowVideo(const CRefPtr<IInputStream>& stream, const wstring& title) {
+    const auto& format = static_cast<const TDataFormat_VideoRgb&>(stream->GetFormat());
+    return {format, title, [stream, size = format.image.GetSizeInBytes()](auto number, auto* frame) {
+                // Frames that are dropped are passed over.
+                stream->Seek(static_cast<std::int64_t>(number * size));
+                return ReadWhole(*stream, frame, size);
+            }};
+}
+
+TShow ShowInWindow(const TShowing& showing, std::uint64_t frames) {
+    const auto output = CreateOutput();
+    if (!output->Open(showing.format, showing.title.c_str())) {
+        throw TProgramError{VRL_L("The video device cannot open a window: is there a display?")};
+    }
+    const TShow show = Show(showing, *output, frames);
+    output->Close();
+    return show;
+}
+
+std::string FormatSize(const TDataFormat_ImageRgb& image) {
+    return std::to_string(image.width) + " x " + std::to_string(image.height);
+}
+
 std::string FormatRate(double rate) {
     char text[32];
     std::snprintf(text, sizeof text, "%.2f per second", rate);
     return text;
 }
 
-} // namespace
-
-void RunWindow(const TWindowOptions& options, CDiagnostics& diagnostics) {
-    const auto plasma = CreateAs<IPlasmaVideoGenerator>(classid::CPlasmaVideoGenerator);
-    auto format = static_cast<const TDataFormat_VideoRgb&>(plasma->GetFormat());
-    format.image.width = options.size.width;
-    format.image.height = options.size.height;
-    plasma->SetFormat(&format);
-
-    const auto output = CreateOutput();
-    if (!output->Open(format, VRL_L("Plasma"))) {
-        throw TProgramError{VRL_L("The video device cannot open a window: is there a display?")};
-    }
-    const TShow show = Show(*plasma, *output, format, options.frames);
-    output->Close();
-
-    diagnostics.PrintField("Size",
-                           std::to_string(format.image.width) + " x " + std::to_string(format.image.height));
+void ReportVideo(const TDataFormat_VideoRgb& format, const TShow& show, CDiagnostics& diagnostics) {
+    diagnostics.PrintField("Size", FormatSize(format.image));
     diagnostics.PrintField("Frames", std::to_string(show.shown));
     diagnostics.PrintField("Dropped", std::to_string(show.dropped));
     diagnostics.PrintField("Rate", FormatRate(show.GetRate()));
     diagnostics.PrintField("Nominal", FormatRate(static_cast<double>(format.frameRate)));
+}
+
+void ShowFile(const TWindowOptions& options, CDiagnostics& diagnostics) {
+    const wstring path = PathFromUtf8(options.input.c_str());
+    const auto stream = OpenMedia(path);
+    const wstring title = path.substr(path.find_last_of(VRL_L("/\\")) + 1);
+    if (stream->GetFormat().id == TDataFormat_VideoRgb::FormatId) {
+        const TShowing showing = ShowVideo(stream, title);
+        const TShow show = ShowInWindow(showing, options.frames);
+        diagnostics.PrintField("File", path);
+        return ReportVideo(showing.format, show, diagnostics);
+    }
+    const auto image = static_cast<const TDataFormat_ImageRgb&>(stream->GetFormat());
+    const TShowing showing = ShowPicture(ReadPicture(*stream), title);
+    ShowInWindow(showing, options.frames);
+    diagnostics.PrintField("File", path);
+    diagnostics.PrintField("Size", FormatSize(image));
+    if (showing.format.image.width != image.width)
+        diagnostics.PrintField("Shown", FormatSize(showing.format.image));
+}
+
+} // namespace
+
+void RunWindow(const TWindowOptions& options, CDiagnostics& diagnostics) {
+    if (!options.input.empty()) return ShowFile(options, diagnostics);
+    const TShowing showing = ShowPlasma(options.size);
+    const TShow show = ShowInWindow(showing, options.frames);
+    ReportVideo(showing.format, show, diagnostics);
 }

@@ -1,0 +1,71 @@
+#include "ImageDecoder.h"
+
+#include "JpegReader.h"
+#include "PictureSource.h"
+#include "PngReader.h"
+
+#include "../support/PixelForm.h"
+
+#include <vorlund/Exception.h>
+
+#include <cstring>
+#include <utility>
+
+using namespace vorlund;
+
+namespace {
+
+constexpr const wchar* kFile = VRL_L("plugins/image/ImageDecoder");
+constexpr const wchar* kConnect = VRL_L("CImageDecoder::Connect");
+
+constexpr TFailure kNoPositions{kConnect, kFile, 1, VRL_L("Stream has no positions")};
+constexpr TFailure kDecoded{kConnect, kFile, 2, VRL_L("Stream is decoded already")};
+constexpr TFailure kUnknown{kConnect, kFile, 3, VRL_L("Not a picture of a known kind")};
+
+TPicture ReadPicture(IInputStream& stream) {
+    CPictureSource source(stream);
+    if (IsPng(source.GetHead())) return ReadPng(source);
+    if (IsJpeg(source.GetHead())) return ReadJpeg(source);
+    source.RethrowFailure();
+    Raise<CDataFormatException>(kUnknown);
+}
+
+} // namespace
+
+void CImageDecoder::Connect(IInputStream* stream) {
+    auto next = BeginConnect(stream);
+    if (!next) return;
+    if ((next->GetCapabilities() & kNeededCapabilities) != kNeededCapabilities)
+        Raise<CDataFormatException>(kNoPositions);
+    // What has a format is no file any more.
+    if (next->GetFormat().id != CId::Null()) Raise<CDataFormatException>(kDecoded);
+    const CFilterCalls::CCall call(calls_);
+    TPicture picture = ReadPicture(*next);
+    // The stream may have connected or destroyed this decoder meanwhile; that holds.
+    if (!call.IsUnchanged()) return;
+    stream_ = std::move(next);
+    format_.pixelFormat = kPixelForm;
+    format_.width = picture.width;
+    format_.height = picture.height;
+    pixels_ = std::move(picture.pixels);
+    length_ = static_cast<std::int64_t>(pixels_.size());
+}
+
+void CImageDecoder::Disconnect() {
+    pixels_ = {};
+    CPositionedFilter::Disconnect();
+}
+
+const TDataFormat& CImageDecoder::GetFormat() {
+    if (!IsConnected()) return GetEmptyFormat();
+    return format_;
+}
+
+std::uint64_t CImageDecoder::Read(void* buffer, std::uint64_t size) {
+    // The layer checks the buffer and the connection.
+    if (!buffer || !IsConnected()) return CPositionedFilter::Read(buffer, size);
+    const std::uint64_t count = Limit(size);
+    if (count > 0) std::memcpy(buffer, pixels_.data() + position_, static_cast<std::size_t>(count));
+    position_ += static_cast<std::int64_t>(count);
+    return count;
+}
