@@ -3,7 +3,7 @@
 # ./test after scripts/suites.sh.
 
 soak_results=tests/soak/results.tsv
-soak_targets=(linux win32 linux-asan linux-tsan)
+soak_targets=(linux win32 linux-asan linux32-asan linux-tsan)
 
 # soak_run SECONDS [OPTION...]: one run of the target at hand; its last line says what was done and seen.
 soak_run() { soak_within $(($1 + 300)) --seconds "$@"; }

@@ -24,7 +24,7 @@ TEST_P(ProgramOutOfMemory, EndsWithOneLine) {
     int number = 1;
     int step = 1;
     for (int inARow = 0; inARow < kLast && number <= kMaxRefusals && !HasFailure(); number += step) {
-        step = number < kLastOfEveryRefusal ? 1 : 17;
+        step = number < GetLastOfEveryRefusal() ? 1 : 17;
         std::filesystem::remove(At("out.wav"));
         const TChildEnd end = RunWithRefusedMemory(arguments, number, isOnce);
         EXPECT_FALSE(end.IsAbnormal() || end.hasTimedOut) << number << ": " << end.errors;

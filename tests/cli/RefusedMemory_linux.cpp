@@ -1,11 +1,15 @@
 #include "cli/RefusedMemory.h"
 
+#include "support/Emulated.h"
+
 #include <climits>
 #include <cstdlib>
 
 namespace vorlund::test {
 
-const int kLastOfEveryRefusal = INT_MAX;
+int GetLastOfEveryRefusal() {
+    return IsEmulated() ? 16 : INT_MAX;
+}
 
 // refuse_allocations_linux.cpp comes in front of the C library's functions.
 TChildEnd RunWithRefusedMemory(std::vector<std::string> arguments, int number, bool isOnce) {

@@ -4,7 +4,9 @@
 
 namespace vorlund::test {
 
-const int kLastOfEveryRefusal = 16;
+int GetLastOfEveryRefusal() {
+    return 16;
+}
 
 // The same program, which is linked with refuse_allocations_win32.cpp.
 TChildEnd RunWithRefusedMemory(std::vector<std::string> arguments, int number, bool isOnce) {

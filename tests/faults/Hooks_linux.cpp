@@ -163,10 +163,11 @@ const std::set<std::string> kUnfailing{
     "__assert_fail", "_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable", "__tls_get_addr",
     "___tls_get_addr", "__stack_chk_fail",
     // Values.
-    "__errno_location", "clock_gettime", "__clock_gettime64", "dirfd", "fileno", "fmod", "frexp", "ldexp",
-    "sqrt", "getpgrp", "tcgetpgrp", "ioctl", "memchr", "memcmp", "memcpy", "memmove", "memset", "strlen",
-    "snprintf", "wcrtomb", "pthread_self", "sigaddset", "sigemptyset", "stderr", "stdout", "setvbuf", "fwide",
-    "fcntl", "fcntl64", "__fcntl_time64", "environ", "ferror", "geteuid", "getpid", "towupper", "sigfillset",
+    "__divdi3", "__moddi3", "__udivdi3", "__umoddi3", "__errno_location", "clock_gettime",
+    "__clock_gettime64", "dirfd", "fileno", "fmod", "frexp", "ldexp", "sqrt", "getpgrp", "tcgetpgrp", "ioctl",
+    "memchr", "memcmp", "memcpy", "memmove", "memset", "strlen", "snprintf", "wcrtomb", "pthread_self",
+    "sigaddset", "sigemptyset", "stderr", "stdout", "setvbuf", "fwide", "fcntl", "fcntl64", "__fcntl_time64",
+    "environ", "ferror", "geteuid", "getpid", "towupper", "sigfillset",
     // Waiting and ending.
     "flockfile", "funlockfile", "nanosleep", "__nanosleep64", "poll", "pthread_join", "pthread_mutex_lock",
     "pthread_mutex_unlock", "pthread_sigmask", "raise", "syscall", "syslog", "closedir", "remove", "dlclose",

@@ -113,12 +113,14 @@ inline const std::vector<TScenario>& GetScenarios() {
         {"async-waits", &RunAsyncWaits},
         {"timers", &RunTimers},
         {"locks", &RunLocks},
-        {"window", &RunWindow},
         {"program-decode", &RunProgramDecode, true, kProgramSuccess},
         {"program-decode-converted", &RunProgramDecodeConverted, true, kProgramSuccess},
         {"program-random", &RunProgramRandom, true, kProgramSuccess},
         {"program-plasma", &RunProgramPlasma, true, kProgramSuccess},
+#ifdef VORLUND_FAULTS_HAVE_WINDOWS
+        {"window", &RunWindow},
         {"program-window", &RunProgramWindow, true, kProgramSuccess, true},
+#endif
         {"program-help", &RunProgramHelp, true, kProgramSuccess},
     };
     return scenarios;
