@@ -1,5 +1,5 @@
-// What the plug-in sndfile adds to libsndfile's own reading, and what a process of its own adds to that. The files are in a temporary folder and in the
-// system's cache.
+// What the plug-in sndfile adds to libsndfile's own reading, and what a process of its own adds to that. The
+// files are in a temporary folder and in the system's cache.
 #include "BenchSupport.h"
 #include "WavFolder.h"
 
@@ -67,8 +67,8 @@ CRefPtr<IInputStream> OpenIsolated() {
     static const wstring folder = PathFromUtf8(VORLUND_BENCH_PLUGIN_PATH);
     const wchar* const folders[] = {folder.c_str()};
     const CInputStreamSelector source(PathFromUtf8(File().c_str()).c_str());
-    return CRefPtr<IInputStream>::Adopt(DecodeIsolated(
-        source.GetInputStreamTmp(), TDataFormat_AudioPcm::FormatId, {.folders = folders}));
+    return CRefPtr<IInputStream>::Adopt(
+        DecodeIsolated(source.GetInputStreamTmp(), TDataFormat_AudioPcm::FormatId, {.folders = folders}));
 }
 
 void ReadIsolated(benchmark::State& state) {

@@ -12,9 +12,10 @@ class IInputStream;
 
 /// How decoders are kept apart. Since version 0.1.
 struct TIsolation {
-    /// The folders whose plug-ins the other process loads, full paths; none for the folder that
-    /// `AddInstalledPlugins` finds.
+    /// The folders whose plug-ins the other process loads.
     std::span<const wchar* const> folders = {};
+    /// And the one that `AddInstalledPlugins` finds.
+    bool withInstalled = true;
     /// Is emptied, then filled; null for none. A decoder whose process died is the last entry,
     /// `DECODE_DIED`.
     CDecodeReport* report = nullptr;

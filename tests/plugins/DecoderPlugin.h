@@ -1,5 +1,5 @@
 /// \file
-/// What the tests of the plug-ins for pictures and videos share: the library with the plug-in, and the files
+/// What the tests of the plug-ins with decoders share: the library with the plug-in, and the files
 /// that are made when the tests are built.
 #pragma once
 
@@ -51,7 +51,7 @@ inline std::string Narrowed(const CString& text) {
 /// The library with a plug-in, through a plug-in store of the test's own.
 class CDecoderPluginTest : public testing::Test {
 protected:
-    /// \param name  of the plug-in and of its folder
+    /// \param name  of the plug-in
     /// \param format  what it decodes to
     /// \param files  the folder of the files
     CDecoderPluginTest(const char* name, const CId& format, const char* files)

@@ -3,16 +3,7 @@
 /// the files of its make_files.py.
 #pragma once
 
-#include "data/file/TemporaryFolder.h"
-#include "support/ChildProcess.h"
-#include "support/Streams.h"
-
-#include <vorlund/DataFormat.h>
-#include <vorlund/PluginStore.h>
-#include <vorlund/StreamSelector.h>
-#include <vorlund/Vorlund.h>
-
-#include <gtest/gtest.h>
+#include "plugins/DecoderPlugin.h"
 
 #include <cstdint>
 #include <sstream>
@@ -57,48 +48,11 @@ inline std::vector<TSoundRow> LoadRows() {
     return rows;
 }
 
-/// The library with the plug-in, through a plug-in store of the test's own.
-class SoundPluginTest : public testing::Test {
+class SoundPluginTest : public CDecoderPluginTest {
 protected:
-    SoundPluginTest() {
-        store_.AddPluginPath(ToVorlund(BesideProgram("vorlund-plugins")).c_str());
-        store_.LoadPlugin(ToVorlund(VORLUND_TEST_PLUGIN).c_str());
-    }
-    ~SoundPluginTest() override { store_.Close(); }
-
-    /// Raises what the search raises.
-    static CRefPtr<IInputStream> Decode(IInputStream* stream) {
-        return CRefPtr<IInputStream>::Adopt(
-            CInputStreamSelector(stream).DecodeStream(TDataFormat_AudioPcm::FormatId));
-    }
-    static CRefPtr<IInputStream> DecodeFile(const std::string& name) {
-        const wstring path = ToVorlund(SoundPath(name));
-        return CRefPtr<IInputStream>::Adopt(
-            CInputStreamSelector(path.c_str()).DecodeStream(TDataFormat_AudioPcm::FormatId));
-    }
-    static CRefPtr<IInputStream> DecodeBytes(const TBytes& bytes) {
-        const auto stream = Make<CMemoryInputStream>();
-        stream->bytes = bytes;
-        return Decode(stream.Get());
-    }
-
-    /// Everything from here to the end, or to `limit` bytes, in reads of `step` bytes.
-    static TBytes ReadAll(IInputStream& stream, std::size_t step = 65536,
-                          std::size_t limit = ~std::size_t{0}) {
-        TBytes bytes;
-        while (bytes.size() < limit) {
-            const std::size_t at = bytes.size();
-            bytes.resize(at + step);
-            const std::uint64_t count = stream.Read(bytes.data() + at, step);
-            bytes.resize(at + static_cast<std::size_t>(count));
-            if (count == 0) break;
-        }
-        return bytes;
-    }
-
-private:
-    CLibraryScope library_;
-    CPluginStore store_;
+    SoundPluginTest()
+        : CDecoderPluginTest(VORLUND_TEST_PLUGIN, TDataFormat_AudioPcm::FormatId,
+                             VORLUND_TEST_PLUGIN "-files") {}
 };
 
 } // namespace vorlund::test

@@ -112,7 +112,7 @@ void AddRandomCommand(CLI::App& program, TCommand& command) {
     random->callback([options, &command] { command = [options](CDiagnostics&) { RunRandom(*options); }; });
 }
 
-void AddWindowCommand(CLI::App& program, TCommand& command) {
+void AddWindowCommand(CLI::App& program, TCommandLine& line) {
     const auto options = std::make_shared<TWindowOptions>();
     CLI::App* const window =
         program.add_subcommand("window", "Show a picture, a video or moving plasma in a window");
@@ -121,8 +121,9 @@ void AddWindowCommand(CLI::App& program, TCommand& command) {
     AddVideoSizeOption(*window, options->size)->excludes(input);
     window->add_option("--frames", options->frames,
                        "End after this many frames; 0 for until the window is closed or the video ends");
-    window->callback([options, &command] {
-        command = [options](CDiagnostics& diagnostics) { RunWindow(*options, diagnostics); };
+    window->callback([options, &line] {
+        line.command = [options](CDiagnostics& diagnostics) { RunWindow(*options, diagnostics); };
+        line.needsDevices = true;
     });
 }
 
@@ -218,13 +219,15 @@ TCommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
     app.add_flag("--scan-plugins", line.arePluginsScanned,
                  "Try each plug-in in a process of its own first, and leave out those that end it");
     app.add_flag("--no-plugins", line.areFoldersForgotten, "Load no plug-ins but those of --plugin-path");
+    app.add_flag("--isolate", line.areDecodersIsolated,
+                 "Decode in a process that can write no file and use no network");
     AddListing(app, line, "classes", "List the classes that objects can be made of", &RunClasses);
     AddListing(app, line, "codecs", "List the decoders, and who reads which kind of file", &RunCodecs);
     AddDecodeCommand(app, line.command);
     AddPlasmaCommand(app, line.command);
     AddListing(app, line, "plugins", "List the plug-ins, and why others are not loaded", &RunPlugins);
     AddRandomCommand(app, line.command);
-    AddWindowCommand(app, line.command);
+    AddWindowCommand(app, line);
     // Behind the commands, which would take it over.
     app.footer("FILE alone is decoded. These options may stand behind the command too.");
 

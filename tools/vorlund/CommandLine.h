@@ -17,6 +17,10 @@ struct TCommandLine {
     bool arePluginsScanned = false;
     /// Only the folders of `pluginPaths` are searched.
     bool areFoldersForgotten = false;
+    /// Decoders run in a process without rights.
+    bool areDecodersIsolated = false;
+    /// The command shows something, which takes the plug-in of a device.
+    bool needsDevices = false;
     /// The command tells itself what became of the plug-ins.
     bool isListing = false;
     /// The chosen command. It runs with the library open; raises `TProgramError` and the library's

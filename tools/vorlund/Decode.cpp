@@ -1,6 +1,7 @@
 // The command "decode".
 #include "Chain.h"
 #include "Commands.h"
+#include "Decoding.h"
 #include "Diagnostics.h"
 #include "Interrupt.h"
 #include "OutputFile.h"
@@ -87,8 +88,7 @@ wstring AdviseOn(const CDecodeReport& report, IInputStream& source) {
 CRefPtr<IInputStream> OpenDecoded(const CInputStreamSelector& source, const wstring& path) {
     CDecodeReport report;
     try {
-        return CRefPtr<IInputStream>::Adopt(
-            source.DecodeStream(TDataFormat_AudioPcm::FormatId, {.report = &report}));
+        return DecodeSource(source, TDataFormat_AudioPcm::FormatId, report);
     } catch (const CDataFormatException&) {
         CheckReading(*source.GetInputStreamTmp(), path);
         // What the search raises says only that it failed.

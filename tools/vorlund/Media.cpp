@@ -1,5 +1,6 @@
 #include "Media.h"
 
+#include "Decoding.h"
 #include "Diagnostics.h"
 
 #include <vorlund/DecodeReport.h>
@@ -17,7 +18,7 @@ namespace {
 CRefPtr<IInputStream> TryToDecode(const CInputStreamSelector& source, const CId& format,
                                   CDecodeReport& report) {
     try {
-        return CRefPtr<IInputStream>::Adopt(source.DecodeStream(format, {.report = &report}));
+        return DecodeSource(source, format, report);
     } catch (const CDataFormatException&) {
     } catch (const CIOException&) {
     }

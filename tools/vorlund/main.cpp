@@ -1,6 +1,7 @@
 // The command-line program: one subcommand per job.
 #include "Arguments.h"
 #include "CommandLine.h"
+#include "Decoding.h"
 #include "Diagnostics.h"
 #include "Folders.h"
 #include "PluginTexts.h"
@@ -58,6 +59,12 @@ public:
         else
             vorlund::AddInstalledPlugins();
         for (const std::string& path : line.pluginPaths) AddPluginFolder(path);
+        if (line.areDecodersIsolated) {
+            IsolateDecoders(line.pluginPaths, line.areFoldersForgotten);
+            // Nothing is loaded here but the devices of a window.
+            store.ClearPluginPaths();
+            if (line.needsDevices) vorlund::AddInstalledPlugins();
+        }
         if (line.arePluginsScanned) store.SetScanMode(vorlund::PLUGIN_SCAN_CHILD);
         store.SetFailureMode(vorlund::PLUGIN_FAILURE_REPORTED);
         vorlund::v.Init();

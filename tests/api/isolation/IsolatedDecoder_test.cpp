@@ -71,6 +71,7 @@ protected:
     CRefPtr<IInputStream> Decode(IInputStream& source, TIsolation isolation = {}) {
         const wchar* const folders[] = {folder_.c_str()};
         isolation.folders = folders;
+        isolation.withInstalled = false;
         isolation.report = &report_;
         return CRefPtr<IInputStream>::Adopt(
             DecodeIsolated(&source, TDataFormat_AudioPcm::FormatId, isolation));
@@ -233,9 +234,12 @@ TEST_F(IsolatedDecoder, OtherAnswersAreNotBelieved) {
         const wstring folder(how, how + std::strlen(how));
         const wchar* const folders[] = {folder.c_str()};
         const auto source = Command("well");
-        return CRefPtr<IInputStream>::Adopt(
-            DecodeIsolated(source.Get(), TDataFormat_AudioPcm::FormatId,
-                           {.folders = folders, .report = &report_, .seconds = 1, .helper = helper.c_str()}));
+        return CRefPtr<IInputStream>::Adopt(DecodeIsolated(source.Get(), TDataFormat_AudioPcm::FormatId,
+                                                           {.folders = folders,
+                                                            .withInstalled = false,
+                                                            .report = &report_,
+                                                            .seconds = 1,
+                                                            .helper = helper.c_str()}));
     };
     for (const char* const how : {"garbage",  "mark",           "huge",          "kind",       "question",
                                   "content",  "short-entry",    "long-text",     "entries",    "negative",

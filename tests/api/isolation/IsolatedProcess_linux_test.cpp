@@ -24,8 +24,8 @@ TEST(IsolatedProcess, CanReadAndNothingElse) {
     source->bytes.assign(kCommand.begin(), kCommand.end());
     const wstring folder = plugins.GetPath();
     const wchar* const folders[] = {folder.c_str()};
-    const auto stream = CRefPtr<IInputStream>::Adopt(
-        DecodeIsolated(source.Get(), TDataFormat_AudioPcm::FormatId, {.folders = folders}));
+    const auto stream = CRefPtr<IInputStream>::Adopt(DecodeIsolated(
+        source.Get(), TDataFormat_AudioPcm::FormatId, {.folders = folders, .withInstalled = false}));
     std::string report(4096, '\0');
     report.resize(stream->Read(report.data(), report.size()));
     // 1: EPERM.

@@ -11,8 +11,7 @@ namespace {
 class ImageWindow : public ImageTest {
 protected:
     static std::vector<std::string> MakeArguments(const std::string& file) {
-        return {"--plugin-path", BesideProgram("vorlund-plugins").string(),
-                "window",        file};
+        return {"--plugin-path", BesideProgram("vorlund-plugins").string(), "window", file};
     }
 
     /// The pixels of a picture on white.

@@ -17,7 +17,7 @@ constexpr std::size_t kLimit = 16 << 20;
 class SndfileDamage : public SoundPluginTest {
 protected:
     /// Decodes what there is.
-    static void ExpectBounded(const TBytes& bytes) {
+    void ExpectBounded(const TBytes& bytes) {
         const auto began = std::chrono::steady_clock::now();
         try {
             const auto decoded = DecodeBytes(bytes);

@@ -1,6 +1,6 @@
 // What the program says about files that it does not read, with and without the plug-in: the container, the
 // value that was objected to, and what to do.
-#include "plugins/sndfile/SndfileTest.h"
+#include "plugins/SoundPluginTest.h"
 #include "support/WavBuilder.h"
 
 #include <string_view>

@@ -8,8 +8,10 @@ namespace {
 
 class SndfileProgram : public testing::Test {
 protected:
-    TChildEnd Decode(const std::string& input) const {
-        return RunChild("vorlund", {.arguments = {"decode", input, "-o", Output().string()}});
+    TChildEnd Decode(const std::string& input, const char* option = "decode") const {
+        std::vector<std::string> arguments{option, input, "-o", Output().string()};
+        if (arguments[0] != "decode") arguments.insert(arguments.begin() + 1, "decode");
+        return RunChild("vorlund", {.arguments = arguments});
     }
     fs::path Output() const { return folder_.GetPath() / "out.wav"; }
 
@@ -38,6 +40,22 @@ TEST_F(SndfileProgram, WritesAWavFileOfTheAnnouncedFormat) {
         EXPECT_EQ(LoadLittleEndian16(reinterpret_cast<const std::uint8_t*>(wav.data()) + 20), row.tag);
         EXPECT_TRUE(wav.substr(row.headSize) == ReadFile(SoundPath(std::string(row.name) + ".pcm")));
     }
+}
+
+TEST_F(SndfileProgram, DecodesApart) {
+    TChildEnd end = Decode(SoundPath("16.flac").string(), "--isolate");
+    ASSERT_TRUE(end.IsSuccess()) << end.errors;
+    std::erase(end.output, '\r');
+    EXPECT_NE(end.output.find("CFileInputStream > sndfile::CSndfileDecoder (isolated)\n"), std::string::npos)
+        << end.output;
+    EXPECT_TRUE(ReadFile(Output()).substr(44) == ReadFile(SoundPath("16.flac.pcm")));
+    // Without plug-ins here, and there.
+    end = RunChild("vorlund",
+                   {.arguments = {"--isolate", "--no-plugins", "decode", SoundPath("16.flac").string()}});
+    EXPECT_EQ(end.exitCode, 1u);
+    EXPECT_NE(end.errors.find("FLAC: no loaded decoder reads it; try the plug-in 'sndfile'"),
+              std::string::npos)
+        << end.errors;
 }
 
 TEST_F(SndfileProgram, SaysWhenAFileIsOfNoKnownKind) {

@@ -100,7 +100,7 @@ protected:
     void AddGoodProbe() const {
         Add("ffprobe", "echo codec_name=aac; echo sample_fmt=fltp; echo sample_rate=8000; echo channels=1");
     }
-    static CRefPtr<IInputStream> DecodeHead() {
+    CRefPtr<IInputStream> DecodeHead() {
         const std::string head = std::string("\0\0\0\x18", 4) + "ftypM4A mp42isom";
         return DecodeBytes({head.begin(), head.end()});
     }

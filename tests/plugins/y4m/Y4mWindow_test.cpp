@@ -16,8 +16,7 @@ namespace {
 class Y4mWindow : public Y4mTest {
 protected:
     static std::vector<std::string> MakeArguments(const std::string& file) {
-        return {"--plugin-path", BesideProgram("vorlund-plugins").string(),
-                "window",        file};
+        return {"--plugin-path", BesideProgram("vorlund-plugins").string(), "window", file};
     }
 
     CTemporaryFolder folder_;

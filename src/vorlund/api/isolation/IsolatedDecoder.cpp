@@ -200,7 +200,7 @@ private:
 std::vector<wstring> GetArguments(const TIsolation& isolation) {
     std::vector<wstring> arguments{VRL_L("--decode")};
     for (const wchar* const folder : isolation.folders) arguments.emplace_back(folder);
-    if (isolation.folders.empty()) {
+    if (isolation.withInstalled) {
         const wstring installed = FindInstalledPlugins();
         if (!installed.empty()) arguments.push_back(installed);
     }

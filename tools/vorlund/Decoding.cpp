@@ -1,0 +1,36 @@
+#include "Decoding.h"
+
+#include <vorlund/IsolatedDecoder.h>
+#include <vorlund/Path.h>
+
+#include <optional>
+#include <utility>
+
+using namespace vorlund;
+
+namespace {
+
+struct TApart {
+    std::vector<wstring> folders;
+    bool areOthersForgotten;
+};
+
+std::optional<TApart> apart;
+
+} // namespace
+
+void IsolateDecoders(std::vector<std::string> folders, bool areOthersForgotten) {
+    std::vector<wstring> paths;
+    for (const std::string& folder : folders) paths.push_back(PathFromUtf8(folder.c_str()));
+    apart = TApart{std::move(paths), areOthersForgotten};
+}
+
+CRefPtr<IInputStream> DecodeSource(const CInputStreamSelector& source, const CId& format,
+                                   CDecodeReport& report) {
+    if (!apart) return CRefPtr<IInputStream>::Adopt(source.DecodeStream(format, {.report = &report}));
+    std::vector<const wchar*> folders;
+    for (const wstring& folder : apart->folders) folders.push_back(folder.c_str());
+    return CRefPtr<IInputStream>::Adopt(
+        DecodeIsolated(source.GetInputStreamTmp(), format,
+                       {.folders = folders, .withInstalled = !apart->areOthersForgotten, .report = &report}));
+}
