@@ -1,6 +1,8 @@
 // Paths between UTF-16 and bytes, against a slow model.
 #include "vorlund/data/file/PathCodec_posix.h"
 
+#include <vorlund/Path.h>
+
 #include "support/Text.h"
 
 #include <gtest/gtest.h>
@@ -185,6 +187,12 @@ TEST(PathCodec, SurrogatesThatStandForNothingAreRefused) {
     }
     const wchar twice[] = {0xD800, 0xD800, 0xDC00, 0};
     EXPECT_FALSE(pathcodec::Encode(twice, bytes));
+}
+
+TEST(PathCodec, EscapedBytesStayBesideWhatNoNameHolds) {
+    constexpr wchar kPath[] = {0xDC80, 'a', 0xD800, 0xDC5C, 0};
+    EXPECT_EQ(PathToUtf8(kPath), "\x80"
+                                 "a\xEF\xBF\xBD\\");
 }
 
 TEST(PathCodec, EmptyAndNull) {

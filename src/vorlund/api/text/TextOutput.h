@@ -44,8 +44,8 @@ public:
 
     bool IsFull() const { return room_ == 0; }
 
+    /// Not when it is full.
     void Put(wchar unit) {
-        if (IsFull()) return;
         *buffer_++ = unit;
         --room_;
         ++written_;
