@@ -238,7 +238,7 @@ std::optional<TPluginInfoRecord> ReadInfo(const std::string& bytes) {
     return CImageFile(ToVorlund(folder.GetPath() / "image").c_str()).ReadInfo();
 }
 
-TEST(PluginSections, RecordIsReadFromItsSection) {
+TEST(PluginImageSections, RecordIsReadFromItsSection) {
     TLongImage image = ImageWithRecord();
     ASSERT_TRUE(ReadInfo(image.GetBytes()));
     EXPECT_STREQ(ReadInfo(image.GetBytes())->name, "name");
@@ -263,7 +263,7 @@ TEST(PluginSections, RecordIsReadFromItsSection) {
     }
 }
 
-TEST(PluginSections, EveryTurnedByteAndEveryShorterFileIsHarmless) {
+TEST(PluginImageSections, EveryTurnedByteAndEveryShorterFileIsHarmless) {
     const std::string bytes = ImageWithRecord().GetBytes();
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         std::string damaged = bytes;
@@ -294,7 +294,7 @@ TLongImage ImageWithImports(std::size_t count, const std::string& name, bool has
     return image;
 }
 
-TEST(PluginImports, NamesOfLibrariesAreRead) {
+TEST(PluginImageImports, NamesOfLibrariesAreRead) {
     using TNames = std::vector<std::string>;
     const std::string name("library.dll\0", 12);
     EXPECT_EQ(ReadNeeded(ImageWithImports(2, name).GetBytes()), (TNames{"library.dll", "library.dll"}));

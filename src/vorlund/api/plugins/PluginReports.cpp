@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <exception>
 #include <iterator>
-#include <new>
 #include <string_view>
 #include <utility>
 
@@ -121,19 +120,15 @@ void CPluginReports::SetNotes(std::size_t place, const registrations::TNotes& no
             {static_cast<TPluginItemKind>(item.kind), item.classId, FindName(notes.items, item.classId)});
 }
 
-void CPluginReports::Set(std::size_t place, const TPluginResult& result) noexcept {
+void CPluginReports::Set(std::size_t place, const TPluginResult& result) {
     TPluginReport& report = items_[place];
     report.outcome = result.outcome;
     report.code = result.code;
     report.reason = DescribeOutcome(result.outcome);
     report.exceptionType = result.exceptionType;
     if (result.outcome == PLUGIN_LOADED) ++report.loads;
-    try {
-        if (!result.detail.empty()) report.detail = result.detail.c_str();
-        if (!result.exceptionMethod.empty()) report.exceptionMethod = result.exceptionMethod.c_str();
-    } catch (const std::bad_alloc&) {
-        // The outcome is there.
-    }
+    if (!result.detail.empty()) report.detail = result.detail.c_str();
+    if (!result.exceptionMethod.empty()) report.exceptionMethod = result.exceptionMethod.c_str();
 }
 
 TPluginReport CPluginReports::Get(std::size_t place) const {

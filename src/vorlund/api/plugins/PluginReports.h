@@ -36,8 +36,8 @@ public:
     /// What its init entry has noted. Raises `std::bad_alloc`.
     void SetNotes(std::size_t place, const registrations::TNotes& notes);
     bool HasItems(std::size_t place) const { return !items_[place].items.empty(); }
-    /// Texts for which there is no memory are left out.
-    void Set(std::size_t place, const TPluginResult& result) noexcept;
+    /// Raises `std::bad_alloc` where there are texts.
+    void Set(std::size_t place, const TPluginResult& result);
 
     std::size_t GetCount() const { return items_.size(); }
     TPluginReport Get(std::size_t place) const;
