@@ -122,6 +122,19 @@ bool ReadRows(TPng& png, std::uint8_t* pixels) {
     return true;
 }
 
+std::uint32_t LoadBigEndian32(const std::uint8_t* bytes) {
+    return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 |
+           bytes[3];
+}
+
+/// Looks at the size where it is in nearly every file, before libpng, whose own limits depend on the system.
+void RequirePossibleHead(std::span<const std::uint8_t> head) {
+    constexpr std::size_t kWidthAt = 16;
+    constexpr std::size_t kHeightAt = 20;
+    if (head.size() < kHeightAt + 4) return;
+    RequirePossibleSize(LoadBigEndian32(&head[kWidthAt]), LoadBigEndian32(&head[kHeightAt]));
+}
+
 } // namespace
 
 bool IsPng(std::span<const std::uint8_t> head) {
@@ -131,6 +144,7 @@ bool IsPng(std::span<const std::uint8_t> head) {
 
 TPicture ReadPng(CPictureSource& source) {
     NoteContainer(VRL_L("PNG"));
+    RequirePossibleHead(source.GetHead());
     TPng png(source);
     const bool hasHead = ReadHead(png);
     source.RethrowFailure();

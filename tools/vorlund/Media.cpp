@@ -58,6 +58,9 @@ CRefPtr<IInputStream> OpenMedia(const wstring& path) {
     if (auto stream = TryToDecode(source, TDataFormat_ImageRgb::FormatId, picture)) return stream;
     CDecodeReport video;
     if (auto stream = TryToDecode(source, TDataFormat_VideoRgb::FormatId, video)) return stream;
+    CDecodeReport sound;
+    if (TryToDecode(source, TDataFormat_AudioPcm::FormatId, sound))
+        throw TProgramError{VRL_L("Cannot show '") + path + VRL_L("': it is a sound, see 'vorlund decode'")};
     const CDecodeReport& report = video.GetFurthest() ? video : picture;
     throw TProgramError{VRL_L("Cannot show '") + path + VRL_L("': ") + report.Explain().GetBuffer()};
 }

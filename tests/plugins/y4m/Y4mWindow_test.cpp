@@ -72,21 +72,21 @@ TEST_F(Y4mWindow, PlaysAtTheRateOfTheFileAndEnds) {
 
 TEST_F(Y4mWindow, ShowsThePixelsOfTheFile) {
     if (!CanShowWindows()) GTEST_SKIP() << "no display";
-    // One frame that lasts: columns and rows of all greys.
-    std::string text = "YUV4MPEG2 W160 H120 F1:100 Cmono XCOLORRANGE=FULL\nFRAME\n";
+    // One frame that lasts, with all greys. It is wide enough for every window system.
+    std::string text = "YUV4MPEG2 W200 H120 F1:100 Cmono XCOLORRANGE=FULL\nFRAME\n";
     for (int y = 0; y < 120; ++y)
-        for (int x = 0; x < 160; ++x) text += static_cast<char>(x + 96 * (y % 2));
-    text += "FRAME\n" + std::string(160 * 120, 'x');
+        for (int x = 0; x < 200; ++x) text += static_cast<char>(x + 55 * (y % 2));
+    text += "FRAME\n" + std::string(200 * 120, 'x');
     const fs::path file = folder_.GetPath() / "columns.y4m";
     WriteFile(file, text);
     CChildProcess child("vorlund", {.arguments = MakeArguments(file.string())});
     std::optional<TWindowPixels> picture;
     EXPECT_TRUE(WaitUntil([&] {
         picture = GetWindowPixels(FindWindowByTitle(VRL_L("columns.y4m")));
-        if (!picture || picture->width != 160 || picture->height != 120) return false;
+        if (!picture || picture->width != 200 || picture->height != 120) return false;
         for (int y = 0; y < 120; ++y)
-            for (int x = 0; x < 160; ++x)
-                if (picture->At(x, y) != static_cast<std::uint32_t>(x + 96 * (y % 2)) * 0x010101)
+            for (int x = 0; x < 200; ++x)
+                if (picture->At(x, y) != static_cast<std::uint32_t>(x + 55 * (y % 2)) * 0x010101)
                     return false;
         return true;
     }));
