@@ -148,7 +148,8 @@ def check_suites():
     scripts = read("scripts/suites.sh") + re.search(r"^soak_steps\(\) {.*?^}", read("scripts/soak.sh"), re.M | re.S)[0]
     steps = re.findall(r"^[^#\n]*\b(?:step) (\"[^\"]+\"|[\w-]+)", scripts, re.MULTILINE)
     # What every target runs, and what some add.
-    programs = " ".join(re.findall(r"^ +(?:local -a )?programs\+?=\((.*)\)$", scripts, re.MULTILINE)).split()
+    lists = re.findall(r"^ +(?:(?:local -a )?programs\+?=\((.*)\)|for program in (.*); do)$", scripts, re.MULTILINE)
+    programs = " ".join(map(" ".join, lists)).split()
     run = {name.strip('"').split(" $")[0] for name in steps + programs}
     usage = subprocess.run([ROOT / "test", "--help"], capture_output=True, text=True, check=True).stdout
     run |= {f"./test {option}" for option in re.findall(r"\./test (--\w+)", usage)} - {"./test --all"}
