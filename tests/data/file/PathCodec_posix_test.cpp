@@ -190,9 +190,10 @@ TEST(PathCodec, SurrogatesThatStandForNothingAreRefused) {
 }
 
 TEST(PathCodec, EscapedBytesStayBesideWhatNoNameHolds) {
-    constexpr wchar kPath[] = {0xDC80, 'a', 0xD800, 0xDC5C, 0};
+    constexpr wchar kPath[] = {0xDC80, 'a', 0xD800, 'b', 0xDC5C, 0};
     EXPECT_EQ(PathToUtf8(kPath), "\x80"
-                                 "a\xEF\xBF\xBD\\");
+                                 "a\xEF\xBF\xBD"
+                                 "b\\");
 }
 
 TEST(PathCodec, EmptyAndNull) {
