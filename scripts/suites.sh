@@ -20,7 +20,7 @@ declare -A runs=()
 
 # Longest run of one test program, in seconds: a hang fails instead of blocking. The emulator takes up to ten times as long.
 program_limit=900
-emulated_program_limit=2700
+emulated_program_limit=3600
 
 # count PASSED FAILED: adds to the sums of the target at hand.
 count() {

@@ -25,8 +25,6 @@ constexpr unsigned long long kTimeFactor = 1;
 constexpr unsigned long long kMemoryFactor = 1;
 #endif
 
-constexpr unsigned long long kEmulatorTimeFactor = 10;
-
 constexpr unsigned long long kMaxMilliseconds = 1000 * kTimeFactor;
 constexpr unsigned long long kMaxBytes = (64ull << 20) * kMemoryFactor;
 

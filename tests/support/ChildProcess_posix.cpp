@@ -1,5 +1,7 @@
 #include "support/ChildProcess.h"
 
+#include "support/Emulated.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -170,7 +172,7 @@ bool TChildEnd::IsAbnormal() const {
 
 CChildProcess::CChildProcess(const std::string& program, const TChildOptions& options)
     : state_(std::make_unique<TState>()) {
-    state_->deadline = TClock::now() + options.limit;
+    state_->deadline = TClock::now() + options.limit * (IsEmulated() ? kEmulatorTimeFactor : 1);
     TPipe output;
     TPipe errors;
     TPipe life;
