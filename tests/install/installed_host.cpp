@@ -52,6 +52,7 @@ int main(int argc, char** argv) {
     const std::string plain = Decode(argv[1]);
     const std::string flac = Decode(argv[2]);
     v.Close();
-    std::printf("installed_host: %d plug-in, %zu and %zu bytes of PCM\n", plugins, plain.size(), flac.size());
-    return plugins > 0 && !plain.empty() && plain == flac ? 0 : 3;
+    std::printf("installed_host: %d plug-in, %zu and %zu bytes of PCM\n", decoders, plain.size(),
+                flac.size());
+    return decoders == 1 && !plain.empty() && plain == flac ? 0 : 3;
 }
