@@ -2,6 +2,8 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>
+#include <vorlund/ObjectEnumerator.h>
+#include <vorlund/PtrObject.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/Vorlund.h>
 
