@@ -29,8 +29,10 @@ TEST_P(ProgramOutOfMemory, EndsWithOneLine) {
         const TChildEnd end = RunWithRefusedMemory(arguments, number, isOnce);
         EXPECT_FALSE(end.IsAbnormal() || end.hasTimedOut) << number << ": " << end.errors;
         if (end.IsSuccess()) {
-            // Something can do without.
-            EXPECT_EQ(end.errors, "") << number;
+            // Something can do without: also without a plug-in, which the system's loader had no memory for.
+            const auto lines = std::count(end.errors.begin(), end.errors.end(), '\n');
+            EXPECT_LE(lines, 1) << number << ": " << end.errors;
+            EXPECT_EQ(end.errors.find("vorlund: plug-in '") == 0, lines == 1) << number << ": " << end.errors;
             EXPECT_EQ(Load("out.wav"), whole) << number;
             inARow += step;
             continue;
