@@ -76,7 +76,7 @@ TEST_F(ImageWindow, RefusalsAreOneLine) {
     EXPECT_NE(end.errors.find("': PNG: Picture is too large (width 2147483647, height 2147483647)"),
               std::string::npos)
         << end.errors;
-    const TChildEnd without = RunChild("vorlund", {.arguments = {"window", file}});
+    const TChildEnd without = RunChild("vorlund", {.arguments = {"--no-plugins", "window", file}});
     EXPECT_EQ(without.exitCode, 1u);
     EXPECT_NE(without.errors.find("': PNG: no loaded decoder reads it; try the plug-in 'image'"),
               std::string::npos)

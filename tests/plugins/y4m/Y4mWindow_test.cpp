@@ -100,7 +100,7 @@ TEST_F(Y4mWindow, RefusalsAreOneLine) {
     EXPECT_NE(end.errors.find("': YUV4MPEG2: Unsupported colour space (colour space \"420p10\")"),
               std::string::npos)
         << end.errors;
-    const TChildEnd without = RunChild("vorlund", {.arguments = {"window", file}});
+    const TChildEnd without = RunChild("vorlund", {.arguments = {"--no-plugins", "window", file}});
     EXPECT_EQ(without.exitCode, 1u);
     EXPECT_NE(without.errors.find("': YUV4MPEG2: no loaded decoder reads it; try the plug-in 'y4m'"),
               std::string::npos)
