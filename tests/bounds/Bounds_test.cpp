@@ -1,5 +1,6 @@
 // No megabyte takes any parser more than a second and 64 MiB. The worst inputs that we know are the cases of
 // bounds_child; each runs in a process of its own, which tells its processor time and the peak of its memory.
+#include "bounds/Factors.h"
 #include "support/ChildProcess.h"
 #include "support/Emulated.h"
 
@@ -11,19 +12,6 @@
 
 namespace vorlund::test {
 namespace {
-
-// What this build or system takes more, in time and in memory: sanitizers check every access and keep what is
-// freed, Wine's processes and exceptions cost more, and an emulator translates every instruction.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr unsigned long long kTimeFactor = 20;
-constexpr unsigned long long kMemoryFactor = 16;
-#elif defined(__MINGW32__)
-constexpr unsigned long long kTimeFactor = 5;
-constexpr unsigned long long kMemoryFactor = 2;
-#else
-constexpr unsigned long long kTimeFactor = 1;
-constexpr unsigned long long kMemoryFactor = 1;
-#endif
 
 constexpr unsigned long long kMaxMilliseconds = 1000 * kTimeFactor;
 constexpr unsigned long long kMaxBytes = (64ull << 20) * kMemoryFactor;

@@ -1,4 +1,5 @@
 // Damaged and hostile files: no crash, no hang, and no more memory than the picture takes.
+#include "bounds/Factors.h"
 #include "plugins/image/ImageTest.h"
 
 #include <chrono>
@@ -12,19 +13,6 @@ constexpr const char* kNames[] = {"im-0-1-none.png",   "im-0-16-png.png",      "
                                   "im-6-8-none.png",   "basn3p08-trns.png",    "ftbbn2c16.png",
                                   "cjpeg-grey.jpg",    "cjpeg-sample-2x2.jpg", "cjpeg-progressive.jpg",
                                   "cjpeg-restart.jpg", "cjpeg-arithmetic.jpg", "im-cmyk.jpg"};
-
-/// How much slower than a release build on Linux this one may be, and how much more memory it may take: the
-/// sanitizers check every access and keep what is freed, and Wine's processes cost more.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr unsigned long long kTimeFactor = 20;
-constexpr unsigned long long kMemoryFactor = 16;
-#elif defined(__MINGW32__)
-constexpr unsigned long long kTimeFactor = 5;
-constexpr unsigned long long kMemoryFactor = 2;
-#else
-constexpr unsigned long long kTimeFactor = 1;
-constexpr unsigned long long kMemoryFactor = 1;
-#endif
 
 class ImageDamage : public ImageTest {
 protected:
