@@ -1,5 +1,5 @@
 // What the program suggests for a word that it does not know.
-#include "vorlund/Suggestion.h"
+#include "../../tools/vorlund/Suggestion.h"
 
 #include <gtest/gtest.h>
 
