@@ -172,7 +172,7 @@ CChildProcess::CChildProcess(const std::string& program, const TChildOptions& op
     const std::filesystem::path path = BesideProgram(program + ".exe");
     std::wstring command = L'"' + path.native() + L'"';
     for (const std::string& argument : options.arguments)
-        command += L' ' + std::wstring(argument.begin(), argument.end());
+        command += L' ' + (argument.empty() ? L"\"\"" : std::wstring(argument.begin(), argument.end()));
 
     const CHandle input = OpenNull();
     STARTUPINFOW startup{};

@@ -19,6 +19,19 @@ fs::path ToSystem(const wchar* path) {
         return fs::path(PathToUtf8(path));
 }
 
+/// The path without what leads nowhere: a separator at its end, "." and the like.
+fs::path ToNormal(const fs::path& path) {
+    std::error_code ignored;
+    const fs::path normal = fs::absolute(path, ignored).lexically_normal();
+    return normal.has_filename() ? normal : normal.parent_path();
+}
+
+/// Whether both name one folder. On Windows the system's answer is not to be had for every folder.
+bool AreSame(const fs::path& one, const fs::path& other) {
+    std::error_code ignored;
+    return fs::equivalent(one, other, ignored) || ToNormal(one) == ToNormal(other);
+}
+
 } // namespace
 
 bool IsFolder(const wchar* path) {
@@ -39,9 +52,7 @@ void AddPluginFolder(const std::string& path) {
         return;
     }
     CPluginStore& store = v.GetPluginStore();
-    for (unsigned int i = 0; i < store.GetPluginPathCount(); ++i) {
-        std::error_code ignored;
-        if (fs::equivalent(ToSystem(store.GetPluginPath(i)), ToSystem(folder.c_str()), ignored)) return;
-    }
+    for (unsigned int i = 0; i < store.GetPluginPathCount(); ++i)
+        if (AreSame(ToSystem(store.GetPluginPath(i)), ToSystem(folder.c_str()))) return;
     store.AddPluginPath(folder.c_str());
 }
