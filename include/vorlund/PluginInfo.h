@@ -32,7 +32,7 @@ struct alignas(8) TPluginInfoRecord {
 };
 static_assert(sizeof(TPluginInfoRecord) == 176);
 
-inline constexpr std::string_view kPluginInfoMark{"VRLINFO", 8};
+inline constexpr std::string_view kPluginInfoMark{"VRLINFO\0", 8};
 
 /// Whether a plug-in that was built for version `plugin` of the library runs with version `library`; both
 /// as `VORLUND_MAKE_VERSION` makes them. It does when the major numbers are equal, and while these are 0 the

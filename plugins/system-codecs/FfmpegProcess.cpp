@@ -64,6 +64,7 @@ private:
 } // namespace
 
 std::string FindProgram(const std::string& name) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): as posix_spawn itself, which takes the environment as it is.
     const char* const variable = std::getenv("PATH");
     std::string_view rest = variable ? variable : "/usr/local/bin:/usr/bin:/bin";
     while (!rest.empty()) {
@@ -81,6 +82,7 @@ std::string FindProgram(const std::string& name) {
 CFfmpegProcess::CFfmpegProcess(const std::string& program, std::vector<std::string> arguments, int file) {
     arguments.insert(arguments.begin(), program);
     std::vector<char*> list;
+    list.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) list.push_back(argument.data());
     list.push_back(nullptr);
     int ends[2];

@@ -171,6 +171,10 @@ std::string Ask(const std::string& suggestion) {
     return suggestion.empty() ? "; " : "; did you mean '" + suggestion + "'? ";
 }
 
+std::string NoOption(const std::string& word) {
+    return "There is no option '" + word + "'";
+}
+
 /// What is wrong, where it is a word that does not exist; empty for other faults.
 std::string FindUnknownWord(const CLI::App& program, std::vector<std::string>& words) {
     const std::vector<std::string> commands = GetCommands(program);
@@ -181,14 +185,12 @@ std::string FindUnknownWord(const CLI::App& program, std::vector<std::string>& w
     for (const std::string& word : program.remaining(true)) {
         if (word.size() < 2 || word[0] != '-' || word == "--") continue;
         if (word[1] != '-')
-            return "There is no option '" + word + "'; a file of that name is './" + word +
-                   "'; --help tells the options";
+            return NoOption(word) + "; a file of that name is './" + word + "'; --help tells the options";
         std::vector<std::string> options;
         AddOptionNames(program, options);
         for (const CLI::App* const chosen : program.get_subcommands()) AddOptionNames(*chosen, options);
         const std::string nearest = FindSuggestion(word.substr(2, word.find('=') - 2), options);
-        return "There is no option '" + word + "'" + Ask(nearest.empty() ? nearest : "--" + nearest) +
-               "--help tells the options";
+        return NoOption(word) + Ask(nearest.empty() ? nearest : "--" + nearest) + "--help tells the options";
     }
     return {};
 }

@@ -19,8 +19,9 @@ std::optional<TApart> apart;
 
 } // namespace
 
-void IsolateDecoders(std::vector<std::string> folders, bool areOthersForgotten) {
+void IsolateDecoders(const std::vector<std::string>& folders, bool areOthersForgotten) {
     std::vector<wstring> paths;
+    paths.reserve(folders.size());
     for (const std::string& folder : folders) paths.push_back(PathFromUtf8(folder.c_str()));
     apart = TApart{std::move(paths), areOthersForgotten};
 }
@@ -29,6 +30,7 @@ CRefPtr<IInputStream> DecodeSource(const CInputStreamSelector& source, const CId
                                    CDecodeReport& report) {
     if (!apart) return CRefPtr<IInputStream>::Adopt(source.DecodeStream(format, {.report = &report}));
     std::vector<const wchar*> folders;
+    folders.reserve(apart->folders.size());
     for (const wstring& folder : apart->folders) folders.push_back(folder.c_str());
     return CRefPtr<IInputStream>::Adopt(
         DecodeIsolated(source.GetInputStreamTmp(), format,

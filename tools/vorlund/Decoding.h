@@ -11,7 +11,7 @@
 
 /// From now on decoders run apart, with the plug-ins of these folders, UTF-8, and unless `areOthersForgotten`
 /// those that come with the library.
-void IsolateDecoders(std::vector<std::string> folders, bool areOthersForgotten);
+void IsolateDecoders(const std::vector<std::string>& folders, bool areOthersForgotten);
 
 /// The source, decoded to `format`. Raises what the search raises.
 vorlund::CRefPtr<vorlund::IInputStream> DecodeSource(const vorlund::CInputStreamSelector& source,

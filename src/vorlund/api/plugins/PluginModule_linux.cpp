@@ -61,6 +61,7 @@ void* Load(const wchar* path, TRefusal& refusal) {
     // RTLD_NOW, so that a missing symbol shows here and not in the first call; RTLD_LOCAL, so that no plug-in
     // uses the symbols of another.
     void* const module = dlopen(bytes.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): glibc keeps the text for each thread.
     if (!module) Explain(dlerror(), bytes, refusal);
     return module;
 }

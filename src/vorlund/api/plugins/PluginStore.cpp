@@ -293,7 +293,7 @@ private:
     TPluginResult Scan(const CString& path) const {
         const wstring helper =
             scanHelper.Length() > 0 ? wstring(scanHelper.GetBuffer()) : pluginscan::FindHelper();
-        const TPluginResult result =
+        TPluginResult result =
             helper.empty() ? TPluginResult{PLUGIN_SCAN_NO_HELPER} : pluginscan::Scan(helper.c_str(), path);
         if (result.outcome >= PLUGIN_SCAN_NO_HELPER)
             CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("Plugin '%s' is left out: %s (%d)"),

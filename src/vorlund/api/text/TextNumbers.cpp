@@ -73,7 +73,7 @@ std::int64_t PrintFloat(char (&buffer)[kNumberCapacity], const TFormatDirective&
 
     // The point is the locale's, which may be several bytes: what is no digit, letter or sign of a number.
     const auto isPoint = [](char c) {
-        constexpr std::string_view kOthers("0123456789ABCDEFabcdefPpXx+-", 29);
+        constexpr std::string_view kOthers("0123456789ABCDEFabcdefPpXx+-\0", 29);
         return kOthers.find(c) == std::string_view::npos;
     };
     char* point = buffer;
