@@ -76,6 +76,8 @@ protected:
     TPluginReport Load(const std::string& bytes) {
         const CPluginFolder folder;
         WriteFile(folder.PathOf("changed"), bytes);
+        // One library for each, as the names of the plug-in's classes go with it.
+        const CLibraryScope library;
         const CDebugRecorder recorder;
         CPluginStore store;
         store.LoadPluginFile(ToVorlund(folder.PathOf("changed")).c_str());
@@ -85,7 +87,6 @@ protected:
         return report;
     }
 
-    CLibraryScope library_;
     std::string image_ = ReadFile(PluginFile("recorded"));
     std::size_t at_ = 0;
     TPluginInfoRecord record_ = {};
