@@ -7,6 +7,7 @@
 #include <vorlund/Exception.h>
 #include <vorlund/Path.h>
 
+#include <algorithm>
 #include <charconv>
 #include <map>
 #include <string>
@@ -98,7 +99,8 @@ public:
 
     const TDataFormat_AudioPcm& GetFormat() const override { return format_; }
     std::uint64_t Read(void* buffer, std::uint64_t size) override {
-        const ssize_t count = process_.Read(buffer, size);
+        constexpr std::uint64_t kMost = 1 << 20;
+        const ssize_t count = process_.Read(buffer, static_cast<std::size_t>(std::min(size, kMost)));
         if (count < 0) Raise<CIOException>(kSilent);
         if (count == 0 && !process_.HasSucceeded()) Raise<CIOException>(kFailed);
         return static_cast<std::uint64_t>(count);
