@@ -159,7 +159,9 @@ protected:
         if (transcript.Has("@win32\n") && !IsWindows()) return false;
         if (transcript.Has("@posix\n") && IsWindows()) return false;
         return !transcript.Has("@display\n") ||
-               ((IsWindows() || std::getenv("DISPLAY")) && exists(BesideProgram("vorlund-plugins")));
+               ((IsWindows() || std::getenv("DISPLAY")) &&
+                exists(BesideProgram(IsWindows() ? "vorlund-plugins/window-output.dll"
+                                                 : "vorlund-plugins/window-output.so")));
     }
 
 private:
