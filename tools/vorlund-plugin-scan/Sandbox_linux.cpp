@@ -230,26 +230,22 @@ private:
         Add({BPF_JMP | BPF_JEQ | BPF_K, 0, count, number});
     }
 
-    void DenyFlags(std::uint32_t number, std::size_t argument, std::uint32_t flags) {
+    /// Lets `jump` judge an argument of a call: it passes over the refusal, or goes on to it.
+    void Judge(std::uint32_t number, std::size_t argument, const sock_filter& jump) {
         Unless(number, 4);
         LoadArgument(argument);
-        Add({BPF_JMP | BPF_JSET | BPF_K, 0, 1, flags});
+        Add(jump);
         Return(Error(EPERM));
         LoadNumber();
+    }
+    void DenyFlags(std::uint32_t number, std::size_t argument, std::uint32_t flags) {
+        Judge(number, argument, {BPF_JMP | BPF_JSET | BPF_K, 0, 1, flags});
     }
     void AllowOnlyFlags(std::uint32_t number, std::size_t argument, std::uint32_t flags) {
-        Unless(number, 4);
-        LoadArgument(argument);
-        Add({BPF_JMP | BPF_JSET | BPF_K, 1, 0, flags});
-        Return(Error(EPERM));
-        LoadNumber();
+        Judge(number, argument, {BPF_JMP | BPF_JSET | BPF_K, 1, 0, flags});
     }
     void AllowOnlyValue(std::uint32_t number, std::size_t argument, std::uint32_t value) {
-        Unless(number, 4);
-        LoadArgument(argument);
-        Add({BPF_JMP | BPF_JEQ | BPF_K, 1, 0, value});
-        Return(Error(EPERM));
-        LoadNumber();
+        Judge(number, argument, {BPF_JMP | BPF_JEQ | BPF_K, 1, 0, value});
     }
 
     std::vector<sock_filter> code_;
