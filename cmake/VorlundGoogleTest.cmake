@@ -40,6 +40,33 @@ function(vorlund_test_child name)
     add_dependencies(vorlund_tests ${name})
 endfunction()
 
+# vorlund_find_test_tools(<variable> <tool>...): finds the programs VORLUND_TOOL_<tool> of the building machine; those
+# that are not there are appended to the list <variable>.
+function(vorlund_find_test_tools variable)
+    set(missing ${${variable}})
+    foreach(tool IN LISTS ARGN)
+        find_program(VORLUND_TOOL_${tool} ${tool} NO_CMAKE_FIND_ROOT_PATH)
+        mark_as_advanced(VORLUND_TOOL_${tool})
+        if(NOT VORLUND_TOOL_${tool})
+            list(APPEND missing ${tool})
+        endif()
+    endforeach()
+    set(${variable} ${missing} PARENT_SCOPE)
+endfunction()
+
+# vorlund_make_test_files(<target> <folder>): the target <target>, which writes the files of a plug-in's tests into
+# <folder> beside the test programs, by make_files.py of the calling folder.
+function(vorlund_make_test_files target folder)
+    set(stamp ${CMAKE_CURRENT_BINARY_DIR}/files.stamp)
+    add_custom_command(OUTPUT ${stamp}
+        COMMAND ${VORLUND_TOOL_python3} ${CMAKE_CURRENT_SOURCE_DIR}/make_files.py
+            ${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${folder}
+        COMMAND ${CMAKE_COMMAND} -E touch ${stamp}
+        DEPENDS make_files.py
+        VERBATIM)
+    add_custom_target(${target} DEPENDS ${stamp})
+endfunction()
+
 # vorlund_part_of_tests(): the program vorlund_part_tests with what another processor, word size or system may change of
 # vorlund_tests: numbers, layouts, kernels and paths. For ./test on the targets of which it takes a part.
 function(vorlund_part_of_tests)
