@@ -83,4 +83,19 @@ protected:
     ~IAudioPcmChannelNumberConverter() = default;
 };
 
+/// Fills `buffer` with what `stream` delivers, in one step of any size: a converter of this file takes its
+/// input in large pieces, and out of a memory stream, a resource, a file or a WAV decoder without a copy.
+/// Whole frames only, also where a `Read` would end inside one, so the result is what `Read` delivers for
+/// counts on whole frames. Of an input that ends inside a frame, the part is left out. Any other stream, and
+/// a converter that hands its bytes through, is read until the buffer is full.
+///
+/// \param buffer  room for `size` bytes; null raises as `Read` does
+/// \return the bytes that were delivered: less than the whole frames of `size` only at the end, or when the
+/// stream
+///         below has used the converter meanwhile; 0 also for frames of more than 8,192 bytes
+///
+/// Raises what `Read` raises; what was delivered before is lost then. Allocates nothing. One thread uses a
+/// stream at a time. Since version 0.1.
+VRL_API std::uint64_t ReadFrames(IInputStream& stream, void* buffer, std::uint64_t size);
+
 } // namespace vorlund

@@ -83,7 +83,8 @@ public:
     /// again and again while it stays set, until the wait is stopped. So a callback resets the event or stops
     /// the wait.
     ///
-    /// The callback may stop its own wait, destroy its events and start other waits. It must not raise.
+    /// The callback may stop its own wait, destroy its events and start other waits. It must not raise. For
+    /// many events, `CWaitSet` takes a few threads.
     ///
     /// \param cb    runs on the wait's thread; null calls nothing
     /// \param data  handed to the callback as `userData`

@@ -24,6 +24,9 @@ struct TIsolation {
     /// The full path of the program `vorlund-plugin-scan`; null for the one that `CPluginStore::SetScanMode`
     /// finds.
     const wchar* helper = nullptr;
+    /// The most memory that the other process may take beyond what it starts with, in MiB; 0 for no limit. On
+    /// Linux all of its address space counts, on Windows what is committed, from Windows 8 on.
+    unsigned int memory = 1024;
 };
 
 /// Decodes as `CCodecClassStore::DecodeStream` does, with the library's own decoders and those of plug-ins,
@@ -34,7 +37,8 @@ struct TIsolation {
 /// On Linux the other process can neither open a file for writing, nor change names or rights of files, nor
 /// reach a network, nor start or signal another process; it can read what its user can read. On Windows it
 /// has a low integrity level, which keeps it from writing to most files, and ends with this process; a
-/// network is not kept from it. A system that offers neither refuses: nothing is decoded.
+/// network is not kept from it. A system that offers neither refuses: nothing is decoded. An allocation
+/// beyond the limit of memory fails there, which a decoder reports or dies of.
 ///
 /// \param stream    the source; held and read, in blocks and ahead of the decoder, as long as the result
 ///                  lives. Its length counts as it is now.

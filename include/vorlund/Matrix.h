@@ -5,6 +5,8 @@
 #include <vorlund/Platform.h>
 #include <vorlund/Vector.h>
 
+#include <cstddef>
+
 namespace vorlund {
 
 enum TAxis : int {
@@ -46,6 +48,12 @@ public:
     /// The matrix product.
     VRL_API CMatrix operator*(const CMatrix& other) const;
     VRL_API CMatrix& operator*=(const CMatrix& other);
+
+    /// `results[i]` becomes `points[i] * *this`, or `matrices[i] * *this`: the same bits as one by one, in
+    /// less time. The results may be the operands themselves, and must not overlap them otherwise. Since
+    /// version 0.1.
+    VRL_API void Transform(const CVector* points, CVector* results, std::size_t count) const;
+    VRL_API void Multiply(const CMatrix* matrices, CMatrix* results, std::size_t count) const;
 
     /// Every element multiplied or divided; a division by 0 gives infinities and NaN.
     VRL_API CMatrix operator*(float factor) const;

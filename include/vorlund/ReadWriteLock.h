@@ -31,7 +31,9 @@ enum TLockMode : int {
 /// Any thread may call any operation, except that nobody may use a lock while it is destroyed. Misuse raises
 /// nothing and only prints a `DEBUG_MESSAGE_BOX` message, with nothing held. The operations never raise:
 /// `Lock` keeps a small record for each holder, and while there is no memory for one, it waits. It does so
-/// before it takes anything, so others are not held up by that.
+/// before it takes anything, so others are not held up by that. The lock itself is at most 64 bytes, with
+/// room for the record of a thread that finds it free; the first time that two threads meet in it, it takes
+/// less than a kibibyte more and keeps that.
 class VRL_API CReadWriteLock {
 public:
     /// Free. Raises `COutOfMemoryException` "malloc failed" when there is no memory for its data.

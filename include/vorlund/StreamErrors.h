@@ -66,8 +66,9 @@ VRL_API std::uint32_t GetReadError(IInputStream& stream);
 VRL_API std::uint32_t GetWriteError(IOutputStream& stream);
 
 /// Hands what the file below `stream` has buffered to the system, so that a full device shows now and not at
-/// the closing. Does nothing when there is no open file. Raises `CIOException` "fwrite failed", as
-/// `IFileOutputStream::Flush`. Since version 0.1.
+/// the closing, and before that what the filters of `CreateBufferedOutput` (BufferedStream.h) on the way to
+/// it have collected. Does nothing else when there is no open file. Raises `CIOException` "fwrite failed", as
+/// `IFileOutputStream::Flush`, and what the streams raise. Since version 0.1.
 VRL_API void FlushOutput(IOutputStream& stream);
 
 /// Closes `stream`, and with it the file below, and raises `CIOException` "fwrite failed", as

@@ -53,8 +53,8 @@ public:
     /// text is empty until then. Raises `std::bad_alloc` for a count below 0 or one that cannot exist.
     void Allocate(int count);
 
-    /// The unit at `index`; out of range, the value of (or a reference to) one static cell per overload,
-    /// which is 0 until it is written. Never raises. A negative `int` index counts from the end.
+    /// The unit at `index`, after counting up to it (`CStringBuilder` does not). Out of range, one static
+    /// cell per overload, 0 until it is written. Never raises. A negative `int` counts from the end.
     wchar operator[](unsigned int index) const;
     wchar& operator[](unsigned int index);
     wchar operator[](int index) const;
@@ -90,7 +90,7 @@ public:
     bool operator>=(const char* text) const { return CompareTo(text) >= 0; }
     bool operator>=(const wchar* text) const { return CompareTo(text) >= 0; }
 
-    /// The text with another one behind it.
+    /// The text with another one behind it: all is copied, also by `+=`. Many are joined by `CStringBuilder`.
     CString operator+(const char* text) const;
     CString operator+(const wchar* text) const;
     CString& operator+=(const char* text);
@@ -120,8 +120,8 @@ public:
     void Replace(wchar from, wchar to);
 
     /// Replaces the first occurrence of `from`, and again from the front of the result until there is none:
-    /// an edit can complete an occurrence that begins before it ("aab" with "ab" replaced by "b" gives "b").
-    /// An edit keeps at most 65535 units behind the replaced place.
+    /// an edit can complete an occurrence before it ("aab" with "ab" replaced by "b" gives "b"), so the time
+    /// grows with the square of the length where "ab" becomes "ba". At most 65535 units behind it are kept.
     ///
     /// Ends by raising `CObjectNotFoundException` "Didn't find content" once the text is edited, except when
     /// `from` has become longer than the text, or was so from the start: then it returns.

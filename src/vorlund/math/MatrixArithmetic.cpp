@@ -22,6 +22,13 @@ CMatrix& CMatrix::operator*=(const CMatrix& other) {
     return *this = *this * other;
 }
 
+void CMatrix::Transform(const CVector* points, CVector* results, std::size_t count) const {
+    matrixKernels->routines.transformEach(*this, points, results, count);
+}
+void CMatrix::Multiply(const CMatrix* matrices, CMatrix* results, std::size_t count) const {
+    matrixKernels->routines.multiplyEach(*this, matrices, results, count);
+}
+
 // Products and quotients of two floats need no doubles; see Vector.cpp.
 CMatrix CMatrix::operator*(float factor) const {
     CMatrix product{TUnset{}};

@@ -8,13 +8,11 @@ namespace {
 /// Sine and cosine in single precision: the double ones rounded once.
 struct TTurn {
     explicit TTurn(double angle) : TTurn(SineAndCosine(angle)) {}
+    explicit TTurn(const TSineAndCosine& exact)
+        : s(static_cast<float>(exact.sine)), c(static_cast<float>(exact.cosine)) {}
 
     float s;
     float c;
-
-private:
-    explicit TTurn(const TSineAndCosine& exact)
-        : s(static_cast<float>(exact.sine)), c(static_cast<float>(exact.cosine)) {}
 };
 
 /// The cotangent of half an angle, from single-precision values, so that it is exactly 1 for a right angle.
@@ -50,7 +48,9 @@ CMatrix CMatrix::RotationZ(float a) {
 }
 
 CMatrix CMatrix::Rotation(float ax, float ay, float az) {
-    const TTurn x(ax), y(ay), z(az);
+    TSineAndCosine turns[3];
+    SinesAndCosines({ax, ay, az}, turns);
+    const TTurn x(turns[0]), y(turns[1]), z(turns[2]);
     const double cx = x.c, sx = x.s, cy = y.c, sy = y.s, cz = z.c, sz = z.s;
     const auto rounded = [](double value) { return static_cast<float>(value); };
     return {rounded(cy * cz),

@@ -14,6 +14,9 @@ struct TMatrixRoutines {
     /// Of all four rows.
     float (*determinant)(const CMatrix& m);
     CMatrix (*invert)(const CMatrix& m);
+    /// Each times `m`; the results may be the operands.
+    void (*transformEach)(const CMatrix& m, const CVector* points, CVector* results, std::size_t count);
+    void (*multiplyEach)(const CMatrix& m, const CMatrix* matrices, CMatrix* results, std::size_t count);
 };
 
 using TMatrixSet = TKernelSet<TMatrixRoutines>;

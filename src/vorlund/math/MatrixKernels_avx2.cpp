@@ -3,6 +3,7 @@
 #include "vorlund/math/MatrixKernels.h"
 
 #include "vorlund/math/MatrixLoops.h"
+#include "vorlund/math/Points_avx2.h"
 #include "vorlund/math/Row_avx2.h"
 
 namespace vorlund {
@@ -10,7 +11,7 @@ namespace vorlund {
 constinit const TMatrixSet kAvx2Matrices{
     "avx2",
     [] { return HasAvx2(); },
-    {Multiply<CRowAvx2>, Determinant<CRowAvx2>, Invert<CRowAvx2>},
+    {Multiply<CRowAvx2>, Determinant<CRowAvx2>, Invert<CRowAvx2>, TransformEachAvx2, MultiplyEach<CRowAvx2>},
 };
 
 } // namespace vorlund

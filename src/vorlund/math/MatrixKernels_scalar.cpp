@@ -8,7 +8,8 @@ namespace vorlund {
 constinit const TMatrixSet kScalarMatrices{
     "scalar",
     [] { return true; },
-    {Multiply<CRowScalar>, Determinant<CRowScalar>, Invert<CRowScalar>},
+    {Multiply<CRowScalar>, Determinant<CRowScalar>, Invert<CRowScalar>, TransformEach,
+     MultiplyEach<CRowScalar>},
 };
 
 } // namespace vorlund

@@ -8,7 +8,7 @@ namespace vorlund {
 constinit const TMatrixSet kSse2Matrices{
     "sse2",
     [] { return true; },
-    {Multiply<CRowSse2>, Determinant<CRowSse2>, Invert<CRowSse2>},
+    {Multiply<CRowSse2>, Determinant<CRowSse2>, Invert<CRowSse2>, TransformEach, MultiplyEach<CRowSse2>},
 };
 
 } // namespace vorlund

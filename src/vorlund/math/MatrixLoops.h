@@ -23,17 +23,41 @@ void MultiplyRow(const float* left, const TRow& b0, const TRow& b1, const TRow& 
         .Store(product);
 }
 
+/// The rows of the right operand of a product.
+template <class TRow> class CFactor {
+public:
+    explicit CFactor(const CMatrix& matrix) : CFactor(CMatrixAccess::Elements(matrix)) {}
+
+    void Multiply(const CMatrix& left, CMatrix& product) const {
+        const float* const a = CMatrixAccess::Elements(left);
+        float* const to = CMatrixAccess::Elements(product);
+        for (int row = 0; row < 16; row += 4) MultiplyRow(a + row, row0_, row1_, row2_, row3_, to + row);
+    }
+
+private:
+    explicit CFactor(const float* m)
+        : row0_(TRow::Load(m)), row1_(TRow::Load(m + 4)), row2_(TRow::Load(m + 8)),
+          row3_(TRow::Load(m + 12)) {}
+
+    const TRow row0_, row1_, row2_, row3_;
+};
+
 template <class TRow> CMatrix Multiply(const CMatrix& left, const CMatrix& right) {
     CMatrix product = CMatrixAccess::Unset();
-    const float* const a = CMatrixAccess::Elements(left);
-    const float* const b = CMatrixAccess::Elements(right);
-    float* const to = CMatrixAccess::Elements(product);
-    const TRow b0 = TRow::Load(b), b1 = TRow::Load(b + 4), b2 = TRow::Load(b + 8), b3 = TRow::Load(b + 12);
-    MultiplyRow(a, b0, b1, b2, b3, to);
-    MultiplyRow(a + 4, b0, b1, b2, b3, to + 4);
-    MultiplyRow(a + 8, b0, b1, b2, b3, to + 8);
-    MultiplyRow(a + 12, b0, b1, b2, b3, to + 12);
+    CFactor<TRow>(right).Multiply(left, product);
     return product;
+}
+
+template <class TRow>
+void MultiplyEach(const CMatrix& matrix, const CMatrix* matrices, CMatrix* results, std::size_t count) {
+    const CFactor<TRow> factor(matrix);
+    for (std::size_t i = 0; i < count; ++i) factor.Multiply(matrices[i], results[i]);
+}
+
+inline void TransformEach(const CMatrix& matrix, const CVector* points, CVector* results, std::size_t count) {
+    // A copy, which the results cannot change.
+    const CMatrix m = matrix;
+    for (std::size_t i = 0; i < count; ++i) results[i] = points[i] * m;
 }
 
 /// A row for the minors that lack column 0 to 3, one a lane: their first, second and third elements.

@@ -49,17 +49,51 @@ constexpr TPair kSeries[] = {
     {-1.0 / 6, 1.0 / 24},
 };
 
-/// For angles up to pi/4.
-TSineAndCosine NearZero(double r) {
-    const double r2 = r * r;
-    const TPair square = {r2, r2};
-    TPair sum = kSeries[0];
-    for (int i = 1; i < 8; ++i) sum = sum * square + kSeries[i];
-    const TPair powers = {r * r2, r2 * r2};
-    const TPair start = {r, 1 - 0.5 * r2};
-    sum = sum * powers + start;
-    // Keeps the sign of zero.
-    return {r == 0 ? r : sum[0], sum[1]};
+/// For angles up to pi/4. Each step of a series waits for the one before, so several angles take little
+/// longer than one; their lanes do not touch each other.
+template <int count> void NearZero(const double (&r)[count], TPair (&sums)[count]) {
+    TPair squares[count];
+#pragma GCC unroll 3
+    for (int k = 0; k < count; ++k) {
+        squares[k] = TPair{r[k] * r[k], r[k] * r[k]};
+        sums[k] = kSeries[0];
+    }
+#pragma GCC unroll 8
+    for (int i = 1; i < 8; ++i) {
+#pragma GCC unroll 3
+        for (int k = 0; k < count; ++k) sums[k] = sums[k] * squares[k] + kSeries[i];
+    }
+#pragma GCC unroll 3
+    for (int k = 0; k < count; ++k) {
+        const double r2 = squares[k][0];
+        const TPair powers = {r[k] * r2, r2 * r2};
+        const TPair start = {r[k], 1 - 0.5 * r2};
+        sums[k] = sums[k] * powers + start;
+        // Keeps the sign of zero.
+        if (r[k] == 0) sums[k][0] = r[k];
+    }
+}
+
+template <int count> void Turn(const double (&angles)[count], TSineAndCosine (&results)[count]) {
+    double rests[count];
+    unsigned int quadrants[count];
+    TPair sums[count];
+#pragma GCC unroll 3
+    for (int k = 0; k < count; ++k) {
+        const TReducedAngle reduced = Reduce(angles[k]);
+        rests[k] = reduced.rest;
+        quadrants[k] = reduced.quadrant;
+    }
+    NearZero(rests, sums);
+#pragma GCC unroll 3
+    for (int k = 0; k < count; ++k) {
+        // Without branches: the quadrant is not predictable.
+        const double both[] = {sums[k][0], sums[k][1]};
+        static constexpr double kSigns[] = {1, 1, -1, -1};
+        const unsigned int quadrant = quadrants[k];
+        results[k] = {both[quadrant & 1] * kSigns[quadrant],
+                      both[~quadrant & 1] * kSigns[(quadrant + 1) & 3]};
+    }
 }
 
 /// The arc tangents of k/16.
@@ -98,13 +132,13 @@ double ArcTangentUpToOne(double t) {
 } // namespace
 
 TSineAndCosine SineAndCosine(double angle) {
-    const TReducedAngle reduced = Reduce(angle);
-    // Without branches: the quadrant is not predictable.
-    const TSineAndCosine rest = NearZero(reduced.rest);
-    const double both[] = {rest.sine, rest.cosine};
-    static constexpr double kSigns[] = {1, 1, -1, -1};
-    const unsigned int quadrant = reduced.quadrant;
-    return {both[quadrant & 1] * kSigns[quadrant], both[~quadrant & 1] * kSigns[(quadrant + 1) & 3]};
+    TSineAndCosine result[1];
+    Turn({angle}, result);
+    return result[0];
+}
+
+void SinesAndCosines(const double (&angles)[3], TSineAndCosine (&results)[3]) {
+    Turn(angles, results);
 }
 
 double ArcTangent(double y, double x) {

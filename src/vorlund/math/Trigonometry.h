@@ -14,6 +14,9 @@ struct TSineAndCosine {
 /// Of an angle of any size; NaN for an infinite one.
 TSineAndCosine SineAndCosine(double angle);
 
+/// The same of three angles, in little more time than one takes.
+void SinesAndCosines(const double (&angles)[3], TSineAndCosine (&results)[3]);
+
 /// An angle within a quarter turn around 0, and the number of right angles, modulo 4, that it is away from
 /// the whole one.
 struct TReducedAngle {

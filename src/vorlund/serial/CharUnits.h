@@ -21,6 +21,11 @@ constexpr std::size_t UnitSize(TCharFormat format) {
     return format == CHAR_FORMAT_8BIT ? 1 : sizeof(wchar);
 }
 
+/// The same as a power of two.
+constexpr int UnitShift(TCharFormat format) {
+    return format == CHAR_FORMAT_8BIT ? 0 : 1;
+}
+
 /// The place of `unit`, a value below 128, among `count` units of a stream, which begin where any type may;
 /// `count` when there is none.
 inline std::size_t FindStreamUnit(const std::uint8_t* bytes, std::size_t count, char unit,
@@ -33,22 +38,11 @@ inline std::size_t FindStreamUnit(const std::uint8_t* bytes, std::size_t count, 
     return std::min(FindFirstUnit(units, count, static_cast<wchar>(unit)), count);
 }
 
-/// Turns `count` units of a stream into UTF-16.
-inline void CopyUnits(wchar* units, const std::uint8_t* bytes, std::size_t count, TCharFormat format) {
-    if (format != CHAR_FORMAT_8BIT) {
-        std::memcpy(units, bytes, count * sizeof(wchar));
-        return;
-    }
-    std::size_t i = 0;
-    // Four at a time, spread over a word by halves.
-    for (; i + 4 <= count; i += 4) {
-        std::uint32_t four;
-        std::memcpy(&four, bytes + i, sizeof(four));
-        std::uint64_t spread = (four | std::uint64_t{four} << 16) & 0x0000FFFF0000FFFFu;
-        spread = (spread | spread << 8) & 0x00FF00FF00FF00FFu;
-        std::memcpy(units + i, &spread, sizeof(spread));
-    }
-    for (; i < count; ++i) units[i] = bytes[i];
+/// Turns `count` units of a stream into UTF-16; true when `unit` is among them.
+inline bool CopyUnitsAndLook(wchar* units, const std::uint8_t* bytes, std::size_t count, TCharFormat format,
+                             wchar unit) {
+    if (format == CHAR_FORMAT_8BIT) return WidenBytesAndLook(units, bytes, count, unit);
+    return CopyTextAndLook(units, static_cast<const wchar*>(static_cast<const void*>(bytes)), count, unit);
 }
 
 } // namespace vorlund

@@ -1,112 +1,193 @@
 #include <vorlund/LineReader.h>
 
+#include "vorlund/data/base/LentBlock.h"
 #include "vorlund/serial/CharUnits.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <cstring>
+#include <utility>
 
-// A line is read by the same calls in the same order as `CTextReader::ReadLine` makes: `Flush` once for each
-// piece of a line without a line feed, and at the end one `RemoveBufferedData`, for the piece with the line
-// feed, or, at the end of the data, a `FillBuffer` that leaves nothing buffered. What these calls take from
-// the buffer is the line. That operation itself is of no use here: the exception that ends it costs more than
-// a line of any usual length.
+// Most lines are whole in the window: they are looked for there once and copied once, with a look for
+// carriage returns by the way. What is left of the window at its end moves to the front before the next read;
+// only of a line longer than the window the beginning is put aside.
 
 namespace vorlund {
 
-CLineReader::CLineReader(IInputStream* stream, TCharFormat charFormat) : CTextReader(stream, charFormat) {}
+namespace {
+
+constexpr wchar kCarriageReturn = 13;
+
+void Clear(wstring& line) {
+    line.clear();
+}
+
+void Clear(CString& line) {
+    line = VRL_L("");
+}
+
+/// The line becomes `length` units of the stream, without carriage returns.
+void SetLine(wstring& line, const std::uint8_t* bytes, std::size_t length, TCharFormat format) {
+    line.resize(length);
+    if (CopyUnitsAndLook(line.data(), bytes, length, format, kCarriageReturn))
+        std::erase(line, kCarriageReturn);
+}
+
+void SetLine(CString& line, const std::uint8_t* bytes, std::size_t length, TCharFormat format) {
+    line.Allocate(static_cast<int>(length));
+    wchar* const units = line.GetBuffer();
+    if (CopyUnitsAndLook(units, bytes, length, format, kCarriageReturn))
+        length = static_cast<std::size_t>(std::remove(units, units + length, kCarriageReturn) - units);
+    units[length] = 0;
+}
+
+/// The line becomes `units`, which are no longer needed.
+void SetLine(wstring& line, wstring& units) {
+    line.swap(units);
+}
+
+void SetLine(CString& line, wstring& units) {
+    line = units.c_str();
+}
+
+} // namespace
+
+CLineReader::CLineReader(IInputStream* stream, TCharFormat charFormat)
+    : CReader(stream), charFormat_(charFormat), window_(new std::uint8_t[kWindow]) {}
 
 CLineReader::~CLineReader() noexcept(false) = default;
 
+/// The place of the line feed in the window, behind `seen` units without one.
+inline std::size_t CLineReader::FindLineFeed(std::size_t seen) const {
+    const int shift = UnitShift(charFormat_);
+    const std::size_t count = ((end_ - first_) >> shift) - seen;
+    const std::size_t place =
+        FindStreamUnit(window_.get() + first_ + (seen << shift), count, 10, charFormat_);
+    return place < count ? seen + place : kTextNotFound;
+}
+
 bool CLineReader::ReadLine(wstring& line) {
-    const bool isLine = ReadUnits();
-    line.swap(units_);
-    Discard();
-    return isLine;
+    return Deliver(line);
 }
 
 bool CLineReader::ReadLine(CString& line) {
-    const bool isLine = ReadUnits();
-    line = units_.c_str();
-    Discard();
-    return isLine;
+    return Deliver(line);
+}
+
+bool CLineReader::Eof() {
+    return first_ == end_ && !hasBeginning_ && CReader::Eof();
+}
+
+void CLineReader::Seek(std::uint64_t position) {
+    Flush();
+    CReader::Seek(position);
+}
+
+std::uint64_t CLineReader::Tell() {
+    return CReader::Tell() - (end_ - first_);
 }
 
 void CLineReader::Flush() {
-    if (state_ == TState::Reading)
-        KeepBytes(buffered_);
+    calls_.NoteChange();
+    first_ = end_ = 0;
+    ForgetBeginning();
+}
+
+template <class TLine> bool CLineReader::Deliver(TLine& line) {
+    // Nearly every line is whole in the window. The stream, while it is inside its Read, has that.
+    std::size_t length = window_ ? FindLineFeed(0) : kTextNotFound;
+    TFound found = TFound::Line;
+    if (length == kTextNotFound) {
+        found = window_ ? FindLine(length) : TFound::Nothing;
+        if (found == TFound::Nothing) {
+            // The stream may have destroyed this reader.
+            Clear(line);
+            return false;
+        }
+    }
+    if (hasBeginning_)
+        DeliverLong(line, length);
     else
-        Discard();
-    CTextReader::Flush();
+        SetLine(line, window_.get() + first_, length, charFormat_);
+    first_ += (length + 1) << UnitShift(charFormat_);
+    // Without a line feed, at the end of the data, all is consumed.
+    if (found == TFound::End || first_ == end_) first_ = end_ = 0;
+    return true;
 }
 
-void CLineReader::FillBuffer() {
-    CTextReader::FillBuffer();
-    if (UnitSize(GetCharFormat()) == 2) {
-        // Half a unit would be lost, and every unit after it would be made of the wrong halves.
-        for (std::int32_t former = 0; buffered_ % 2 != 0 && buffered_ != former;) {
-            former = buffered_;
-            CTextReader::FillBuffer();
-        }
+/// The line of what was put aside and `length` units in the window. An exception leaves all as it was.
+template <class TLine> void CLineReader::DeliverLong(TLine& line, std::size_t length) {
+    const std::size_t start = beginning_.size();
+    AddToBeginning(length);
+    try {
+        SetLine(line, beginning_);
+    } catch (...) {
+        beginning_.resize(start);
+        throw;
     }
-    if (state_ == TState::Reading && buffered_ == 0) {
-        isLine_ = !units_.empty();
-        state_ = TState::Complete;
-    }
+    ForgetBeginning();
 }
 
-void CLineReader::RemoveBufferedData(int count) {
-    if (state_ == TState::Reading) {
-        KeepBytes(count);
-        units_.pop_back();
-        isLine_ = true;
-        state_ = TState::Complete;
-    }
-    CTextReader::RemoveBufferedData(count);
-}
-
-/// Completes the line in `units_`; false when there is none. What raises leaves what was read for the next
-/// call.
-bool CLineReader::ReadUnits() {
-    if (state_ == TState::Idle) {
-        state_ = TState::Reading;
-        try {
-            ReadToLineFeed();
-        } catch (...) {
-            if (state_ != TState::Complete) state_ = TState::Idle;
-            throw;
-        }
-    }
-    std::erase(units_, wchar{13});
-    return isLine_;
-}
-
-void CLineReader::ReadToLineFeed() {
-    const std::size_t unitSize = UnitSize(GetCharFormat());
+/// Reads until there is the end of the line; `length` is that of its units in the window, which has no line
+/// feed yet.
+CLineReader::TFound CLineReader::FindLine(std::size_t& length) {
     for (;;) {
-        FillBuffer();
-        if (buffered_ == 0) return;
-        const std::size_t count = static_cast<std::size_t>(buffered_) / unitSize;
-        const std::size_t lineFeed = FindStreamUnit(buffer_, count, 10, GetCharFormat());
-        if (lineFeed < count) {
-            RemoveBufferedData(static_cast<int>((lineFeed + 1) * unitSize));
-            return;
+        if (first_ == 0 && end_ == kWindow) PutAside();
+        const std::size_t before = end_ - first_;
+        const std::size_t seen = before >> UnitShift(charFormat_);
+        if (!Fill()) return TFound::Nothing;
+        if (end_ - first_ == before) {
+            length = seen;
+            if (length > 0 || hasBeginning_) return TFound::End;
+            // Half a unit, perhaps.
+            first_ = end_ = 0;
+            return TFound::Nothing;
         }
-        Flush();
+        length = FindLineFeed(seen);
+        if (length != kTextNotFound) return TFound::Line;
     }
 }
 
-/// Appends what is about to leave the buffer, without half a unit at the end.
-void CLineReader::KeepBytes(int count) {
-    const TCharFormat format = GetCharFormat();
-    const std::size_t start = units_.size();
-    const std::size_t added = static_cast<std::size_t>(std::min(count, buffered_)) / UnitSize(format);
-    units_.resize(start + added);
-    CopyUnits(units_.data() + start, buffer_, added, format);
+/// Reads once; false when the stream has used the reader so that nothing of it may be touched.
+bool CLineReader::Fill() {
+    if (first_ > 0) {
+        end_ -= first_;
+        std::memmove(window_.get(), window_.get() + first_, end_);
+        first_ = 0;
+    }
+    const std::uint64_t wanted = kWindow - end_;
+    const CLentBlock loan(calls_, window_);
+    std::uint64_t count = 0;
+    {
+        const auto stream = stream_;
+        // A stream that claims more than it was asked for has filled the room at most.
+        count = std::min(stream->Read(loan.Get() + (kWindow - wanted), wanted), wanted);
+    }
+    if (!loan.IsUnchanged()) return false;
+    end_ += static_cast<std::size_t>(count);
+    return true;
 }
 
-void CLineReader::Discard() {
-    units_.clear();
-    state_ = TState::Idle;
+/// The whole window is of one line.
+void CLineReader::PutAside() {
+    AddToBeginning(kWindow >> UnitShift(charFormat_));
+    hasBeginning_ = true;
+    first_ = end_ = 0;
+}
+
+/// The next units of the window, without carriage returns.
+void CLineReader::AddToBeginning(std::size_t count) {
+    const std::size_t start = beginning_.size();
+    beginning_.resize(start + count);
+    wchar* const units = beginning_.data() + start;
+    if (CopyUnitsAndLook(units, window_.get() + first_, count, charFormat_, kCarriageReturn))
+        beginning_.erase(std::remove(beginning_.begin() + static_cast<std::ptrdiff_t>(start),
+                                     beginning_.end(), kCarriageReturn),
+                         beginning_.end());
+}
+
+void CLineReader::ForgetBeginning() {
+    beginning_ = wstring();
+    hasBeginning_ = false;
 }
 
 } // namespace vorlund

@@ -7,10 +7,11 @@
 // the wait was started with, whatever becomes of the objects.
 //
 // Nobody waits for the thread of a stopped wait, and yet starting and stopping without a break does not take
-// all threads that the system has. A thread without a wait is "leaving": a new wait takes it over instead of
-// a new thread. To end, it must be one of at most `kMaxThreadsEnding`, each of which joins the one before it;
-// until then it goes on leaving. So there are never more threads than waits that run, stopped ones that are
-// still inside their callbacks, `kMaxThreadsEnding`, and those that were leaving when there were most.
+// all threads that the system has. A thread without a wait is "leaving": for a moment it sleeps, and a new
+// wait takes it over, which is faster than a new thread. To end, it must be one of at most
+// `kMaxThreadsEnding`, each of which joins the one before it; until then it goes on leaving. So there are
+// never more threads than waits that run, stopped ones that are still inside their callbacks,
+// `kMaxThreadsEnding`, and those that were leaving when there were most.
 #include "vorlund/system/AsyncWaits.h"
 
 #include "vorlund/api/values/ClassMemory.h"
@@ -27,6 +28,7 @@ constinit CAsyncWaits asyncWaits;
 namespace {
 
 constexpr int kMaxThreadsEnding = 32;
+constexpr std::uint32_t kLeavingMilliseconds = 20;
 
 } // namespace
 
@@ -107,8 +109,6 @@ CAsyncWaits::TServer* CAsyncWaits::ServerFor(TWait& wait, waiting::CLibraryHold&
         RemoveLeaving(*server);
         server->assigned = &wait;
         waiting::Interrupt(server->thread);
-        // The next one, because this one may have been woken to end and does not any more.
-        WakeLeaving();
         return server;
     }
     auto* const server = new (std::nothrow) TServer{&wait};
@@ -131,10 +131,6 @@ void CAsyncWaits::RemoveLeaving(TServer& server) {
     leaving_.Remove(server);
 }
 
-void CAsyncWaits::WakeLeaving() {
-    if (TServer* const server = leaving_.GetFirst()) waiting::Interrupt(server->thread);
-}
-
 void CAsyncWaits::Run(void* argument) noexcept {
     TServer& server = *static_cast<TServer*>(argument);
     while (TWait* const wait = asyncWaits.NextFor(server)) {
@@ -151,7 +147,7 @@ void CAsyncWaits::Serve(TWait& wait) {
         if (result == waiting::kInterrupted) continue;
         if (result >= wait.count || !wait.callback) {
             // Without a callback there is nothing to do, and a wait that failed once fails again.
-            waiting::SleepInterruptibly();
+            waiting::SleepInterruptibly(waiting::kForever);
             continue;
         }
         data.index = wait.isForAll ? 0 : result;
@@ -165,15 +161,18 @@ void CAsyncWaits::Serve(TWait& wait) {
 }
 
 CAsyncWaits::TWait* CAsyncWaits::NextFor(TServer& server) {
-    for (;; waiting::SleepInterruptibly()) {
-        const CPlainLockGuard guard(lock_);
-        if (server.assigned) return std::exchange(server.assigned, nullptr);
-        if (hasEnded_ || ending_ < kMaxThreadsEnding) {
-            RemoveLeaving(server);
-            ++ending_;
-            return nullptr;
+    for (bool hasSlept = false;;) {
+        {
+            const CPlainLockGuard guard(lock_);
+            if (server.assigned) return std::exchange(server.assigned, nullptr);
+            if (hasEnded_ || (hasSlept && ending_ < kMaxThreadsEnding)) {
+                RemoveLeaving(server);
+                ++ending_;
+                return nullptr;
+            }
+            AddLeaving(server);
         }
-        AddLeaving(server);
+        if (!waiting::SleepInterruptibly(kLeavingMilliseconds)) hasSlept = true;
     }
 }
 
@@ -187,7 +186,6 @@ void CAsyncWaits::Leave(TServer& server) {
     if (before) waiting::Join(before);
     const CPlainLockGuard guard(lock_);
     --ending_;
-    WakeLeaving();
 }
 
 void CAsyncWaits::Stop(unsigned int number) {

@@ -62,7 +62,6 @@ private:
     TServer* ServerFor(TWait& wait, waiting::CLibraryHold& hold);
     void AddLeaving(TServer& server);
     void RemoveLeaving(TServer& server);
-    void WakeLeaving();
 
     // On the thread of `server`:
     /// What it does next, or null when it is to leave.

@@ -7,13 +7,10 @@
 #include <thread>
 
 namespace vorlund {
-namespace {
 
 void WaitForMemory() {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
-
-} // namespace
 
 CLockThreadEntry::~CLockThreadEntry() {
     if (runs_ != inlineRuns_) ::operator delete(runs_);
@@ -79,17 +76,16 @@ CLockThreadEntry& CLockThreadTable::Insert(unsigned int thread) {
 
 CLockThreadTable::TBlock* CLockThreadTable::MakeBlock(std::uint32_t slotBits) {
     const std::size_t count = std::size_t{1} << slotBits;
-    const std::size_t entriesSize = count * sizeof(CLockThreadEntry);
+    const std::size_t entriesSize = count * sizeof(TListedEntry);
     const std::size_t size = sizeof(TBlock) + entriesSize + count * sizeof(std::atomic<unsigned int>);
     auto* const memory = static_cast<unsigned char*>(::operator new(size, std::nothrow));
     if (!memory) return nullptr;
 
     // In the order of falling alignment.
-    static_assert(alignof(TBlock) >= alignof(CLockThreadEntry) &&
-                  sizeof(TBlock) % alignof(CLockThreadEntry) == 0);
+    static_assert(alignof(TBlock) >= alignof(TListedEntry) && sizeof(TBlock) % alignof(TListedEntry) == 0);
     void* const entriesMemory = memory + sizeof(TBlock);
     void* const ownersMemory = memory + sizeof(TBlock) + entriesSize;
-    auto* const entries = static_cast<CLockThreadEntry*>(entriesMemory);
+    auto* const entries = static_cast<TListedEntry*>(entriesMemory);
     auto* const owners = static_cast<std::atomic<unsigned int>*>(ownersMemory);
     std::uninitialized_default_construct_n(entries, count);
     std::uninitialized_value_construct_n(owners, count);

@@ -9,11 +9,15 @@
 
 namespace vorlund {
 
+/// Lets a moment pass, in which other threads may give back memory. Locks have no way to fail, so they ask
+/// again.
+void WaitForMemory();
+
 /// What one thread holds of one lock. Only that thread looks at it.
 ///
 /// The modes are a stack, kept as runs of equal modes: recursion as deep as the machine allows usually needs
 /// one or two runs. Parameters are pushed too, but never popped, so the newest is the only one that can be
-/// seen.
+/// seen. Every lock contains one, so it is kept small.
 class CLockThreadEntry {
 public:
     CLockThreadEntry() = default;
@@ -21,14 +25,30 @@ public:
     CLockThreadEntry& operator=(const CLockThreadEntry&) = delete;
     ~CLockThreadEntry();
 
-    int reads = 0;          ///< read locks held
     int writes = 0;         ///< write locks held
     unsigned int param = 0; ///< the parameter recorded last, 0 when none was
 
-    bool IsEmpty() const { return reads + writes == 0; }
+    /// Whether nothing is held.
+    bool IsEmpty() const { return top_ < 0; }
 
     /// The innermost lock's mode. Not for an empty stack.
     TLockMode GetTop() const { return runs_[top_].mode; }
+
+    /// `Push` for an empty entry, which needs no memory; a write lock counts.
+    void PushFirst(TLockMode mode) {
+        runs_[top_ = 0] = {mode, 1};
+        writes = mode != LOCK_MODE_READ;
+    }
+
+    /// Whether one lock is held and no memory.
+    bool HoldsJustOne() const { return top_ == 0 && runs_ == inlineRuns_ && inlineRuns_[0].length == 1; }
+
+    /// `Clear` for an entry that holds just one.
+    void PopLast() {
+        writes = 0;
+        param = 0;
+        top_ = -1;
+    }
 
     /// Makes `mode` the innermost. Waits when more memory is needed and there is none: a lock call has no way
     /// to fail, and another thread may give some back.
@@ -48,23 +68,18 @@ public:
         return run.mode;
     }
 
-private:
-    friend class CLockThreadTable;
+    /// As new, for the next thread.
+    void Clear() {
+        PopLast();
+        if (runs_ != inlineRuns_) GiveBackRuns();
+    }
 
+private:
     struct TRun {
         TLockMode mode;
         unsigned int length;
     };
-    static constexpr int kInlineRuns = 3;
-
-    /// As new, for the next thread.
-    void Clear() {
-        reads = 0;
-        writes = 0;
-        param = 0;
-        top_ = -1;
-        if (runs_ != inlineRuns_) GiveBackRuns();
-    }
+    static constexpr int kInlineRuns = 2;
 
     void GiveBackRuns();
 
@@ -74,7 +89,6 @@ private:
     int capacity_ = kInlineRuns;
     TRun* runs_ = inlineRuns_;
     TRun inlineRuns_[kInlineRuns];
-    std::atomic<unsigned int>* owner_ = nullptr; ///< the table's slot with the number of this entry's thread
 };
 
 /// The entries by thread number.
@@ -111,19 +125,23 @@ public:
     /// the slot.
     void Remove(CLockThreadEntry& entry) {
         entry.Clear();
-        entry.owner_->store(kNobody, std::memory_order_release);
+        static_cast<TListedEntry&>(entry).owner->store(kNobody, std::memory_order_release);
     }
 
 private:
+    struct TListedEntry : CLockThreadEntry {
+        std::atomic<unsigned int>* owner = nullptr; ///< the slot with the number of this entry's thread
+    };
+
     static constexpr unsigned int kNobody = 0;
     static constexpr std::uint32_t kFirstSlotBits = 3;
     static constexpr std::uint32_t kFirstSlots = 1u << kFirstSlotBits;
     static constexpr std::uint32_t kProbes = 4;
 
     struct TBlock {
-        TBlock(std::uint32_t bits, std::atomic<unsigned int>* ownerArray, CLockThreadEntry* entryArray)
+        TBlock(std::uint32_t bits, std::atomic<unsigned int>* ownerArray, TListedEntry* entryArray)
             : slotBits(bits), owners(ownerArray), entries(entryArray) {
-            for (std::uint32_t slot = 0; slot < GetSlotCount(); ++slot) entries[slot].owner_ = &owners[slot];
+            for (std::uint32_t slot = 0; slot < GetSlotCount(); ++slot) entries[slot].owner = &owners[slot];
         }
 
         std::uint32_t GetSlotCount() const { return 1u << slotBits; }
@@ -134,7 +152,7 @@ private:
 
         const std::uint32_t slotBits;
         std::atomic<unsigned int>* const owners;
-        CLockThreadEntry* const entries;
+        TListedEntry* const entries;
         std::atomic<TBlock*> next{nullptr};
     };
 
@@ -142,7 +160,7 @@ private:
     static void DestroyBlock(TBlock* block);
 
     std::atomic<unsigned int> firstOwners_[kFirstSlots]{};
-    CLockThreadEntry firstEntries_[kFirstSlots];
+    TListedEntry firstEntries_[kFirstSlots];
     TBlock first_; // after the arrays, which it links
 };
 

@@ -25,14 +25,24 @@
 // Before a thread joins the queue it looks around for a moment (Spin.h); its request counts from when it
 // joins.
 //
-// Nobody but the thread itself reads its entry in the table, so nested locks touch nothing that is shared.
+// A thread that finds the word free takes the lock and the entry inside it with the one change of the word.
+// It owns that entry until it gives back its last lock, and it empties the entry before that: so whoever
+// finds the word free again finds the entry free too. A thread that finds somebody else there takes an entry
+// in the table, which is made with the guard and the queue, the "crowd", when two threads meet for the first
+// time, and stays as long as the lock. So every change of the word by a thread that is in the table releases,
+// and the owner of the entry inside acquires before it looks for the crowd.
+//
+// Nobody but the thread itself reads its entry, so nested locks touch nothing that is shared.
 // The guard is never held while a thread sleeps, allocates or prints, and a thread that needs memory gets it
 // before it counts as anything.
 #include "vorlund/system/ReadWriteLockData.h"
 
+#include "vorlund/system/PlainLock.h"
 #include "vorlund/system/Spin.h"
 
 #include <vorlund/Debug.h>
+
+#include <new>
 
 namespace vorlund {
 namespace {
@@ -43,70 +53,157 @@ constexpr const wchar* kNotLocked = VRL_L("[vorlund::TReadWriteLockData::GetLock
 
 } // namespace
 
-void TReadWriteLockData::TWaiter::Sleep() {
-    while (!released.load(std::memory_order_acquire)) ParkWhile(released, 0);
+/// A thread in the queue, on its own stack.
+struct TReadWriteLockData::TWaiter {
+    enum TKind { kReader, kWriter, kUpgrader };
+
+    explicit TWaiter(TKind waiterKind) : kind(waiterKind) {}
+    void Sleep() {
+        while (!released.load(std::memory_order_acquire)) ParkWhile(released, 0);
+    }
+
+    const TKind kind;
+    TWaiter* next = nullptr;
+    std::atomic<std::uint32_t> released{0};
+};
+
+/// What a lock has only once two threads have met in it.
+struct TReadWriteLockData::TCrowd {
+    void Append(TWaiter& waiter) {
+        *waitersEnd = &waiter;
+        waitersEnd = &waiter.next;
+    }
+    bool IsWritable() const { return readingThreads == 0 && !writerHeld; }
+    bool CanGo(TWaiter::TKind kind) const;
+    TWaiter* TakeReleased();
+
+    CLockThreadTable threads;
+    CPlainLock guard;
+
+    // Under the guard, and in force only while the word says so.
+    int readingThreads = 0;  ///< threads counted as readers
+    int writers = 0;         ///< writers and upgraders that wait or hold
+    bool writerHeld = false; ///< a writer that is no upgrader holds: the writers' mutex
+    /// A writer has been taken out of the queue and has not looked again yet.
+    bool writerWoken = false;
+    TWaiter* firstWaiter = nullptr;
+    TWaiter** waitersEnd = &firstWaiter;
+};
+
+TReadWriteLockData::~TReadWriteLockData() {
+    delete crowd_.load(std::memory_order_acquire);
+}
+
+inline CLockThreadEntry* TReadWriteLockData::Find(unsigned int thread) {
+    // Only a thread itself ever writes its number there or takes it out.
+    if (owner_.load(std::memory_order_relaxed) == thread) return &own_;
+    TCrowd* const crowd = crowd_.load(std::memory_order_acquire);
+    return crowd ? crowd->threads.Find(thread) : nullptr;
+}
+
+inline bool TReadWriteLockData::TryLockFree(unsigned int thread, TLockMode mode) {
+    std::uint32_t seen = kFree;
+    if (word_.load(std::memory_order_relaxed) != kFree ||
+        !word_.compare_exchange_strong(seen, WordOfOne(mode), std::memory_order_acquire,
+                                       std::memory_order_relaxed))
+        return false;
+    owner_.store(thread, std::memory_order_relaxed);
+    own_.PushFirst(mode);
+    return true;
 }
 
 void TReadWriteLockData::Lock(TLockMode mode, unsigned int param) {
+    const unsigned int thread = NotedThreadId();
+    if (thread == kUnknownThread || !TryLockFree(thread, mode)) LockInAnyState(mode, param);
+}
+
+void TReadWriteLockData::LockInAnyState(TLockMode mode, unsigned int param) {
     const unsigned int thread = CurrentThreadId();
     // A thread that holds a lock cannot see its word free.
-    if (word_.load(std::memory_order_relaxed) != kFree) {
-        if (CLockThreadEntry* const entry = threads_.Find(thread)) {
-            // First what may have to wait for memory: an upgrade keeps out new readers.
-            entry->Push(mode);
-            if (mode == LOCK_MODE_READ) {
-                ++entry->reads;
-            } else {
-                if (entry->writes == 0) Upgrade();
-                ++entry->writes;
-            }
-            entry->param = param;
-            return;
-        }
-    }
+    if (CLockThreadEntry* const entry = Find(thread))
+        LockNested(*entry, mode, param);
+    else if (!TryLockFree(thread, mode))
+        LockBesideOthers(thread, mode);
+}
 
-    // Kept for existing callers: a first lock does not record its parameter. The entry comes before the lock,
-    // because there may be no memory for one: then nobody else waits for this thread.
-    CLockThreadEntry& entry = threads_.Insert(thread);
+void TReadWriteLockData::LockNested(CLockThreadEntry& entry, TLockMode mode, unsigned int param) {
+    // First what may have to wait for memory: an upgrade keeps out new readers.
     entry.Push(mode);
+    if (mode != LOCK_MODE_READ) {
+        if (entry.writes == 0) Upgrade();
+        ++entry.writes;
+    }
+    entry.param = param;
+}
+
+void TReadWriteLockData::LockBesideOthers(unsigned int thread, TLockMode mode) {
+    // The entry comes before the lock, because there may be no memory for one: then nobody else waits for
+    // this thread. Kept for existing callers: a first lock does not record its parameter.
+    NeedCrowd().threads.Insert(thread).PushFirst(mode);
     if (mode == LOCK_MODE_READ)
         AcquireRead();
     else
         AcquireWrite();
-    ++(mode == LOCK_MODE_READ ? entry.reads : entry.writes);
 }
 
 void TReadWriteLockData::Unlock() {
-    CLockThreadEntry* const entry = threads_.Find(CurrentThreadId());
+    if (owner_.load(std::memory_order_relaxed) != NotedThreadId() || !own_.HoldsJustOne()) {
+        UnlockInAnyState();
+        return;
+    }
+    const TLockMode mode = own_.GetTop();
+    own_.PopLast();
+    owner_.store(kNoThread, std::memory_order_relaxed);
+    std::uint32_t seen = WordOfOne(mode);
+    if (word_.compare_exchange_strong(seen, kFree, std::memory_order_release, std::memory_order_relaxed))
+        return;
+    if (mode == LOCK_MODE_READ)
+        ReleaseRead();
+    else
+        ReleaseWrite();
+}
+
+void TReadWriteLockData::UnlockInAnyState() {
+    CLockThreadEntry* const entry = Find(CurrentThreadId());
     if (!entry) {
         CDebug::PrintMessage(DEBUG_MESSAGE_BOX, kNotLockedInUnlock);
         return;
     }
     if (entry->Pop() == LOCK_MODE_READ) {
-        if (--entry->reads > 0 || entry->writes > 0) return;
-        threads_.Remove(*entry);
+        if (!entry->IsEmpty()) return;
+        GiveBack(*entry);
         ReleaseRead();
         return;
     }
     if (--entry->writes > 0) return;
-    // Modes come off in the reverse order, so read locks that are left were taken before the first write
-    // lock.
-    if (entry->reads > 0) {
+    // Modes come off in the reverse order, so what is left are read locks that were taken before the first
+    // write lock.
+    if (!entry->IsEmpty()) {
         ReleaseUpgrade();
         return;
     }
-    threads_.Remove(*entry);
+    GiveBack(*entry);
     ReleaseWrite();
 }
 
+/// Frees the calling thread's empty entry, before the word is changed.
+void TReadWriteLockData::GiveBack(CLockThreadEntry& entry) {
+    if (&entry != &own_) {
+        crowd_.load(std::memory_order_acquire)->threads.Remove(entry);
+        return;
+    }
+    own_.Clear();
+    owner_.store(kNoThread, std::memory_order_relaxed);
+}
+
 TLockMode TReadWriteLockData::GetLockMode() {
-    if (const CLockThreadEntry* const entry = threads_.Find(CurrentThreadId())) return entry->GetTop();
+    if (const CLockThreadEntry* const entry = Find(CurrentThreadId())) return entry->GetTop();
     CDebug::PrintMessage(DEBUG_MESSAGE_BOX, kNotLocked);
     return LOCK_MODE_READ;
 }
 
 unsigned int TReadWriteLockData::GetParam() {
-    if (const CLockThreadEntry* const entry = threads_.Find(CurrentThreadId())) return entry->param;
+    if (const CLockThreadEntry* const entry = Find(CurrentThreadId())) return entry->param;
     CDebug::PrintMessage(DEBUG_MESSAGE_BOX, kNotLocked);
     return 0;
 }
@@ -116,45 +213,45 @@ void TReadWriteLockData::AcquireRead() {
         for (int spins = 1; spins <= kMaxSpins; spins *= 2) {
             std::uint32_t seen = word_.load(std::memory_order_relaxed);
             while (seen < kMaxReaders) {
-                if (word_.compare_exchange_weak(seen, seen + 1, std::memory_order_acquire,
+                if (word_.compare_exchange_weak(seen, seen + 1, std::memory_order_acq_rel,
                                                 std::memory_order_relaxed))
                     return;
             }
             Spin(spins);
         }
-        EnterManaged();
-        if (writers_ == 0) {
-            ++readingThreads_;
-            LeaveManaged();
+        TCrowd& crowd = EnterManaged();
+        if (crowd.writers == 0) {
+            ++crowd.readingThreads;
+            LeaveManaged(crowd);
             return;
         }
         TWaiter waiter(TWaiter::kReader);
-        Append(waiter);
-        LeaveManaged();
+        crowd.Append(waiter);
+        LeaveManaged(crowd);
         waiter.Sleep();
     }
 }
 
 void TReadWriteLockData::AcquireWrite() {
     std::uint32_t seen = kFree;
-    if (word_.compare_exchange_strong(seen, kWriter, std::memory_order_acquire, std::memory_order_relaxed))
+    if (word_.compare_exchange_strong(seen, kWriter, std::memory_order_acq_rel, std::memory_order_relaxed))
         return;
     LookAroundForWrite();
-    EnterManaged();
-    ++writers_;
-    if (!IsWritable()) {
+    TCrowd& crowd = EnterManaged();
+    ++crowd.writers;
+    if (!crowd.IsWritable()) {
         do {
             TWaiter waiter(TWaiter::kWriter);
-            Append(waiter);
-            LeaveManaged();
+            crowd.Append(waiter);
+            LeaveManaged(crowd);
             waiter.Sleep();
             LookAroundForWrite();
             EnterManaged();
-            writerWoken_ = false;
-        } while (!IsWritable());
+            crowd.writerWoken = false;
+        } while (!crowd.IsWritable());
     }
-    writerHeld_ = true;
-    LeaveManaged();
+    crowd.writerHeld = true;
+    LeaveManaged(crowd);
 }
 
 void TReadWriteLockData::LookAroundForWrite() const {
@@ -167,19 +264,19 @@ void TReadWriteLockData::LookAroundForWrite() const {
 
 void TReadWriteLockData::Upgrade() {
     std::uint32_t seen = 1;
-    if (word_.compare_exchange_strong(seen, kMutexlessWriter, std::memory_order_acquire,
+    if (word_.compare_exchange_strong(seen, kMutexlessWriter, std::memory_order_acq_rel,
                                       std::memory_order_relaxed))
         return;
-    EnterManaged();
-    --readingThreads_;
-    ++writers_;
-    if (readingThreads_ == 0) {
-        LeaveManaged();
+    TCrowd& crowd = EnterManaged();
+    --crowd.readingThreads;
+    ++crowd.writers;
+    if (crowd.readingThreads == 0) {
+        LeaveManaged(crowd);
         return;
     }
     TWaiter waiter(TWaiter::kUpgrader);
-    Append(waiter);
-    LeaveManaged();
+    crowd.Append(waiter);
+    LeaveManaged(crowd);
     waiter.Sleep();
 }
 
@@ -189,55 +286,72 @@ void TReadWriteLockData::ReleaseRead() {
         if (word_.compare_exchange_weak(seen, seen - 1, std::memory_order_release, std::memory_order_relaxed))
             return;
     }
-    EnterManaged();
-    --readingThreads_;
-    LeaveManaged();
+    TCrowd& crowd = EnterManaged();
+    --crowd.readingThreads;
+    LeaveManaged(crowd);
 }
 
 void TReadWriteLockData::ReleaseWrite() {
     std::uint32_t seen = kWriter;
     if (word_.compare_exchange_strong(seen, kFree, std::memory_order_release, std::memory_order_relaxed))
         return;
-    EnterManaged();
-    writerHeld_ = false;
-    --writers_;
-    LeaveManaged();
+    TCrowd& crowd = EnterManaged();
+    crowd.writerHeld = false;
+    --crowd.writers;
+    LeaveManaged(crowd);
 }
 
 void TReadWriteLockData::ReleaseUpgrade() {
     std::uint32_t seen = kMutexlessWriter;
     if (word_.compare_exchange_strong(seen, 1, std::memory_order_release, std::memory_order_relaxed)) return;
-    EnterManaged();
-    --writers_;
-    ++readingThreads_;
-    LeaveManaged();
+    TCrowd& crowd = EnterManaged();
+    --crowd.writers;
+    ++crowd.readingThreads;
+    LeaveManaged(crowd);
 }
 
-/// Takes the guard and puts the counters in force.
-void TReadWriteLockData::EnterManaged() {
-    guard_.Lock();
+/// The crowd, made when there is none yet. Waits for memory, so nothing may be held.
+TReadWriteLockData::TCrowd& TReadWriteLockData::NeedCrowd() {
+    TCrowd* crowd = crowd_.load(std::memory_order_acquire);
+    if (crowd) return *crowd;
+    TCrowd* made = nullptr;
+    while (!(made = new (std::nothrow) TCrowd)) WaitForMemory();
+    if (crowd_.compare_exchange_strong(crowd, made, std::memory_order_acq_rel, std::memory_order_acquire))
+        return *made;
+    delete made;
+    return *crowd;
+}
+
+/// Takes the guard and puts the counters in force. Only where somebody else's change of the word has been
+/// seen.
+TReadWriteLockData::TCrowd& TReadWriteLockData::EnterManaged() {
+    // Whoever has made the crowd did so before that change, which this acquires.
+    static_cast<void>(word_.load(std::memory_order_acquire));
+    TCrowd& crowd = *crowd_.load(std::memory_order_acquire);
+    crowd.guard.Lock();
     if (word_.load(std::memory_order_relaxed) & kManaged) {
-        word_.store(kManaged, std::memory_order_relaxed);
-        return;
+        word_.store(kManaged, std::memory_order_release);
+        return crowd;
     }
-    const std::uint32_t state = word_.exchange(kManaged, std::memory_order_acquire);
-    readingThreads_ = state <= kMaxReaders ? static_cast<int>(state) : 0;
-    writers_ = state == kWriter || state == kMutexlessWriter ? 1 : 0;
-    writerHeld_ = state == kWriter;
+    const std::uint32_t state = word_.exchange(kManaged, std::memory_order_acq_rel);
+    crowd.readingThreads = state <= kMaxReaders ? static_cast<int>(state) : 0;
+    crowd.writers = state == kWriter || state == kMutexlessWriter ? 1 : 0;
+    crowd.writerHeld = state == kWriter;
+    return crowd;
 }
 
 /// Gives back the guard, with the state in the word if it has a number, and wakes those whose turn has come.
-void TReadWriteLockData::LeaveManaged() {
-    TWaiter* released = TakeReleased();
-    std::uint32_t state = kManaged | (IsWritable() ? kManagedWritable : 0);
-    if (!firstWaiter_) {
-        if (writers_ == 0)
-            state = static_cast<std::uint32_t>(readingThreads_);
-        else if (writers_ == 1 && readingThreads_ == 0)
-            state = writerHeld_ ? kWriter : kMutexlessWriter;
+void TReadWriteLockData::LeaveManaged(TCrowd& crowd) {
+    TWaiter* released = crowd.TakeReleased();
+    std::uint32_t state = kManaged | (crowd.IsWritable() ? kManagedWritable : 0);
+    if (!crowd.firstWaiter) {
+        if (crowd.writers == 0)
+            state = static_cast<std::uint32_t>(crowd.readingThreads);
+        else if (crowd.writers == 1 && crowd.readingThreads == 0)
+            state = crowd.writerHeld ? kWriter : kMutexlessWriter;
     }
     word_.store(state, std::memory_order_release);
-    guard_.Unlock();
+    crowd.guard.Unlock();
     while (released) {
         TWaiter& waiter = *released;
         released = waiter.next;
@@ -248,47 +362,44 @@ void TReadWriteLockData::LeaveManaged() {
     }
 }
 
-void TReadWriteLockData::Append(TWaiter& waiter) {
-    *waitersEnd_ = &waiter;
-    waitersEnd_ = &waiter.next;
-}
-
-bool TReadWriteLockData::CanGo(TWaiter::TKind kind) const {
+bool TReadWriteLockData::TCrowd::CanGo(TWaiter::TKind kind) const {
     switch (kind) {
     case TWaiter::kReader:
-        return writers_ == 0;
+        return writers == 0;
     case TWaiter::kWriter:
-        return IsWritable() && !writerWoken_;
+        return IsWritable() && !writerWoken;
     case TWaiter::kUpgrader:
-        return readingThreads_ == 0;
+        return readingThreads == 0;
     }
     return false;
 }
 
 /// Takes those out of the queue whose turn has come.
-TReadWriteLockData::TWaiter* TReadWriteLockData::TakeReleased() {
+TReadWriteLockData::TWaiter* TReadWriteLockData::TCrowd::TakeReleased() {
     TWaiter* released = nullptr;
     TWaiter** releasedEnd = &released;
-    TWaiter** link = &firstWaiter_;
+    TWaiter** link = &firstWaiter;
     while (TWaiter* const waiter = *link) {
         if (!CanGo(waiter->kind)) {
             link = &waiter->next;
             continue;
         }
-        if (waiter->kind == TWaiter::kWriter) writerWoken_ = true;
+        if (waiter->kind == TWaiter::kWriter) writerWoken = true;
         *link = waiter->next;
         waiter->next = nullptr;
         *releasedEnd = waiter;
         releasedEnd = &waiter->next;
     }
-    waitersEnd_ = link;
+    waitersEnd = link;
     return released;
 }
 
 int TReadWriteLockData::CountWaiting() {
-    const CPlainLockGuard guard(guard_);
+    TCrowd* const crowd = crowd_.load(std::memory_order_acquire);
+    if (!crowd) return 0;
+    const CPlainLockGuard guard(crowd->guard);
     int count = 0;
-    for (const TWaiter* waiter = firstWaiter_; waiter; waiter = waiter->next) ++count;
+    for (const TWaiter* waiter = crowd->firstWaiter; waiter; waiter = waiter->next) ++count;
     return count;
 }
 

@@ -3,7 +3,7 @@
 
 #include "vorlund/api/values/ClassMemory.h"
 #include "vorlund/system/LockThreadTable.h"
-#include "vorlund/system/PlainLock.h"
+#include "vorlund/system/Thread.h"
 
 namespace vorlund {
 
@@ -13,6 +13,7 @@ public:
     TReadWriteLockData() = default;
     TReadWriteLockData(const TReadWriteLockData&) = delete;
     TReadWriteLockData& operator=(const TReadWriteLockData&) = delete;
+    ~TReadWriteLockData();
 
     void Lock(TLockMode mode, unsigned int param);
     void Unlock();
@@ -23,17 +24,8 @@ public:
     int CountWaiting();
 
 private:
-    /// A thread in the queue, on its own stack.
-    struct TWaiter {
-        enum TKind { kReader, kWriter, kUpgrader };
-
-        explicit TWaiter(TKind waiterKind) : kind(waiterKind) {}
-        void Sleep();
-
-        const TKind kind;
-        TWaiter* next = nullptr;
-        std::atomic<std::uint32_t> released{0};
-    };
+    struct TWaiter;
+    struct TCrowd;
 
     // The word: the whole state while nobody waits in the queue.
     static constexpr std::uint32_t kFree = 0; ///< up to kMaxReaders: the number of readers
@@ -41,36 +33,38 @@ private:
     static constexpr std::uint32_t kWriter = 1u << 28; ///< one writer, who holds the writers' mutex
     /// One writer without it: a reader that upgraded, or a woken writer that does not hold yet.
     static constexpr std::uint32_t kMutexlessWriter = 1u << 29;
-    static constexpr std::uint32_t kManaged = 1u << 31;         ///< the counters below are in force,
+    static constexpr std::uint32_t kManaged = 1u << 31;         ///< the counters of the crowd are in force,
     static constexpr std::uint32_t kManagedWritable = 1u << 30; ///< and a writer could get in
+
+    /// The word while one thread holds the lock.
+    static constexpr std::uint32_t WordOfOne(TLockMode mode) { return mode == LOCK_MODE_READ ? 1 : kWriter; }
+
+    /// Takes a free lock, with the entry inside, for the calling thread.
+    bool TryLockFree(unsigned int thread, TLockMode mode);
+    [[gnu::noinline]] void LockInAnyState(TLockMode mode, unsigned int param);
+    [[gnu::noinline]] void UnlockInAnyState();
+    /// What the calling thread, which is `thread`, holds; null for nothing.
+    CLockThreadEntry* Find(unsigned int thread);
+    void LockNested(CLockThreadEntry& entry, TLockMode mode, unsigned int param);
+    void LockBesideOthers(unsigned int thread, TLockMode mode);
+    void GiveBack(CLockThreadEntry& entry);
 
     void AcquireRead();
     void AcquireWrite();
     void LookAroundForWrite() const;
     void Upgrade();
-    void ReleaseRead();
-    void ReleaseWrite();
+    [[gnu::noinline]] void ReleaseRead();
+    [[gnu::noinline]] void ReleaseWrite();
     void ReleaseUpgrade();
 
-    void EnterManaged();
-    void LeaveManaged();
-    void Append(TWaiter& waiter);
-    bool IsWritable() const { return readingThreads_ == 0 && !writerHeld_; }
-    bool CanGo(TWaiter::TKind kind) const;
-    TWaiter* TakeReleased();
+    TCrowd& NeedCrowd();
+    TCrowd& EnterManaged();
+    void LeaveManaged(TCrowd& crowd);
 
     std::atomic<std::uint32_t> word_{kFree};
-    CLockThreadTable threads_;
-
-    // Under the guard, and in force only while the word says so.
-    CPlainLock guard_;
-    int readingThreads_ = 0;  ///< threads counted as readers
-    int writers_ = 0;         ///< writers and upgraders that wait or hold
-    bool writerHeld_ = false; ///< a writer that is no upgrader holds: the writers' mutex
-    /// A writer has been taken out of the queue and has not looked again yet.
-    bool writerWoken_ = false;
-    TWaiter* firstWaiter_ = nullptr;
-    TWaiter** waitersEnd_ = &firstWaiter_;
+    std::atomic<unsigned int> owner_{kNoThread}; ///< whose entry is `own_`
+    std::atomic<TCrowd*> crowd_{nullptr};        ///< from the first time on that two threads meet
+    CLockThreadEntry own_;
 };
 
 } // namespace vorlund

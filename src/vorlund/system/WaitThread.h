@@ -47,8 +47,9 @@ inline constexpr std::uint32_t kInterrupted = 192;
 /// whether interrupted or not.
 std::uint32_t WaitInterruptibly(std::uint32_t count, const TEventHandle* events, bool isForAll) noexcept;
 
-/// Sleeps on a thread of `StartInterruptible` until somebody interrupts it, and perhaps less long.
-void SleepInterruptibly() noexcept;
+/// Sleeps on a thread of `StartInterruptible` until somebody interrupts it, and perhaps less long. False when
+/// the time has passed.
+bool SleepInterruptibly(std::uint32_t milliseconds) noexcept;
 
 /// Called around a callback of the application on a thread of `StartInterruptible`: a thread inside a
 /// callback is not waited for at the end of a process, because nobody can know when it returns.

@@ -121,11 +121,11 @@ void Join(TThreadHandle thread) noexcept {
 
 std::uint32_t WaitInterruptibly(std::uint32_t count, const TEventHandle* events, bool isForAll) noexcept {
     if (count == 0 || count > kMaxEvents) return kFailed;
-    return WaitUnlessEnded(self->interrupt, count, events, isForAll);
+    return WaitUnlessEnded(self->interrupt, count, events, isForAll, kForever);
 }
 
-void SleepInterruptibly() noexcept {
-    WaitUnlessEnded(self->interrupt, 0, nullptr, false);
+bool SleepInterruptibly(std::uint32_t milliseconds) noexcept {
+    return WaitUnlessEnded(self->interrupt, 0, nullptr, false, milliseconds) != kTimeout;
 }
 
 void EnterCallback() noexcept {

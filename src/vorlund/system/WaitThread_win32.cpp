@@ -105,8 +105,8 @@ std::uint32_t WaitInterruptibly(std::uint32_t count, const TEventHandle* events,
     return WaitForMultipleObjectsEx(count, reinterpret_cast<const HANDLE*>(events), isForAll, INFINITE, TRUE);
 }
 
-void SleepInterruptibly() noexcept {
-    SleepEx(INFINITE, TRUE);
+bool SleepInterruptibly(std::uint32_t milliseconds) noexcept {
+    return SleepEx(milliseconds, TRUE) != 0;
 }
 
 void EnterCallback() noexcept {}

@@ -46,4 +46,32 @@ std::uint32_t Wait(TEventHandle event, std::uint32_t milliseconds) noexcept;
 std::uint32_t WaitForSeveral(std::uint32_t count, const TEventHandle* events, bool isForAll,
                              std::uint32_t milliseconds) noexcept;
 
+/// What watches of one owner share.
+using TWatcherHandle = struct TWatcher*;
+
+/// Null where none is needed, or when the system refuses one.
+TWatcherHandle StartWatcher() noexcept;
+/// When all its watches have ended.
+void EndWatcher(TWatcherHandle watcher) noexcept;
+
+/// Tells that an event is set, without a thread that waits for it. Owned by one thread at a time.
+using TWatchHandle = struct TWatch*;
+
+/// What is called then, on any thread: it must be short, and call nothing of this file. Returns the address
+/// that `UnparkOne` is to be called for afterwards, or null.
+using TSignalled = const void* (*)(void* argument);
+
+/// A watch of `event`, which must be open until the watch ends; it is not armed. Null when the system refuses
+/// one, which the functions below take.
+TWatchHandle StartWatch(TWatcherHandle watcher, TEventHandle event, TSignalled signalled,
+                        void* argument) noexcept;
+
+/// Returns true when the event is seen to be set. Otherwise the watch is armed: it calls once when the event
+/// is set, perhaps before this returns. Not for a watch that is armed and has not called.
+bool Arm(TWatchHandle watch) noexcept;
+
+/// When this returns, the watch is gone and its call is neither under way nor coming. Not from inside the
+/// call.
+void EndWatch(TWatchHandle watch) noexcept;
+
 } // namespace vorlund::waiting

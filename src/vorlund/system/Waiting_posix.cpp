@@ -1,7 +1,7 @@
-// An event is one word: a bit for its state, a bit that says that somebody waits, and the number of times it
-// was set. While nobody waits, setting and resetting are one atomic operation each, and a wait for an event
-// that is set is one load. A wait for several reads their words twice: if none has changed in between, what
-// was seen was true at one moment, because every way back to the same state would have counted a setting.
+// An event is one word: the number of its changes, which is odd while it is set, and a bit that says that
+// somebody waits. While nobody waits, setting and resetting are one atomic operation each, and a wait for an
+// event that is set is one load. A wait for several reads their words twice: if the numbers have the same sum
+// the second time, none has changed in between, and what was seen was true at one moment.
 //
 // Whoever must sleep joins, under one lock for all waits, the lists of all its events and marks them watched.
 // A watched event changes only under that lock. So the thread that sets it knows whom that satisfies, takes
@@ -25,8 +25,13 @@ namespace vorlund::waiting {
 namespace {
 
 constexpr std::uint32_t kSet = 1;
-constexpr std::uint32_t kWatched = 2;
-constexpr std::uint32_t kOneSetting = 4;
+/// The highest bit, so that it changes no other in a sum of words.
+constexpr std::uint32_t kWatched = 1u << 31;
+
+/// The word with one change more.
+constexpr std::uint32_t Changed(std::uint32_t word) {
+    return (word & kWatched) | ((word + 1) & ~kWatched);
+}
 
 /// The result of a waiter that has none yet.
 constexpr std::uint32_t kPending = 0xFFFFFFFE;
@@ -37,12 +42,37 @@ constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 /// Guards who waits for what, and the states of watched events.
 constinit CPlainLock lock;
 
-/// A waiter in the list of one event.
+/// A waiter or a watch in the list of one event.
 struct TLink {
     TEvent* event;
-    TWaiter* waiter;
+    TWaiter* waiter; ///< null in a watch
     TLink* next;
     TLink** back; ///< what leads here
+};
+
+/// Words whose sleepers are to be woken when the lock has been given back: a thread that runs at once would
+/// wait for the lock. The words may be gone by then.
+class CWakes {
+public:
+    CWakes() = default;
+    CWakes(const CWakes&) = delete;
+    CWakes& operator=(const CWakes&) = delete;
+    ~CWakes() {
+        for (int index = 0; index < count_; ++index) UnparkOne(addresses_[index]);
+    }
+
+    void Add(const void* address) {
+        if (!address) return;
+        if (count_ < kMaxLater)
+            addresses_[count_++] = address;
+        else
+            UnparkOne(address);
+    }
+
+private:
+    static constexpr int kMaxLater = 8;
+    const void* addresses_[kMaxLater];
+    int count_ = 0;
 };
 
 } // namespace
@@ -53,6 +83,13 @@ struct TEvent {
     /// it.
     std::atomic<std::uint32_t> references{1};
     TLink* first = nullptr;
+};
+
+/// Stays in the event's list from its start to its end, so the event stays watched.
+struct TWatch : TLink {
+    const TSignalled signalled;
+    void* const argument;
+    bool isArmed = false; ///< under the lock
 };
 
 struct TWaiter {
@@ -68,32 +105,33 @@ struct TWaiter {
 
 namespace {
 
-/// Adds `event` to what the waiter waits for, and returns whether it is set. Under the lock, like
-/// `UnlinkAll`.
-bool Link(TWaiter& waiter, TEvent& event) {
-    TLink& link = waiter.links[waiter.linked++];
-    link = {&event, &waiter, event.first, &event.first};
+/// Puts the link into its event's list, and returns whether the event is set. Under the lock, like `Unlink`.
+bool Link(TLink& link) {
+    TEvent& event = *link.event;
+    link.next = event.first;
+    link.back = &event.first;
     if (event.first) event.first->back = &link.next;
     event.first = &link;
     return event.word.fetch_or(kWatched, std::memory_order_acquire) & kSet;
 }
 
-void UnlinkAll(TWaiter& waiter) {
-    for (std::uint32_t index = 0; index < waiter.linked; ++index) {
-        const TLink& link = waiter.links[index];
-        *link.back = link.next;
-        if (link.next) link.next->back = link.back;
-        TEvent& event = *link.event;
-        if (event.first) continue;
-        if (event.references.load(std::memory_order_relaxed) == 0) {
-            delete &event;
-            continue;
-        }
-        // A plain store, as nobody else changes a watched event. It comes last: from then on whoever closes
-        // the event frees it without the lock.
-        const std::uint32_t word = event.word.load(std::memory_order_relaxed);
-        event.word.store(word & ~kWatched, std::memory_order_release);
+void Unlink(const TLink& link) {
+    *link.back = link.next;
+    if (link.next) link.next->back = link.back;
+    TEvent& event = *link.event;
+    if (event.first) return;
+    if (event.references.load(std::memory_order_relaxed) == 0) {
+        delete &event;
+        return;
     }
+    // A plain store, as nobody else changes a watched event. It comes last: from then on whoever closes
+    // the event frees it without the lock.
+    const std::uint32_t word = event.word.load(std::memory_order_relaxed);
+    event.word.store(word & ~kWatched, std::memory_order_release);
+}
+
+void UnlinkAll(TWaiter& waiter) {
+    for (std::uint32_t index = 0; index < waiter.linked; ++index) Unlink(waiter.links[index]);
     waiter.linked = 0;
     if (waiter.interrupt) waiter.interrupt->waiter = nullptr;
 }
@@ -110,10 +148,15 @@ void WakeAll(TWaiter* waiter) {
 }
 
 /// Notes the results of the waiters that the setting of a watched event satisfies, takes them out of all
-/// lists and returns them in a chain. Under the lock.
-TWaiter* TakeSatisfied(const TEvent& event) {
+/// lists and returns them in a chain; watches call. Under the lock.
+TWaiter* TakeSatisfied(const TEvent& event, CWakes& wakes) {
     TWaiter* satisfied = nullptr;
-    for (const TLink* link = event.first; link; link = link->next) {
+    for (TLink* link = event.first; link; link = link->next) {
+        if (!link->waiter) {
+            TWatch& watch = static_cast<TWatch&>(*link);
+            if (std::exchange(watch.isArmed, false)) wakes.Add(watch.signalled(watch.argument));
+            continue;
+        }
         TWaiter& waiter = *link->waiter;
         if (waiter.isForAll && --waiter.missing > 0) continue;
         if (waiter.result == kPending) {
@@ -134,7 +177,7 @@ TWaiter* TakeSatisfied(const TEvent& event) {
 std::uint32_t SetWord(TEvent& event, bool evenIfWatched) {
     std::uint32_t seen = event.word.load(std::memory_order_relaxed);
     while (evenIfWatched || !(seen & kWatched)) {
-        const std::uint32_t set = seen & kSet ? seen : (seen + kOneSetting) | kSet;
+        const std::uint32_t set = seen & kSet ? seen : Changed(seen);
         if (event.word.compare_exchange_weak(seen, set, std::memory_order_release, std::memory_order_relaxed))
             break;
     }
@@ -145,7 +188,7 @@ std::uint32_t SetWord(TEvent& event, bool evenIfWatched) {
 std::uint32_t ResetWord(TEvent& event, bool evenIfWatched) {
     std::uint32_t seen = event.word.load(std::memory_order_relaxed);
     while ((seen & kSet) && (evenIfWatched || !(seen & kWatched))) {
-        if (event.word.compare_exchange_weak(seen, seen & ~kSet, std::memory_order_acquire,
+        if (event.word.compare_exchange_weak(seen, Changed(seen), std::memory_order_acquire,
                                              std::memory_order_relaxed))
             break;
     }
@@ -153,11 +196,12 @@ std::uint32_t ResetWord(TEvent& event, bool evenIfWatched) {
 }
 
 [[gnu::noinline]] void SetWatched(TEvent& event) {
+    CWakes wakes;
     TWaiter* released = nullptr;
     {
         const CPlainLockGuard guard(lock);
         // When nobody watches any more, the event may be gone once it is set.
-        if ((SetWord(event, true) & (kWatched | kSet)) == kWatched) released = TakeSatisfied(event);
+        if ((SetWord(event, true) & (kWatched | kSet)) == kWatched) released = TakeSatisfied(event, wakes);
     }
     WakeAll(released);
 }
@@ -166,7 +210,9 @@ std::uint32_t ResetWord(TEvent& event, bool evenIfWatched) {
     const CPlainLockGuard guard(lock);
     if ((ResetWord(event, true) & (kWatched | kSet)) != (kWatched | kSet)) return;
     // Only waits for all go on while one of their events is set.
-    for (const TLink* link = event.first; link; link = link->next) ++link->waiter->missing;
+    for (const TLink* link = event.first; link; link = link->next) {
+        if (link->waiter) ++link->waiter->missing;
+    }
 }
 
 /// The time at which a wait of that length ends; 0, which is always in the past, for no wait at all.
@@ -182,7 +228,10 @@ void LinkAll(TWaiter& waiter, std::uint32_t count, const TEventHandle* events) {
             waiter.result = kFailed;
             return;
         }
-        if (!Link(waiter, *events[index])) {
+        TLink& link = waiter.links[waiter.linked++];
+        link.event = events[index];
+        link.waiter = &waiter;
+        if (!Link(link)) {
             ++waiter.missing;
         } else if (!waiter.isForAll) {
             // The events before it are watched and not set, so this is the lowest.
@@ -228,11 +277,9 @@ std::uint32_t Sleep(TWaiter& waiter, std::int64_t deadline) {
 
 /// The result of a wait for several that is already satisfied, or `kPending` when that is not certain.
 std::uint32_t LookAtAll(std::uint32_t count, const TEventHandle* events, bool isForAll) {
-    // The events that the first loop passes are all set, or all not set. So none has changed in between when
-    // they are still like that and the number of their settings is the same.
     const std::uint32_t passed = isForAll ? kSet : 0;
     const auto look = [=](std::uint32_t index) {
-        return events[index]->word.load(std::memory_order_acquire) & ~kWatched;
+        return events[index]->word.load(std::memory_order_acquire);
     };
     std::uint32_t sum = 0;
     std::uint32_t index = 0;
@@ -244,12 +291,8 @@ std::uint32_t LookAtAll(std::uint32_t count, const TEventHandle* events, bool is
     }
     // A wait for all ends here at an event that is not set, a wait for any when none is set.
     if (isForAll ? index < count : index == count) return kPending;
-    for (std::uint32_t again = 0; again < index; ++again) {
-        const std::uint32_t word = look(again);
-        if ((word & kSet) != passed) return kPending;
-        sum -= word;
-    }
-    if (sum != 0) return kPending;
+    for (std::uint32_t again = 0; again < index; ++again) sum -= look(again);
+    if ((sum & ~kWatched) != 0) return kPending;
     return isForAll ? 0 : index;
 }
 
@@ -330,7 +373,7 @@ void EndWait(TInterrupt& interrupt) noexcept {
 }
 
 std::uint32_t WaitUnlessEnded(TInterrupt& interrupt, std::uint32_t count, const TEventHandle* events,
-                              bool isForAll) noexcept {
+                              bool isForAll, std::uint32_t milliseconds) noexcept {
     TWaiter waiter;
     waiter.isForAll = isForAll;
     waiter.interrupt = &interrupt;
@@ -347,7 +390,39 @@ std::uint32_t WaitUnlessEnded(TInterrupt& interrupt, std::uint32_t count, const 
             return waiter.result;
         }
     }
-    return Sleep(waiter, kNever);
+    return Sleep(waiter, DeadlineAfter(milliseconds));
+}
+
+TWatcherHandle StartWatcher() noexcept {
+    return nullptr;
+}
+
+void EndWatcher(TWatcherHandle) noexcept {}
+
+TWatchHandle StartWatch(TWatcherHandle, TEventHandle event, TSignalled signalled, void* argument) noexcept {
+    if (!event) return nullptr;
+    auto* const watch = new (std::nothrow) TWatch{{event, nullptr, nullptr, nullptr}, signalled, argument};
+    if (!watch) return nullptr;
+    const CPlainLockGuard guard(lock);
+    Link(*watch);
+    return watch;
+}
+
+bool Arm(TWatchHandle watch) noexcept {
+    if (!watch) return false;
+    const CPlainLockGuard guard(lock);
+    if (IsSet(watch->event)) return true;
+    watch->isArmed = true;
+    return false;
+}
+
+void EndWatch(TWatchHandle watch) noexcept {
+    if (!watch) return;
+    {
+        const CPlainLockGuard guard(lock);
+        Unlink(*watch);
+    }
+    delete watch;
 }
 
 } // namespace vorlund::waiting

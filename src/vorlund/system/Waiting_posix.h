@@ -20,8 +20,8 @@ struct TInterrupt {
 /// Ends the present wait of the thread, or else its next one.
 void EndWait(TInterrupt& interrupt) noexcept;
 
-/// Like `WaitForSeveral` without a limit, but `EndWait` ends it; with a count of 0 nothing else does.
+/// Like `WaitForSeveral`, but `EndWait` ends it; with a count of 0 nothing but that and the limit does.
 std::uint32_t WaitUnlessEnded(TInterrupt& interrupt, std::uint32_t count, const TEventHandle* events,
-                              bool isForAll) noexcept;
+                              bool isForAll, std::uint32_t milliseconds) noexcept;
 
 } // namespace vorlund::waiting

@@ -120,6 +120,11 @@ wstring DescribeEnd(const TConversationEnded& ended) {
     }
 }
 
+template <class TNumber> wstring ToText(TNumber number) {
+    const std::string digits = std::to_string(number);
+    return {digits.begin(), digits.end()};
+}
+
 TDecodeEntry MakeEntry(const TCandidate& candidate, const TConversationEnded& ended) {
     TDecodeEntry entry;
     entry.classId = candidate.classId;
@@ -127,9 +132,7 @@ TDecodeEntry MakeEntry(const TCandidate& candidate, const TConversationEnded& en
     entry.outcome = DECODE_DIED;
     entry.reason = DescribeEnd(ended).c_str();
     if (ended.end == TEnd::Died) {
-        wstring code = VRL_L("code ");
-        for (const char digit : std::to_string(ended.code)) code += static_cast<wchar>(digit);
-        entry.values = code.c_str();
+        entry.values = (VRL_L("code ") + ToText(ended.code)).c_str();
     }
     return entry;
 }
@@ -198,7 +201,7 @@ private:
 };
 
 std::vector<wstring> GetArguments(const TIsolation& isolation) {
-    std::vector<wstring> arguments{VRL_L("--decode")};
+    std::vector<wstring> arguments{VRL_L("--decode"), ToText(isolation.memory)};
     for (const wchar* const folder : isolation.folders) arguments.emplace_back(folder);
     if (isolation.withInstalled) {
         const wstring installed = FindInstalledPlugins();

@@ -3,7 +3,6 @@
 #include <vorlund/Exception.h>
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace vorlund::isolation {
@@ -60,24 +59,11 @@ std::uint64_t CIsolatedStream::Read(void* buffer, std::uint64_t size) {
     if (!conversation_) Raise<CIOException>(kNotConnected);
     // The source may release this stream meanwhile.
     const auto self = CRefPtr<INamedLink>::Share(this);
-    auto* const bytes = static_cast<std::uint8_t*>(buffer);
-    std::uint64_t total = 0;
-    while (total < size) {
-        if (position_ < blockAt_ || position_ - blockAt_ >= static_cast<std::int64_t>(block_.size())) Fetch();
-        const auto inside = static_cast<std::size_t>(position_ - blockAt_);
-        if (inside >= block_.size()) break;
-        const auto count =
-            static_cast<std::size_t>(std::min<std::uint64_t>(size - total, block_.size() - inside));
-        std::memcpy(bytes + total, block_.data() + inside, count);
-        total += count;
-        position_ += static_cast<std::int64_t>(count);
-    }
-    return total;
+    return block_.Read(position_, buffer, size, [this] { Fetch(); });
 }
 
 void CIsolatedStream::Fetch() {
-    block_.clear();
-    blockAt_ = position_;
+    block_.Clear(position_);
     // The source that reads from here gets nothing, or it would wait for itself.
     if (isBusy_ || Eof() || !conversation_) return;
     // It may also disconnect this stream.
@@ -108,8 +94,8 @@ void CIsolatedStream::Receive(IInputStream& source, CConversation& conversation)
         conversation.EndGarbled();
     // Decoders may learn while they read that there is less than the file says.
     chain_.length = length;
-    block_.assign(bytes.begin(), bytes.end());
-    isAtEnd_ = block_.empty();
+    block_.Set(position_, bytes);
+    isAtEnd_ = bytes.empty();
 }
 
 void CIsolatedStream::Skip(std::uint64_t count) {

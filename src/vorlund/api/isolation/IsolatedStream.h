@@ -1,6 +1,7 @@
 // The stream that stands for a decoder in another process.
 #pragma once
 
+#include "vorlund/api/isolation/BlockWindow.h"
 #include "vorlund/api/isolation/Conversation.h"
 #include "vorlund/data/base/FormatRecord.h"
 #include "vorlund/data/codecs/ClassNames.h"
@@ -9,7 +10,6 @@
 #include <vorlund/StreamImpl.h>
 
 #include <memory>
-#include <vector>
 
 namespace vorlund::isolation {
 
@@ -62,9 +62,7 @@ private:
     std::shared_ptr<CConversation> conversation_;
     TFoundChain chain_;
     std::int64_t position_ = 0;
-    /// What was fetched, and from where.
-    std::vector<std::uint8_t> block_;
-    std::int64_t blockAt_ = 0;
+    CBlockWindow block_;
     bool isAtEnd_ = false;
     bool isBusy_ = false;
 };

@@ -3,7 +3,8 @@
 // numbers have its order of bytes. The application asks; while the process works on the answer, it may ask
 // for bytes of the source, any number of times.
 //
-// The process is started with the number of its end of the channel, "--decode" and the folders of plug-ins.
+// The process is started with the number of its end of the channel, "--decode", its limit of memory in MiB
+// and the folders of plug-ins.
 #pragma once
 
 #include <vorlund/Platform.h>

@@ -14,6 +14,8 @@ namespace vorlund {
 namespace {
 
 constexpr DWORD kWaitMilliseconds = 20;
+/// For what a process that has ended has written: it comes, or the end of the channel does.
+constexpr DWORD kMaxEndMilliseconds = 1000;
 /// As much as the child may have written before it is read.
 constexpr DWORD kChannelSize = 128 * 1024;
 
@@ -202,9 +204,9 @@ struct CChildProcess::TState {
         if (!reading.IsUnderWay())
             reading.Begin(ReadFile(channel.Get(), bytes.data(), kChannelSize, nullptr, reading.Prepare()));
         if (!reading.IsUnderWay()) return;
-        // What is there already comes at once, or very soon.
+        // What is there already comes at once, or very soon, but for a busy machine.
         const bool hasEnded = WaitForSingleObject(process.Get(), 0) == WAIT_OBJECT_0;
-        WaitForSingleObject(reading.GetEvent(), hasEnded ? kWaitMilliseconds : 0);
+        WaitForSingleObject(reading.GetEvent(), hasEnded ? kMaxEndMilliseconds : 0);
         begin = 0;
         end = reading.End(channel.Get());
     }
@@ -244,7 +246,8 @@ bool CChildProcess::Write(const void* bytes, std::size_t size, TClock::time_poin
     const auto* rest = static_cast<const char*>(bytes);
     while (size > 0) {
         writing.Begin(WriteFile(channel, rest, static_cast<DWORD>(size), nullptr, writing.Prepare()));
-        DWORD count = 0;
+        // Asked first: who has been written to may have answered and ended already.
+        DWORD count = writing.IsUnderWay() ? writing.End(channel) : 0;
         while (writing.IsUnderWay()) {
             if (TClock::now() >= deadline || HasEnded()) {
                 writing.Cancel(channel);

@@ -64,6 +64,14 @@ void WidenText(wchar* destination, const char* source, std::size_t length) {
     kInUse.routines.widen(destination, source, length);
 }
 
+bool CopyTextAndLook(wchar* destination, const wchar* source, std::size_t length, wchar unit) {
+    return kInUse.routines.copyAndLook(destination, source, length, unit);
+}
+
+bool WidenBytesAndLook(wchar* destination, const std::uint8_t* source, std::size_t length, wchar unit) {
+    return kInUse.routines.widenBytesAndLook(destination, source, length, unit);
+}
+
 TKernelSets<TTextSet> GetTextSets() {
     return kSets;
 }

@@ -60,6 +60,12 @@ constexpr wchar WidenUnit(char unit) {
 /// Widens `length` narrow units.
 void WidenText(wchar* destination, const char* source, std::size_t length);
 
+/// Copies `length` units, which do not overlap; true when `unit` is among them.
+bool CopyTextAndLook(wchar* destination, const wchar* source, std::size_t length, wchar unit);
+
+/// Makes each of `length` bytes a unit of the same value; true when `unit` is among them.
+bool WidenBytesAndLook(wchar* destination, const std::uint8_t* source, std::size_t length, wchar unit);
+
 // ---- the sets behind it, for tests and benchmarks
 
 struct TTextRoutines {
@@ -78,6 +84,8 @@ struct TTextRoutines {
                                std::size_t needleLength, std::uint32_t* places, std::size_t capacity);
     void (*replaceUnit)(wchar* text, std::size_t length, wchar from, wchar to);
     void (*widen)(wchar* destination, const char* source, std::size_t length);
+    bool (*copyAndLook)(wchar* destination, const wchar* source, std::size_t length, wchar unit);
+    bool (*widenBytesAndLook)(wchar* destination, const std::uint8_t* source, std::size_t length, wchar unit);
 };
 
 using TTextSet = TKernelSet<TTextRoutines>;

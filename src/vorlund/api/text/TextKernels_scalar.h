@@ -84,10 +84,20 @@ inline void WidenText(wchar* destination, const char* source, std::size_t length
     for (std::size_t i = 0; i < length; ++i) destination[i] = WidenUnit(source[i]);
 }
 
+template <class TUnit>
+bool CopyAndLook(wchar* destination, const TUnit* source, std::size_t length, wchar unit) {
+    bool isThere = false;
+    for (std::size_t i = 0; i < length; ++i) {
+        destination[i] = source[i];
+        isThere |= destination[i] == unit;
+    }
+    return isThere;
+}
+
 inline constexpr TTextSet kText{"scalar",
                                 [] { return true; },
                                 {TextLength, TextLength, CompareText, FindFirstUnit, FindLastUnit,
                                  FindFirstUnit, FindLastUnit, FindFirstText, FindLastText, FindAllText,
-                                 ReplaceUnit, WidenText}};
+                                 ReplaceUnit, WidenText, CopyAndLook<wchar>, CopyAndLook<std::uint8_t>}};
 
 } // namespace vorlund::scalar

@@ -349,6 +349,57 @@ inline void WidenText(wchar* destination, const char* source, std::size_t length
     for (; i < length; ++i) destination[i] = WidenUnit(source[i]);
 }
 
+VRL_INLINE void Store(wchar* place, __m128i units) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(place), units);
+}
+
+inline bool CopyTextAndLook(wchar* destination, const wchar* source, std::size_t length, wchar unit) {
+    if (length < kBlock) return scalar::CopyAndLook(destination, source, length, unit);
+    const __m128i wanted = Spread(unit);
+    __m128i isThere = _mm_setzero_si128();
+    const auto copy = [&](std::size_t i) {
+        const __m128i units = Load(source + i);
+        isThere = _mm_or_si128(isThere, Equal(units, wanted));
+        Store(destination + i, units);
+    };
+    std::size_t i = 0;
+    for (; i + 4 * kBlock <= length; i += 4 * kBlock) {
+        copy(i);
+        copy(i + kBlock);
+        copy(i + 2 * kBlock);
+        copy(i + 3 * kBlock);
+    }
+    for (; i + kBlock <= length; i += kBlock) copy(i);
+    // The last block overlaps the one before.
+    if (i < length) copy(length - kBlock);
+    return Mask(isThere) != 0;
+}
+
+inline bool WidenBytesAndLook(wchar* destination, const std::uint8_t* source, std::size_t length,
+                              wchar unit) {
+    if (length < 2 * kBlock || unit > 0xFF) return scalar::CopyAndLook(destination, source, length, unit);
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i wanted = _mm_set1_epi8(static_cast<char>(unit));
+    __m128i isThere = zero;
+    const auto copy = [&](std::size_t i) {
+        const __m128i bytes = Load(source + i);
+        isThere = _mm_or_si128(isThere, _mm_cmpeq_epi8(bytes, wanted));
+        Store(destination + i, _mm_unpacklo_epi8(bytes, zero));
+        Store(destination + i + kBlock, _mm_unpackhi_epi8(bytes, zero));
+    };
+    std::size_t i = 0;
+    for (; i + 4 * kBlock <= length; i += 4 * kBlock) {
+        copy(i);
+        copy(i + 2 * kBlock);
+    }
+    if (i + 2 * kBlock <= length) {
+        copy(i);
+        i += 2 * kBlock;
+    }
+    if (i < length) copy(length - 2 * kBlock);
+    return Mask(isThere) != 0;
+}
+
 #if VRL_HAS_INSTRUMENTED_READS
 namespace terminated = scalar;
 #else
@@ -360,6 +411,6 @@ inline constexpr TTextSet kText{"sse2",
                                 {terminated::TextLength, terminated::TextLength, terminated::CompareText,
                                  terminated::FindFirstUnit, terminated::FindLastUnit, FindFirstUnit,
                                  FindLastUnit, FindFirstText, FindLastText, FindAllText, ReplaceUnit,
-                                 WidenText}};
+                                 WidenText, CopyTextAndLook, WidenBytesAndLook}};
 
 } // namespace vorlund::sse2

@@ -62,6 +62,20 @@ public:
         written_ += static_cast<int>(put);
     }
 
+    /// A terminated text, or "(null)" for null.
+    void PutTerminated(const wchar* text) {
+        if (!text) text = VRL_L("(null)");
+        std::size_t put = 0;
+        for (; put < room_; ++put) {
+            const wchar unit = ReadUnit(text, static_cast<std::int64_t>(put));
+            if (unit == 0) break;
+            buffer_[put] = unit;
+        }
+        buffer_ += put;
+        room_ -= put;
+        written_ += static_cast<int>(put);
+    }
+
     void Fill(char unit, std::int64_t count) {
         for (; count > 0 && !IsFull(); --count) Put(static_cast<wchar>(unit));
     }

@@ -4,7 +4,7 @@
 // set, or to the system. Only then is the exception thrown.
 #include <vorlund/Exception.h>
 
-#include "vorlund/api/text/TextFormat.h"
+#include "vorlund/api/text/TextNumbers.h"
 #include "vorlund/api/values/DebugOutput.h"
 
 #include <vorlund/String.h>
@@ -22,10 +22,21 @@ constexpr int kTypeCount = sizeof(kTypeNames) / sizeof(kTypeNames[0]);
 constexpr int kLineCapacity = 256;
 
 void FormatLine(wchar (&line)[kLineCapacity], const CException& exception) {
-    FormatArguments(line, kLineCapacity,
-                    VRL_L("Exception: type=%s | method=%s | file=%s | line=%d | reason=%s"),
-                    CException::GetTypeName(exception.GetType()), exception.GetMethod(), exception.GetFile(),
-                    exception.GetLine(), exception.GetReason());
+    // Piece by piece: a refused file takes several lines, and reading a format is half the price of one.
+    TFormatDirective decimal;
+    decimal.conversion = 'd';
+    CTextOutput output(line, kLineCapacity);
+    output.PutTerminated(VRL_L("Exception: type="));
+    output.PutTerminated(CException::GetTypeName(exception.GetType()));
+    output.PutTerminated(VRL_L(" | method="));
+    output.PutTerminated(exception.GetMethod());
+    output.PutTerminated(VRL_L(" | file="));
+    output.PutTerminated(exception.GetFile());
+    output.PutTerminated(VRL_L(" | line="));
+    PutSigned(output, decimal, exception.GetLine());
+    output.PutTerminated(VRL_L(" | reason="));
+    output.PutTerminated(exception.GetReason());
+    output.End();
 }
 
 } // namespace

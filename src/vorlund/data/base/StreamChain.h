@@ -5,6 +5,7 @@
 #include <vorlund/StreamFilter.h>
 
 #include <cstddef>
+#include <utility>
 
 namespace vorlund {
 
@@ -21,6 +22,17 @@ inline CRefPtr<IInputStream> NextInChain(const CRefPtr<IInputStream>& stream) {
 inline CRefPtr<IOutputStream> NextInChain(const CRefPtr<IOutputStream>& stream) {
     const auto filter = stream.Query<IOutputStreamFilter>();
     return CRefPtr<IOutputStream>::Adopt(filter ? filter->GetOutputStream() : nullptr);
+}
+
+/// The stream at the end of the chain that begins with `stream`.
+template <class TStream> CRefPtr<TStream> EndOfChain(TStream& stream) {
+    auto end = CRefPtr<TStream>::Share(&stream);
+    for (std::size_t i = 0; i < kMaxChain; ++i) {
+        auto next = NextInChain(end);
+        if (!next) break;
+        end = std::move(next);
+    }
+    return end;
 }
 
 } // namespace vorlund

@@ -10,15 +10,18 @@
 #include "vorlund/api/values/DebugOutput.h"
 #include "vorlund/api/values/PathReason.h"
 #include "vorlund/data/codecs/DecoderSearch.h"
+#include "vorlund/data/file/FileInputStream.h"
 #include "vorlund/system/StoreLock.h"
 #include "vorlund/util/PtrObjects.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
+#include <vorlund/DecodeReport.h>
 #include <vorlund/File.h>
 
 #include <deque>
+#include <optional>
 #include <vector>
 
 namespace vorlund {
@@ -45,6 +48,17 @@ constexpr const wchar* kStillLocked = VRL_L("[vorlund::CCodecClassStore::Close] 
 
 constexpr TFailure kNotClosed{VRL_L("vorlund::CCodecClassStore::~CCodecClassStore"), kFile, 58,
                               VRL_L("Not closed")};
+
+const TDecoderChoice kAnyDecoder;
+
+/// Where the file that has just been opened ends, if the system has told. The files of some file systems have
+/// no length and deliver all the same; an application's class of files is not asked.
+std::optional<std::uint64_t> EndOf(IFileInputStream& stream) {
+    auto* const file = dynamic_cast<CFileInputStream*>(&stream);
+    const std::int64_t length = file ? file->GetLength() : 0;
+    if (length <= 0) return std::nullopt;
+    return static_cast<std::uint64_t>(length);
+}
 
 /// What an operation raises on a closed store, and when it misses a class or a record.
 struct TFailures {
@@ -138,6 +152,45 @@ struct CCodecClassStore::TData {
         TakePtrObjects(snapshot, failure, [&](IPtrObject* item) { enumerator->Push(item); });
         return enumerator.Detach();
     }
+
+    /// What `DecodeStream` returns, and nothing where it raises "Cannot decode stream".
+    static CRefPtr<IInputStream> FindChain(const CCodecClassStore& store, IInputStream* stream,
+                                           const CId& wanted, const TDecoderChoice& choice,
+                                           std::optional<std::uint64_t> streamEnd = std::nullopt) {
+        // Another thread may close the store in the middle: the records stay until the search is over.
+        const CAccess records(store.data_, TStoreUse::Pinned);
+        if (!records) Raise<CBugException>(kDecodeStreamNotInitialized);
+        if (!stream) return {};
+        if (wanted != CId::Null() && stream->GetFormat().id == wanted)
+            return CRefPtr<IInputStream>::Share(stream);
+        CDecoderSearch search(wanted, choice);
+        if (streamEnd) search.SetEnd(*streamEnd);
+        search.Collect(*CRefPtr<IObjectEnumerator>::Adopt(store.EnumerateDecoders()));
+        CRefPtr<IInputStream> end = search.Run(*stream);
+        search.ReleaseCandidates();
+        return end;
+    }
+
+    /// Null for a file that no chain decodes, and for one that cannot be read.
+    static IInputStream* DecodeFile(const CCodecClassStore& store, const wchar* path, const CId& wanted,
+                                    const TDecoderChoice& choice, bool& isUnreadable) {
+        store.GetData(kDecodeFileNotInitialized);
+        const auto file = CreateOrRaise<IFileInputStream>(classid::CFileInputStream, kNoFileStream);
+        file->Open(path);
+        try {
+            CRefPtr<IInputStream> end = FindChain(store, file.Get(), wanted, choice, EndOf(*file));
+            if (end) return end.Detach();
+            // Built for its report, which comes before that of the exception that names the file.
+            [[maybe_unused]] const CDataFormatException undecodable(
+                kCannotDecodeStream.method, kCannotDecodeStream.file, kCannotDecodeStream.line,
+                kCannotDecodeStream.reason);
+        } catch (const CDataFormatException&) {
+            // Has been reported as well.
+        } catch (const CIOException&) {
+            isUnreadable = true;
+        }
+        return nullptr;
+    }
 };
 
 CCodecClassStore::~CCodecClassStore() noexcept(false) {
@@ -199,42 +252,29 @@ IObjectEnumerator* CCodecClassStore::EnumerateEncoders() const {
 }
 
 IInputStream* CCodecClassStore::DecodeStream(IInputStream* stream, const CId& wanted) const {
-    return DecodeStream(stream, wanted, {});
+    return DecodeStream(stream, wanted, kAnyDecoder);
 }
 
 IInputStream* CCodecClassStore::DecodeStream(IInputStream* stream, const CId& wanted,
                                              const TDecoderChoice& choice) const {
-    // Another thread may close the store in the middle: the records stay until the search is over.
-    const TData::CAccess records(data_, TStoreUse::Pinned);
-    if (!records) Raise<CBugException>(kDecodeStreamNotInitialized);
-    if (!stream) return nullptr;
-    if (wanted != CId::Null() && stream->GetFormat().id == wanted) {
-        return CRefPtr<IInputStream>::Share(stream).Detach();
-    }
-    CDecoderSearch search(wanted, choice);
-    search.Collect(*CRefPtr<IObjectEnumerator>::Adopt(EnumerateDecoders()));
-    CRefPtr<IInputStream> end = search.Run(*stream);
-    search.ReleaseCandidates();
-    if (!end) Raise<CDataFormatException>(kCannotDecodeStream);
+    CRefPtr<IInputStream> end = TData::FindChain(*this, stream, wanted, choice);
+    if (stream && !end) Raise<CDataFormatException>(kCannotDecodeStream);
     return end.Detach();
 }
 
 IInputStream* CCodecClassStore::DecodeFile(const wchar* path, const CId& wanted) const {
-    return DecodeFile(path, wanted, {});
+    return DecodeFile(path, wanted, kAnyDecoder);
 }
 
 IInputStream* CCodecClassStore::DecodeFile(const wchar* path, const CId& wanted,
                                            const TDecoderChoice& choice) const {
-    GetData(kDecodeFileNotInitialized);
-    const auto file = CreateOrRaise<IFileInputStream>(classid::CFileInputStream, kNoFileStream);
-    file->Open(path);
-    try {
-        return DecodeStream(file.Get(), wanted, choice);
-    } catch (const CDataFormatException&) {
-        Raise<CDataFormatException>(kCannotDecodeFileFormat, PathReason(kCannotDecodeFile, path));
-    } catch (const CIOException&) {
-        Raise<CIOException>(kCannotDecodeFileIo, PathReason(kCannotDecodeFile, path));
-    }
+    // Nothing here needs an end of its own: an exception stops at each block that does, on its way to the
+    // caller.
+    bool isUnreadable = false;
+    if (IInputStream* const end = TData::DecodeFile(*this, path, wanted, choice, isUnreadable)) return end;
+    const wchar* const reason = PathReason(kCannotDecodeFile, path);
+    if (isUnreadable) Raise<CIOException>(kCannotDecodeFileIo, reason);
+    Raise<CDataFormatException>(kCannotDecodeFileFormat, reason);
 }
 
 // Encoding through the store is not provided.

@@ -10,6 +10,8 @@
 // number.
 #include "vorlund/data/codecs/DecoderSearch.h"
 
+#include "vorlund/data/base/QuietCall.h"
+
 #include <vorlund/CodecClassStore.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>
@@ -19,6 +21,7 @@
 #include <algorithm>
 #include <iterator>
 #include <numeric>
+#include <utility>
 
 namespace vorlund {
 namespace {
@@ -141,10 +144,20 @@ bool CDecoderSearch::TryConnect(std::size_t candidate, IInputStream& current) {
     IInputStreamFilter& filter = *candidates_[candidate];
     // Asking the filter alone is not enough: one that hides its stream would be connected for ever.
     if (IsConnected(filter) || taken_[candidate]) return false;
-    if (choice_.onCandidate) choice_.onCandidate(classIds_[candidate]);
+    if (choice_.onCandidate) {
+        end_.reset();
+        choice_.onCandidate(classIds_[candidate]);
+    }
     CDecodeStep step(recorder_, classIds_[candidate], depth_ - 1);
     try {
+        refusals::CQuietCall call(filter);
+        call.SetEnd(std::exchange(end_, std::nullopt));
         filter.Connect(&current);
+        if (const CException* const refusal = call.GetRefusal()) {
+            const bool isUnreadable = refusal->GetType() == EXCEPTION_TYPE_IO;
+            step.End(isUnreadable ? DECODE_UNREADABLE : DECODE_REFUSED, *refusal);
+            return false;
+        }
     } catch (const CDataFormatException& refusal) {
         step.End(DECODE_REFUSED, refusal);
         return false;

@@ -8,6 +8,8 @@
 #include <vorlund/StreamFilter.h>
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace vorlund {
@@ -28,6 +30,10 @@ public:
     /// no input filters, is left out; every other exception of a creation passes on. Forbidden classes are
     /// left out, preferred ones come first.
     void Collect(IObjectEnumerator& decoders);
+
+    /// `stream` is a file that has just been opened: the candidate that is tried first need not look for its
+    /// end.
+    void SetEnd(std::uint64_t end) { end_ = end; }
 
     /// The end of the chain that begins with `stream`, or nothing. Raises what a decoder raises, except for
     /// `CDataFormatException` and `CIOException` from `Connect`.
@@ -54,6 +60,8 @@ private:
     std::vector<CId> classIds_;
     /// The order in which they are tried.
     std::vector<std::size_t> order_;
+    /// Of the source, until somebody else had time to change it.
+    std::optional<std::uint64_t> end_;
     /// Which candidates this search has connected.
     std::vector<bool> taken_;
     /// One more than the number of decoders below the one that is tried.

@@ -53,9 +53,13 @@ IFile* CFile::Initialize(const wchar* path) {
         Raise<CFileAccessException>(kIsDirectory, PathReason(kIsDirectory.reason, path));
     if (kind != filesystem::TEntryKind::File)
         Raise<CFileAccessException>(kCannotFind, PathReason(kCannotFind.reason, path));
+    InitializeSeen(path);
+    return this;
+}
+
+void CFile::InitializeSeen(const wchar* path) {
     path_ = pathtext::WithForwardSlashes(path);
     initialized_ = true;
-    return this;
 }
 
 IFileInputStream* CFile::OpenInputStream() {

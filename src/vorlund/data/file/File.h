@@ -22,6 +22,9 @@ public:
     IFileInputStream* OpenInputStream() override;
     IFileOutputStream* OpenOutputStream() override;
 
+    /// `Initialize` for a caller who has just seen that the path names a file.
+    void InitializeSeen(const wchar* path);
+
 private:
     CString path_;
     bool initialized_ = false;

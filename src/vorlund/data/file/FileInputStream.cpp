@@ -79,6 +79,15 @@ std::uint64_t CFileInputStream::Read(void* buffer, std::uint64_t size) {
     return count;
 }
 
+CLoan CFileInputStream::Lend(std::uint64_t size, std::uint64_t grain) {
+    if (!reader_.IsOpen()) Raise<CIOException>(kReadNotOpen);
+    std::uint32_t count = 0;
+    const unsigned char* const bytes = reader_.Lend(size, grain, count);
+    if (!bytes) return {};
+    notes::CountBytesRead(count);
+    return {bytes, count};
+}
+
 void CFileInputStream::Skip(std::uint64_t count) {
     if (!reader_.IsOpen()) Raise<CIOException>(kSkipNotOpen);
     // Wraps: a count beyond the positive range steps back, and fails before the start of the file.

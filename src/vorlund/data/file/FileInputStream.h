@@ -1,6 +1,7 @@
 // Reading a file.
 #pragma once
 
+#include "vorlund/data/base/Lending.h"
 #include "vorlund/data/file/FileReader.h"
 
 #include <vorlund/ClassIds.h>
@@ -9,7 +10,7 @@
 
 namespace vorlund {
 
-class CFileInputStream : public CInputStreamImpl<IFileInputStream> {
+class CFileInputStream : public CInputStreamImpl<IFileInputStream>, public ILendingInput {
 public:
     static constexpr CId ClassId = classid::CFileInputStream;
 
@@ -24,6 +25,7 @@ public:
     void Read(IMediaSample* sample) override;
     std::uint64_t Read(void* buffer, std::uint64_t size) override;
     void Skip(std::uint64_t count) override;
+    CLoan Lend(std::uint64_t size, std::uint64_t grain) override;
 
     void Open(const wchar* path) override;
 

@@ -100,6 +100,10 @@ void CFileOutputStream::Open(const wchar* path, bool append) {
     writing_ = false;
 }
 
+bool CFileOutputStream::WritesAtPosition() const {
+    return file_ && !append_ && filesystem::HasPositions(file_);
+}
+
 void CFileOutputStream::RaiseWriteError() const {
     if (writeError_ != 0) Raise<CIOException>(kWriteFailed);
 }

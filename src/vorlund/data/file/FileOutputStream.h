@@ -27,6 +27,8 @@ public:
 
     void Open(const wchar* path, bool append) override;
 
+    /// Whether writes go where the position is: not in a pipe, and not in a file that is opened to append.
+    bool WritesAtPosition() const;
     /// The system's number of the first error in writing since the last `Open`, the closing included; 0
     /// without one.
     std::uint32_t GetWriteError() const { return writeError_; }
@@ -53,5 +55,8 @@ private:
     bool writing_ = false;
     std::uint32_t writeError_ = 0;
 };
+
+/// False when `stream` leads to a file stream of the library that does not write where its position is.
+bool WritesAtPosition(IOutputStream& stream);
 
 } // namespace vorlund

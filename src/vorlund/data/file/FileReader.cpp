@@ -70,6 +70,17 @@ std::uint32_t CFileReader::ReadBeyondWindow(void* destination, std::uint32_t siz
     return size - missing;
 }
 
+const unsigned char* CFileReader::Lend(std::uint64_t size, std::uint64_t grain, std::uint32_t& count) {
+    if (GetAvailable() == 0 && FillWindow() == 0) return buffer_.get();
+    count = GetAvailable();
+    count =
+        count >= size ? static_cast<std::uint32_t>(size) : count - static_cast<std::uint32_t>(count % grain);
+    if (count == 0) return nullptr;
+    const unsigned char* const bytes = next_;
+    next_ += count;
+    return bytes;
+}
+
 /// Reads straight into `destination`: the buffer has nothing left, and a copy through it would cost time.
 std::uint32_t CFileReader::ReadDirectly(unsigned char* destination, std::uint32_t size) {
     const std::uint32_t count = ReadAtEnd(destination, std::min(size, kMaxRequest));

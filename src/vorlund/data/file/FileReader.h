@@ -44,6 +44,12 @@ public:
         return size;
     }
 
+    /// What comes next as it is in the window, and moves on behind it: at most `size` bytes, or a multiple of
+    /// `grain` when the window ends before; 0 bytes at the end of the file and when the system refuses. Null
+    /// when the window has less than `grain`. The bytes stay until the reader is used again. Raises
+    /// `std::bad_alloc`.
+    const unsigned char* Lend(std::uint64_t size, std::uint64_t grain, std::uint32_t& count);
+
     /// The system's number of the first error since the file was opened; 0 without one. Kept when the reader
     /// is closed, until it is opened again.
     std::uint32_t GetReadError() const { return readError_; }

@@ -43,6 +43,8 @@ public:
     /// Name and kind (`File` or `Directory`) of the entry; the name is valid until the next `Next`.
     const wchar* GetName() const;
     TEntryKind GetKind() const;
+    /// What the entry, whose whole path is `path`, names by now.
+    TEntryKind LookAgain(const wchar* path) const;
 
 private:
     struct TState;
@@ -71,6 +73,15 @@ std::uint32_t ReadAt(int descriptor, std::int64_t position, void* buffer, std::u
 
 void CloseInput(int descriptor);
 
+/// Opens an existing file for reading and writing at positions of the caller's choice, as `OpenInput`.
+int OpenUpdate(const wchar* path, std::int64_t& length);
+
+/// Writes at most `count` bytes at `position`, at once; 0 when the system refuses.
+std::uint32_t WriteAt(int descriptor, std::int64_t position, const void* buffer, std::uint32_t count);
+
+/// Closes in any case. False when the system says now that it has not taken what was written.
+bool CloseUpdate(int descriptor);
+
 /// Opens or creates a file for writing: emptied, or, with `append`, with every write going to its end and the
 /// position at 0 until the first one. Returns null when it cannot. Does not wait for another process.
 std::FILE* OpenOutput(const wchar* path, bool append);
@@ -90,6 +101,9 @@ bool CloseOutput(std::FILE* file);
 /// on failure.
 bool SeekFromStart(std::FILE* file, std::int64_t position);
 bool SeekToEnd(std::FILE* file);
+
+/// Whether the file has positions that can be set: pipes and terminals have none.
+bool HasPositions(std::FILE* file);
 
 /// The position, or -1 when the file has none.
 std::int64_t Tell(std::FILE* file);

@@ -61,6 +61,27 @@ int OpenWithoutWaiting(const std::string& path, int flags, struct stat& status) 
     return descriptor;
 }
 
+/// Opens a file that has positions, and measures it.
+int OpenMeasured(const wchar* path, int flags, std::int64_t& length) {
+    length = 0;
+    std::string bytes;
+    if (!EncodeName(path, bytes)) return -1;
+    struct stat status;
+    const int descriptor = OpenWithoutWaiting(bytes, flags, status);
+    if (descriptor < 0) return -1;
+    if (S_ISREG(status.st_mode)) {
+        length = status.st_size;
+        return descriptor;
+    }
+    // Devices are measured by going to their end, which pipes and terminals refuse.
+    length = S_ISDIR(status.st_mode) ? -1 : lseek(descriptor, 0, SEEK_END);
+    if (length >= 0) return descriptor;
+    close(descriptor);
+    length = 0;
+    errno = S_ISDIR(status.st_mode) ? EISDIR : ESPIPE;
+    return -1;
+}
+
 } // namespace
 
 TEntryKind GetKind(const wchar* path) {
@@ -75,6 +96,7 @@ struct CFolderSearch::TState {
     ~TState() { closedir(folder); }
 
     DIR* const folder;
+    const dirent* entry = nullptr;
     wstring name;
     TEntryKind kind = TEntryKind::Missing;
 };
@@ -101,7 +123,7 @@ bool CFolderSearch::Next() {
     if (!state_) return false;
     errno = 0;
     // NOLINTNEXTLINE(concurrency-mt-unsafe): the folder is opened for this search only.
-    const dirent* const entry = readdir(state_->folder);
+    const dirent* const entry = state_->entry = readdir(state_->folder);
     if (!entry) {
         hasFailed_ = IsFault(errno);
         return false;
@@ -125,24 +147,17 @@ TEntryKind CFolderSearch::GetKind() const {
     return state_->kind;
 }
 
+TEntryKind CFolderSearch::LookAgain(const wchar*) const {
+    // Beginning at the open folder, the system need not go through the path.
+    return KindAt(dirfd(state_->folder), state_->entry->d_name);
+}
+
 int OpenInput(const wchar* path, std::int64_t& length) {
-    length = 0;
-    std::string bytes;
-    if (!EncodeName(path, bytes)) return -1;
-    struct stat status;
-    const int descriptor = OpenWithoutWaiting(bytes, O_RDONLY, status);
-    if (descriptor < 0) return -1;
-    if (S_ISREG(status.st_mode)) {
-        length = status.st_size;
-        return descriptor;
-    }
-    // Devices are measured by going to their end, which pipes and terminals refuse.
-    length = S_ISDIR(status.st_mode) ? -1 : lseek(descriptor, 0, SEEK_END);
-    if (length >= 0) return descriptor;
-    close(descriptor);
-    length = 0;
-    errno = S_ISDIR(status.st_mode) ? EISDIR : ESPIPE;
-    return -1;
+    return OpenMeasured(path, O_RDONLY, length);
+}
+
+int OpenUpdate(const wchar* path, std::int64_t& length) {
+    return OpenMeasured(path, O_RDWR, length);
 }
 
 TOpenFailure ExplainOpening(const wchar*) {
@@ -196,6 +211,18 @@ void CloseInput(int descriptor) {
     close(descriptor);
 }
 
+std::uint32_t WriteAt(int descriptor, std::int64_t position, const void* buffer, std::uint32_t count) {
+    ssize_t result;
+    do {
+        result = pwrite(descriptor, buffer, count, position);
+    } while (result < 0 && errno == EINTR);
+    return result > 0 ? static_cast<std::uint32_t>(result) : 0;
+}
+
+bool CloseUpdate(int descriptor) {
+    return close(descriptor) == 0;
+}
+
 std::FILE* OpenOutput(const wchar* path, bool append) {
     std::string bytes;
     if (!EncodeName(path, bytes)) return nullptr;
@@ -231,6 +258,10 @@ bool SeekFromStart(std::FILE* file, std::int64_t position) {
 
 bool SeekToEnd(std::FILE* file) {
     return fseeko(file, 0, SEEK_END) == 0;
+}
+
+bool HasPositions(std::FILE* file) {
+    return ftello(file) >= 0;
 }
 
 std::int64_t Tell(std::FILE* file) {

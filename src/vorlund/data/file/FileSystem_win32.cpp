@@ -61,6 +61,21 @@ HANDLE HandleOf(int descriptor) {
     return reinterpret_cast<HANDLE>(_get_osfhandle(descriptor));
 }
 
+/// Opens a file that has positions, and measures it.
+int OpenMeasured(const wchar* path, int flags, std::int64_t& length) {
+    length = 0;
+    if (!IsName(path)) return -1;
+    const int descriptor = _wopen(path, flags | _O_BINARY | _O_NOINHERIT);
+    if (descriptor < 0) return -1;
+    // The runtime sets positions of pipes, too, with results that mean nothing.
+    length = GetFileType(HandleOf(descriptor)) == FILE_TYPE_PIPE ? -1 : _lseeki64(descriptor, 0, SEEK_END);
+    if (length >= 0) return descriptor;
+    _close(descriptor);
+    length = 0;
+    _doserrno = ERROR_SEEK_ON_DEVICE;
+    return -1;
+}
+
 } // namespace
 
 TEntryKind GetKind(const wchar* path) {
@@ -112,18 +127,16 @@ TEntryKind CFolderSearch::GetKind() const {
     return KindOf(state_->entry.dwFileAttributes);
 }
 
+TEntryKind CFolderSearch::LookAgain(const wchar* path) const {
+    return filesystem::GetKind(path);
+}
+
 int OpenInput(const wchar* path, std::int64_t& length) {
-    length = 0;
-    if (!IsName(path)) return -1;
-    const int descriptor = _wopen(path, _O_RDONLY | _O_BINARY | _O_NOINHERIT);
-    if (descriptor < 0) return -1;
-    // The runtime sets positions of pipes, too, with results that mean nothing.
-    length = GetFileType(HandleOf(descriptor)) == FILE_TYPE_PIPE ? -1 : _lseeki64(descriptor, 0, SEEK_END);
-    if (length >= 0) return descriptor;
-    _close(descriptor);
-    length = 0;
-    _doserrno = ERROR_SEEK_ON_DEVICE;
-    return -1;
+    return OpenMeasured(path, _O_RDONLY, length);
+}
+
+int OpenUpdate(const wchar* path, std::int64_t& length) {
+    return OpenMeasured(path, _O_RDWR, length);
 }
 
 TOpenFailure ExplainOpening(const wchar* path) {
@@ -174,6 +187,16 @@ void CloseInput(int descriptor) {
     _close(descriptor);
 }
 
+std::uint32_t WriteAt(int descriptor, std::int64_t position, const void* buffer, std::uint32_t count) {
+    if (_lseeki64(descriptor, position, SEEK_SET) < 0) return 0;
+    const int result = _write(descriptor, buffer, count);
+    return result > 0 ? static_cast<std::uint32_t>(result) : 0;
+}
+
+bool CloseUpdate(int descriptor) {
+    return _close(descriptor) == 0;
+}
+
 std::FILE* OpenOutput(const wchar* path, bool append) {
     if (!IsName(path)) return nullptr;
     const int descriptor =
@@ -205,6 +228,11 @@ bool SeekFromStart(std::FILE* file, std::int64_t position) {
 
 bool SeekToEnd(std::FILE* file) {
     return _fseeki64(file, 0, SEEK_END) == 0;
+}
+
+bool HasPositions(std::FILE* file) {
+    // The runtime gives pipes positions that mean nothing.
+    return GetFileType(HandleOf(_fileno(file))) != FILE_TYPE_PIPE && _ftelli64(file) >= 0;
 }
 
 std::int64_t Tell(std::FILE* file) {

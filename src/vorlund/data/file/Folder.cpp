@@ -3,6 +3,7 @@
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/api/values/PathReason.h"
 #include "vorlund/data/file/EntryObject.h"
+#include "vorlund/data/file/File.h"
 #include "vorlund/data/file/PathText.h"
 
 #include <vorlund/Exception.h>
@@ -38,26 +39,35 @@ struct TSelection {
 };
 
 /// A new object initialised with `path`; empty when the entry has vanished since the search saw it, or cannot
-/// be reached.
-template <class TEntry> CRefPtr<TEntry> MakeEntry(const TSelection& selection, const wchar* path) {
+/// be reached. `TOwn` is the library's own class, which needs not ask the system again.
+template <class TEntry, class TOwn>
+CRefPtr<TEntry> MakeEntry(const filesystem::CFolderSearch& search, const TSelection& selection,
+                          const wchar* path) {
     // Asked before the object is made: nothing is made of an entry that is left out.
-    if (filesystem::GetKind(path) != selection.kind) return {};
+    if (search.LookAgain(path) != selection.kind) return {};
     auto entry = CreateOrRaise<TEntry>(selection.classId, selection.noEntry);
-    if (!filesystem::InitializeIfThere(*entry, path, selection.kind)) return {};
+    if (auto* const own = dynamic_cast<TOwn*>(entry.Get()))
+        own->InitializeSeen(path);
+    else if (!filesystem::InitializeIfThere(*entry, path, selection.kind))
+        return {};
     return entry;
 }
 
 /// A new list of the selected entries in the order of the search.
-template <class TEntry> IObjectList* Enumerate(const TSelection& selection, const wchar* folderPath) {
+template <class TEntry, class TOwn>
+IObjectList* Enumerate(const TSelection& selection, const wchar* folderPath) {
     auto list = CreateOrRaise<IObjectList>(classid::CObjectList, selection.noList);
     if (!*folderPath) return list.Detach();
     filesystem::CFolderSearch search(folderPath);
+    wstring path(folderPath);
+    const std::size_t folderLength = path.size();
     while (search.Next()) {
         // Kept for callers: no name is special, so "." and ".." are directories like any other.
         if (search.GetKind() != selection.kind) continue;
-        CString path(folderPath);
+        path.resize(folderLength);
         path += search.GetName();
-        if (const auto entry = MakeEntry<TEntry>(selection, path)) list->AddObject(entry.Get());
+        if (const auto entry = MakeEntry<TEntry, TOwn>(search, selection, path.c_str()))
+            list->AddObject(entry.Get());
     }
     if (search.HasFailed())
         Raise<CFileAccessException>(selection.cannotSearch,
@@ -68,12 +78,12 @@ template <class TEntry> IObjectList* Enumerate(const TSelection& selection, cons
 } // namespace
 
 IObjectList* CFolder::EnumerateFiles() {
-    return Enumerate<IFile>({TEntryKind::File, classid::CFile, kNoFileList, kNoFile, kCannotSearchFiles},
-                            path_);
+    return Enumerate<IFile, CFile>(
+        {TEntryKind::File, classid::CFile, kNoFileList, kNoFile, kCannotSearchFiles}, path_);
 }
 
 IObjectList* CFolder::EnumerateFolders() {
-    return Enumerate<IFolder>(
+    return Enumerate<IFolder, CFolder>(
         {TEntryKind::Directory, classid::CFolder, kNoFolderList, kNoFolder, kCannotSearchFolders}, path_);
 }
 
@@ -89,6 +99,10 @@ void CFolder::Initialize(const wchar* path) {
         Raise<CFileAccessException>(kIsNoDirectory, PathReason(kIsNoDirectory.reason, path));
     if (kind != TEntryKind::Directory)
         Raise<CFileAccessException>(kCannotFind, PathReason(kCannotFind.reason, path));
+    InitializeSeen(path);
+}
+
+void CFolder::InitializeSeen(const wchar* path) {
     path_ = pathtext::AsFolder(path);
     initialized_ = true;
 }

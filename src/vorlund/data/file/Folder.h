@@ -18,6 +18,9 @@ public:
     CString GetPath() override { return path_; }
     void Initialize(const wchar* path) override;
 
+    /// `Initialize` for a caller who has just seen that the path names a directory.
+    void InitializeSeen(const wchar* path);
+
 private:
     bool initialized_ = false;
     /// Ends in "/".

@@ -69,8 +69,13 @@ void AppendUtf16(wstring& text, unsigned int code) {
 } // namespace
 
 wstring Decode(std::string_view bytes) {
+    // Nearly all names are ASCII.
+    const auto isPlain = [](char byte) { return static_cast<unsigned char>(byte) < 0x80 && byte != '\\'; };
+    const auto plainEnd = std::find_if_not(bytes.begin(), bytes.end(), isPlain);
     wstring text;
     text.reserve(bytes.size());
+    text.assign(bytes.begin(), plainEnd);
+    bytes.remove_prefix(text.size());
     while (!bytes.empty()) {
         const TSequence sequence = TakeSequence(bytes);
         if (sequence.length == 0 || sequence.code == '\\') {

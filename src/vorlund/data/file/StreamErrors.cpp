@@ -1,3 +1,4 @@
+#include "vorlund/data/base/BufferedOutput.h"
 #include "vorlund/data/base/StreamChain.h"
 #include "vorlund/data/file/FileInputStream.h"
 #include "vorlund/data/file/FileOutputStream.h"
@@ -6,7 +7,6 @@
 #include <vorlund/StreamErrors.h>
 
 #include <cstddef>
-#include <utility>
 
 namespace vorlund {
 namespace {
@@ -14,12 +14,7 @@ namespace {
 /// The stream at the end of the chain that begins with `stream`, when it is a `TFile`, the library's own
 /// class; else empty.
 template <class TFile, class TStream> CRefPtr<TFile> FindFile(TStream& stream) {
-    auto end = CRefPtr<TStream>::Share(&stream);
-    for (std::size_t i = 0; i < kMaxChain; ++i) {
-        auto next = NextInChain(end);
-        if (!next) break;
-        end = std::move(next);
-    }
+    const auto end = EndOfChain(stream);
     // The identifier alone is not enough: applications may register a class of their own under it.
     if (end->GetClassId() != TFile::ClassId) return {};
     return CRefPtr<TFile>::Share(dynamic_cast<TFile*>(end.Get()));
@@ -41,7 +36,17 @@ std::uint32_t GetWriteError(IOutputStream& stream) {
     return file ? file->GetWriteError() : 0;
 }
 
+bool WritesAtPosition(IOutputStream& stream) {
+    const auto file = FindOutputFile(stream);
+    return !file || file->WritesAtPosition();
+}
+
 void FlushOutput(IOutputStream& stream) {
+    auto buffered = CRefPtr<IOutputStream>::Share(&stream);
+    for (std::size_t i = 0; buffered && i < kMaxChain; ++i) {
+        if (auto* const filter = dynamic_cast<CBufferedOutput*>(buffered.Get())) filter->WriteOut();
+        buffered = NextInChain(buffered);
+    }
     const auto file = FindOutputFile(stream);
     if (file && file->GetCapabilities() != 0) file->Flush();
 }

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "vorlund/data/base/GuardedFilterImpl.h"
+#include "vorlund/data/base/Lending.h"
+#include "vorlund/data/filters/FrameFilling.h"
 #include "vorlund/data/filters/PcmStep.h"
 
 #include <vorlund/AudioPcmConverters.h>
@@ -26,7 +28,7 @@ struct TPcmConverterFailures : TGuardedFilterFailures {
 /// and whenever its target changes, the ratio of the byte counts and the step of `Read`. `kFailures` is a
 /// `TPcmConverterFailures`.
 template <class TInterface, const auto& kFailures>
-class CPcmConverterImpl : public CGuardedFilterImpl<TInterface, kFailures> {
+class CPcmConverterImpl : public CGuardedFilterImpl<TInterface, kFailures>, public IFrameInput {
     using TGuard = CGuardedFilterImpl<TInterface, kFailures>;
 
 public:
@@ -57,11 +59,26 @@ public:
         if (step.IsPassThrough()) return std::min(stream.Read(buffer, size), size);
         const std::uint32_t wanted = step.GetInputSize(size);
         if (wanted == 0) return 0;
+        // What is lent need not go through a buffer. Nothing of this converter is touched behind this call.
+        if (lender_) {
+            const CLoan loan = lender_->Lend(wanted, wanted);
+            if (loan.IsLent()) {
+                const std::uint32_t produced =
+                    step.GetOutputSize(static_cast<std::uint32_t>(loan.GetCount()));
+                step.Convert(buffer, loan.GetBytes(), produced);
+                return produced;
+            }
+            // It has not moved, so it has called nobody who could have ended this converter.
+        }
         alignas(32) std::byte scratch[kMaxPcmConverterInput];
         const std::uint64_t got = std::min<std::uint64_t>(stream.Read(scratch, wanted), wanted);
         const std::uint32_t produced = step.GetOutputSize(static_cast<std::uint32_t>(got));
         step.Convert(buffer, scratch, produced);
         return produced;
+    }
+    std::uint64_t ReadFrames(void* buffer, std::uint64_t size) override {
+        IInputStream& stream = this->ForRead(buffer);
+        return pcm::CFrameFilling(stream, lender_, calls_, step_).Fill(static_cast<std::byte*>(buffer), size);
     }
     void Skip(std::uint64_t count) override { TGuard::Skip(ratio_.ToInput(count)); }
 
@@ -79,6 +96,7 @@ public:
         if (!call.IsUnchanged()) return;
         input_ = static_cast<const TDataFormat_AudioPcm&>(format);
         OnConnected();
+        lender_ = AsLending(input.Get());
         stream_ = std::move(input);
     }
 
@@ -100,6 +118,9 @@ protected:
     pcm::CStep step_;
 
 private:
+    /// `stream_`, if it lends; only while there is one.
+    ILendingInput* lender_ = nullptr;
+
     static std::int64_t ToOutput(pcm::TRatio ratio, std::int64_t bytes) {
         return static_cast<std::int64_t>(ratio.ToOutput(static_cast<std::uint64_t>(bytes)));
     }

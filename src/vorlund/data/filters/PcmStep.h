@@ -62,7 +62,17 @@ public:
     void Convert(void* destination, const void* source, std::uint32_t outputSize) const {
         if (isLarge_) return;
         const std::uint32_t frames = outputSize / smallOutputFrame_;
-        if (frames > 0) routine_(destination, source, std::size_t{frames} * units_);
+        if (frames > 0) ConvertFrames(destination, source, frames);
+    }
+
+    /// True when frames are so large that a step of `Read` holds none.
+    bool IsLarge() const { return isLarge_; }
+    /// Bytes per frame, unless `IsLarge`; 0 without channels.
+    std::uint32_t GetInputFrame() const { return smallInputFrame_; }
+    std::uint32_t GetOutputFrame() const { return smallOutputFrame_; }
+    /// Converts so many frames.
+    void ConvertFrames(void* destination, const void* source, std::size_t frames) const {
+        routine_(destination, source, frames * units_);
     }
 
 private:

@@ -1,5 +1,7 @@
 #include "vorlund/data/filters/SetFormatIsf.h"
 
+#include <utility>
+
 namespace vorlund {
 namespace {
 
@@ -37,6 +39,19 @@ std::int64_t CSetFormatIsf::GetLength() {
 void CSetFormatIsf::Flush() {
     // Kept for callers: the other filters raise COperationNotSupportedException here.
     Connected<CIOException>(kSetFormatIsfFailures.flushNotConnected).Flush();
+}
+
+void CSetFormatIsf::Connect(IInputStream* stream) {
+    auto next = BeginConnect(stream);
+    if (!next) return;
+    lender_ = AsLending(next.Get());
+    stream_ = std::move(next);
+}
+
+CLoan CSetFormatIsf::Lend(std::uint64_t size, std::uint64_t grain) {
+    Connected<CIOException>(kSetFormatIsfFailures.readNotConnected);
+    if (!lender_) return {};
+    return lender_->Lend(size, grain);
 }
 
 void CSetFormatIsf::SetFormat(const TDataFormat* format) {

@@ -3,6 +3,7 @@
 
 #include "vorlund/data/base/FormatRecord.h"
 #include "vorlund/data/base/GuardedFilterImpl.h"
+#include "vorlund/data/base/Lending.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/SetFormatIsf.h>
@@ -18,7 +19,7 @@ struct TSetFormatIsfFailures : TGuardedFilterFailures {
 extern const TSetFormatIsfFailures kSetFormatIsfFailures;
 
 /// Hands everything on except the format.
-class CSetFormatIsf : public CGuardedFilterImpl<ISetFormatIsf, kSetFormatIsfFailures> {
+class CSetFormatIsf : public CGuardedFilterImpl<ISetFormatIsf, kSetFormatIsfFailures>, public ILendingInput {
 public:
     static constexpr CId ClassId = classid::CSetFormatIsf;
 
@@ -28,9 +29,14 @@ public:
 
     const TDataFormat& GetFormat() override { return format_.Get(); }
 
+    void Connect(IInputStream* stream) override;
+    CLoan Lend(std::uint64_t size, std::uint64_t grain) override;
+
     void SetFormat(const TDataFormat* format) override;
 
 private:
+    /// `stream_`, if it lends; only while there is one.
+    ILendingInput* lender_ = nullptr;
     CFormatRecord format_;
 };
 

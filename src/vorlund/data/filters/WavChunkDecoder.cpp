@@ -1,6 +1,7 @@
 #include "vorlund/data/filters/WavChunkDecoder.h"
 
 #include "vorlund/api/objects/CreateOrRaise.h"
+#include "vorlund/data/base/QuietCall.h"
 
 #include <vorlund/DecodeNotes.h>
 #include <vorlund/DecoderSupport.h>
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 namespace vorlund {
@@ -32,16 +34,56 @@ constexpr TFailure kCannotFindChunk{kSelectChunk, kFile, 331, VRL_L("Cannot find
 constexpr std::size_t kFileHeaderSize = 12;
 constexpr std::size_t kWordSize = 4;
 
-/// True when `stream` goes on with the head of a RIFF/WAVE file.
-bool ReadFileHeader(IInputStream& stream) {
+} // namespace
+
+/// The records of a stream from its beginning on. Where its end is known, nothing is asked for behind it: for
+/// a file, that would be a call of the system for each opening.
+class CWavRecords {
+public:
+    CWavRecords(IInputStream& stream, std::optional<std::uint64_t> end) : stream_(stream), end_(end) {}
+
+    /// False when the record is not whole.
+    bool Read(std::uint8_t* record, std::size_t size) {
+        const std::uint64_t left = GetLeft();
+        position_ += size;
+        return ReadWhole(stream_, record, std::min<std::uint64_t>(left, size)) && left >= size;
+    }
+    void Skip(std::uint32_t size) {
+        position_ += size;
+        // A file that is not moved beyond its window keeps it, for the chunks that are read next.
+        if (GetLeft() > 0) stream_.Skip(size);
+    }
+
+private:
+    std::uint64_t GetLeft() const {
+        if (!end_) return std::numeric_limits<std::uint64_t>::max();
+        return *end_ > position_ ? *end_ - position_ : 0;
+    }
+
+    IInputStream& stream_;
+    const std::optional<std::uint64_t> end_;
+    /// Only counts while the end is known.
+    std::uint64_t position_ = 0;
+};
+
+namespace {
+
+/// True when the file begins with the head of a RIFF/WAVE file.
+bool ReadFileHeader(CWavRecords& records) {
     std::uint8_t header[kFileHeaderSize];
     try {
-        if (!ReadWhole(stream, header, sizeof header)) return false;
+        if (!records.Read(header, sizeof header)) return false;
     } catch (const CIOException&) {
         return false;
     }
     // Between the two is the size of the file, which many writers leave wrong: nothing reads it.
     return std::memcmp(header, "RIFF", kWordSize) == 0 && std::memcmp(header + 8, "WAVE", kWordSize) == 0;
+}
+
+/// Ends `SelectChunk`: raises, unless the caller only asks whether there is such a chunk.
+void Miss(refusals::CQuietCall* call, const TFailure& failure) {
+    if (!call) Raise<CObjectNotFoundException>(failure);
+    call->Give(CObjectNotFoundException(failure.method, failure.file, failure.line, failure.reason));
 }
 
 } // namespace
@@ -104,6 +146,17 @@ std::uint64_t CWavChunkDecoder::Read(void* buffer, std::uint64_t size) {
     return count;
 }
 
+CLoan CWavChunkDecoder::Lend(std::uint64_t size, std::uint64_t grain) {
+    Connected<CIOException>(kWavChunkDecoderFailures.readNotConnected);
+    if (!lender_) return {};
+    const std::uint64_t wanted = Clamp(size);
+    if (wanted == 0) return {nullptr, 0};
+    const CFilterCalls::CCall call(calls_);
+    CLoan loan = lender_->Lend(wanted, std::min(grain, wanted));
+    if (call.IsUnchanged()) position_ += loan.GetCount();
+    return loan;
+}
+
 void CWavChunkDecoder::Skip(std::uint64_t count) {
     // Kept for callers: only the connected stream moves, the position in the chunk does not.
     CGuardedFilterImpl::Skip(Clamp(count));
@@ -112,28 +165,33 @@ void CWavChunkDecoder::Skip(std::uint64_t count) {
 void CWavChunkDecoder::Connect(IInputStream* stream) {
     // Holds the stream until the end, whatever it does to the connection. When it has done something, that is
     // the last word.
+    const CRefusal refusal(*this);
     auto next = BeginConnect(stream);
     if (!next) return;
     const CFilterCalls::CCall call(calls_);
     const std::uint32_t capabilities = next->GetCapabilities();
-    if (!(capabilities & STREAM_CAPABILITY_SEEK)) Raise<CDataFormatException>(kSeekUnsupported);
-    if (!(capabilities & STREAM_CAPABILITY_TELL)) Raise<CDataFormatException>(kTellUnsupported);
+    if (!(capabilities & STREAM_CAPABILITY_SEEK))
+        return refusal.Raise<CDataFormatException>(kSeekUnsupported);
+    if (!(capabilities & STREAM_CAPABILITY_TELL))
+        return refusal.Raise<CDataFormatException>(kTellUnsupported);
     auto connected = next;
     if (!call.IsUnchanged()) return;
 
+    lender_ = AsLending(connected.Get());
     stream_ = std::move(connected);
     next->Seek(0);
-    const bool isWav = ReadFileHeader(*next);
+    CWavRecords records(*next, refusals::CQuietCall::GetEnd(refusal));
+    const bool isWav = ReadFileHeader(records);
     if (!call.IsUnchanged()) return;
     if (!isWav) {
         stream_.Reset();
         next.Reset();
-        Raise<CDataFormatException>(kInvalidHeader);
+        return refusal.Raise<CDataFormatException>(kInvalidHeader);
     }
     NoteContainer(VRL_L("WAV"));
     next->Seek(kFileHeaderSize);
     if (!call.IsUnchanged()) return;
-    IndexChunks(*next, call);
+    IndexChunks(*next, records, call);
     if (call.IsUnchanged()) next->Seek(0);
 }
 
@@ -168,25 +226,27 @@ std::int64_t CWavChunkDecoder::GetChunkOffset() {
 }
 
 void CWavChunkDecoder::SelectChunk(const wchar* id) {
-    if (id && !stream_) Raise<CObjectNotFoundException>(kSelectNotConnected);
+    refusals::CQuietCall* const call = refusals::CQuietCall::Take(*this);
+    if (id && !stream_) return Miss(call, kSelectNotConnected);
     Select(id ? chunks_.Find(id) : std::nullopt);
     if (!id) return;
-    if (!current_) Raise<CObjectNotFoundException>(kCannotFindChunk);
+    if (!current_) return Miss(call, kCannotFindChunk);
     stream_->Seek(current_->dataOffset);
 }
 
-void CWavChunkDecoder::IndexChunks(IInputStream& stream, const CFilterCalls::CCall& call) {
+void CWavChunkDecoder::IndexChunks(IInputStream& stream, CWavRecords& records,
+                                   const CFilterCalls::CCall& call) {
     // Sizes never lead backwards and a head moves the stream on by eight bytes, so this ends at the end of
     // the stream, in a time that grows with its length. What a chunk declares beyond that end costs nothing.
     std::uint8_t id[kWordSize];
     std::uint8_t size[kWordSize];
-    while (ReadWhole(stream, id, sizeof id) && ReadWhole(stream, size, sizeof size)) {
+    while (records.Read(id, sizeof id) && records.Read(size, sizeof size)) {
         const std::uint32_t dataSize = LoadLittleEndian32(size);
         const std::int64_t dataOffset = stream.Tell();
         if (!call.IsUnchanged()) return;
         chunks_.Append(id, dataOffset, dataSize);
         // Kept for callers: no pad byte follows a chunk of odd size.
-        stream.Skip(dataSize);
+        records.Skip(dataSize);
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vorlund/data/base/GuardedFilterImpl.h"
+#include "vorlund/data/base/Lending.h"
 #include "vorlund/data/filters/WavChunkTable.h"
 
 #include <vorlund/ClassIds.h>
@@ -12,11 +13,14 @@
 
 namespace vorlund {
 
+class CWavRecords;
+
 extern const TGuardedFilterFailures kWavChunkDecoderFailures;
 
 /// Indexes the file when it is connected, then shows the selected chunk as a stream of its own. The table and
 /// the selection belong to the connection: they are empty while there is none.
-class CWavChunkDecoder : public CGuardedFilterImpl<IWavChunkDecoder, kWavChunkDecoderFailures> {
+class CWavChunkDecoder : public CGuardedFilterImpl<IWavChunkDecoder, kWavChunkDecoderFailures>,
+                         public ILendingInput {
 public:
     static constexpr CId ClassId = classid::CWavChunkDecoder;
 
@@ -30,6 +34,7 @@ public:
     using CGuardedFilterImpl::Read;
     std::uint64_t Read(void* buffer, std::uint64_t size) override;
     void Skip(std::uint64_t count) override;
+    CLoan Lend(std::uint64_t size, std::uint64_t grain) override;
 
     void Connect(IInputStream* stream) override;
     void Disconnect() override;
@@ -41,7 +46,7 @@ public:
 
 private:
     /// Fills the table from `stream`, which is connected. Stops when `call` no longer holds.
-    void IndexChunks(IInputStream& stream, const CFilterCalls::CCall& call);
+    void IndexChunks(IInputStream& stream, CWavRecords& records, const CFilterCalls::CCall& call);
     /// Makes `chunk`, or none, the selected one.
     void Select(std::optional<TWavChunkInfo> chunk);
     /// Calls of the stream that are under way no longer move the position.
@@ -49,6 +54,8 @@ private:
     /// As much of `count` as the selected chunk still holds.
     std::uint64_t Clamp(std::uint64_t count) const;
 
+    /// `stream_`, if it lends; only while there is one.
+    ILendingInput* lender_ = nullptr;
     CWavChunkTable chunks_;
     std::optional<TWavChunkInfo> current_;
     /// Inside the selected chunk.

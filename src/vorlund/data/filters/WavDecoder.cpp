@@ -2,12 +2,14 @@
 
 #include "vorlund/api/objects/CreateOrRaise.h"
 #include "vorlund/data/base/FilterConnection.h"
+#include "vorlund/data/base/QuietCall.h"
 
 #include <vorlund/DecodeNotes.h>
 #include <vorlund/DecoderSupport.h>
 #include <vorlund/Exception.h>
 
 #include <exception>
+#include <optional>
 
 namespace vorlund {
 namespace {
@@ -32,33 +34,63 @@ constexpr std::size_t kSamplesPerSecAt = 4;
 constexpr std::size_t kBitsPerSampleAt = 14;
 constexpr std::uint16_t kIntegerPcm = 1;
 
-/// Disconnects and raises `CDataFormatException`, because of that value.
-template <class TValue>
-[[noreturn]] void Refuse(IWavChunkDecoder& chunks, const TFailure& failure, const wchar* name, TValue value) {
-    NoteValue(name, value);
-    chunks.Disconnect();
-    Raise<CDataFormatException>(failure);
-}
+/// One `Connect`. What returns false, or nothing, has refused the file.
+struct TConnecting {
+    IWavChunkDecoder& chunks;
+    const CRefusal& refusal;
 
-/// Selects a chunk that the file must have.
-void SelectChunk(IWavChunkDecoder& chunks, const wchar* id, const TFailure& notFound) {
-    try {
-        chunks.SelectChunk(id);
-    } catch (const CObjectNotFoundException&) {
-        Refuse(chunks, notFound, VRL_L("chunk"), id);
+    /// Disconnects and refuses, because of that value.
+    template <class TValue> void Refuse(const TFailure& failure, const wchar* name, TValue value) const {
+        NoteValue(name, value);
+        chunks.Disconnect();
+        refusal.Raise<CDataFormatException>(failure);
     }
-}
+
+    /// Connects the chunk decoder, whose refusal is this decoder's.
+    bool ConnectChunks(IInputStream* stream) const {
+        {
+            const CPassedRefusal passed(refusal, chunks);
+            chunks.Connect(stream);
+            if (!passed.IsRefused()) return true;
+        }
+        chunks.Disconnect();
+        return false;
+    }
+
+    /// Selects a chunk that the file must have.
+    bool SelectChunk(const wchar* id, const TFailure& notFound) const {
+        bool isThere = false;
+        try {
+            const refusals::CQuietCall call(chunks);
+            chunks.SelectChunk(id);
+            isThere = !call.GetRefusal();
+        } catch (const CObjectNotFoundException&) {
+            // From a class that replaces the library's.
+        }
+        if (!isThere) Refuse(notFound, VRL_L("chunk"), id);
+        return isThere;
+    }
+
+    std::optional<TDataFormat_AudioPcm> ReadFormat() const;
+};
 
 /// Checks the "fmt " chunk, which is selected, and takes the format from it.
-TDataFormat_AudioPcm ReadFormat(IWavChunkDecoder& chunks) {
+std::optional<TDataFormat_AudioPcm> TConnecting::ReadFormat() const {
     std::uint8_t record[kFormatSize];
-    if (!ReadWhole(chunks, record, sizeof record))
-        Refuse(chunks, kShortFmtChunk, VRL_L("bytes"), chunks.GetLength());
+    if (!ReadWhole(chunks, record, sizeof record)) {
+        Refuse(kShortFmtChunk, VRL_L("bytes"), chunks.GetLength());
+        return {};
+    }
     const std::uint16_t tag = LoadLittleEndian16(record + kTagAt);
-    if (tag != kIntegerPcm) Refuse(chunks, kUnsupportedFormat, VRL_L("format tag"), tag);
+    if (tag != kIntegerPcm) {
+        Refuse(kUnsupportedFormat, VRL_L("format tag"), tag);
+        return {};
+    }
     const std::uint16_t bitsPerSample = LoadLittleEndian16(record + kBitsPerSampleAt);
-    if (bitsPerSample != 8 && bitsPerSample != 16)
-        Refuse(chunks, kUnsupportedBits, VRL_L("bits"), bitsPerSample);
+    if (bitsPerSample != 8 && bitsPerSample != 16) {
+        Refuse(kUnsupportedBits, VRL_L("bits"), bitsPerSample);
+        return {};
+    }
 
     // Channels and rate are not checked: even 0 is passed on.
     TDataFormat_AudioPcm format;
@@ -80,16 +112,18 @@ CWavDecoder::~CWavDecoder() noexcept(false) {
 }
 
 void CWavDecoder::Connect(IInputStream* stream) {
+    const CRefusal refusal(*this);
     // The stream may use or destroy this decoder inside each call.
     const auto chunks = CRefPtr<IWavChunkDecoder>::Share(&Chunks());
     const CFilterCalls::CCall call(calls_);
     try {
-        chunks->Connect(stream);
-        SelectChunk(*chunks, VRL_L("fmt "), kNoFmtChunk);
-        const TDataFormat_AudioPcm format = ReadFormat(*chunks);
-        if (!call.IsAlive()) return;
-        format_ = format;
-        SelectChunk(*chunks, VRL_L("data"), kNoDataChunk);
+        const TConnecting connecting{*chunks, refusal};
+        if (!connecting.ConnectChunks(stream)) return;
+        if (!connecting.SelectChunk(VRL_L("fmt "), kNoFmtChunk)) return;
+        const auto format = connecting.ReadFormat();
+        if (!format || !call.IsAlive()) return;
+        format_ = *format;
+        connecting.SelectChunk(VRL_L("data"), kNoDataChunk);
     } catch (...) {
         // Usually a `CIOException` of the stream; after any failure, nothing stays connected.
         chunks->Disconnect();
@@ -99,6 +133,7 @@ void CWavDecoder::Connect(IInputStream* stream) {
 
 void CWavDecoder::CreateChunks() {
     chunks_ = CreateOrRaise<IWavChunkDecoder>(classid::CWavChunkDecoder, kNoChunkDecoder);
+    lender_ = AsLending(chunks_.Get());
 }
 
 } // namespace vorlund

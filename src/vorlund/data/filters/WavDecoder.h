@@ -1,6 +1,8 @@
 // The decoder of PCM WAV files.
 #pragma once
 
+#include "vorlund/data/base/Lending.h"
+
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/ObjectImpl.h>
@@ -14,7 +16,7 @@ namespace vorlund {
 
 /// Adds the format to a private chunk decoder, which does everything else; every other operation is the chunk
 /// decoder's own, its failures included.
-class CWavDecoder : public CObjectImpl<IWavDecoder> {
+class CWavDecoder : public CObjectImpl<IWavDecoder>, public ILendingInput {
 public:
     static constexpr CId ClassId = classid::CWavDecoder;
 
@@ -33,6 +35,10 @@ public:
         return Chunks().SupportsMediaSamples(argument);
     }
     void Skip(std::uint64_t count) override { Chunks().Skip(count); }
+    CLoan Lend(std::uint64_t size, std::uint64_t grain) override {
+        Chunks();
+        return lender_ ? lender_->Lend(size, grain) : CLoan();
+    }
 
     void Connect(IInputStream* stream) override;
     void Disconnect() override { Chunks().Disconnect(); }
@@ -52,6 +58,8 @@ private:
     void CreateChunks();
 
     CRefPtr<IWavChunkDecoder> chunks_;
+    /// The same, if it lends.
+    ILendingInput* lender_ = nullptr;
     TDataFormat_AudioPcm format_;
     CFilterCalls calls_;
 };

@@ -80,6 +80,20 @@ std::uint64_t CResourceIs::Read(void* buffer, std::uint64_t size) {
     return count;
 }
 
+CLoan CResourceIs::Lend(std::uint64_t size, std::uint64_t) {
+    if (!resource_) Raise<CIOException>(kReadUnbound);
+    if (position_ >= resource_->GetSize()) return {nullptr, 0};
+    IResource* const resource = resource_.Get();
+    const auto* const data = static_cast<const std::byte*>(resource->Lock(LOCK_MODE_READ));
+    CLoan::TGiveBack const unlock = [](void* locked) { static_cast<IResource*>(locked)->Unlock(); };
+    const std::uint64_t length = data ? resource->GetSize() : 0;
+    const std::uint64_t count = position_ < length ? std::min(size, length - position_) : 0;
+    const std::uint64_t begin = position_;
+    position_ += count;
+    notes::CountBytesRead(count);
+    return {count > 0 ? data + begin : nullptr, count, unlock, resource};
+}
+
 void CResourceIs::Skip(std::uint64_t count) {
     if (!resource_) Raise<CIOException>(kSkipUnbound);
     const std::uint64_t length = resource_->GetSize();

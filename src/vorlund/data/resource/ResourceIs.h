@@ -1,6 +1,8 @@
 // Reading a resource.
 #pragma once
 
+#include "vorlund/data/base/Lending.h"
+
 #include <vorlund/ClassIds.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/Resource.h>
@@ -8,7 +10,7 @@
 
 namespace vorlund {
 
-class CResourceIs : public CInputStreamImpl<IResourceIs> {
+class CResourceIs : public CInputStreamImpl<IResourceIs>, public ILendingInput {
 public:
     static constexpr CId ClassId = classid::CResourceIs;
 
@@ -23,6 +25,7 @@ public:
     void Read(IMediaSample* sample) override;
     std::uint64_t Read(void* buffer, std::uint64_t size) override;
     void Skip(std::uint64_t count) override;
+    CLoan Lend(std::uint64_t size, std::uint64_t grain) override;
 
     void SetResource(IResource* resource) override;
 
