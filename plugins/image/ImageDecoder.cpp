@@ -4,6 +4,7 @@
 #include "PictureSource.h"
 #include "PngReader.h"
 
+#include "../support/FileInput.h"
 #include "../support/PixelForm.h"
 
 #include <vorlund/Exception.h>
@@ -35,10 +36,8 @@ TPicture ReadPicture(IInputStream& stream) {
 void CImageDecoder::Connect(IInputStream* stream) {
     auto next = BeginConnect(stream);
     if (!next) return;
-    if ((next->GetCapabilities() & kNeededCapabilities) != kNeededCapabilities)
-        Raise<CDataFormatException>(kNoPositions);
-    // What has a format is no file any more.
-    if (next->GetFormat().id != CId::Null()) Raise<CDataFormatException>(kDecoded);
+    if (!HasPositions(*next)) Raise<CDataFormatException>(kNoPositions);
+    if (IsDecoded(*next)) Raise<CDataFormatException>(kDecoded);
     const CFilterCalls::CCall call(calls_);
     TPicture picture = ReadPicture(*next);
     // The stream may have connected or destroyed this decoder meanwhile; that holds.

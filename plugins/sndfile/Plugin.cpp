@@ -1,5 +1,6 @@
-// The plug-in "sndfile": a decoder for the sound files that libsndfile reads.
+// The plug-in "sndfile": a decoder for the sound files that libsndfile reads, and encoders for some of them.
 #include "SndfileDecoder.h"
+#include "SndfileEncoder.h"
 
 #include <vorlund/ObjectImpl.h>
 #include <vorlund/Plugin.h>
@@ -22,6 +23,7 @@ bool VrlInitPlugin() {
     // Any input: the decoder looks at the bytes.
     v.GetCodecClassStore().RegisterDecoder(
         {CSndfileDecoder::ClassId, CId::Null(), TDataFormat_AudioPcm::FormatId});
+    RegisterEncoders();
     return true;
 }
 

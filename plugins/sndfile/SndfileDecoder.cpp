@@ -2,6 +2,8 @@
 
 #include "SoundFile.h"
 
+#include "../support/FileInput.h"
+
 #include <vorlund/Exception.h>
 #include <vorlund/Path.h>
 
@@ -27,10 +29,8 @@ CSndfileDecoder::~CSndfileDecoder() noexcept(false) = default;
 void CSndfileDecoder::Connect(IInputStream* stream) {
     auto next = BeginConnect(stream);
     if (!next) return;
-    constexpr std::uint32_t kNeeded = STREAM_CAPABILITY_SEEK | STREAM_CAPABILITY_TELL;
-    if ((next->GetCapabilities() & kNeeded) != kNeeded) Raise<CDataFormatException>(kNoPositions);
-    // What has a format is no file any more.
-    if (next->GetFormat().id != CId::Null()) Raise<CDataFormatException>(kDecoded);
+    if (!HasPositions(*next)) Raise<CDataFormatException>(kNoPositions);
+    if (IsDecoded(*next)) Raise<CDataFormatException>(kDecoded);
     const CFilterCalls::CCall call(calls_);
     auto file = std::make_shared<CSoundFile>(*next);
     // The stream may have connected or destroyed this decoder meanwhile; that holds.
@@ -127,5 +127,7 @@ const wchar* CSndfileDecoder::GetTag(TSoundTag tag) {
     const char* const text = file_ ? file_->GetText(tag) : nullptr;
     if (!text) return nullptr;
     tag_ = PathFromUtf8(text);
+    // What a path's text may not hold, a tag's may.
+    std::replace(tag_.begin(), tag_.end(), wchar{0xDC5C}, wchar{'\\'});
     return tag_.c_str();
 }

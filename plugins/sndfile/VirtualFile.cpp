@@ -1,45 +1,12 @@
 #include "VirtualFile.h"
 
+#include "SoundCallbacks.h"
+
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <utility>
 
 using namespace vorlund;
-
-namespace {
-
-CVirtualFile& File(void* user) {
-    return *static_cast<CVirtualFile*>(user);
-}
-
-sf_count_t GetLength(void* user) {
-    return File(user).GetLength();
-}
-
-sf_count_t Seek(sf_count_t offset, int whence, void* user) {
-    CVirtualFile& file = File(user);
-    std::int64_t base = 0;
-    if (whence == SEEK_CUR) base = file.GetPosition();
-    if (whence == SEEK_END) base = file.GetLength();
-    std::int64_t position = 0;
-    if (__builtin_add_overflow(base, offset, &position)) return -1;
-    return file.Seek(position);
-}
-
-sf_count_t Read(void* buffer, sf_count_t count, void* user) {
-    return File(user).Read(buffer, count);
-}
-
-sf_count_t Write(const void*, sf_count_t, void*) {
-    return 0;
-}
-
-sf_count_t Tell(void* user) {
-    return File(user).GetPosition();
-}
-
-} // namespace
 
 CVirtualFile::CVirtualFile(IInputStream& stream)
     : stream_(stream), length_(std::max<std::int64_t>(stream.GetLength(), 0)) {}
@@ -53,8 +20,7 @@ void CVirtualFile::Exchange(std::int64_t from, std::int64_t to, std::vector<std:
 }
 
 SF_VIRTUAL_IO* CVirtualFile::GetCallbacks() {
-    static SF_VIRTUAL_IO callbacks{&::GetLength, &::Seek, &::Read, &::Write, &::Tell};
-    return &callbacks;
+    return GetSoundCallbacks<CVirtualFile>();
 }
 
 void CVirtualFile::RethrowFailure() {
@@ -87,6 +53,9 @@ std::int64_t CVirtualFile::Read(void* buffer, std::int64_t count) {
         total += got;
         position_ += got;
     }
+    // What lacks bytes is at its end: libsndfile's loops over chunks go by the position, and not by what was
+    // read.
+    if (total < wanted) position_ = length_;
     return total;
 }
 

@@ -1,4 +1,4 @@
-// How the decoders of pictures and videos lay out pixels.
+// How the decoders of pictures and videos lay out pixels, and the program shows them.
 #pragma once
 
 #include <vorlund/DataFormat.h>

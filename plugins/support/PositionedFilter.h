@@ -26,10 +26,6 @@ public:
     void Skip(std::uint64_t count) override { position_ += static_cast<std::int64_t>(Limit(count)); }
 
 protected:
-    /// What a decoder of files needs of its input.
-    static constexpr std::uint32_t kNeededCapabilities =
-        vorlund::STREAM_CAPABILITY_SEEK | vorlund::STREAM_CAPABILITY_TELL;
-
     ~CPositionedFilter() noexcept(false) = default;
 
     bool IsConnected() const { return length_ >= 0; }

@@ -2,6 +2,8 @@
 
 #include "FileCopy.h"
 
+#include "../support/FileInput.h"
+
 #include <vorlund/DecodeNotes.h>
 #include <vorlund/DecoderSupport.h>
 #include <vorlund/Exception.h>
@@ -40,10 +42,8 @@ CSystemDecoder::~CSystemDecoder() noexcept(false) = default;
 void CSystemDecoder::Connect(IInputStream* stream) {
     auto next = BeginConnect(stream);
     if (!next) return;
-    constexpr std::uint32_t kNeeded = STREAM_CAPABILITY_SEEK | STREAM_CAPABILITY_TELL;
-    if ((next->GetCapabilities() & kNeeded) != kNeeded) Raise<CDataFormatException>(kNoPositions);
-    // What has a format is no file any more.
-    if (next->GetFormat().id != CId::Null()) Raise<CDataFormatException>(kDecoded);
+    if (!HasPositions(*next)) Raise<CDataFormatException>(kNoPositions);
+    if (IsDecoded(*next)) Raise<CDataFormatException>(kDecoded);
     const CFilterCalls::CCall call(calls_);
     char head[12] = {};
     next->Seek(0);

@@ -2,6 +2,8 @@
 
 #include "Y4mFile.h"
 
+#include "../support/FileInput.h"
+
 #include <vorlund/Exception.h>
 
 #include <algorithm>
@@ -26,10 +28,8 @@ CY4mDecoder::~CY4mDecoder() noexcept(false) = default;
 void CY4mDecoder::Connect(IInputStream* stream) {
     auto next = BeginConnect(stream);
     if (!next) return;
-    if ((next->GetCapabilities() & kNeededCapabilities) != kNeededCapabilities)
-        Raise<CDataFormatException>(kNoPositions);
-    // What has a format is no file any more.
-    if (next->GetFormat().id != CId::Null()) Raise<CDataFormatException>(kDecoded);
+    if (!HasPositions(*next)) Raise<CDataFormatException>(kNoPositions);
+    if (IsDecoded(*next)) Raise<CDataFormatException>(kDecoded);
     const CFilterCalls::CCall call(calls_);
     auto file = std::make_shared<CY4mFile>(*next);
     // The stream may have connected or destroyed this decoder meanwhile; that holds.
