@@ -2,6 +2,7 @@
 
 #include "ScanSide.h"
 
+#include "vorlund/api/isolation/BlockWindow.h"
 #include "vorlund/api/isolation/IsolationProtocol.h"
 
 #include <vorlund/CodecClassStore.h>
@@ -68,23 +69,7 @@ public:
     std::int64_t Tell() override { return position_; }
     bool Eof() override { return length_ == kNoLength ? isAtEnd_ : position_ >= length_; }
     std::uint64_t Read(void* buffer, std::uint64_t size) override {
-        auto* const bytes = static_cast<std::uint8_t*>(buffer);
-        std::uint64_t total = 0;
-        while (total < size) {
-            const std::int64_t inside = position_ - blockAt_;
-            if (inside < 0 || inside >= static_cast<std::int64_t>(block_.size())) {
-                Fetch();
-                if (block_.empty()) break;
-                continue;
-            }
-            const auto from = static_cast<std::size_t>(inside);
-            const auto count =
-                static_cast<std::size_t>(std::min<std::uint64_t>(size - total, block_.size() - from));
-            std::memcpy(bytes + total, block_.data() + from, count);
-            total += count;
-            position_ += static_cast<std::int64_t>(count);
-        }
-        return total;
+        return block_.Read(position_, buffer, size, [this] { Fetch(); });
     }
     using CInputStreamImpl<IInputStream>::Read;
     void Skip(std::uint64_t count) override { position_ += static_cast<std::int64_t>(count); }
@@ -93,15 +78,14 @@ private:
     /// Little after a jump, more and more in a row.
     void Fetch() {
         constexpr std::uint32_t kFirst = 4096;
-        const bool isNext = position_ == blockAt_ + static_cast<std::int64_t>(block_.size()) && window_ > 0;
+        const bool isNext = position_ == block_.GetEnd() && window_ > 0;
         window_ = isNext ? std::min(2 * window_, kMaxBlock) : kFirst;
         CMessage question(TKind::SourceRead);
         application_->Tell(question.Put(position_).Put(window_));
         CReceived answer = application_->Hear(TKind::Source);
         const std::span<const std::uint8_t> bytes = answer.GetRest();
-        block_.assign(bytes.begin(), bytes.end());
-        blockAt_ = position_;
-        isAtEnd_ = block_.empty();
+        block_.Set(position_, bytes);
+        isAtEnd_ = bytes.empty();
     }
 
     CApplication* application_ = nullptr;
@@ -109,8 +93,7 @@ private:
     std::int64_t length_ = 0;
     std::int64_t position_ = 0;
     bool isAtEnd_ = false;
-    std::vector<std::uint8_t> block_;
-    std::int64_t blockAt_ = 0;
+    CBlockWindow block_;
     std::uint32_t window_ = 0;
 };
 

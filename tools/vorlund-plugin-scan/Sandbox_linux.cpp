@@ -20,13 +20,13 @@ namespace {
 
 #if defined(__x86_64__)
 constexpr std::uint32_t kArchitecture = AUDIT_ARCH_X86_64;
+/// From here on the numbers of another interface begin.
+constexpr std::uint32_t kOtherNumbers = 0x40000000;
 #elif defined(__i386__)
 constexpr std::uint32_t kArchitecture = AUDIT_ARCH_I386;
 #elif defined(__aarch64__)
 constexpr std::uint32_t kArchitecture = AUDIT_ARCH_AARCH64;
 #endif
-/// From here on the numbers of another interface of x86-64 begin.
-constexpr std::uint32_t kOtherNumbers = 0x40000000;
 
 constexpr std::uint32_t kWriting =
     O_WRONLY | O_RDWR | O_CREAT | O_TRUNC | O_APPEND | (static_cast<std::uint32_t>(O_TMPFILE) & ~O_DIRECTORY);
@@ -118,6 +118,9 @@ constexpr std::uint32_t kDenied[] = {
     SYS_userfaultfd,
     SYS_bpf,
     SYS_perf_event_open,
+#ifdef SYS_setrlimit
+    SYS_setrlimit,
+#endif
 #ifdef SYS_fork
     SYS_fork,
     SYS_vfork,
@@ -194,7 +197,10 @@ public:
         Return(Error(ENOSYS));
         AllowOnlyFlags(SYS_clone, 0, CLONE_THREAD);
         AllowOnlyValue(SYS_tgkill, 0, static_cast<std::uint32_t>(getpid()));
+        // Limits may be asked for and not set.
         AllowOnlyValue(SYS_prlimit64, 0, 0);
+        AllowOnlyValue(SYS_prlimit64, 2, 0);
+        AllowOnlyValue(SYS_prlimit64, 2, 0, THalf::Upper);
         Return(SECCOMP_RET_ALLOW);
     }
 
@@ -218,9 +224,10 @@ private:
     void LoadNumber() {
         Load(offsetof(seccomp_data, nr));
     }
-    /// The lower half of an argument, on systems that store it first.
-    void LoadArgument(std::size_t index) {
-        Load(offsetof(seccomp_data, args) + index * sizeof(std::uint64_t));
+    /// A half of an argument, on systems that store the lower one first.
+    enum class THalf : std::size_t { Lower = 0, Upper = 4 };
+    void LoadArgument(std::size_t index, THalf half) {
+        Load(offsetof(seccomp_data, args) + index * sizeof(std::uint64_t) + static_cast<std::size_t>(half));
     }
     void Return(std::uint32_t action) {
         Add({BPF_RET | BPF_K, 0, 0, action});
@@ -231,9 +238,10 @@ private:
     }
 
     /// Lets `jump` judge an argument of a call: it passes over the refusal, or goes on to it.
-    void Judge(std::uint32_t number, std::size_t argument, const sock_filter& jump) {
+    void Judge(std::uint32_t number, std::size_t argument, const sock_filter& jump,
+               THalf half = THalf::Lower) {
         Unless(number, 4);
-        LoadArgument(argument);
+        LoadArgument(argument, half);
         Add(jump);
         Return(Error(EPERM));
         LoadNumber();
@@ -244,8 +252,9 @@ private:
     void AllowOnlyFlags(std::uint32_t number, std::size_t argument, std::uint32_t flags) {
         Judge(number, argument, {BPF_JMP | BPF_JSET | BPF_K, 1, 0, flags});
     }
-    void AllowOnlyValue(std::uint32_t number, std::size_t argument, std::uint32_t value) {
-        Judge(number, argument, {BPF_JMP | BPF_JEQ | BPF_K, 1, 0, value});
+    void AllowOnlyValue(std::uint32_t number, std::size_t argument, std::uint32_t value,
+                        THalf half = THalf::Lower) {
+        Judge(number, argument, {BPF_JMP | BPF_JEQ | BPF_K, 1, 0, value}, half);
     }
 
     std::vector<sock_filter> code_;

@@ -10,6 +10,10 @@ void EndQuietly();
 /// A time far beyond the limit of a scan ends this process.
 void LimitTime();
 
+/// From now on this process can take so many MiB more memory, where the system has such a limit; 0 for no
+/// limit.
+void LimitMemory(unsigned int megabytes);
+
 /// From now on this process cannot do what IsolatedDecoder.h keeps from it. False when the system does not
 /// offer that.
 bool EnterSandbox();

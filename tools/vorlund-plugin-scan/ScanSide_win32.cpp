@@ -2,6 +2,7 @@
 
 #include "vorlund/api/plugins/ScanProtocol.h"
 
+#include <algorithm>
 #include <cstdint>
 
 #include <windows.h>
@@ -34,6 +35,21 @@ void EndQuietly() {
 void LimitTime() {
     // Only for the case that the job which ends this process could not be made.
     if (const HANDLE thread = CreateThread(nullptr, 0, &EndLate, nullptr, 0, nullptr)) CloseHandle(thread);
+}
+
+void LimitMemory(unsigned int megabytes) {
+    if (megabytes == 0) return;
+    // A job inside the one that ends this process. It lasts as long as the process, and without a handle
+    // nobody changes it.
+    const HANDLE job = CreateJobObjectW(nullptr, nullptr);
+    if (!job) return;
+    const std::uint64_t bytes = std::uint64_t{megabytes} << 20;
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_PROCESS_MEMORY;
+    limits.ProcessMemoryLimit = static_cast<SIZE_T>(std::min<std::uint64_t>(bytes, SIZE_MAX));
+    if (SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits)))
+        AssignProcessToJobObject(job, GetCurrentProcess());
+    CloseHandle(job);
 }
 
 bool EnterSandbox() {

@@ -4,8 +4,8 @@
 // Tries one plug-in (`CPluginStore::SetScanMode`): opens the library without any other plug-in, loads and
 // initialises the file, closes and unloads it, and tells the process that started it how far it came.
 //
-//   vorlund-plugin-scan CHANNEL --decode [FOLDER...]
-// Decodes one stream with the plug-ins of those folders (`DecodeIsolated`).
+//   vorlund-plugin-scan CHANNEL --decode MEGABYTES [FOLDER...]
+// Decodes one stream with the plug-ins of those folders and at most so much memory (`DecodeIsolated`).
 #include "Arguments.h"
 #include "DecodeSide.h"
 #include "ScanSide.h"
@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 
 using namespace vorlund;
 using namespace vorlund::pluginscan;
@@ -92,14 +93,17 @@ int Run(const std::string& channel, const char* file) {
 
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments = GetArguments(argc, argv);
-    const bool isDecoding = arguments.size() >= 2 && arguments[1] == "--decode";
+    const bool isDecoding = arguments.size() >= 3 && arguments[1] == "--decode";
     if (!isDecoding && arguments.size() != 2) {
         std::fputs("vorlund-plugin-scan tries plug-ins for the Vorlund library, which starts it\n", stderr);
         return kExitUsage;
     }
     EndQuietly();
     SilenceMessages();
-    if (isDecoding) Decode(arguments[0], {arguments.begin() + 2, arguments.end()});
+    if (isDecoding) {
+        LimitMemory(static_cast<unsigned int>(std::strtoul(arguments[2].c_str(), nullptr, 10)));
+        Decode(arguments[0], {arguments.begin() + 3, arguments.end()});
+    }
     LimitTime();
     return Run(arguments[0], arguments[1].c_str());
 }

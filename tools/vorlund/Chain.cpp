@@ -1,7 +1,6 @@
 #include "Chain.h"
 
 #include <vorlund/ClassIds.h>
-#include <vorlund/DecodeReport.h>
 #include <vorlund/Exception.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/RefPtr.h>
@@ -18,9 +17,9 @@ constexpr int kShownChunks = 16;
 
 } // namespace
 
-wstring DescribeChain(IInputStream* end) {
+wstring DescribeChain(const std::vector<TChainLink>& links) {
     wstring chain;
-    for (const TChainLink& link : ListChain(*end)) {
+    for (const TChainLink& link : links) {
         if (!chain.empty()) chain.insert(0, VRL_L(" > "));
         chain.insert(0, link.className.GetBuffer());
     }

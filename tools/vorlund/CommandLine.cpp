@@ -3,6 +3,7 @@
 #include "CommandLine.h"
 
 #include "Commands.h"
+#include "ConvertPlan.h"
 #include "Folders.h"
 #include "Listings.h"
 #include "Suggestion.h"
@@ -17,6 +18,7 @@
 #include <cstdio>
 #include <map>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -40,7 +42,9 @@ std::string CheckSize(const std::string& text) {
 }
 
 std::string CheckVideoName(const std::string& name) {
-    return IsPngName(name) || IsY4mName(name) ? "" : "needs a name that ends in .png or .y4m, not " + name;
+    return name == "-" || IsPngName(name) || IsY4mName(name)
+               ? ""
+               : "needs a name that ends in .png or .y4m, not " + name;
 }
 
 /// `size` holds the default, which the help tells.
@@ -54,6 +58,73 @@ CLI::Option* AddVideoSizeOption(CLI::App& command, TVideoSize& size) {
 }
 
 // Each adds its subcommand to the program. When the command line chooses it, `command` is set.
+
+/// A number of seconds, or "minutes:seconds", or with hours before them; nothing for other texts.
+std::optional<double> ParseTime(const std::string& text) {
+    double time = 0;
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    for (int parts = 0; parts < 3; ++parts) {
+        double part = 0;
+        const auto [next, error] = std::from_chars(at, end, part);
+        if (error != std::errc() || !(part >= 0 && part < 1e9)) return {};
+        time = time * 60 + part;
+        if (next == end) return time;
+        if (*next != ':') return {};
+        at = next + 1;
+    }
+    return {};
+}
+
+std::string CheckTime(const std::string& text) {
+    return ParseTime(text) ? "" : "needs a time like 90, 1:30 or 0:01:30.5, not " + text;
+}
+
+void AddConvertCommand(CLI::App& program, TCommand& command) {
+    const auto options = std::make_shared<TConvertOptions>();
+    TConvertTarget& target = options->target;
+    CLI::App* const convert = program.add_subcommand("convert", "Convert sound files");
+    convert->add_option("inputs", options->inputs, "Files and folders; - for standard input")->required();
+    convert
+        ->add_option("-o,--output", options->output,
+                     "File to write; a folder; a pattern in which {name} is the input's name without its "
+                     "ending; - for "
+                     "standard output")
+        ->required();
+    std::vector<std::string> types;
+    for (const TWrittenType& type : GetWrittenTypes()) types.emplace_back(type.name);
+    convert
+        ->add_option("--type", options->type, "Kind of file (default: by the ending of the output, else wav)")
+        ->check(CLI::IsMember(types))
+        ->type_name("TYPE");
+    convert->add_option("--rate", target.rate, "Frames per second")->check(CLI::Range(1u, 1000000u));
+    convert->add_option("--channels", target.channels, "Mix to this many channels, 1 to 8")
+        ->check(CLI::Range(1u, 8u));
+    convert->add_option("--bits", target.bits, "Bits of a sample: 8, 16, 24, 32 or float")
+        ->check(CLI::IsMember({"8", "16", "24", "32", "float"}))
+        ->type_name("BITS");
+    convert
+        ->add_option_function<std::string>(
+            "--from", [&target](const std::string& text) { target.from = *ParseTime(text); },
+            "Begin at this time, like 90 or 1:30")
+        ->check(CLI::Validator(&CheckTime, "TIME"));
+    convert
+        ->add_option_function<std::string>(
+            "--to", [&target](const std::string& text) { target.to = *ParseTime(text); }, "End at this time")
+        ->check(CLI::Validator(&CheckTime, "TIME"));
+    convert
+        ->add_option(
+            "--normalise", target.loudness,
+            "Bring to this loudness, in LUFS, with true peaks of at most -1 dB (needs the plug-in measure)")
+        ->check(CLI::Range(-70.0, 0.0));
+    convert->add_option("--quality", target.quality, "Of lossy files, from 0 to 1, the best");
+    convert->add_flag("--dither", target.isDithered, "Add triangular noise where bits are lost");
+    convert->add_option("--jobs", options->jobs, "Files at a time (default: as many as there are processors)")
+        ->check(CLI::Range(1u, kMaxConvertJobs));
+    convert->callback([options, &command] {
+        command = [options](CDiagnostics& diagnostics) { RunConvert(*options, diagnostics); };
+    });
+}
 
 void AddDecodeCommand(CLI::App& program, TCommand& command) {
     const auto options = std::make_shared<TDecodeOptions>();
@@ -78,6 +149,26 @@ void AddDecodeCommand(CLI::App& program, TCommand& command) {
     });
 }
 
+void AddInfoCommand(CLI::App& program, TCommand& command) {
+    const auto options = std::make_shared<TInfoOptions>();
+    CLI::App* const info = program.add_subcommand("info", "Tell what is in media files");
+    info->add_option("inputs", options->inputs, "Files to look into")->required();
+    info->add_flag("--json", options->isJson, "Print JSON for scripts instead of lines");
+    info->add_flag("--levels", options->hasLevels,
+                   "Measure peaks, loudness, silence and clipping (needs the plug-in measure)");
+    info->add_option("--picture", options->picture,
+                     "Write waveform and spectrogram of one file as a PNG file");
+    CLI::Option* const peaks =
+        info->add_option("--peaks", options->peaks,
+                         "Write the peaks of one file for web players, as JSON; - for standard output");
+    info->add_option("--points", options->points, "At most that many points of peaks (default 1000)")
+        ->check(CLI::Range(1u, kMaxPeakPoints))
+        ->needs(peaks);
+    info->callback([options, &command] {
+        command = [options](CDiagnostics& diagnostics) { RunInfo(*options, diagnostics); };
+    });
+}
+
 void AddPlasmaCommand(CLI::App& program, TCommand& command) {
     const auto options = std::make_shared<TPlasmaOptions>();
     CLI::App* const plasma =
@@ -89,7 +180,7 @@ void AddPlasmaCommand(CLI::App& program, TCommand& command) {
         ->add_option(
             "-o,--output", options->output,
             "Write numbered PNG files when the name ends in .png (plasma.png: plasma-0001.png, ...), or one "
-            "YUV4MPEG2 file when it ends in .y4m")
+            "YUV4MPEG2 file when it ends in .y4m, and to standard output when it is -")
         ->required()
         ->check(CLI::Validator(&CheckVideoName, "NAME"));
     plasma->callback([options, &command] { command = [options](CDiagnostics&) { RunPlasma(*options); }; });
@@ -107,9 +198,49 @@ void AddRandomCommand(CLI::App& program, TCommand& command) {
         ->add_option("--repeat", options->repeat,
                      "How many bytes in a row share a value, 1 to 65536 (default 1)")
         ->check(CLI::Range(1u, kMaxRandomRepeat));
-    random->add_option("-o,--output", options->output,
-                       "Write the bytes to this file; - for standard output, which is the default");
+    random->add_option(
+        "-o,--output", options->output,
+        "Write the bytes to this file, as a WAV file of 8 bits when its name ends in .wav; - for standard "
+        "output, which is the default");
     random->callback([options, &command] { command = [options](CDiagnostics&) { RunRandom(*options); }; });
+}
+
+void AddRepairCommand(CLI::App& program, TCommand& command) {
+    const auto options = std::make_shared<TRepairOptions>();
+    CLI::App* const repair =
+        program.add_subcommand("repair", "Mend the sizes in WAV files, without touching the sound");
+    repair->add_option("files", options->files, "Files to mend")->required();
+    repair->add_flag("--dry-run", options->isTrial,
+                     "Only tell what is wrong; the exit code is 1 when something is");
+    repair->callback([options, &command] {
+        command = [options](CDiagnostics& diagnostics) { RunRepair(*options, diagnostics); };
+    });
+}
+
+void AddTagCommand(CLI::App& program, TCommand& command) {
+    const auto options = std::make_shared<TTagOptions>();
+    CLI::App* const tag =
+        program.add_subcommand("tag", "Show and change the metadata of a WAV file, without moving the sound");
+    tag->add_option("file", options->file, "File to show or change")->required();
+    tag->add_option_function<std::vector<std::string>>(
+           "--set",
+           [options](const std::vector<std::string>& texts) {
+               for (const std::string& text : texts)
+                   options->changes.push_back(
+                       {text.substr(0, text.find('=')), text.substr(text.find('=') + 1)});
+           },
+           "Set a text of INFO (INAM=Title, IART=Artist) or of bext (description=...); may be given several "
+           "times")
+        ->check(CLI::Validator(&CheckTagChange, "KEY=TEXT"))
+        ->type_size(1)
+        ->allow_extra_args(false);
+    tag->add_option("--remove", options->removed,
+                    "Remove a text of INFO, or all of INFO, bext or cue; may be given several times")
+        ->type_name("KEY")
+        ->allow_extra_args(false);
+    tag->callback([options, &command] {
+        command = [options](CDiagnostics& diagnostics) { RunTag(*options, diagnostics); };
+    });
 }
 
 void AddWindowCommand(CLI::App& program, TCommandLine& line) {
@@ -225,10 +356,14 @@ TCommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
                  "Decode in a process that can write no file and use no network");
     AddListing(app, line, "classes", "List the classes that objects can be made of", &RunClasses);
     AddListing(app, line, "codecs", "List the decoders, and who reads which kind of file", &RunCodecs);
+    AddConvertCommand(app, line.command);
     AddDecodeCommand(app, line.command);
+    AddInfoCommand(app, line.command);
     AddPlasmaCommand(app, line.command);
     AddListing(app, line, "plugins", "List the plug-ins, and why others are not loaded", &RunPlugins);
     AddRandomCommand(app, line.command);
+    AddRepairCommand(app, line.command);
+    AddTagCommand(app, line.command);
     AddWindowCommand(app, line);
     // Behind the commands, which would take it over.
     app.footer("FILE alone is decoded. These options may stand behind the command too.");

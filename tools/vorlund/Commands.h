@@ -2,13 +2,32 @@
 // library open; it raises `TProgramError` and the library's exceptions. File names are UTF-8.
 #pragma once
 
+#include "ConvertFile.h"
 #include "PcmPipeline.h"
 #include "VideoSize.h"
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 class CDiagnostics;
+
+struct TConvertOptions {
+    /// Files and folders; "-" for the standard input.
+    std::vector<std::string> inputs;
+    /// As `MakeConvertPlan` takes it.
+    std::string output;
+    std::string type;
+    TConvertTarget target = {};
+    /// Files at a time; 0 for as many as there are processors.
+    std::uint32_t jobs = 0;
+};
+
+constexpr std::uint32_t kMaxConvertJobs = 256;
+
+/// Converts sound files at true scale. A file that fails is told of, the others are converted all the same,
+/// and the command fails at its end. No partial output is left behind.
+void RunConvert(const TConvertOptions& options, CDiagnostics& diagnostics);
 
 struct TDecodeOptions {
     std::string input;
@@ -22,11 +41,28 @@ struct TDecodeOptions {
 /// left behind.
 void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics);
 
+struct TInfoOptions {
+    std::vector<std::string> inputs;
+    bool isJson = false;
+    bool hasLevels = false;
+    /// Names of files, or "-"; empty for none.
+    std::string picture;
+    std::string peaks;
+    /// 1 to `kMaxPeakPoints`.
+    std::uint32_t points = 1000;
+};
+
+constexpr std::uint32_t kMaxPeakPoints = 1000000;
+
+/// Tells what is in media files, without writing anything but what is asked for. A file that cannot be
+/// decoded is told of, and the command fails at its end.
+void RunInfo(const TInfoOptions& options, CDiagnostics& diagnostics);
+
 struct TPlasmaOptions {
     TVideoSize size{400, 300};
     /// 1 to `kMaxPlasmaFrames`; one second.
     std::uint32_t frames = 30;
-    /// Ends in ".png" or ".y4m".
+    /// Ends in ".png" or ".y4m", or is "-".
     std::string output;
 };
 
@@ -43,7 +79,7 @@ struct TRandomOptions {
     std::uint32_t seed = 0;
     /// 1 to `kMaxRandomRepeat`.
     std::uint32_t repeat = 1;
-    /// "-": the standard output.
+    /// "-": the standard output. A WAV file of 8 bits, mono, 44,100 Hz, when it ends in ".wav".
     std::string output = "-";
 };
 
@@ -61,3 +97,31 @@ struct TWindowOptions {
 
 /// The plasma generator, live, or a file, through the first video device.
 void RunWindow(const TWindowOptions& options, CDiagnostics& diagnostics);
+
+struct TRepairOptions {
+    std::vector<std::string> files;
+    /// Only tells what is wrong; a failure when something is.
+    bool isTrial = false;
+};
+
+/// Mends the sizes in WAV files, and says what it changed.
+void RunRepair(const TRepairOptions& options, const CDiagnostics& diagnostics);
+
+struct TTagChange {
+    std::string key;
+    std::string text;
+};
+
+struct TTagOptions {
+    std::string file;
+    /// Removed first, then set.
+    std::vector<std::string> removed;
+    std::vector<TTagChange> changes;
+};
+
+/// What is wrong with the key of a tag, or with "KEY=TEXT"; empty when nothing is.
+std::string CheckTagKey(const std::string& key);
+std::string CheckTagChange(const std::string& text);
+
+/// Changes the metadata of a WAV file where something is to be changed, and shows them.
+void RunTag(const TTagOptions& options, const CDiagnostics& diagnostics);

@@ -22,8 +22,8 @@
 #include <cinttypes>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
 using namespace vorlund;
@@ -31,14 +31,6 @@ using namespace vorlund;
 namespace {
 
 constexpr std::size_t kBlockSize = 64 * 1024;
-
-/// Raises when the file below `stream` could not be read.
-void CheckReading(IInputStream& stream, const wstring& path) {
-    const std::uint32_t error = GetReadError(stream);
-    if (error == 0) return;
-    const std::string reason = std::system_category().message(static_cast<int>(error));
-    throw TProgramError{VRL_L("Cannot read '") + path + VRL_L("': ") + PathFromUtf8(reason.c_str())};
-}
 
 /// What other decoders of the same container object to, behind what the one does that got furthest.
 wstring DescribeOthers(const CDecodeReport& report, const TDecodeEntry& furthest) {
@@ -99,6 +91,13 @@ CRefPtr<IInputStream> OpenDecoded(const CInputStreamSelector& source, const wstr
     }
 }
 
+/// The bytes that will come, when that is known: streams that do not know it say 0.
+std::optional<std::uint64_t> GetLength(const CPcmPipeline& pcm, IInputStream& decoded) {
+    const std::int64_t length = pcm.GetEnd().GetLength();
+    if (length > 0) return static_cast<std::uint64_t>(length);
+    return decoded.GetLength() > 0 || decoded.Eof() ? std::optional<std::uint64_t>(0) : std::nullopt;
+}
+
 /// Reads the stream to its end; returns the bytes read.
 std::uint64_t Copy(CPcmPipeline& from, COutputFile& to) {
     const std::int64_t length = from.GetEnd().GetLength();
@@ -152,10 +151,10 @@ void RunDecode(const TDecodeOptions& options, CDiagnostics& diagnostics) {
         const auto decoded = OpenDecoded(source, path);
         CPcmPipeline pcm(decoded, options.target, path);
         format = pcm.GetFormat();
-        output = COutputFile::Create(options.output, options.raw, format);
+        output = COutputFile::Create(options.output, options.raw, format, GetLength(pcm, *decoded));
         bytes = Copy(pcm, *output);
         CheckWhole(pcm, *decoded, *source.GetInputStreamTmp(), bytes, path);
-        chain = DescribeChain(&pcm.GetEnd());
+        chain = DescribeChain(ListChain(pcm.GetEnd()));
     }
     const wstring chunks = DescribeChunks(path.c_str());
     output->Finish();

@@ -1,9 +1,13 @@
 #include "Decoding.h"
 
+#include "Diagnostics.h"
+
 #include <vorlund/IsolatedDecoder.h>
 #include <vorlund/Path.h>
+#include <vorlund/StreamErrors.h>
 
 #include <optional>
+#include <system_error>
 #include <utility>
 
 using namespace vorlund;
@@ -35,4 +39,11 @@ CRefPtr<IInputStream> DecodeSource(const CInputStreamSelector& source, const CId
     return CRefPtr<IInputStream>::Adopt(
         DecodeIsolated(source.GetInputStreamTmp(), format,
                        {.folders = folders, .withInstalled = !apart->areOthersForgotten, .report = &report}));
+}
+
+void CheckReading(IInputStream& stream, const wstring& path) {
+    const std::uint32_t error = GetReadError(stream);
+    if (error == 0) return;
+    const std::string reason = std::system_category().message(static_cast<int>(error));
+    throw TProgramError{VRL_L("Cannot read '") + path + VRL_L("': ") + PathFromUtf8(reason.c_str())};
 }

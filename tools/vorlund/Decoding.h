@@ -17,3 +17,6 @@ void IsolateDecoders(const std::vector<std::string>& folders, bool areOthersForg
 vorlund::CRefPtr<vorlund::IInputStream> DecodeSource(const vorlund::CInputStreamSelector& source,
                                                      const vorlund::CId& format,
                                                      vorlund::CDecodeReport& report);
+
+/// Raises `TProgramError` when the file below `stream` could not be read; `path` is its name.
+void CheckReading(vorlund::IInputStream& stream, const vorlund::wstring& path);

@@ -27,6 +27,10 @@ void CDiagnostics::PrintField(const char* label, const std::string& value) const
     CDebug::PrintMessage(report_, VRL_L("%-9S %S"), label, value.c_str());
 }
 
+void CDiagnostics::PrintBreak() const {
+    CDebug::PrintMessage(report_, VRL_L(""));
+}
+
 void CDiagnostics::PrintError(const wchar* text) const {
     CDebug::PrintMessage(DEBUG_MESSAGE_STDERR, VRL_L("vorlund: %s"), text);
 }

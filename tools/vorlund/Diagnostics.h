@@ -26,6 +26,9 @@ public:
     void PrintField(const char* label, const vorlund::wstring& value) const;
     void PrintField(const char* label, const std::string& value) const;
 
+    /// Prints an empty line of the report.
+    void PrintBreak() const;
+
     /// Prints one line on the standard error stream.
     void PrintError(const vorlund::wchar* text) const;
 

@@ -1,6 +1,9 @@
 #include "JsonWriter.h"
 
+#include <charconv>
+#include <cmath>
 #include <cstdio>
+#include <iterator>
 
 using namespace vorlund;
 
@@ -41,6 +44,14 @@ CJsonWriter& CJsonWriter::Text(const char* ascii) {
 CJsonWriter& CJsonWriter::Number(std::int64_t value) {
     Separate();
     text_ += std::to_string(value);
+    return *this;
+}
+
+CJsonWriter& CJsonWriter::Real(double value) {
+    if (!std::isfinite(value)) return Null();
+    Separate();
+    char text[32];
+    text_.append(text, std::to_chars(text, std::end(text), value).ptr);
     return *this;
 }
 

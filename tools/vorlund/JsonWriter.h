@@ -20,6 +20,8 @@ public:
     CJsonWriter& Text(const vorlund::wchar* text);
     CJsonWriter& Text(const char* ascii);
     CJsonWriter& Number(std::int64_t value);
+    /// With all its digits; null for what is not finite, which JSON cannot say.
+    CJsonWriter& Real(double value);
     CJsonWriter& Flag(bool value);
     CJsonWriter& Null();
 

@@ -4,6 +4,7 @@
 #include "PluginTexts.h"
 #include "Table.h"
 
+#include <vorlund/AudioEncoder.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/DecodeReport.h>
 #include <vorlund/ObjectEnumerator.h>
@@ -32,6 +33,11 @@ wstring DescribeFormat(const CId& id) {
     if (id == TDataFormat_AudioPcm::FormatId) return VRL_L("audio PCM");
     if (id == TDataFormat_ImageRgb::FormatId) return VRL_L("image RGB");
     if (id == TDataFormat_VideoRgb::FormatId) return VRL_L("video RGB");
+    if (id == SOUND_FILE_AIFF) return VRL_L("AIFF");
+    if (id == SOUND_FILE_FLAC) return VRL_L("FLAC");
+    if (id == SOUND_FILE_MP3) return VRL_L("MP3");
+    if (id == SOUND_FILE_OGG_OPUS) return VRL_L("Ogg Opus");
+    if (id == SOUND_FILE_OGG_VORBIS) return VRL_L("Ogg Vorbis");
     return id.ToString();
 }
 

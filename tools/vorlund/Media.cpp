@@ -3,6 +3,8 @@
 #include "Decoding.h"
 #include "Diagnostics.h"
 
+#include "../../plugins/support/PixelForm.h"
+
 #include <vorlund/DecodeReport.h>
 #include <vorlund/DecoderSupport.h>
 #include <vorlund/Exception.h>
@@ -67,7 +69,7 @@ CRefPtr<IInputStream> OpenMedia(const wstring& path) {
 
 TShownPicture ReadPicture(IInputStream& stream) {
     const auto& format = static_cast<const TDataFormat_ImageRgb&>(stream.GetFormat());
-    if (format.pixelFormat != kShownPixels)
+    if (format.pixelFormat != kPixelForm)
         throw TProgramError{VRL_L("The picture has pixels of an unknown form")};
     std::vector<std::uint32_t> row(format.width);
     const std::uint32_t factor =

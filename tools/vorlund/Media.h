@@ -1,7 +1,6 @@
 // Pictures and videos out of files, ready to be shown.
 #pragma once
 
-#include <vorlund/DataFormat.h>
 #include <vorlund/RefPtr.h>
 #include <vorlund/Stream.h>
 
@@ -17,18 +16,7 @@ vorlund::CRefPtr<vorlund::IInputStream> OpenMedia(const vorlund::wstring& path);
 constexpr std::uint32_t kMaxShownWidth = 1920;
 constexpr std::uint32_t kMaxShownHeight = 1080;
 
-/// Blue in the lowest byte of a pixel, then green, red and alpha.
-constexpr vorlund::TPixelFormat kShownPixels{.bitsPerPixel = 32,
-                                             .alphaBits = 8,
-                                             .alphaShift = 24,
-                                             .redBits = 8,
-                                             .redShift = 16,
-                                             .greenBits = 8,
-                                             .greenShift = 8,
-                                             .blueBits = 8,
-                                             .blueShift = 0};
-
-/// A picture as it is shown: pixels of `kShownPixels` without alpha.
+/// A picture as it is shown: pixels of `kPixelForm` (plugins/support/PixelForm.h) without alpha.
 struct TShownPicture {
     std::uint32_t width = 0;
     std::uint32_t height = 0;

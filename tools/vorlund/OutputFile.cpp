@@ -1,23 +1,53 @@
 #include "OutputFile.h"
 
 #include "Diagnostics.h"
+#include "FileNames.h"
 #include "Terminal.h"
-#include "WavHeader.h"
 
 #include <vorlund/Path.h>
+#include <vorlund/RefPtr.h>
+#include <vorlund/StreamImpl.h>
+#include <vorlund/WavWriter.h>
 
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <utility>
 
 using namespace vorlund;
 namespace fs = std::filesystem;
 
 namespace {
 
+// The streams of outputs are parts of them. Objects that count as such must be made through the class store,
+// where several files are written at a time: the counter of objects takes no lock.
+
+/// The output as a stream without positions.
+class CPlainStream final : public COutputStreamImpl<IOutputStream> {
+public:
+    explicit CPlainStream(COutputFile& file) : output(&file) {}
+
+    COutputFile* output;
+
+    std::uint32_t GetCapabilities() override { return STREAM_CAPABILITY_WRITE; }
+    void Write(const void* bytes, std::uint64_t count) override { output->Write(bytes, count); }
+};
+
+class CNowhere final : public COutputFile {
+public:
+    void Write(const void*, std::uint64_t) override {}
+    CRefPtr<IOutputStream> OpenStream() override { return CRefPtr<IOutputStream>::Share(&stream_); }
+    void Finish() override {}
+    void Keep() override {}
+
+private:
+    CPlainStream stream_{*this};
+};
+
 class CStandardOutput final : public COutputFile {
 public:
+    CRefPtr<IOutputStream> OpenStream() override { return CRefPtr<IOutputStream>::Share(&stream_); }
+    void Keep() override {}
     void Write(const void* bytes, std::uint64_t count) override {
         if (std::fwrite(bytes, 1, static_cast<std::size_t>(count), file_) != count) Fail();
     }
@@ -29,29 +59,86 @@ private:
     [[noreturn]] static void Fail() { throw TProgramError{VRL_L("Cannot write to the standard output")}; }
 
     std::FILE* file_ = GetBinaryOutput();
+    CPlainStream stream_{*this};
 };
 
-fs::path ToPath(const std::string& name) {
-    return {std::u8string(name.begin(), name.end())};
+/// Links count for what they lead to, which may not be there yet.
+fs::path FindTarget(fs::path path) {
+    constexpr int kMostLinks = 40;
+    std::error_code error;
+    for (int i = 0; i < kMostLinks && fs::is_symlink(path, error); ++i) {
+        const fs::path next = fs::read_symlink(path, error);
+        if (error) break;
+        path = path.parent_path() / next;
+    }
+    return path;
 }
 
-std::string ToUtf8(const fs::path& path) {
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
+/// Names such as "NUL" are devices of Windows in every folder, of which its file status knows nothing.
+bool IsDeviceOfWindows(const fs::path& path) {
+    std::error_code none;
+    return fs::absolute(path, none).native().starts_with(fs::path("\\\\.\\").native());
 }
+
+/// A name beside the target that nothing has.
+fs::path FindFreeName(const fs::path& target) {
+    std::error_code none;
+    for (int number = 1;; ++number) {
+        fs::path name = target;
+        name += ".part";
+        if (number > 1) name += std::to_string(number);
+        if (!fs::exists(fs::symlink_status(name, none))) return name;
+    }
+}
+
+/// The file as the library's writer sees it.
+class CFileStream final : public COutputStreamImpl<IOutputStream> {
+public:
+    /// Lives as long as the stream.
+    std::ofstream* file = nullptr;
+    bool hasPositions = true;
+    std::function<void()> check;
+
+    std::uint32_t GetCapabilities() override {
+        return hasPositions ? COutputStreamImpl::GetCapabilities() : STREAM_CAPABILITY_WRITE;
+    }
+    std::int64_t GetLength() override {
+        const std::int64_t position = Tell();
+        file->seekp(0, std::ios::end);
+        const std::int64_t length = Tell();
+        Seek(position);
+        return length;
+    }
+    void Flush() override {
+        file->flush();
+        check();
+    }
+    void Seek(std::int64_t position) override {
+        file->seekp(position);
+        check();
+    }
+    std::int64_t Tell() override { return file->tellp(); }
+    void Write(const void* bytes, std::uint64_t count) override {
+        file->write(static_cast<const char*>(bytes), static_cast<std::streamsize>(count));
+        check();
+    }
+};
 
 /// Writes beside the file that was asked for and takes its place at the end, so that a failure leaves no
 /// partial file and spares what was there; devices and the like are written directly.
 class CDiskFile final : public COutputFile {
 public:
-    CDiskFile(const std::string& name, bool hasHeader, const TDataFormat_AudioPcm& format)
-        : target_(ToPath(name)), written_(target_), hasHeader_(hasHeader), format_(format) {
+    explicit CDiskFile(const std::string& name)
+        : name_(name), target_(FindTarget(ToPath(name))), written_(target_) {
         std::error_code none;
         const fs::file_status status = fs::status(target_, none);
-        isDirect_ = fs::exists(status) && !fs::is_regular_file(status);
-        if (!isDirect_) written_ += ".part";
+        // A link that leads to itself is for the system to refuse.
+        isDirect_ = (fs::exists(status) && !fs::is_regular_file(status)) || fs::is_symlink(target_, none) ||
+                    IsDeviceOfWindows(target_);
+        if (!isDirect_) written_ = FindFreeName(target_);
     }
     ~CDiskFile() override {
+        writer_.reset();
         // Without memory for its buffer, the file is there and yet opening it fails.
         if (isDirect_ || !(isUnwanted_ || file_.is_open())) return;
         file_.close();
@@ -64,23 +151,34 @@ public:
         file_.open(written_, std::ios::binary | std::ios::trunc);
         Check();
         isUnwanted_ = true;
-        if (hasHeader_) WriteHeader();
+    }
+
+    /// The file is a WAV file.
+    void BeginWav(const TDataFormat_AudioPcm& format, std::optional<std::uint64_t> length) {
+        const auto stream = OpenStream();
+        TWavWriterFormat written(format);
+        // The library's own decoder reads it.
+        written.description = WAV_DESCRIPTION_PLAIN;
+        TWavWriterOptions options;
+        options.length = length;
+        options.canGrow = !length;
+        writer_ = std::make_unique<CWavWriter>(stream.Get(), written, options);
     }
 
     void Write(const void* bytes, std::uint64_t count) override {
+        if (writer_) return writer_->Write(bytes, count);
         file_.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(count));
-        count_ += count;
         Check();
     }
+    CRefPtr<IOutputStream> OpenStream() override {
+        stream_.file = &file_;
+        // A device gets its final header at once.
+        stream_.hasPositions = !isDirect_;
+        stream_.check = [this] { Check(); };
+        return CRefPtr<IOutputStream>::Share(&stream_);
+    }
     void Finish() override {
-        if (hasHeader_) {
-            if (count_ % 2 != 0) file_.put('\0');
-            // A device cannot seek back: it keeps the header of an empty file.
-            if (!isDirect_) {
-                file_.seekp(0);
-                WriteHeader();
-            }
-        }
+        if (writer_) writer_->Finish();
         file_.close();
         Check();
     }
@@ -92,42 +190,34 @@ public:
     }
 
 private:
-    void WriteHeader() {
-        const auto header = MakeWavHeader(format_, count_);
-        file_.write(reinterpret_cast<const char*>(header.data()), header.size());
-    }
     void Check() const {
         if (!file_) Fail();
     }
     [[noreturn]] void Fail() const {
-        throw TProgramError{VRL_L("Cannot write '") + PathFromUtf8(ToUtf8(target_).c_str()) + VRL_L("'")};
+        throw TProgramError{VRL_L("Cannot write '") + PathFromUtf8(name_.c_str()) + VRL_L("'")};
     }
 
+    const std::string name_;
     const fs::path target_;
     fs::path written_;
-    const bool hasHeader_;
-    const TDataFormat_AudioPcm format_;
     std::ofstream file_;
+    CFileStream stream_;
+    /// Writes into `file_`, unless that has raw bytes.
+    std::unique_ptr<CWavWriter> writer_;
     bool isDirect_ = false;
     /// The file is there and does not stay.
     bool isUnwanted_ = false;
-    std::uint64_t count_ = 0;
 };
-
-bool IsWavName(const std::string& name) {
-    std::string extension = ToPath(name).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char unit) { return static_cast<char>(std::tolower(unit)); });
-    return extension == ".wav";
-}
 
 } // namespace
 
 std::unique_ptr<COutputFile> COutputFile::Create(const std::string& name, bool raw,
-                                                 const TDataFormat_AudioPcm& format) {
-    if (name.empty()) return std::make_unique<COutputFile>();
+                                                 const TDataFormat_AudioPcm& format,
+                                                 std::optional<std::uint64_t> length) {
+    if (name.empty()) return std::make_unique<CNowhere>();
     if (name == "-") return std::make_unique<CStandardOutput>();
-    auto file = std::make_unique<CDiskFile>(name, !raw && IsWavName(name), format);
+    auto file = std::make_unique<CDiskFile>(name);
     file->Open();
+    if (!raw && GetEnding(name) == "wav") file->BeginWav(format, length);
     return file;
 }

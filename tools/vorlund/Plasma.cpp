@@ -47,6 +47,7 @@ void RunPlasma(const TPlasmaOptions& options) {
 
     std::vector<std::uint32_t> frame(std::size_t{size.width} * size.height);
     const std::uint64_t frameSize = frame.size() * sizeof frame[0];
+    // The standard output takes a video.
     const auto output = IsPngName(options.output)
                             ? MakePngFrames(options.output, size.width, size.height, options.frames)
                             : MakeY4mFrames(options.output, size.width, size.height);

@@ -4,8 +4,8 @@
 #include <chrono>
 #include <cstdint>
 
-/// Draws on the standard error stream when that is a terminal and the job has run for a while; cleans up
-/// after itself.
+/// Draws share, rate and time left on the standard error stream when that is a terminal and the job has run
+/// for a while; cleans up after itself.
 class CProgress {
 public:
     /// \param total  bytes of the whole job, 0 when unknown
@@ -23,5 +23,6 @@ private:
     std::uint64_t total_;
     bool isEnabled_;
     bool isShown_ = false;
+    TClock::time_point begin_;
     TClock::time_point next_;
 };

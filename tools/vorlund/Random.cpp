@@ -19,7 +19,9 @@ using namespace vorlund;
 void RunRandom(const TRandomOptions& options) {
     const auto generator = CreateAs<IRandomGenerator>(classid::CRandomGenerator);
     generator->SetSeed(options.seed)->SetRepeatCount(options.repeat);
-    const auto output = COutputFile::Create(options.output, true, {});
+    // A byte is a sample.
+    const TDataFormat_AudioPcm format(SAMPLE_FORMAT_8BIT, 1, 44100);
+    const auto output = COutputFile::Create(options.output, false, format, options.count);
     CProgress progress(options.count);
     const CInterrupt interrupt;
     // Whole runs, because each read begins a new one.

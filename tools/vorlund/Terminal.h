@@ -11,5 +11,8 @@ void PrepareStandardStreams();
 /// True when the standard error stream is a terminal.
 bool IsErrorTerminal();
 
+/// The standard input, switched to read bytes as they are.
+std::FILE* GetBinaryInput();
+
 /// The standard output, switched to write bytes as they are.
 std::FILE* GetBinaryOutput();

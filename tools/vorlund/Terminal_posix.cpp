@@ -19,6 +19,10 @@ bool IsErrorTerminal() {
     return isatty(STDERR_FILENO) != 0;
 }
 
+std::FILE* GetBinaryInput() {
+    return stdin;
+}
+
 std::FILE* GetBinaryOutput() {
     return stdout;
 }

@@ -12,6 +12,11 @@ bool IsErrorTerminal() {
     return _isatty(_fileno(stderr)) != 0;
 }
 
+std::FILE* GetBinaryInput() {
+    _setmode(_fileno(stdin), _O_BINARY);
+    return stdin;
+}
+
 std::FILE* GetBinaryOutput() {
     _setmode(_fileno(stdout), _O_BINARY);
     return stdout;

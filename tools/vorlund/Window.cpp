@@ -5,6 +5,8 @@
 #include "Interrupt.h"
 #include "Media.h"
 
+#include "../../plugins/support/PixelForm.h"
+
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/DecoderSupport.h>
@@ -103,7 +105,7 @@ TShowing ShowPicture(const TShownPicture& picture, const wstring& title) {
                          std::memcpy(frame, pixels.data(), pixels.size() * sizeof pixels[0]);
                          return true;
                      }};
-    showing.format.image.pixelFormat = kShownPixels;
+    showing.format.image.pixelFormat = kPixelForm;
     showing.format.frameRate = kPictureRate;
     showing.format.image.width = picture.width;
     showing.format.image.height = picture.height;

@@ -4,11 +4,11 @@
 #include "Decoding.h"
 #include "Diagnostics.h"
 #include "Folders.h"
+#include "OpenCauses.h"
 #include "PluginTexts.h"
 #include "Terminal.h"
 
 #include <vorlund/Exception.h>
-#include <vorlund/StreamErrors.h>
 #include <vorlund/Vorlund.h>
 
 #include <cstdio>
@@ -18,7 +18,6 @@
 #include <iostream>
 #include <new>
 #include <string>
-#include <string_view>
 #include <typeinfo>
 #include <vector>
 
@@ -73,37 +72,6 @@ public:
     /// Raises what a plug-in raises that cannot be closed.
     void Close() { vorlund::v.Close(); }
 };
-
-/// What to do about it, behind why.
-const vorlund::wchar* AdviseOn(vorlund::TOpenCause cause) {
-    switch (cause) {
-    case vorlund::OPEN_CAUSE_MISSING:
-    case vorlund::OPEN_CAUSE_NAME:
-        return VRL_L("; check the name");
-    case vorlund::OPEN_CAUSE_FOLDER:
-        return VRL_L("; name a file in it");
-    case vorlund::OPEN_CAUSE_NOT_PERMITTED:
-        return VRL_L("; change its permissions, or ask its owner");
-    case vorlund::OPEN_CAUSE_BUSY:
-        return VRL_L("; close the program that uses it");
-    case vorlund::OPEN_CAUSE_NO_POSITIONS:
-        return VRL_L("; save its data to a file first");
-    case vorlund::OPEN_CAUSE_TOO_MANY_FILES:
-        return VRL_L("; close other programs");
-    case vorlund::OPEN_CAUSE_NONE:
-    case vorlund::OPEN_CAUSE_OTHER:
-        break;
-    }
-    return VRL_L("");
-}
-
-/// Why a file stream could not be opened, behind what the exception says; nothing for other exceptions.
-vorlund::wstring DescribeCause(const vorlund::CFileAccessException& error) {
-    const std::basic_string_view<vorlund::wchar> method = error.GetMethod();
-    if (!method.ends_with(VRL_L("putStream::Open"))) return {};
-    const vorlund::TOpenCause cause = vorlund::GetOpenFailure().cause;
-    return vorlund::wstring(VRL_L(": ")) + vorlund::DescribeOpenCause(cause) + AdviseOn(cause);
-}
 
 /// Calls `act`; a failure becomes one line and an exit code.
 template <class TAct> int Report(const CDiagnostics& diagnostics, TAct act) {
