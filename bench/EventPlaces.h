@@ -22,6 +22,8 @@ double ProcessorSeconds();
 /// on; 0 on systems without one.
 class CBareTicks {
 public:
+    static const bool kIsThere;
+
     CBareTicks();
     CBareTicks(const CBareTicks&) = delete;
     CBareTicks& operator=(const CBareTicks&) = delete;

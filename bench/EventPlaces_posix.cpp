@@ -26,6 +26,7 @@ double ProcessorSeconds() {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
+const bool CBareTicks::kIsThere = false;
 CBareTicks::CBareTicks() = default;
 CBareTicks::~CBareTicks() = default;
 

@@ -23,6 +23,8 @@ double ProcessorSeconds() {
     return seconds(kernel) + seconds(user);
 }
 
+const bool CBareTicks::kIsThere = true;
+
 CBareTicks::CBareTicks() : tick_(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {
     timeBeginPeriod(1);
     timer_ = timeSetEvent(1, 1, reinterpret_cast<LPTIMECALLBACK>(tick_), 0,

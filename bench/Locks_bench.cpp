@@ -1,8 +1,5 @@
 // The two locks beside what an application would use instead: the standard library's, Qt's and GLib's
-// recursive locks, and Qt's recursive read/write lock. One benchmark per use and lock; run them interleaved
-// and compare medians:
-//   bench_locks --benchmark_repetitions=11 --benchmark_enable_random_interleaving=true
-//               --benchmark_report_aggregates_only=true
+// recursive locks, and both kinds of Qt's read/write lock. One benchmark per use and lock.
 // A time is that of one pair of lock and unlock. With two threads it is the wall time in which one of them
 // makes a pair while the other does the same.
 #include <vorlund/BinaryLock.h>
@@ -76,6 +73,15 @@ struct TQtReadWrite {
     void LockWrite() { lock.lockForWrite(); }
     void Unlock() { lock.unlock(); }
     QReadWriteLock lock{QReadWriteLock::Recursive};
+};
+
+/// The kind that does not nest, and that the rows without nesting may use.
+struct TQtPlainReadWrite {
+    static constexpr const char* kName = "qt not recursive";
+    void LockRead() { lock.lockForRead(); }
+    void LockWrite() { lock.lockForWrite(); }
+    void Unlock() { lock.unlock(); }
+    QReadWriteLock lock{QReadWriteLock::NonRecursive};
 };
 #endif
 
@@ -196,11 +202,13 @@ template <class TLock> void RegisterLock() {
         ->UseRealTime();
 }
 
-template <class TLock> void RegisterReadWriteLock() {
+template <class TLock, bool kNests = true> void RegisterReadWriteLock() {
     benchmark::RegisterBenchmark(NameOf<TLock>("rw/read").c_str(), Read<TLock>);
     benchmark::RegisterBenchmark(NameOf<TLock>("rw/write").c_str(), Write<TLock>);
-    benchmark::RegisterBenchmark(NameOf<TLock>("rw/nested_read").c_str(), NestedRead<TLock>);
-    benchmark::RegisterBenchmark(NameOf<TLock>("rw/nested_write").c_str(), NestedWrite<TLock>);
+    if constexpr (kNests) {
+        benchmark::RegisterBenchmark(NameOf<TLock>("rw/nested_read").c_str(), NestedRead<TLock>);
+        benchmark::RegisterBenchmark(NameOf<TLock>("rw/nested_write").c_str(), NestedWrite<TLock>);
+    }
     benchmark::RegisterBenchmark(NameOf<TLock>("rw/two_readers").c_str(), Read<TLock>)
         ->Threads(2)
         ->UseRealTime();
@@ -224,6 +232,7 @@ int main(int argc, char** argv) {
 #if defined(VORLUND_BENCH_QT)
     RegisterLock<TQt>();
     RegisterReadWriteLock<TQtReadWrite>();
+    RegisterReadWriteLock<TQtPlainReadWrite, false>();
 #else
     benchmark::AddCustomContext("qt", "not there when this was built, left out");
 #endif

@@ -1,5 +1,6 @@
-// CMatrix and CVector against glm and Eigen, in single precision and in double. Names are operation/who; each
-// iteration works through 64 matrices and counts them as items, "chain" feeds each result into the next.
+// CMatrix and CVector against glm and Eigen, in single precision and in double, plain and with SIMD. Names
+// are operation/who; each iteration works through 64 matrices and counts them as items, "chain" feeds each
+// result into the next.
 #include <vorlund/Matrix.h>
 
 #include <benchmark/benchmark.h>
@@ -152,6 +153,8 @@ template <class T> void RegisterFor(const std::string& who) {
     add("transform/", [](const D& d, std::size_t i) { return T::Transform(d.points[i], d.b[i]); });
     // Many points by one matrix.
     add("points/", [](const D& d, std::size_t i) { return T::Transform(d.points[i], d.b[0]); });
+    // Many matrices by one.
+    add("products/", [](const D& d, std::size_t i) { return T::Product(d.a[i], d.b[0]); });
     add("inverse/", [](const D& d, std::size_t i) { return T::Inverse(d.a[i]); });
     add("determinant/", [](const D& d, std::size_t i) { return T::Determinant(d.a[i]); });
     add("rotation/", [](const D& d, std::size_t i) {
@@ -159,20 +162,66 @@ template <class T> void RegisterFor(const std::string& who) {
     });
 }
 
-} // namespace
+/// The rows "points" and "products" by one call for all.
+template <class TOperate> void RegisterArray(const char* name, TOperate operate) {
+    benchmark::RegisterBenchmark(name, [operate](benchmark::State& state) {
+        const TData<TVorlund> data;
+        for (auto _ : state) {
+            operate(data);
+            benchmark::ClobberMemory();
+        }
+        state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kCount));
+    });
+}
 
-int main(int argc, char** argv) {
-    RegisterFor<TVorlund>("vorlund");
+[[maybe_unused]] void RegisterArrays() {
+    using D = TData<TVorlund>;
+    RegisterArray("points/vorlund Transform", [](const D& d) {
+        static std::array<TVorlund::TVector, kCount> results;
+        d.b[0].Transform(d.points.data(), results.data(), kCount);
+        benchmark::DoNotOptimize(results.data());
+    });
+    RegisterArray("products/vorlund Multiply", [](const D& d) {
+        static std::array<TVorlund::TMatrix, kCount> results;
+        d.b[0].Multiply(d.a.data(), results.data(), kCount);
+        benchmark::DoNotOptimize(results.data());
+    });
+}
+
+/// The peers as they were compiled here.
+void RegisterPeers(const std::string& how) {
 #ifdef VORLUND_BENCH_GLM
-    RegisterFor<TGlm<float>>("glm-float");
-    RegisterFor<TGlm<double>>("glm-double");
+    RegisterFor<TGlm<float>>("glm float" + how);
+    RegisterFor<TGlm<double>>("glm double" + how);
 #endif
 #ifdef VORLUND_BENCH_EIGEN
-    RegisterFor<TEigen<float>>("eigen-float");
-    RegisterFor<TEigen<double>>("eigen-double");
+    RegisterFor<TEigen<float>>("Eigen float" + how);
+    RegisterFor<TEigen<double>>("Eigen double" + how);
+#endif
+    static_cast<void>(how);
+}
+
+} // namespace
+
+// This file is compiled twice: for plain code of the peers, with ours and `main`, and into a library whose
+// symbols are its own, for the peers with all that this processor has.
+extern "C" void RegisterSimdPeers();
+
+#ifdef VORLUND_BENCH_IS_SIMD
+__attribute__((visibility("default"))) void RegisterSimdPeers() {
+    RegisterPeers(" SIMD");
+}
+#else
+int main(int argc, char** argv) {
+    RegisterFor<TVorlund>("vorlund");
+    RegisterArrays();
+    RegisterPeers("");
+#ifdef VORLUND_BENCH_HAS_SIMD
+    RegisterSimdPeers();
 #endif
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
 }
+#endif

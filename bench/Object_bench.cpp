@@ -87,12 +87,12 @@ void NewDelete(benchmark::State& state) {
     }
 }
 
-BENCHMARK_CAPTURE(CreateById, First, 0);
-BENCHMARK_CAPTURE(CreateById, Last, kClasses - 1);
-BENCHMARK_CAPTURE(CreateByName, First, 0);
-BENCHMARK_CAPTURE(CreateByName, Last, kClasses - 1);
-BENCHMARK(CreateQueryRelease);
-BENCHMARK(NewDelete);
+BENCHMARK_CAPTURE(CreateById, First, 0)->Name("create by identifier/vorlund");
+BENCHMARK_CAPTURE(CreateById, Last, kClasses - 1)->Name("create by identifier/vorlund, the last class");
+BENCHMARK_CAPTURE(CreateByName, First, 0)->Name("create by name/vorlund");
+BENCHMARK_CAPTURE(CreateByName, Last, kClasses - 1)->Name("create by name/vorlund, the last class");
+BENCHMARK(CreateQueryRelease)->Name("create, query, release/vorlund");
+BENCHMARK(NewDelete)->Name("create by identifier/limit new and delete");
 
 #ifdef VORLUND_BENCH_GLIB
 
@@ -127,9 +127,9 @@ void GObjectQuery(benchmark::State& state) {
     }
 }
 
-BENCHMARK(GObjectByType);
-BENCHMARK(GObjectByName);
-BENCHMARK(GObjectQuery);
+BENCHMARK(GObjectByType)->Name("create by identifier/GObject");
+BENCHMARK(GObjectByName)->Name("create by name/GObject");
+BENCHMARK(GObjectQuery)->Name("create, query, release/GObject");
 
 #endif
 

@@ -1,22 +1,19 @@
-// The conversions of sample formats: every set that this processor supports beside libswresample, SDL2 and
-// the helpers of libsamplerate where they have the pair, in blocks that stay in the cache and over memory; a
-// converter's step beside its routine; and reading WAV files through a converter, beside libsndfile. Run them
-// interleaved and compare medians:
-//   bench_pcm_conversions --benchmark_repetitions=11 --benchmark_enable_random_interleaving=true
-//                         --benchmark_min_time=0.01 --benchmark_report_aggregates_only=true
-// An item is a sample. "vorlund" is what the library chooses; a set appears where it has a routine of its
-// own. The peers clip and round as they like: only their speed is compared.
-#include "vorlund/data/filters/PcmConversions.h"
-
+// The conversions of sample formats beside libswresample, SDL2 and the helpers of libsamplerate where they
+// have the pair, and beside a plain loop by our rules: `ConvertSamples` in blocks that stay in the cache and
+// over memory; `Read` of a converter; and WAV files through a converter, beside libsndfile. An item is a
+// sample. The peers clip and round as they like: only their speed is compared.
 #include "BenchSupport.h"
 #include "WavFolder.h"
+#include "vorlund/data/filters/PcmConversions.h"
 
+#include <vorlund/AudioConversion.h>
 #include <vorlund/AudioPcmConverters.h>
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
+#include <vorlund/MemoryStream.h>
 #include <vorlund/Path.h>
 #include <vorlund/RefPtr.h>
-#include <vorlund/StreamImpl.h>
+#include <vorlund/SetFormatIsf.h>
 
 #include <benchmark/benchmark.h>
 
@@ -49,7 +46,7 @@ using namespace vorlund;
 namespace {
 
 constexpr std::size_t kBlock = 2048;
-constexpr std::size_t kStream = 16u << 20;
+constexpr std::uint32_t kFormatCount = 4;
 constexpr std::size_t kSampleSizes[] = {1, 2, 4, 4};
 constexpr const char* kFormats[] = {"u8", "s16", "s32", "f32"};
 
@@ -111,9 +108,25 @@ template <class TConvert> void Run(benchmark::State& state, const TCase& convers
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(conversion.count));
 }
 
-void Vorlund(benchmark::State& state, TCase conversion, pcm::TRoutine routine) {
+void Vorlund(benchmark::State& state, TCase conversion) {
+    Run(state, conversion, [&](std::uint8_t* out, const std::uint8_t* in) {
+        ConvertSamples(out, conversion.to, in, conversion.from, conversion.count);
+    });
+}
+
+/// The rules as they are written, which bench/CMakeLists.txt compiles with all that this processor has.
+void PlainLoop(benchmark::State& state, TCase conversion) {
+    const pcm::TRoutine convert = pcm::kScalarConversions.routines[conversion.from][conversion.to];
     Run(state, conversion,
-        [&](std::uint8_t* out, const std::uint8_t* in) { routine(out, in, conversion.count); });
+        [&](std::uint8_t* out, const std::uint8_t* in) { convert(out, in, conversion.count); });
+}
+
+/// As many bytes as the larger side has, copied.
+void Copy(benchmark::State& state, TCase conversion) {
+    const std::size_t size = std::max(conversion.GetInputSize(), conversion.GetOutputSize());
+    const TCase larger{SAMPLE_FORMAT_8BIT, SAMPLE_FORMAT_8BIT, size};
+    Run(state, larger, [&](std::uint8_t* out, const std::uint8_t* in) { std::memcpy(out, in, size); });
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(conversion.count));
 }
 
 #ifdef VORLUND_BENCH_SDL2
@@ -189,85 +202,75 @@ void Samplerate(benchmark::State& state, TCase conversion) {
 
 #endif
 
-void RegisterCase(TCase conversion) {
-    const std::string name = std::string(conversion.count == kBlock ? "block/" : "stream/") +
-                             kFormats[conversion.from] + "-" + kFormats[conversion.to] + "/";
-    benchmark::RegisterBenchmark((name + "vorlund").c_str(), Vorlund, conversion,
-                                 pcm::FindConversion(conversion.from, conversion.to));
-    for (const pcm::TConversionSet* set : pcm::GetConversionSets()) {
-        const pcm::TRoutine routine = set->routines[conversion.from][conversion.to];
-        if (!set->isSupported() || !routine) continue;
-        benchmark::RegisterBenchmark((name + set->name).c_str(), Vorlund, conversion, routine);
-    }
+/// The peers' rows, by `add(contender, function)`.
+template <class TAdd> void AddPeers([[maybe_unused]] TCase conversion, [[maybe_unused]] const TAdd& add) {
 #ifdef VORLUND_BENCH_SDL2
-    benchmark::RegisterBenchmark((name + "SDL2").c_str(), Sdl2, conversion);
+    add("SDL2", Sdl2);
 #endif
 #ifdef VORLUND_BENCH_SWRESAMPLE
-    benchmark::RegisterBenchmark((name + "swresample").c_str(), Swresample, conversion);
+    add("libswresample", Swresample);
 #endif
 #ifdef VORLUND_BENCH_SAMPLERATE
-    if (FindSamplerate(conversion.from, conversion.to))
-        benchmark::RegisterBenchmark((name + "samplerate").c_str(), Samplerate, conversion);
+    if (FindSamplerate(conversion.from, conversion.to)) add("libsamplerate", Samplerate);
 #endif
 }
 
-// ---- a step of the converter
+void RegisterCase(const std::string& where, TCase conversion) {
+    const std::string name = where + " " + kFormats[conversion.from] + " to " + kFormats[conversion.to] + "/";
+    const auto add = [&](const char* who, auto function) {
+        benchmark::RegisterBenchmark((name + who).c_str(), function, conversion);
+    };
+    add("vorlund", Vorlund);
+    add("plain loop", PlainLoop);
+    add("limit copy", Copy);
+    AddPeers(conversion, add);
+}
 
-/// PCM that never ends: every read is answered in full.
-class CEndlessPcm : public CInputStreamImpl<IInputStream> {
-public:
-    static constexpr CId ClassId{0x5B0C4E1D, 0x92A74F38, 0xA1D6C53E, 0x7F20B891};
+// ---- buffers through a converter, out of memory
 
-    TDataFormat_AudioPcm format;
-    TBytes bytes;
+/// The buffer that is read into.
+constexpr std::size_t kReadSize = 64 * 1024;
 
-    bool Eof() override { return false; }
-    const TDataFormat& GetFormat() override { return format; }
-    using CInputStreamImpl::Read;
-    std::uint64_t Read(void* buffer, std::uint64_t size) override {
-        const std::size_t count = static_cast<std::size_t>(std::min<std::uint64_t>(size, bytes.size()));
-        std::memcpy(buffer, bytes.data(), count);
-        return count;
-    }
-};
-
-constexpr std::size_t kStepInput = 1024;
-
-/// A full step: 1024 bytes of input.
-void Step(benchmark::State& state, TCase conversion) {
+/// In one step, or by `Read`.
+void ReadConverter(benchmark::State& state, TCase conversion, bool isOneStep) {
     const bench::CLibrary library;
-    const auto source = CRefPtr<CEndlessPcm>::Adopt(static_cast<CEndlessPcm*>(NewObject<CEndlessPcm>()));
-    source->format = {conversion.from, 2, 44100};
-    source->bytes = MakeNoise(conversion.from, conversion.count);
+    const TBytes noise = MakeNoise(conversion.from, conversion.count);
+    const auto memory = CRefPtr<IInputStream>::Adopt(CreateMemoryInput(noise.data(), noise.size()));
+    const auto source = CreateAs<ISetFormatIsf>(classid::CSetFormatIsf);
+    const TDataFormat_AudioPcm format{conversion.from, 2, 44100};
+    source->SetFormat(&format);
+    source->Connect(memory.Get());
     const auto converter = CreateAs<IAudioPcmSampleFormatConverter>(classid::CAudioPcmSampleFormatConverter);
     converter->SetSampleFormat(conversion.to);
     converter->Connect(source.Get());
+    const std::size_t size = conversion.GetOutputSize();
     Run(state, conversion, [&](std::uint8_t* out, const std::uint8_t*) {
-        benchmark::DoNotOptimize(converter->Read(out, conversion.GetOutputSize()));
+        converter->Seek(0);
+        if (isOneStep) {
+            benchmark::DoNotOptimize(ReadFrames(*converter, out, size));
+            return;
+        }
+        for (std::size_t filled = 0; filled < size;)
+            filled += static_cast<std::size_t>(converter->Read(out + filled, size - filled));
     });
 }
 
-/// The same copy and the same routine with nothing around them.
-void StepBare(benchmark::State& state, TCase conversion) {
-    const pcm::TRoutine routine = pcm::FindConversion(conversion.from, conversion.to);
-    alignas(32) std::byte scratch[kStepInput];
-    Run(state, conversion, [&](std::uint8_t* out, const std::uint8_t* in) {
-        std::memcpy(scratch, in, conversion.GetInputSize());
-        benchmark::ClobberMemory();
-        routine(out, scratch, conversion.count);
-    });
-}
-
-void RegisterStep(std::uint32_t from, std::uint32_t to) {
-    const TCase conversion{from, to, kStepInput / kSampleSizes[from]};
-    const std::string name = std::string("step/") + kFormats[from] + "-" + kFormats[to] + "/";
-    benchmark::RegisterBenchmark((name + "converter").c_str(), Step, conversion);
-    benchmark::RegisterBenchmark((name + "copy+routine").c_str(), StepBare, conversion);
+/// The whole block in one call, without a stream: what a `Read` costs beside it.
+void RegisterRead(TCase conversion) {
+    const std::string name =
+        std::string("read ") + kFormats[conversion.from] + " to " + kFormats[conversion.to] + "/";
+    benchmark::RegisterBenchmark((name + "vorlund").c_str(), ReadConverter, conversion, false);
+    benchmark::RegisterBenchmark((name + "vorlund ReadFrames").c_str(), ReadConverter, conversion, true);
+    const auto add = [&](const char* who, auto function) {
+        benchmark::RegisterBenchmark((name + who).c_str(), function, conversion);
+    };
+    add("vorlund ConvertSamples", Vorlund);
+    AddPeers(conversion, add);
 }
 
 // ---- files
 
-constexpr std::size_t kFileSize = 64u << 20;
+const std::size_t kFileSize = bench::IsShort() ? 1u << 20 : 64u << 20;
 
 /// WAV files of noise, made once and removed at the end.
 class CFiles {
@@ -285,7 +288,7 @@ public:
 
 private:
     bench::CWavFolder folder_;
-    std::string paths_[pcm::kFormatCount];
+    std::string paths_[kFormatCount];
 };
 
 const CFiles& Files() {
@@ -331,24 +334,26 @@ void FileSndfile(benchmark::State& state, TCase conversion) {
 /// `size` is that of the output.
 void RegisterFile(std::uint32_t from, std::uint32_t to, std::size_t size) {
     const TCase conversion{from, to, size / kSampleSizes[to]};
-    const std::string name = std::string("file/") + kFormats[from] + "-" + kFormats[to] + "/" +
-                             std::to_string(size / 1024) + "KiB/";
+    const std::string name = std::string("file ") + kFormats[from] + " to " + kFormats[to] + " by " +
+                             std::to_string(size / 1024) + " KiB/";
     benchmark::RegisterBenchmark((name + "vorlund").c_str(), FileVorlund, conversion);
 #ifdef VORLUND_BENCH_SNDFILE
-    benchmark::RegisterBenchmark((name + "sndfile").c_str(), FileSndfile, conversion);
+    benchmark::RegisterBenchmark((name + "libsndfile").c_str(), FileSndfile, conversion);
 #endif
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    for (const std::size_t count : {kBlock, kStream})
-        for (std::uint32_t from = 0; from < pcm::kFormatCount; ++from)
-            for (std::uint32_t to = 0; to < pcm::kFormatCount; ++to)
-                if (from != to) RegisterCase({from, to, count});
-    RegisterStep(SAMPLE_FORMAT_8BIT, SAMPLE_FORMAT_16BIT);
-    RegisterStep(SAMPLE_FORMAT_16BIT, SAMPLE_FORMAT_FLOAT);
-    RegisterStep(SAMPLE_FORMAT_FLOAT, SAMPLE_FORMAT_16BIT);
+    const std::size_t stream = bench::IsShort() ? kBlock : 16u << 20;
+    for (std::uint32_t from = 0; from < kFormatCount; ++from) {
+        for (std::uint32_t to = 0; to < kFormatCount; ++to) {
+            if (from == to) continue;
+            RegisterCase("block", {from, to, kBlock});
+            RegisterCase("stream", {from, to, stream});
+            RegisterRead({from, to, kReadSize / kSampleSizes[to]});
+        }
+    }
     for (const std::size_t size : {1024, 4096, 65536}) {
         RegisterFile(SAMPLE_FORMAT_16BIT, SAMPLE_FORMAT_FLOAT, size);
         RegisterFile(SAMPLE_FORMAT_8BIT, SAMPLE_FORMAT_16BIT, size);

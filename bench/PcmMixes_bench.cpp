@@ -1,9 +1,15 @@
-// The channel mixes in blocks of 1024 frames: every set that this processor supports, beside libswresample
-// and SDL2, which get the same job. Run them interleaved and compare medians:
-//   bench_pcm_mixes --benchmark_repetitions=11 --benchmark_enable_random_interleaving=true
-//                   --benchmark_min_time=0.01 --benchmark_report_aggregates_only=true
-// An item is a frame. "vorlund" is what the library chooses; a set appears where it has a routine of its own.
+// The channel mixes in blocks of 1024 frames, by `MixChannels` and by `Read` of a converter, beside
+// libswresample and SDL2, which get the same job, and beside a plain loop by our rules. An item is a frame.
+#include "BenchSupport.h"
 #include "vorlund/data/filters/PcmMixes.h"
+
+#include <vorlund/AudioConversion.h>
+#include <vorlund/AudioPcmConverters.h>
+#include <vorlund/ClassIds.h>
+#include <vorlund/DataFormat.h>
+#include <vorlund/MemoryStream.h>
+#include <vorlund/RefPtr.h>
+#include <vorlund/SetFormatIsf.h>
 
 #include <benchmark/benchmark.h>
 
@@ -19,12 +25,14 @@ extern "C" {
 }
 #endif
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
 
-namespace pcm = vorlund::pcm;
+using namespace vorlund;
 
 namespace {
 
@@ -59,14 +67,70 @@ void CountFrames(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kFrames));
 }
 
-void Vorlund(benchmark::State& state, TCase mix, pcm::TRoutine routine) {
+/// Runs `mix(output, input)` once per iteration.
+template <class TMix> void Run(benchmark::State& state, const TCase& mix, TMix run) {
     const std::vector<std::uint8_t> input = MakeInput(mix);
     std::vector<std::uint8_t> output(mix.GetOutputSize());
     for (auto _ : state) {
-        routine(output.data(), input.data(), kFrames);
+        run(output.data(), input.data());
         benchmark::ClobberMemory();
     }
     CountFrames(state);
+}
+
+void Vorlund(benchmark::State& state, TCase mix) {
+    Run(state, mix, [&](std::uint8_t* out, const std::uint8_t* in) {
+        vorlund::MixChannels(out, mix.pair.outputChannels, in, mix.pair.inputChannels, mix.format, kFrames);
+    });
+}
+
+/// The rules as they are written, which bench/CMakeLists.txt compiles with all that this processor has.
+void PlainLoop(benchmark::State& state, TCase mix) {
+    const auto* const pair =
+        std::find_if(std::begin(pcm::kMixPairs), std::end(pcm::kMixPairs), [&](auto one) {
+            return one.inputChannels == mix.pair.inputChannels &&
+                   one.outputChannels == mix.pair.outputChannels;
+        });
+    const pcm::TRoutine routine = pcm::kScalarMixes.routines[pair - std::begin(pcm::kMixPairs)][mix.format];
+    Run(state, mix, [&](std::uint8_t* out, const std::uint8_t* in) { routine(out, in, kFrames); });
+}
+
+/// As many bytes as the larger side has, copied.
+void Copy(benchmark::State& state, TCase mix) {
+    const std::size_t size = std::max(mix.GetInputSize(), mix.GetOutputSize());
+    const std::vector<std::uint8_t> from(size, 'x');
+    std::vector<std::uint8_t> to(size);
+    for (auto _ : state) {
+        std::memcpy(to.data(), from.data(), size);
+        benchmark::ClobberMemory();
+    }
+    CountFrames(state);
+}
+
+/// The same block out of a memory stream, through the converter: in one step, or by `Read`.
+void ReadConverter(benchmark::State& state, TCase mix, bool isOneStep) {
+    using namespace vorlund;
+    const bench::CLibrary library;
+    const std::vector<std::uint8_t> input = MakeInput(mix);
+    const auto memory = CRefPtr<IInputStream>::Adopt(CreateMemoryInput(input.data(), input.size()));
+    const auto source = CreateAs<ISetFormatIsf>(classid::CSetFormatIsf);
+    const TDataFormat_AudioPcm format{mix.format, mix.pair.inputChannels, 44100};
+    source->SetFormat(&format);
+    source->Connect(memory.Get());
+    const auto converter =
+        CreateAs<IAudioPcmChannelNumberConverter>(classid::CAudioPcmChannelNumberConverter);
+    converter->SetNumChannels(mix.pair.outputChannels);
+    converter->Connect(source.Get());
+    const std::size_t size = mix.GetOutputSize();
+    Run(state, mix, [&](std::uint8_t* out, const std::uint8_t*) {
+        converter->Seek(0);
+        if (isOneStep) {
+            if (ReadFrames(*converter, out, size) != size) state.SkipWithError("not filled");
+            return;
+        }
+        for (std::size_t filled = 0; filled < size;)
+            filled += static_cast<std::size_t>(converter->Read(out + filled, size - filled));
+    });
 }
 
 #ifdef VORLUND_BENCH_SDL2
@@ -143,23 +207,31 @@ void Swresample(benchmark::State& state, TCase mix) {
 #endif
 
 void RegisterCase(TCase mix) {
-    const std::string name = std::string(kFormats[mix.format]) + "/" +
-                             std::to_string(mix.pair.inputChannels) + "-" +
+    const std::string what = std::string(kFormats[mix.format]) + " " +
+                             std::to_string(mix.pair.inputChannels) + " to " +
                              std::to_string(mix.pair.outputChannels) + "/";
-    const auto find = [&](const auto&... set) {
-        return pcm::FindMix(set..., mix.pair.inputChannels, mix.pair.outputChannels, mix.format);
+    const auto add = [&](const std::string& name, auto function) {
+        benchmark::RegisterBenchmark(name.c_str(), function, mix);
     };
-    benchmark::RegisterBenchmark((name + "vorlund").c_str(), Vorlund, mix, find());
-    for (const pcm::TMixSet* set : pcm::GetMixSets()) {
-        if (!set->isSupported() || !find(*set)) continue;
-        benchmark::RegisterBenchmark((name + set->name).c_str(), Vorlund, mix, find(*set));
-    }
+    const auto addPeers = [&](const std::string& name) {
 #ifdef VORLUND_BENCH_SDL2
-    benchmark::RegisterBenchmark((name + "SDL2").c_str(), Sdl2, mix);
+        add(name + "SDL2", Sdl2);
 #endif
 #ifdef VORLUND_BENCH_SWRESAMPLE
-    benchmark::RegisterBenchmark((name + "swresample").c_str(), Swresample, mix);
+        add(name + "libswresample", Swresample);
 #endif
+        static_cast<void>(name);
+    };
+    const std::string block = "block " + what;
+    add(block + "vorlund", Vorlund);
+    add(block + "plain loop", PlainLoop);
+    add(block + "limit copy", Copy);
+    addPeers(block);
+    const std::string read = "read " + what;
+    benchmark::RegisterBenchmark((read + "vorlund").c_str(), ReadConverter, mix, false);
+    benchmark::RegisterBenchmark((read + "vorlund ReadFrames").c_str(), ReadConverter, mix, true);
+    add(read + "vorlund MixChannels", Vorlund);
+    addPeers(read);
 }
 
 } // namespace

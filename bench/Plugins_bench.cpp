@@ -54,7 +54,7 @@ void InitAndClose(benchmark::State& state) {
     }
 }
 
-BENCHMARK(InitAndClose)->Arg(0)->Arg(1)->Arg(50);
+BENCHMARK(InitAndClose)->Name("Init and Close, plug-ins/vorlund")->Arg(0)->Arg(1)->Arg(50);
 
 #ifdef VORLUND_BENCH_PROGRAM
 
@@ -70,7 +70,12 @@ void ListPlugins(benchmark::State& state) {
     fs::remove(output);
 }
 
-BENCHMARK(ListPlugins)->Arg(0)->Arg(50)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(ListPlugins)
+    ->Name("the program lists plug-ins/vorlund")
+    ->Arg(0)
+    ->Arg(50)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 #endif
 
@@ -86,7 +91,7 @@ void LoaderAlone(benchmark::State& state) {
     }
 }
 
-BENCHMARK(LoaderAlone)->Arg(1)->Arg(50);
+BENCHMARK(LoaderAlone)->Name("Init and Close, plug-ins/dlopen and dlclose")->Arg(1)->Arg(50);
 
 #endif
 

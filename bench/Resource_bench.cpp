@@ -26,8 +26,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t kFileSize = std::size_t{256} << 20;
-constexpr std::size_t kAppended = std::size_t{16} << 20;
+const std::size_t kFileSize = std::size_t{bench::IsShort() ? 1u : 256u} << 20;
+const std::size_t kAppended = std::size_t{bench::IsShort() ? 1u : 16u} << 20;
 constexpr std::size_t kPiece = 64 * 1024;
 
 /// The file of the benchmarks, made once and removed at the end.
@@ -113,10 +113,24 @@ void AppendToVector(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kAppended));
 }
 
-BENCHMARK(LoadAndReadResource)->Unit(benchmark::kMillisecond);
-BENCHMARK(LoadAndReadStdio)->Unit(benchmark::kMillisecond);
-BENCHMARK(AppendToResource)->Unit(benchmark::kMillisecond)->Arg(64)->Arg(1024)->Arg(65536);
-BENCHMARK(AppendToVector)->Unit(benchmark::kMillisecond)->Arg(64)->Arg(1024)->Arg(65536);
+BENCHMARK(LoadAndReadResource)
+    ->Name("load 256 MiB and read them back/vorlund")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(LoadAndReadStdio)
+    ->Name("load 256 MiB and read them back/stdio and memcpy")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(AppendToResource)
+    ->Name("append 16 MiB/vorlund")
+    ->Unit(benchmark::kMillisecond)
+    ->Arg(64)
+    ->Arg(1024)
+    ->Arg(65536);
+BENCHMARK(AppendToVector)
+    ->Name("append 16 MiB/std::vector")
+    ->Unit(benchmark::kMillisecond)
+    ->Arg(64)
+    ->Arg(1024)
+    ->Arg(65536);
 
 } // namespace
 

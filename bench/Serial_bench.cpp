@@ -1,16 +1,20 @@
 // Typed values and lines of text. A record is an int, a 64-bit integer, a double, a bool and a text of 20
 // units; a million of them go through a stream in memory and through a file, against cereal's binary archive,
 // protobuf's coded streams, and plain stdio with the same calls (one a scalar, two a text). Lines go against
-// std::getline. Names are operation/stream/who.
+// std::getline. Names are operation/stream/who. Figures are those of one record or line.
 #include "BenchSupport.h"
 
+#include <vorlund/BufferedStream.h>
 #include <vorlund/ClassIds.h>
 #include <vorlund/Exception.h>
 #include <vorlund/File.h>
 #include <vorlund/LineReader.h>
+#include <vorlund/MemoryStream.h>
 #include <vorlund/Path.h>
 #include <vorlund/RefPtr.h>
-#include <vorlund/StreamImpl.h>
+#include <vorlund/Resource.h>
+#include <vorlund/StreamErrors.h>
+#include <vorlund/TextReader.h>
 #include <vorlund/TextWriter.h>
 #include <vorlund/VarReader.h>
 #include <vorlund/VarWriter.h>
@@ -45,10 +49,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int kRecords = 1000000;
+const int kRecords = bench::IsShort() ? 8000 : 1000000;
 /// In memory, so many at a time: they fit into the processor's caches, whose speed is the same for all peers.
 constexpr int kRun = 4000;
-constexpr int kRuns = kRecords / kRun;
+const int kRuns = kRecords / kRun;
 const wstring kText = VRL_L("twenty units of text");
 constexpr std::size_t kRecordSize = 4 + 8 + 8 + 1 + 4 + 40;
 
@@ -68,82 +72,12 @@ const TFolder& Folder() {
     return folder;
 }
 
-// Streams in memory.
-
-/// Scalars are small: their copies are single instructions.
-void Copy(void* to, const void* from, std::size_t size) {
-    switch (size) {
-    case 1:
-        std::memcpy(to, from, 1);
-        break;
-    case 4:
-        std::memcpy(to, from, 4);
-        break;
-    case 8:
-        std::memcpy(to, from, 8);
-        break;
-    default:
-        std::memcpy(to, from, size);
-    }
-}
-
-class CMemoryOut : public COutputStreamImpl<IOutputStream> {
-public:
-    static constexpr CId ClassId{0x42454E43, 0x48000001, 0, 1};
-    void Reserve(std::size_t size) {
-        bytes_.resize(size);
-        Restart();
-    }
-    void Restart() { next_ = bytes_.data(); }
-    void Write(const void* buffer, std::uint64_t size) override {
-        if (size > static_cast<std::size_t>(bytes_.data() + bytes_.size() - next_)) Grow(size);
-        Copy(next_, buffer, size);
-        next_ += size;
-    }
-
-private:
-    void Grow(std::size_t size) {
-        const std::size_t used = static_cast<std::size_t>(next_ - bytes_.data());
-        bytes_.resize(std::max(2 * bytes_.size(), used + size));
-        next_ = bytes_.data() + used;
-    }
-
-    std::vector<char> bytes_;
-    char* next_ = nullptr;
-};
-
-class CMemoryIn : public CInputStreamImpl<IInputStream> {
-public:
-    static constexpr CId ClassId{0x42454E43, 0x48000001, 0, 2};
-    void Set(const std::string& bytes) {
-        next_ = bytes.data();
-        end_ = next_ + bytes.size();
-    }
-    bool Eof() override { return next_ == end_; }
-    using CInputStreamImpl::Read;
-    std::uint64_t Read(void* buffer, std::uint64_t size) override {
-        const auto rest = static_cast<std::size_t>(end_ - next_);
-        const std::size_t count = size < rest ? size : rest;
-        Copy(buffer, next_, count);
-        next_ += count;
-        return count;
-    }
-
-private:
-    const char* next_ = nullptr;
-    const char* end_ = nullptr;
-};
-
-template <class TClass> CRefPtr<TClass> Make() {
-    return CRefPtr<TClass>::Adopt(static_cast<TClass*>(NewObject<TClass>()));
-}
-
 /// For the peers that use the standard streams: the same memory, without growth.
-class CMemoryBuffer : public std::streambuf {
+template <class TUnit> class CMemoryBuffer : public std::basic_streambuf<TUnit> {
 public:
-    CMemoryBuffer(char* data, std::size_t size) {
-        setp(data, data + size);
-        setg(data, data, data + size);
+    CMemoryBuffer(TUnit* data, std::size_t size) {
+        this->setp(data, data + size);
+        this->setg(data, data, data + size);
     }
 };
 
@@ -186,12 +120,11 @@ void WriteRecords(CVarWriter& writer, const CString& text, int count) {
 
 void WriteMemoryVorlund(benchmark::State& state) {
     const bench::CLibrary library;
-    const auto stream = Make<CMemoryOut>();
-    stream->Reserve(kRun * kRecordSize);
+    const auto stream = CRefPtr<IMemoryOutputStream>::Adopt(CreateMemoryOutput());
     const CString text(kText.c_str());
     for (auto _ : state) {
         for (int run = 0; run < kRuns; ++run) {
-            stream->Restart();
+            stream->SetSize(0);
             CVarWriter writer(stream.Get());
             WriteRecords(writer, text, kRun);
         }
@@ -199,16 +132,50 @@ void WriteMemoryVorlund(benchmark::State& state) {
     Finish(state);
 }
 
-void WriteFileVorlund(benchmark::State& state) {
+/// A filter that collects what is written to `stream`, or the stream itself.
+CRefPtr<IOutputStream> Buffered(IOutputStream& stream, bool isBuffered) {
+    if (!isBuffered) return CRefPtr<IOutputStream>::Share(&stream);
+    IOutputStreamFilter* const filter = CreateBufferedOutput();
+    filter->Connect(&stream);
+    return CRefPtr<IOutputStream>::Adopt(filter);
+}
+
+CRefPtr<IInputStream> Buffered(IInputStream& stream, bool isBuffered) {
+    if (!isBuffered) return CRefPtr<IInputStream>::Share(&stream);
+    IInputStreamFilter* const filter = CreateBufferedInput();
+    filter->Connect(&stream);
+    return CRefPtr<IInputStream>::Adopt(filter);
+}
+
+void WriteResourceVorlund(benchmark::State& state, bool isBuffered) {
+    const bench::CLibrary library;
+    const auto resource = CreateAs<IResource>(classid::CResource);
+    const auto stream = CreateAs<IResourceOs>(classid::CResourceOs);
+    stream->SetResource(resource.Get());
+    const auto out = Buffered(*stream, isBuffered);
+    const CString text(kText.c_str());
+    for (auto _ : state) {
+        for (int run = 0; run < kRuns; ++run) {
+            out->Seek(0);
+            CVarWriter writer(out.Get());
+            WriteRecords(writer, text, kRun);
+        }
+        FlushOutput(*out);
+    }
+    Finish(state);
+}
+
+void WriteFileVorlund(benchmark::State& state, bool isBuffered) {
     const bench::CLibrary library;
     const wstring path = PathFromUtf8(Folder().At("ours").c_str());
     const CString text(kText.c_str());
     for (auto _ : state) {
         const auto stream = CreateAs<IFileOutputStream>(classid::CFileOutputStream);
         stream->Open(path.c_str(), false);
-        CVarWriter writer(stream.Get());
+        const auto out = Buffered(*stream, isBuffered);
+        CVarWriter writer(out.Get());
         WriteRecords(writer, text, kRecords);
-        stream->Close();
+        CloseOutput(*out);
     }
     Finish(state);
 }
@@ -242,7 +209,7 @@ void WriteMemoryCereal(benchmark::State& state) {
     std::vector<char> bytes(kRun * (kRecordSize + 4));
     for (auto _ : state) {
         for (int run = 0; run < kRuns; ++run) {
-            CMemoryBuffer buffer(bytes.data(), bytes.size());
+            CMemoryBuffer<char> buffer(bytes.data(), bytes.size());
             std::ostream out(&buffer);
             WriteCereal(out, kRun);
         }
@@ -260,10 +227,10 @@ void WriteFileCereal(benchmark::State& state) {
 
 void ReadCereal(benchmark::State& state, std::istream& in, int count) {
     cereal::BinaryInputArchive archive(in);
-    int number;
-    std::int64_t big;
-    double fraction;
-    bool flag;
+    int number = 0;
+    std::int64_t big = 0;
+    double fraction = 0;
+    bool flag = false;
     wstring text;
     for (int i = 0; i < count; ++i) archive(number, big, fraction, flag, text);
     if (static_cast<int>(number) != count - 1 || text != kText) state.SkipWithError("wrong record");
@@ -275,7 +242,7 @@ void ReadMemoryCereal(benchmark::State& state) {
     std::string bytes = all.str();
     for (auto _ : state) {
         for (int run = 0; run < kRuns; ++run) {
-            CMemoryBuffer buffer(bytes.data(), bytes.size());
+            CMemoryBuffer<char> buffer(bytes.data(), bytes.size());
             std::istream in(&buffer);
             ReadCereal(state, in, kRun);
         }
@@ -390,11 +357,11 @@ void ReadRecords(benchmark::State& state, CVarReader& reader, int count) {
 
 void ReadMemoryVorlund(benchmark::State& state) {
     const bench::CLibrary library;
-    const auto stream = Make<CMemoryIn>();
     const std::string bytes = RecordBytes(kRun);
+    const auto stream = CRefPtr<IMemoryInputStream>::Adopt(CreateMemoryInput(bytes.data(), bytes.size()));
     for (auto _ : state) {
         for (int run = 0; run < kRuns; ++run) {
-            stream->Set(bytes);
+            stream->Seek(0);
             CVarReader reader(stream.Get());
             ReadRecords(state, reader, kRun);
         }
@@ -402,13 +369,34 @@ void ReadMemoryVorlund(benchmark::State& state) {
     Finish(state);
 }
 
-void ReadFileVorlund(benchmark::State& state) {
+void ReadResourceVorlund(benchmark::State& state, bool isBuffered) {
+    const bench::CLibrary library;
+    const std::string bytes = RecordBytes(kRun);
+    const auto resource = CreateAs<IResource>(classid::CResource);
+    resource->SetSize(bytes.size());
+    std::memcpy(resource->Lock(LOCK_MODE_WRITE), bytes.data(), bytes.size());
+    resource->Unlock();
+    const auto stream = CreateAs<IResourceIs>(classid::CResourceIs);
+    stream->SetResource(resource.Get());
+    const auto in = Buffered(*stream, isBuffered);
+    for (auto _ : state) {
+        for (int run = 0; run < kRuns; ++run) {
+            in->Seek(0);
+            CVarReader reader(in.Get());
+            ReadRecords(state, reader, kRun);
+        }
+    }
+    Finish(state);
+}
+
+void ReadFileVorlund(benchmark::State& state, bool isBuffered) {
     const bench::CLibrary library;
     const wstring path = PathFromUtf8(RecordFile().c_str());
     for (auto _ : state) {
         const auto stream = CreateAs<IFileInputStream>(classid::CFileInputStream);
         stream->Open(path.c_str());
-        CVarReader reader(stream.Get());
+        const auto in = Buffered(*stream, isBuffered);
+        CVarReader reader(in.Get());
         ReadRecords(state, reader, kRecords);
     }
     Finish(state);
@@ -444,30 +432,42 @@ void ReadFileStdio(benchmark::State& state) {
 
 // Lines.
 
-constexpr std::size_t kTextSize = 100u << 20;
+/// In memory, or so few that the processor's caches hold them.
+const std::size_t kManyUnits = bench::IsShort() ? 1u << 20 : 50u << 20;
+constexpr std::size_t kFewUnits = 128u << 10;
 
-/// 100 MiB of lines of `length` units each, the line feed included.
-std::string MakeLines(std::size_t length, bool isWide) {
-    std::string bytes(kTextSize, '\0');
+struct TText {
+    std::size_t length;
+    std::size_t units;
+};
+
+/// Lines of `length` units each, the line feed included.
+template <class TUnit> std::basic_string<TUnit> MakeLines(const TText& text) {
+    std::basic_string<TUnit> units(text.units, TUnit{});
     std::size_t unit = 0;
-    for (std::size_t i = 0; i < kTextSize; i += isWide ? 2 : 1)
-        bytes[i] = ++unit % length == 0 ? '\n' : static_cast<char>('a' + unit % 23);
-    return bytes;
+    for (TUnit& one : units) one = static_cast<TUnit>(++unit % text.length == 0 ? '\n' : 'a' + unit % 23);
+    return units;
+}
+
+/// The bytes of such lines in our formats.
+std::string LineBytes(const TText& text, bool isWide) {
+    if (!isWide) return MakeLines<char>(text);
+    const auto units = MakeLines<char16_t>(text);
+    return std::string(reinterpret_cast<const char*>(units.data()), 2 * units.size());
 }
 
 template <class TRead> void ReadLines(benchmark::State& state, TRead read) {
     std::int64_t lines = 0;
     for (auto _ : state) lines += read();
     state.SetItemsProcessed(lines);
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kTextSize));
 }
 
-void ReadLineVorlund(benchmark::State& state, std::size_t length, bool isWide) {
+void TextReaderVorlund(benchmark::State& state, const TText& text, bool isWide) {
     const bench::CLibrary library;
-    const std::string bytes = MakeLines(length, isWide);
-    const auto stream = Make<CMemoryIn>();
+    const std::string bytes = LineBytes(text, isWide);
+    const auto stream = CRefPtr<IMemoryInputStream>::Adopt(CreateMemoryInput(bytes.data(), bytes.size()));
     ReadLines(state, [&] {
-        stream->Set(bytes);
+        stream->Seek(0);
         CTextReader reader(stream.Get(), isWide ? CHAR_FORMAT_UTF16 : CHAR_FORMAT_8BIT);
         std::int64_t lines = 0;
         for (; !reader.Eof(); ++lines) {
@@ -480,44 +480,28 @@ void ReadLineVorlund(benchmark::State& state, std::size_t length, bool isWide) {
     });
 }
 
-/// Only the exception that ends each of those calls, from the search for a carriage return in a line without
-/// one.
-void ReadLineException(benchmark::State& state, std::size_t length, bool isWide) {
+template <class TLine> void LineReaderVorlund(benchmark::State& state, const TText& text, bool isWide) {
     const bench::CLibrary library;
-    CString text("line");
-    const auto count = static_cast<std::int64_t>(kTextSize / length / (isWide ? 2 : 1));
+    const std::string bytes = LineBytes(text, isWide);
+    const auto stream = CRefPtr<IMemoryInputStream>::Adopt(CreateMemoryInput(bytes.data(), bytes.size()));
     ReadLines(state, [&] {
-        for (std::int64_t i = 0; i < count; ++i) {
-            try {
-                text.Remove(wchar{13});
-            } catch (const CObjectNotFoundException&) {
-            }
-        }
-        return count;
-    });
-}
-
-void LineReaderVorlund(benchmark::State& state, std::size_t length, bool isWide) {
-    const bench::CLibrary library;
-    const std::string bytes = MakeLines(length, isWide);
-    const auto stream = Make<CMemoryIn>();
-    ReadLines(state, [&] {
-        stream->Set(bytes);
+        stream->Seek(0);
         CLineReader reader(stream.Get(), isWide ? CHAR_FORMAT_UTF16 : CHAR_FORMAT_8BIT);
         std::int64_t lines = 0;
-        for (wstring line; reader.ReadLine(line);) ++lines;
+        for (TLine line; reader.ReadLine(line);) ++lines;
         return lines;
     });
 }
 
-/// What a program would use instead: bytes, or for UTF-16 the units of std::basic_istream<char16_t>.
-void ReadLineGetline(benchmark::State& state, std::size_t length) {
-    std::string bytes = MakeLines(length, false);
+/// What a program would use instead, over a buffer that is the whole text: bytes, or the units of a stream of
+/// char16_t.
+template <class TUnit> void ReadLineGetline(benchmark::State& state, const TText& text) {
+    auto units = MakeLines<TUnit>(text);
     ReadLines(state, [&] {
-        CMemoryBuffer buffer(bytes.data(), bytes.size());
-        std::istream in(&buffer);
+        CMemoryBuffer<TUnit> buffer(units.data(), units.size());
+        std::basic_istream<TUnit> in(&buffer);
         std::int64_t lines = 0;
-        for (std::string line; std::getline(in, line);) ++lines;
+        for (std::basic_string<TUnit> line; std::getline(in, line, TUnit{'\n'});) ++lines;
         return lines;
     });
 }
@@ -529,10 +513,15 @@ void RegisterAll() {
         })->Unit(benchmark::kMillisecond);
     };
     add("write/memory/vorlund", WriteMemoryVorlund);
-    add("write/file/vorlund", WriteFileVorlund);
+    for (const bool isBuffered : {false, true}) {
+        const std::string who = isBuffered ? "vorlund" : "vorlund unbuffered";
+        add("write/resource/" + who, WriteResourceVorlund, isBuffered);
+        add("read/resource/" + who, ReadResourceVorlund, isBuffered);
+        add("write/file/" + who, WriteFileVorlund, isBuffered);
+        add("read/file/" + who, ReadFileVorlund, isBuffered);
+    }
     add("write/file/stdio", WriteFileStdio);
     add("read/memory/vorlund", ReadMemoryVorlund);
-    add("read/file/vorlund", ReadFileVorlund);
     add("read/file/stdio", ReadFileStdio);
 #ifdef VORLUND_BENCH_CEREAL
     add("write/memory/cereal", WriteMemoryCereal);
@@ -546,16 +535,22 @@ void RegisterAll() {
     add("read/memory/protobuf", ReadMemoryProtobuf);
     add("read/file/protobuf", ReadFileProtobuf);
 #endif
-    for (const std::size_t length : {std::size_t{80}, std::size_t{4096}, std::size_t{10} << 20}) {
-        const std::string lines = "lines/" + std::to_string(length);
-        add(lines + "/8bit/vorlund", ReadLineVorlund, length, false);
-        add(lines + "/8bit/exception", ReadLineException, length, false);
-        add(lines + "/8bit/linereader", LineReaderVorlund, length, false);
-        add(lines + "/8bit/getline", ReadLineGetline, length);
-        add(lines + "/utf16/vorlund", ReadLineVorlund, length, true);
-        add(lines + "/utf16/exception", ReadLineException, length, true);
-        add(lines + "/utf16/linereader", LineReaderVorlund, length, true);
+    const auto addLines = [&](const std::string& name, TText text) {
+        add(name + "/8-bit/vorlund", LineReaderVorlund<wstring>, text, false);
+        add(name + "/8-bit/vorlund into a CString", LineReaderVorlund<CString>, text, false);
+        add(name + "/8-bit/vorlund CTextReader", TextReaderVorlund, text, false);
+        add(name + "/8-bit/std::getline", ReadLineGetline<char>, text);
+        add(name + "/UTF-16/vorlund", LineReaderVorlund<wstring>, text, true);
+        add(name + "/UTF-16/vorlund into a CString", LineReaderVorlund<CString>, text, true);
+        add(name + "/UTF-16/vorlund CTextReader", TextReaderVorlund, text, true);
+        add(name + "/UTF-16/std::getline", ReadLineGetline<char>, text);
+        add(name + "/UTF-16/std::getline of char16_t", ReadLineGetline<char16_t>, text);
+    };
+    for (const std::size_t length : {std::size_t{80}, std::size_t{4096}}) {
+        addLines("lines of " + std::to_string(length) + " units/cached", {length, kFewUnits});
+        addLines("lines of " + std::to_string(length) + " units/memory", {length, kManyUnits});
     }
+    if (!bench::IsShort()) addLines("lines of 10 Mi units/memory", {std::size_t{10} << 20, kManyUnits});
 }
 
 } // namespace

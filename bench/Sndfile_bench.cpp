@@ -24,7 +24,7 @@ using namespace vorlund;
 
 namespace {
 
-constexpr std::size_t kSize = 48u << 20;
+const std::size_t kSize = bench::IsShort() ? 3u << 18 : 48u << 20;
 constexpr int kFrameSize = 2 * sizeof(int);
 
 const std::string& File() {
@@ -101,10 +101,10 @@ void ReadLibsndfile(benchmark::State& state) {
     sf_close(file);
 }
 
-BENCHMARK(ReadPlugin)->Arg(4096)->Arg(65536);
-BENCHMARK(ReadIsolated)->Arg(4096)->Arg(65536)->UseRealTime();
-BENCHMARK(StartIsolated)->UseRealTime();
-BENCHMARK(ReadLibsndfile)->Arg(4096)->Arg(65536);
+BENCHMARK(ReadPlugin)->Name("read 24 bits through the plug-in/vorlund")->Arg(4096)->Arg(65536);
+BENCHMARK(ReadIsolated)->Name("read 24 bits in isolation/vorlund")->Arg(4096)->Arg(65536)->UseRealTime();
+BENCHMARK(StartIsolated)->Name("start and end isolation/vorlund")->UseRealTime();
+BENCHMARK(ReadLibsndfile)->Name("read 24 bits through the plug-in/libsndfile")->Arg(4096)->Arg(65536);
 
 } // namespace
 

@@ -127,12 +127,12 @@ void RandomFill(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kRandomSize));
 }
 
-BENCHMARK(PlasmaVorlund)->Args({640, 480})->Args({1920, 1080});
-BENCHMARK(PlasmaLiteral)->Args({640, 480})->Args({1920, 1080});
-BENCHMARK(PlasmaFill)->Args({640, 480})->Args({1920, 1080});
-BENCHMARK(RandomVorlund)->Arg(1)->Arg(1000);
-BENCHMARK(RandomLiteral)->Arg(1)->Arg(1000);
-BENCHMARK(RandomFill);
+BENCHMARK(PlasmaVorlund)->Name("plasma frame/vorlund")->Args({640, 480})->Args({1920, 1080});
+BENCHMARK(PlasmaLiteral)->Name("plasma frame/plain loop")->Args({640, 480})->Args({1920, 1080});
+BENCHMARK(PlasmaFill)->Name("plasma frame/limit fill")->Args({640, 480})->Args({1920, 1080});
+BENCHMARK(RandomVorlund)->Name("64 KiB of random bytes, runs of/vorlund")->Arg(1)->Arg(1000);
+BENCHMARK(RandomLiteral)->Name("64 KiB of random bytes, runs of/plain loop")->Arg(1)->Arg(1000);
+BENCHMARK(RandomFill)->Name("64 KiB of random bytes, runs of/limit fill")->Arg(1)->Arg(1000);
 
 } // namespace
 

@@ -1,12 +1,14 @@
 // CString against std::u16string and memmem: search, comparison, replacement, concatenation. Each pair gets
-// the same text; names are operation/case/units/who.
+// the same text; names are operation/case/who/units.
 #include "BenchSupport.h"
 
 #include <vorlund/Exception.h>
 #include <vorlund/String.h>
+#include <vorlund/StringBuilder.h>
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <string>
@@ -67,11 +69,14 @@ void FindU16string(benchmark::State& state, const TSearch& search) {
     for (auto _ : state) benchmark::DoNotOptimize(search.text.find(search.needle));
 }
 
+#ifdef VORLUND_BENCH_MEMMEM
 void FindMemmem(benchmark::State& state, const TSearch& search) {
     for (auto _ : state)
         benchmark::DoNotOptimize(memmem(search.text.data(), search.text.size() * sizeof(wchar),
                                         search.needle.data(), search.needle.size() * sizeof(wchar)));
 }
+
+#endif
 
 /// The needle at the front, searched from the back.
 void FindLastVorlund(benchmark::State& state, std::size_t length) {
@@ -96,12 +101,15 @@ void FindUnitU16string(benchmark::State& state, std::size_t length) {
     for (auto _ : state) benchmark::DoNotOptimize(text.find(wchar{'Q'}));
 }
 
+#ifdef VORLUND_BENCH_MEMMEM
 void FindUnitMemmem(benchmark::State& state, std::size_t length) {
     const wstring text = Prose(length - 1) + VRL_L("Q");
     const wchar unit = 'Q';
     for (auto _ : state)
         benchmark::DoNotOptimize(memmem(text.data(), text.size() * sizeof(wchar), &unit, sizeof(unit)));
 }
+
+#endif
 
 /// Texts that differ at the end, or not at all.
 void CompareVorlund(benchmark::State& state, std::size_t length, bool isEqual) {
@@ -188,6 +196,34 @@ void ReplaceVorlund(benchmark::State& state, const TReplacement& replacement) {
     }
 }
 
+/// Replacements whose number grows with the text.
+void ReplaceGrowing(benchmark::State& state, std::size_t length) {
+    const bench::CLibrary library;
+    const CString source(ReplaceText(length).c_str());
+    for (auto _ : state) {
+        CString text(source);
+        try {
+            text.Replace(VRL_L("the"), VRL_L("XYZ"));
+        } catch (const CObjectNotFoundException&) {
+        }
+        benchmark::DoNotOptimize(text.GetBuffer());
+    }
+}
+
+/// Every "b" travels to the front, one place at a time.
+void ReplaceSquare(benchmark::State& state, std::size_t length) {
+    const bench::CLibrary library;
+    const CString source((wstring(length / 2, 'a') + wstring(length / 2, 'b')).c_str());
+    for (auto _ : state) {
+        CString text(source);
+        try {
+            text.Replace(VRL_L("ab"), VRL_L("ba"));
+        } catch (const CObjectNotFoundException&) {
+        }
+        benchmark::DoNotOptimize(text.GetBuffer());
+    }
+}
+
 /// A copy, and a new text put together from its parts, which is the fastest way with the standard library.
 void ReplaceU16string(benchmark::State& state, const TReplacement& replacement) {
     const wstring source = ReplaceText(kLong);
@@ -209,6 +245,7 @@ void ReplaceU16string(benchmark::State& state, const TReplacement& replacement) 
     }
 }
 
+#ifdef VORLUND_BENCH_MEMMEM
 /// The same, the search by memmem.
 void ReplaceMemmem(benchmark::State& state, const TReplacement& replacement) {
     const wstring source = ReplaceText(kLong);
@@ -233,6 +270,8 @@ void ReplaceMemmem(benchmark::State& state, const TReplacement& replacement) {
     }
 }
 
+#endif
+
 void ConcatenateVorlund(benchmark::State& state, std::size_t length) {
     const CString left(Prose(length).c_str());
     const CString right(Prose(length).c_str());
@@ -251,43 +290,117 @@ void ConcatenateU16string(benchmark::State& state, std::size_t length) {
     }
 }
 
+/// A text of `length` units, put together from pieces of ten, and what is counted when it is read by `s[i]`.
+void BuildBuilder(benchmark::State& state, std::size_t length) {
+    const bench::CLibrary library;
+    for (auto _ : state) {
+        CStringBuilder text;
+        while (text.Length() < length) text += VRL_L("ten units.");
+        const CString done = text.ToString();
+        benchmark::DoNotOptimize(done.GetBuffer());
+    }
+}
+
+void BuildCString(benchmark::State& state, std::size_t length) {
+    const bench::CLibrary library;
+    for (auto _ : state) {
+        CString text;
+        for (std::size_t i = 0; i < length; i += 10) text += VRL_L("ten units.");
+        benchmark::DoNotOptimize(text.GetBuffer());
+    }
+}
+
+void BuildU16string(benchmark::State& state, std::size_t length) {
+    for (auto _ : state) {
+        wstring text;
+        while (text.size() < length) text += VRL_L("ten units.");
+        const wstring done = text;
+        benchmark::DoNotOptimize(done.data());
+    }
+}
+
+/// The same unit by unit, without a copy at the end.
+template <class TText> void BuildUnits(benchmark::State& state, std::size_t length) {
+    const bench::CLibrary library;
+    for (auto _ : state) {
+        TText text;
+        for (std::size_t i = 0; i < length; ++i) text += wchar{'x'};
+        benchmark::DoNotOptimize(&text);
+    }
+}
+
+/// Each unit of a text by its index.
+template <class TText> void ReadUnits(benchmark::State& state, std::size_t length) {
+    const bench::CLibrary library;
+    const TText text(wstring(length, 'x').c_str());
+    for (auto _ : state) {
+        unsigned int sum = 0;
+        for (std::size_t i = 0; i < length; ++i) sum += text[static_cast<unsigned int>(i)];
+        benchmark::DoNotOptimize(sum);
+    }
+}
+
 void RegisterAll() {
     const auto add = [](const std::string& name, auto function, auto... arguments) {
         benchmark::RegisterBenchmark(name.c_str(),
                                      [=](benchmark::State& state) { function(state, arguments...); });
     };
+    const auto grow = [&](const std::string& what, const std::string& who, auto function, std::size_t most) {
+        for (std::size_t length = 600;
+             length <= (bench::IsShort() ? std::min<std::size_t>(most, 6000) : most); length *= 10)
+            add(what + '/' + who + '/' + std::to_string(length), function, length);
+    };
+    constexpr std::size_t kMostUnits = 60000;
+    // As far as it can be awaited.
+    constexpr std::size_t kMostSquare = 6000;
+    grow("growth/build by pieces of ten", "vorlund", BuildBuilder, kMostUnits);
+    grow("growth/build by pieces of ten", "std::u16string", BuildU16string, kMostUnits);
+    grow("growth/build by units", "vorlund", BuildUnits<CStringBuilder>, kMostUnits);
+    grow("growth/build by units", "std::u16string", BuildUnits<wstring>, kMostUnits);
+    grow("growth/each unit by s[i]", "vorlund", ReadUnits<CStringBuilder>, kMostUnits);
+    grow("growth/each unit by s[i]", "std::u16string", ReadUnits<wstring>, kMostUnits);
+    grow("growth by a square rule/build a CString by +=", "vorlund", BuildCString, kMostUnits);
+    grow("growth by a square rule/each unit of a CString by s[i]", "vorlund", ReadUnits<CString>, kMostUnits);
+    grow("growth/replace the by XYZ", "vorlund", ReplaceGrowing, kMostUnits);
+    grow("growth by a square rule/replace ab by ba", "vorlund", ReplaceSquare, kMostSquare);
     for (const std::size_t length : {kShort, kLong}) {
         const std::string units = '/' + std::to_string(length);
         for (int kind = 0; kind < kSearches; ++kind) {
             const TSearch search = MakeSearch(kind, length);
-            const std::string name = std::string("find/") + search.name + units;
-            add(name + "/vorlund", FindVorlund, search);
-            add(name + "/u16string", FindU16string, search);
-            add(name + "/memmem", FindMemmem, search);
+            const std::string name = std::string("find/") + search.name;
+            add(name + "/vorlund" + units, FindVorlund, search);
+            add(name + "/std::u16string" + units, FindU16string, search);
+#ifdef VORLUND_BENCH_MEMMEM
+            add(name + "/memmem" + units, FindMemmem, search);
+#endif
         }
-        add("find/last" + units + "/vorlund", FindLastVorlund, length);
-        add("find/last" + units + "/u16string", FindLastU16string, length);
-        add("find/unit" + units + "/vorlund", FindUnitVorlund, length);
-        add("find/unit" + units + "/u16string", FindUnitU16string, length);
-        add("find/unit" + units + "/memmem", FindUnitMemmem, length);
+        add("find/from the back/vorlund" + units, FindLastVorlund, length);
+        add("find/from the back/std::u16string" + units, FindLastU16string, length);
+        add("find/unit/vorlund" + units, FindUnitVorlund, length);
+        add("find/unit/std::u16string" + units, FindUnitU16string, length);
+#ifdef VORLUND_BENCH_MEMMEM
+        add("find/unit/memmem" + units, FindUnitMemmem, length);
+#endif
         for (const bool isEqual : {true, false}) {
-            const std::string name = (isEqual ? "compare/equal" : "compare/last") + units;
-            add(name + "/vorlund", CompareVorlund, length, isEqual);
-            add(name + "/u16string", CompareU16string, length, isEqual);
+            const std::string name = isEqual ? "compare/equal" : "compare/last";
+            add(name + "/vorlund" + units, CompareVorlund, length, isEqual);
+            add(name + "/std::u16string" + units, CompareU16string, length, isEqual);
         }
     }
     add("compare/names/vorlund", CompareNamesVorlund);
-    add("compare/names/u16string", CompareNamesU16string);
+    add("compare/names/std::u16string", CompareNamesU16string);
     for (const TReplacement& replacement : kReplacements) {
-        const std::string name = std::string("replace/") + replacement.name + '/' + std::to_string(kLong);
+        const std::string name = std::string("replace/") + replacement.name;
         add(name + "/vorlund", ReplaceVorlund, replacement);
-        add(name + "/u16string", ReplaceU16string, replacement);
+        add(name + "/std::u16string", ReplaceU16string, replacement);
+#ifdef VORLUND_BENCH_MEMMEM
         add(name + "/memmem", ReplaceMemmem, replacement);
+#endif
     }
     for (const std::size_t length : {std::size_t{8}, std::size_t{24}, kLong}) {
-        const std::string name = "concatenate/two/" + std::to_string(length);
-        add(name + "/vorlund", ConcatenateVorlund, length);
-        add(name + "/u16string", ConcatenateU16string, length);
+        const std::string units = '/' + std::to_string(length);
+        add("concatenate two/vorlund" + units, ConcatenateVorlund, length);
+        add("concatenate two/std::u16string" + units, ConcatenateU16string, length);
     }
 }
 

@@ -1,18 +1,18 @@
-// How exact timers are and what they cost. It needs nothing but the library, so that it runs on every system.
-//   bench_timer [SECONDS]
-// counts the signals of a 10 ms timer and prints their mean distance and its spread, beside a bare timer of
-// the system where there is one; then the share of a processor that the timers' thread takes with 1 and with
-// 1,000 running timers.
+// How exact timers are, idle and under load, and what they lose; one run of 10 s a row, which has a thousand
+// signals. Figures are no times but parts of them; the
+// bare timer of the system, where there is one, and a thread that sleeps until each deadline are beside them.
+#include "BenchSupport.h"
 #include "EventPlaces.h"
 
 #include <vorlund/Timer.h>
 
+#include <benchmark/benchmark.h>
+
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -20,63 +20,117 @@ namespace vorlund::bench {
 namespace {
 
 using TClock = std::chrono::steady_clock;
+using TMilliseconds = std::chrono::duration<double, std::milli>;
 
-double SecondsSince(TClock::time_point start) {
-    return std::chrono::duration<double>(TClock::now() - start).count();
-}
+constexpr double kPeriod = 10;
 
-/// Prints how exact a 10 ms timer is, beside a bare clock of the system where there is one.
-void PrintTimer(double seconds) {
-    // 0.01f lies a little below 10 ms, and periods are cut to whole milliseconds.
-    CTimer timer(std::nextafter(0.01f, 1.0f));
-    const CBareTicks bare;
+/// Threads that do nothing but take processors.
+class CLoad {
+public:
+    explicit CLoad(unsigned int threads) {
+        for (unsigned int i = 0; i < threads; ++i)
+            threads_.emplace_back([this] {
+                while (!isOver_.load(std::memory_order_relaxed)) benchmark::ClobberMemory();
+            });
+    }
+    CLoad(const CLoad&) = delete;
+    CLoad& operator=(const CLoad&) = delete;
+    ~CLoad() {
+        isOver_ = true;
+        for (std::thread& thread : threads_) thread.join();
+    }
+
+private:
+    std::atomic<bool> isOver_{false};
+    std::vector<std::thread> threads_;
+};
+
+/// When each signal came, from the first on.
+struct TSignals {
     std::vector<double> distances;
-    timer.Start();
-    timer.Wait();
-    timer.SetState(false);
+    double length = 0;
+};
+
+/// Calls `wait` for each signal, for as long as a row lasts.
+template <class TWait> TSignals Count(TWait wait) {
+    const double length = IsShort() ? 100 : 10000;
+    TSignals signals;
+    wait();
     const auto start = TClock::now();
-    const long ticksBefore = bare.Count();
-    for (auto last = start; std::chrono::duration<double>(last - start).count() < seconds;) {
-        timer.Wait();
-        timer.SetState(false);
+    for (auto last = start; signals.length < length;) {
+        wait();
         const auto now = TClock::now();
-        distances.push_back(std::chrono::duration<double, std::milli>(now - last).count());
+        signals.distances.push_back(TMilliseconds(now - last).count());
+        signals.length = TMilliseconds(now - start).count();
         last = now;
     }
-    const double length = SecondsSince(start);
-    const long ticks = bare.Count() - ticksBefore;
-    timer.Stop();
-    double sum = 0;
-    double squares = 0;
-    for (const double distance : distances) {
-        sum += distance;
-        squares += distance * distance;
-    }
-    const double count = static_cast<double>(distances.size());
-    const double mean = sum / count;
-    const double expected = ticks > 0 ? static_cast<double>(ticks) / 10 : length * 100;
-    std::printf(
-        "10 ms timer over %.3f s: %.0f signals, %.1f expected (%+.2f %%), mean %.4f ms, spread %.4f ms, "
-        "shortest %.3f ms, longest %.3f ms\n",
-        length, count, expected, (count / expected - 1) * 100, mean,
-        std::sqrt(std::max(0.0, squares / count - mean * mean)),
-        *std::min_element(distances.begin(), distances.end()),
-        *std::max_element(distances.begin(), distances.end()));
+    return signals;
 }
 
-/// Prints the share of a processor that the process takes while nothing but timers runs.
-void PrintPool() {
-    for (const int count : {1, 1000}) {
-        std::vector<std::unique_ptr<CTimer>> timers;
-        for (int timer = 0; timer < count; ++timer) {
-            timers.push_back(std::make_unique<CTimer>(0.01f));
-            timers.back()->Start();
-        }
+TSignals CountTimer() {
+    // 0.01f lies a little below 10 ms, and periods are cut to whole milliseconds.
+    CTimer timer(std::nextafter(0.01f, 1.0f));
+    timer.Start();
+    return Count([&] {
+        timer.Wait();
+        timer.SetState(false);
+    });
+}
+
+TSignals CountSleeps() {
+    auto next = TClock::now();
+    return Count([&] {
+        next += std::chrono::milliseconds(10);
+        std::this_thread::sleep_until(next);
+    });
+}
+
+/// Which figure of a run a row tells.
+enum class TFigure { Late, Longest, Lost };
+
+void Show(benchmark::State& state, TFigure figure, const TSignals& signals) {
+    const double count = static_cast<double>(signals.distances.size());
+    switch (figure) {
+    case TFigure::Late:
+        SetFigure(state, "% late", (signals.length / (count * kPeriod) - 1) * 100);
+        break;
+    case TFigure::Longest:
+        SetFigure(state, "ms at most between signals",
+                  *std::max_element(signals.distances.begin(), signals.distances.end()));
+        break;
+    case TFigure::Lost:
+        // Whole milliseconds that the timer did not see.
+        SetFigure(state, "ms lost", std::max(0.0, signals.length - count * kPeriod));
+        break;
+    }
+}
+
+void RegisterFor(const std::string& where, unsigned int load) {
+    const auto add = [&](const std::string& what, const std::string& who, TFigure figure, auto count) {
+        benchmark::RegisterBenchmark((where + ", " + what + "/" + who + "/processors:all").c_str(),
+                                     [=](benchmark::State& state) {
+                                         const CLoad work(load);
+                                         for (auto _ : state) Show(state, figure, count());
+                                     })
+            ->Iterations(1)
+            ->Repetitions(1)
+            ->UseRealTime();
+    };
+    for (const auto& [what, figure] :
+         {std::pair{"late", TFigure::Late}, {"longest", TFigure::Longest}, {"lost", TFigure::Lost}}) {
+        add(what, "vorlund", figure, CountTimer);
+        add(what, "sleep_until", figure, CountSleeps);
+    }
+}
+
+/// A thousand-times-a-second timer that sets an event, counted by its own thread.
+void BareTimer(benchmark::State& state) {
+    for (auto _ : state) {
+        const CBareTicks bare;
         const auto start = TClock::now();
-        const double processorStart = ProcessorSeconds();
-        std::this_thread::sleep_for(std::chrono::seconds(3));
-        const double used = ProcessorSeconds() - processorStart;
-        std::printf("%4d timers: %.2f %% of a processor\n", count, used / SecondsSince(start) * 100);
+        std::this_thread::sleep_for(std::chrono::milliseconds(IsShort() ? 100 : 10000));
+        const double length = TMilliseconds(TClock::now() - start).count();
+        SetFigure(state, "% late", (length / static_cast<double>(std::max(1L, bare.Count())) - 1) * 100);
     }
 }
 
@@ -84,6 +138,19 @@ void PrintPool() {
 } // namespace vorlund::bench
 
 int main(int argc, char** argv) {
-    vorlund::bench::PrintTimer(argc > 1 ? std::atof(argv[1]) : 10);
-    vorlund::bench::PrintPool();
+    using namespace vorlund::bench;
+    // One processor is left to the timer.
+    RegisterFor("10 ms for 10 s, one processor idle", std::max(1u, std::thread::hardware_concurrency()) - 1);
+    RegisterFor("10 ms for 10 s, twice as many busy threads as processors",
+                2 * std::max(1u, std::thread::hardware_concurrency()));
+    if (CBareTicks::kIsThere)
+        benchmark::RegisterBenchmark(
+            "10 ms for 10 s, one processor idle, late/limit the system's timer/processors:all", BareTimer)
+            ->Iterations(1)
+            ->Repetitions(1)
+            ->UseRealTime();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
 }

@@ -32,9 +32,13 @@ public:
                            Word(kRate * align) + Word(align | bits << 16);
         for (int i = 0; i < extraChunks; ++i) head += "note" + Word(64) + std::string(64, 'n');
         head += "data" + Word(data.size());
+        return WriteBytes(name, "RIFF" + Word(head.size() + data.size()) + head + std::string(data));
+    }
+
+    /// Writes a file of anything.
+    std::string WriteBytes(const std::string& name, std::string_view bytes) const {
         const std::string path = (path_ / name).string();
-        std::ofstream file(path, std::ios::binary);
-        file << "RIFF" << Word(head.size() + data.size()) << head << data;
+        std::ofstream(path, std::ios::binary) << bytes;
         return path;
     }
 

@@ -51,7 +51,7 @@ void Present(benchmark::State& state) {
     }
     plugins.Close();
 }
-BENCHMARK(Present)->UseRealTime();
+BENCHMARK(Present)->Name("frame of 640 x 480/vorlund")->UseRealTime();
 
 #ifdef VORLUND_BENCH_XCB
 /// A window of its own, one image a frame and an answer after each, as ours waits for one.
@@ -79,7 +79,7 @@ void PutImage(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations());
     xcb_disconnect(connection);
 }
-BENCHMARK(PutImage)->UseRealTime();
+BENCHMARK(PutImage)->Name("frame of 640 x 480/xcb_put_image")->UseRealTime();
 #endif
 
 } // namespace
