@@ -240,6 +240,40 @@ void CheckRead(IInputStreamFilter& converter, const TModel& model, const CPcmSou
                       [](std::uint8_t byte) { return byte == kUntouched; }));
 }
 
+/// A buffer in one step: whole frames, as many as there are.
+void CheckFrames(IInputStreamFilter& converter, const TModel& model, const CPcmSource& source,
+                 std::uint64_t size) {
+    constexpr std::uint64_t kMaxFrame = 8192;
+    std::vector<std::uint8_t> buffer(30'000, kUntouched);
+    size %= 20'000;
+    const std::uint64_t before = source.position;
+    const std::uint64_t left = before < source.size ? source.size - before : 0;
+    const std::uint64_t count = ReadFrames(converter, buffer.data(), size);
+    Check(count <= size);
+    std::uint64_t written = size;
+    if (!model.IsPassThrough()) {
+        const std::uint64_t frame = model.Frame();
+        const std::uint64_t inputFrame = frame == 0 ? 0 : model.ToInput(frame);
+        const bool isPossible = frame > 0 && frame <= kMaxFrame && inputFrame <= kMaxFrame;
+        const std::uint64_t most = isPossible ? size / frame : 0;
+        // What a source only claims to deliver, it does not.
+        const std::uint64_t frames = isPossible ? std::min(most, left / inputFrame) : 0;
+        if (source.exaggeration == 0) {
+            Check(count == frames * frame);
+            CheckSamples(model, buffer.data(), source.data + before, frames);
+        } else {
+            Check(frame == 0 ? count == 0 : count % frame == 0);
+        }
+        written = count;
+    } else if (source.exaggeration == 0) {
+        Check(count == std::min(size, left));
+        Check(std::equal(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(count),
+                         source.data + std::min(before, source.size)));
+    }
+    Check(std::all_of(buffer.begin() + static_cast<std::ptrdiff_t>(written), buffer.end(),
+                      [](std::uint8_t byte) { return byte == kUntouched; }));
+}
+
 void CheckFormat(IInputStreamFilter& converter, const TModel& model) {
     Check(std::memcmp(&converter.GetFormat(), &model.output, sizeof model.output) == 0);
 }
@@ -326,6 +360,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             break;
         case 3:
             if (!model.isFormat) setChannels(static_cast<std::uint32_t>(number % 8));
+            break;
+        case 7:
+            CheckFrames(*filter, model, *source, number);
             break;
         default:
             CheckRead(*filter, model, *source, number);

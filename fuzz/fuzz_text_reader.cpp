@@ -5,6 +5,7 @@
 #include "support/Streams.h"
 
 #include <vorlund/LineReader.h>
+#include <vorlund/TextReader.h>
 #include <vorlund/TextWriter.h>
 
 using namespace vorlund;
