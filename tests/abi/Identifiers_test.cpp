@@ -14,6 +14,7 @@
 #include <vorlund/PlasmaVideoGenerator.h>
 #include <vorlund/PropertyPage.h>
 #include <vorlund/RandomGenerator.h>
+#include <vorlund/Resampler.h>
 #include <vorlund/Resource.h>
 #include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
@@ -75,6 +76,7 @@ const TIdRow kIds[] = {
      {0xC97694A7, 0xC0546B18, 0x3442881F, 0x792662C1}},
     {"IRandomGenerator", IRandomGenerator::InterfaceId, {0x83A81FE3, 0x415C7433, 0xD766C583, 0x78CE7B6C}},
     {"ISetFormatIsf", ISetFormatIsf::InterfaceId, {0x198AC22C, 0x4F6A4652, 0x97D12DBC, 0x2B68391F}},
+    {"IResampler", IResampler::InterfaceId, {0x2B75D9E0, 0x46C18A3F, 0x9E04B7D2, 0x58F1C36A}},
     {"IAudioPcmSampleFormatConverter",
      IAudioPcmSampleFormatConverter::InterfaceId,
      {0xAC5A56E3, 0x8AF34504, 0xA83BB959, 0xAE09FCC9}},
@@ -186,6 +188,7 @@ static_assert(kExtends<IFileInputStream, IInputStream> && kExtends<IFileOutputSt
               kExtends<IWavChunkDecoder, IInputStreamFilter> && kExtends<IWavDecoder, IInputStreamFilter> &&
               kExtends<ISetFormatIsf, IInputStreamFilter> &&
               kExtends<IAudioPcmSampleFormatConverter, IInputStreamFilter> &&
+              kExtends<IResampler, IInputStreamFilter> &&
               kExtends<IAudioPcmChannelNumberConverter, IInputStreamFilter>);
 static_assert(kExtends<ICbVideoSource, IInputStream> && kExtends<IPlasmaVideoGenerator, IInputStream> &&
               kExtends<IRandomGenerator, IInputStream>);

@@ -14,9 +14,11 @@
 #include <vorlund/PlasmaVideoGenerator.h>
 #include <vorlund/PropertyPage.h>
 #include <vorlund/RandomGenerator.h>
+#include <vorlund/Resampler.h>
 #include <vorlund/Resource.h>
 #include <vorlund/SetFormatIsf.h>
 #include <vorlund/StreamFilter.h>
+#include <vorlund/TextReader.h>
 #include <vorlund/TextWriter.h>
 #include <vorlund/Timer.h>
 #include <vorlund/VarReader.h>
@@ -249,6 +251,9 @@ std::vector<TSlotRow> MakeRows() {
     AddRows(rows, "IAudioPcmSampleFormatConverter", 22,
             {{"SetSampleFormat", SlotOf(&IAudioPcmSampleFormatConverter::SetSampleFormat)}},
             SlotCount<IAudioPcmSampleFormatConverter>());
+    AddRows(rows, "IResampler", 22,
+            {{"SetTarget", SlotOf(&IResampler::SetTarget)}, {"Resample", SlotOf(&IResampler::Resample)}},
+            SlotCount<IResampler>());
     AddRows(rows, "IAudioPcmChannelNumberConverter", 22,
             {{"SetNumChannels", SlotOf(&IAudioPcmChannelNumberConverter::SetNumChannels)}},
             SlotCount<IAudioPcmChannelNumberConverter>());
@@ -321,7 +326,7 @@ std::vector<TSlotRow> MakeRows() {
             SlotCount<CBufferedReader>());
     AddRows(rows, "CTextReader", 8, {{"ReadLine", SlotOf(static_cast<TReadLine>(&CTextReader::ReadLine))}},
             SlotCount<CTextReader>());
-    AddRows(rows, "CLineReader", 9, {}, SlotCount<CLineReader>());
+    AddRows(rows, "CLineReader", 5, {}, SlotCount<CLineReader>());
 
     // Classes whose one virtual operation is the destructor.
     AddRows(rows, "CClassObject", 2, {}, SlotCount<CClassObject>());
@@ -357,7 +362,7 @@ static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObject
               kIsPlain<IWavChunkDecoder> && kIsPlain<IWavDecoder> && kIsPlain<ICbVideoSource> &&
               kIsPlain<IPlasmaVideoGenerator> && kIsPlain<IRandomGenerator> && kIsPlain<ISetFormatIsf> &&
               kIsPlain<IAudioPcmSampleFormatConverter> && kIsPlain<IAudioPcmChannelNumberConverter> &&
-              kIsPlain<IResource> && kIsPlain<IResourceIs> && kIsPlain<IResourceOs> &&
+              kIsPlain<IResampler> && kIsPlain<IResource> && kIsPlain<IResourceIs> && kIsPlain<IResourceOs> &&
               kIsPlain<IAppendingRos> && kIsPlain<IAudioClip> && kIsPlain<IVideoClip> && kIsPlain<IBitmap> &&
               kIsPlain<IMediaControl> && kIsPlain<IPropertyPage> && kIsPlain<IDevice> &&
               kIsPlain<IVideoOutput> && kIsPlain<IVideoWindow>);

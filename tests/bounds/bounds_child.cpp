@@ -11,15 +11,20 @@
 #include <vorlund/ClassIds.h>
 #include <vorlund/LineReader.h>
 #include <vorlund/ObjectList.h>
+#include <vorlund/Path.h>
 #include <vorlund/Resource.h>
 #include <vorlund/StreamSelector.h>
 #include <vorlund/TextReader.h>
 #include <vorlund/TextWriter.h>
 #include <vorlund/VarReader.h>
 #include <vorlund/WavDecoder.h>
+#include <vorlund/WavMetadata.h>
+#include <vorlund/WavRepair.h>
 
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <new>
 #include <string>
 
@@ -65,6 +70,48 @@ void Enumerate(const TBytes& bytes) {
 void Decode(const CCodecClassStore& store, const TBytes& bytes, const CId& wanted) {
     const auto stream = StreamOf(bytes);
     CRefPtr<IInputStream>::Adopt(store.DecodeStream(stream.Get(), wanted));
+}
+
+/// As many texts as an INFO list has room for.
+TBytes Texts() {
+    TBytes list;
+    AppendText(list, "INFO");
+    while (list.size() + 80 <= kInputSize) {
+        AppendText(list, "INAM");
+        Append32(list, 2);
+        AppendText(list, "ab");
+    }
+    return CWavBuilder().Chunk("LIST", list).Build();
+}
+
+/// As many points, each with a label.
+TBytes Cues() {
+    constexpr std::uint32_t kCount = kInputSize / 50;
+    TBytes points;
+    TBytes labels;
+    Append32(points, kCount);
+    AppendText(labels, "adtl");
+    for (std::uint32_t i = 0; i < kCount; ++i) {
+        for (const std::uint32_t word : {i, i, 0x61746164u, 0u, 0u, i}) Append32(points, word);
+        AppendText(labels, "labl");
+        Append32(labels, 6);
+        Append32(labels, i);
+        AppendText(labels, "a");
+        labels.push_back(0);
+    }
+    return CWavBuilder().Chunk("cue ", points).Chunk("LIST", labels).Build();
+}
+
+void ReadMetadata(const TBytes& bytes) {
+    const auto stream = StreamOf(bytes);
+    ReadWavMetadata(stream.Get());
+}
+
+void Repair(const TBytes& bytes) {
+    const auto path = std::filesystem::temp_directory_path() / "vorlund-bounds.wav";
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    RepairWav(PathFromUtf8(path.string().c_str()).c_str());
 }
 
 void Convert(TSampleFormat from, TSampleFormat to, std::size_t atOnce) {
@@ -198,6 +245,12 @@ constexpr TCase kCases[] = {
     {"riff-unequal-enumerate", [] { Enumerate(Chunks(false)); }},
     {"wav-equal", [] { Decode(v.GetCodecClassStore(), Chunks(true), TDataFormat_AudioPcm::FormatId); }},
     {"wav-unequal", [] { Decode(v.GetCodecClassStore(), Chunks(false), TDataFormat_AudioPcm::FormatId); }},
+    {"wav-metadata-equal", [] { ReadMetadata(Chunks(true)); }},
+    {"wav-metadata-unequal", [] { ReadMetadata(Chunks(false)); }},
+    {"wav-metadata-texts", [] { ReadMetadata(Texts()); }},
+    {"wav-metadata-cues", [] { ReadMetadata(Cues()); }},
+    {"wav-repair-equal", [] { Repair(Chunks(true)); }},
+    {"wav-repair-unequal", [] { Repair(Chunks(false)); }},
     {"pcm-narrow", [] { Convert(SAMPLE_FORMAT_FLOAT, SAMPLE_FORMAT_8BIT, 2); }},
     {"pcm-wide", [] { Convert(SAMPLE_FORMAT_8BIT, SAMPLE_FORMAT_FLOAT, 8); }},
     {"search-wanted", [] { Search(Chunks(false), TestFormat(2)); }},

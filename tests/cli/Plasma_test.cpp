@@ -1,5 +1,6 @@
 // The command "plasma": its files are decoded by readers of their own and compared with the generator's
 // frames.
+#include "cli/PngReader.h"
 #include "cli/ProgramFolder.h"
 
 #include <vorlund/ClassIds.h>
@@ -8,12 +9,6 @@
 #include <vorlund/RefPtr.h>
 
 #include "support/LibraryScope.h"
-
-#define STB_IMAGE_IMPLEMENTATION
-#define STB_IMAGE_STATIC
-#define STBI_ONLY_PNG
-#define STBI_NO_STDIO
-#include <stb/stb_image.h>
 
 #include <cmath>
 
@@ -138,6 +133,19 @@ TEST_F(PlasmaCommand, WritesAVideo) {
     }
 }
 
+TEST_F(PlasmaCommand, WritesAVideoToStandardOutput) {
+    const std::vector<std::string> arguments{"plasma", "--size", "33x17", "--frames", "2", "-o"};
+    const auto run = [&](const std::string& output) {
+        auto all = arguments;
+        all.push_back(output);
+        return Run(std::move(all));
+    };
+    EXPECT_TRUE(run(At("p.y4m")).IsSuccess());
+    const TChildEnd end = run("-");
+    EXPECT_TRUE(end.IsSuccess()) << end.errors;
+    EXPECT_EQ(TBytes(end.output.begin(), end.output.end()), Load("p.y4m"));
+}
+
 TEST_F(PlasmaCommand, WrongArgumentsAreOneLine) {
     const std::string out = At("out.png");
     const std::vector<std::string> rows[] = {
@@ -145,7 +153,6 @@ TEST_F(PlasmaCommand, WrongArgumentsAreOneLine) {
         {"plasma", "-o", At("out.gif")},
         {"plasma", "-o", At("out")},
         {"plasma", "-o", ".png"},
-        {"plasma", "-o", "-"},
         {"plasma", "-o", out, "--size", "640"},
         {"plasma", "-o", out, "--size", "640x"},
         {"plasma", "-o", out, "--size", "x480"},

@@ -19,7 +19,7 @@ TEST_P(ProgramOutOfMemory, EndsWithOneLine) {
     // What the loader and the program's own objects take comes first, before the library and `main`. So many
     // in a row that nobody misses are behind the last allocation.
     constexpr int kLast = 50;
-    constexpr int kMaxRefusals = 5000;
+    constexpr int kMaxRefusals = 20000;
     int failures = 0;
     int number = 1;
     int step = 1;

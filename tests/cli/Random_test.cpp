@@ -1,5 +1,6 @@
 // The command "random".
 #include "cli/ProgramFolder.h"
+#include "support/WavBuilder.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/RandomGenerator.h>
@@ -35,11 +36,22 @@ TEST_F(RandomCommand, WritesNothingButBytesToStandardOutput) {
 }
 
 TEST_F(RandomCommand, WritesAFile) {
-    const TChildEnd end = Run({"random", "200001", "--seed", "4294967295", "-o", At("noise.wav")});
+    const TChildEnd end = Run({"random", "200001", "--seed", "4294967295", "-o", At("noise")});
     EXPECT_TRUE(end.IsSuccess());
     EXPECT_EQ(end.output, "");
-    EXPECT_EQ(Load("noise.wav"), Expected(200001, 0xFFFFFFFF));
-    EXPECT_EQ(List(), std::vector<std::string>{"noise.wav"});
+    EXPECT_EQ(Load("noise"), Expected(200001, 0xFFFFFFFF));
+    EXPECT_EQ(List(), std::vector<std::string>{"noise"});
+}
+
+TEST_F(RandomCommand, WritesAWavFile) {
+    EXPECT_TRUE(Run({"random", "1001", "--seed", "7", "-o", At("noise.WAV")}).IsSuccess());
+    EXPECT_EQ(Load("noise.WAV"), [&] {
+        TBytes bytes = PlainWav({.bits = 8}, Expected(1001, 7));
+        // With the padding of an odd chunk, which the size of the file counts.
+        bytes.push_back(0);
+        ++bytes[4];
+        return bytes;
+    }());
 }
 
 TEST_F(RandomCommand, RunsAreWholeInAnyBlock) {

@@ -14,6 +14,7 @@
 #include <pthread.h>
 #include <spawn.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -98,6 +99,7 @@ std::vector<THook> MakeHooks() {
                      HookOpenAt<"openat">(),
                      HookOpenAt<"openat64">(),
                      Failing<"pipe2", decltype(&pipe2)>(Open, -1, EMFILE),
+                     Failing<"socketpair", decltype(&socketpair)>(Open, -1, EMFILE),
                      Failing<"fopen", decltype(&fopen)>(Open, noFile, EMFILE),
                      Failing<"fopen64", decltype(&fopen64)>(Open, noFile, EMFILE),
                      Failing<"fdopen", decltype(&fdopen)>(Open, noFile, ENOMEM),
@@ -122,7 +124,10 @@ std::vector<THook> MakeHooks() {
                      Failing<"pread64", decltype(&pread64)>(Read, kNone, EIO),
                      Failing<"fread", decltype(&fread)>(Read, nothing, EIO),
                      Failing<"write", decltype(&write)>(Write, kNone, ENOSPC),
+                     Failing<"pwrite", decltype(&pwrite)>(Write, kNone, ENOSPC),
+                     Failing<"pwrite64", decltype(&pwrite64)>(Write, kNone, ENOSPC),
                      Failing<"writev", decltype(&writev)>(Write, kNone, ENOSPC),
+                     Failing<"send", decltype(&send)>(Write, kNone, EPIPE),
                      Failing<"fwrite", decltype(&fwrite)>(Write, nothing, ENOSPC),
                      Failing<"fwrite_unlocked", decltype(&fwrite_unlocked)>(Write, nothing, ENOSPC),
                      Failing<"fflush", decltype(&fflush)>(Write, EOF, ENOSPC, TFailing::AfterAll),
@@ -163,11 +168,11 @@ const std::set<std::string> kUnfailing{
     "__assert_fail", "_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable", "__tls_get_addr",
     "___tls_get_addr", "__stack_chk_fail",
     // Values.
-    "__divdi3", "__moddi3", "__udivdi3", "__umoddi3", "__errno_location", "clock_gettime",
-    "__clock_gettime64", "dirfd", "fileno", "fmod", "frexp", "ldexp", "sqrt", "getpgrp", "tcgetpgrp", "ioctl",
-    "memchr", "memcmp", "memcpy", "memmove", "memset", "strlen", "snprintf", "wcrtomb", "pthread_self",
-    "sigaddset", "sigemptyset", "stderr", "stdout", "setvbuf", "fwide", "fcntl", "fcntl64", "__fcntl_time64",
-    "environ", "ferror", "geteuid", "getpid", "towupper", "sigfillset",
+    "__libc_single_threaded", "__divdi3", "__moddi3", "__udivdi3", "__umoddi3", "__errno_location",
+    "clock_gettime", "__clock_gettime64", "dirfd", "fileno", "fmod", "frexp", "ldexp", "sqrt", "getpgrp",
+    "tcgetpgrp", "ioctl", "memchr", "memcmp", "memcpy", "memmove", "memset", "strcmp", "strlen", "snprintf",
+    "wcrtomb", "pthread_self", "sigaddset", "sigemptyset", "stderr", "stdout", "setvbuf", "fwide", "fcntl",
+    "fcntl64", "__fcntl_time64", "environ", "ferror", "geteuid", "getpid", "towupper", "sigfillset",
     // Waiting and ending.
     "flockfile", "funlockfile", "nanosleep", "__nanosleep64", "poll", "pthread_join", "pthread_mutex_lock",
     "pthread_mutex_unlock", "pthread_sigmask", "raise", "syscall", "syslog", "closedir", "remove", "dlclose",

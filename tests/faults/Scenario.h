@@ -77,6 +77,9 @@ void RunRecordsRead(CResult& result);
 void RunEnumerate(CResult& result);
 void RunObjects(CResult& result);
 void RunSources(CResult& result);
+void RunWavWrite(CResult& result);
+void RunWavEdit(CResult& result);
+void RunWavRepair(CResult& result);
 void RunEvents(CResult& result);
 void RunAsyncWaits(CResult& result);
 void RunTimers(CResult& result);
@@ -109,6 +112,9 @@ inline const std::vector<TScenario>& GetScenarios() {
         {"enumerate", &RunEnumerate},
         {"objects", &RunObjects},
         {"sources", &RunSources},
+        {"wav-write", &RunWavWrite},
+        {"wav-edit", &RunWavEdit},
+        {"wav-repair", &RunWavRepair},
         {"events", &RunEvents},
         {"async-waits", &RunAsyncWaits},
         {"timers", &RunTimers},

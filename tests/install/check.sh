@@ -46,6 +46,11 @@ win*)
             test -f "$prefix/$file"
         done
     fi
+    if [[ -e $folder/bin/vorlund-plugins/resample.dll ]]; then
+        for file in lib/vorlund/plugins/{resample.dll,libsoxr.dll} share/doc/Vorlund/resample/{codecs.sh,libsoxr-LICENCE.txt}; do
+            test -f "$prefix/$file"
+        done
+    fi
     test -f "$prefix/lib/vorlund/plugins/y4m.dll"
     cmake "${options[@]}" -DVorlund_DIR="$prefix/lib/cmake/Vorlund" "$toolchain"
     cmake --build "$work/build"
@@ -62,6 +67,7 @@ win*)
 linux | linux-arm64)
     [[ ! -e $folder/bin/vorlund-plugins/sndfile.so ]] || test -f "$prefix/lib/vorlund/plugins/sndfile.so"
     [[ ! -e $folder/bin/vorlund-plugins/image.so ]] || test -f "$prefix/lib/vorlund/plugins/image.so"
+    [[ ! -e $folder/bin/vorlund-plugins/resample.so ]] || test -f "$prefix/lib/vorlund/plugins/resample.so"
     test -f "$prefix/lib/vorlund/plugins/y4m.so"
     compiler=g++ nm=nm
     target_launcher native "$folder"

@@ -85,6 +85,40 @@ TEST_P(MatrixKernels, GivesTheBitsOfTheReference) {
     }
 }
 
+TEST_P(MatrixKernels, ArraysHaveTheBitsOfSingleProducts) {
+    const TMatrixRoutines& set = GetParam()->routines;
+    std::mt19937 random(2);
+    for (std::size_t count = 0; count < 200 && !HasFatalFailure(); ++count) {
+        const int kind = static_cast<int>(count % 3);
+        const CMatrix matrix = MatrixOf(Numbers(random, kind));
+        const auto number = [&] { return Number(random, kind); };
+        std::vector<CVector> points;
+        std::vector<CMatrix> matrices;
+        for (std::size_t i = 0; i < count; ++i) {
+            points.push_back({number(), number(), number()});
+            matrices.push_back(MatrixOf(Numbers(random, kind)));
+        }
+        // One more, which stays as it is.
+        const CVector guard(1, 2, 3);
+        std::vector<CVector> moved(count + 1, guard), inPlace = points;
+        std::vector<CMatrix> products(count + 1), productsInPlace = matrices;
+        set.transformEach(matrix, points.data(), moved.data(), count);
+        set.transformEach(matrix, inPlace.data(), inPlace.data(), count);
+        set.multiplyEach(matrix, matrices.data(), products.data(), count);
+        set.multiplyEach(matrix, productsInPlace.data(), productsInPlace.data(), count);
+        for (std::size_t i = 0; i < count && !HasFatalFailure(); ++i) {
+            const CVector point = points[i] * matrix;
+            ExpectSame(&moved[i].x, &point.x, 3, "point");
+            ExpectSame(&inPlace[i].x, &point.x, 3, "point in its place");
+            const CMatrix product = kScalarMatrices.routines.multiply(matrices[i], matrix);
+            ExpectSame(products[i], product, "product");
+            ExpectSame(productsInPlace[i], product, "product in its place");
+        }
+        ExpectSame(&moved[count].x, &guard.x, 3, "behind the points");
+        ExpectSame(products[count], CMatrix::Identity, "behind the products");
+    }
+}
+
 TEST(MatrixKernelsReference, WritesNothingBehindTheInverse) {
     constexpr float kGuard = 12345;
     // Both with room behind the sixteen elements.

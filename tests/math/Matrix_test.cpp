@@ -6,8 +6,10 @@
 
 #include <climits>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <type_traits>
+#include <vector>
 
 namespace vorlund::test {
 namespace {
@@ -98,6 +100,34 @@ TEST(Matrix, ProductAddsInOrderWithDoubleDigits) {
     std::swap(a[1], a[2]);
     std::swap(b[4], b[8]);
     EXPECT_EQ((a * b)[0], 0.5f);
+}
+
+TEST(Matrix, ArraysOfPointsAndMatrices) {
+    const CMatrix turn = CMatrix::Rotation(0.1f, 0.2f, 0.3f) * CMatrix::Translation(1, 2, 3);
+    std::vector<CVector> points;
+    std::vector<CMatrix> matrices;
+    for (int i = 0; i < 11; ++i) {
+        const auto f = static_cast<float>(i);
+        points.push_back({f, 1 - f, f / 3});
+        matrices.push_back(CMatrix::Scale(f, 2, 3));
+    }
+    std::vector<CVector> moved(points.size());
+    turn.Transform(points.data(), moved.data(), points.size());
+    std::vector<CMatrix> products(matrices.size());
+    turn.Multiply(matrices.data(), products.data(), matrices.size());
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const CVector point = points[i] * turn;
+        EXPECT_EQ(std::memcmp(&moved[i], &point, sizeof point), 0) << i;
+        const CMatrix product = matrices[i] * turn;
+        EXPECT_EQ(std::memcmp(&products[i], &product, sizeof product), 0) << i;
+    }
+    // In their places, and none at all.
+    turn.Transform(points.data(), points.data(), points.size());
+    EXPECT_EQ(std::memcmp(points.data(), moved.data(), points.size() * sizeof points[0]), 0);
+    turn.Multiply(matrices.data(), matrices.data(), matrices.size());
+    EXPECT_EQ(std::memcmp(matrices.data(), products.data(), products.size() * sizeof products[0]), 0);
+    turn.Transform(nullptr, nullptr, 0);
+    turn.Multiply(nullptr, nullptr, 0);
 }
 
 TEST(Matrix, ProductOfInfinitiesAndNan) {

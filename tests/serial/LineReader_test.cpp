@@ -1,10 +1,18 @@
 // Lines that arrive.
+#include "data/file/UnreadablePlace.h"
 #include "serial/SerialTest.h"
+#include "support/DebugRecorder.h"
 
+#include <vorlund/ClassIds.h>
 #include <vorlund/Exception.h>
+#include <vorlund/File.h>
 #include <vorlund/LineReader.h>
+#include <vorlund/StreamErrors.h>
 
+#include <cstring>
 #include <functional>
+#include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -208,42 +216,163 @@ TEST_F(LineReader, PassesOnTheStreamsExceptionOfTheSameType) {
     EXPECT_EQ(Narrow(line), "one");
 }
 
-/// Raises once, right behind the end of a line.
-class CRaisingReader : public CLineReader {
-public:
-    using CLineReader::CLineReader;
+// What the stream does to the reader from inside its Read.
 
-protected:
-    void RemoveBufferedData(int count) override {
-        CLineReader::RemoveBufferedData(count);
-        if (std::exchange(mustRaise_, false)) Raise<CIOException>(streamfailures::kCannotRead);
+/// Fills the room with a line of 100 units and the next one, and claims more.
+class CBoastingStream : public CMemoryInputStream {
+public:
+    using CMemoryInputStream::Read;
+    std::uint64_t Read(void* buffer, std::uint64_t size) override {
+        if (std::exchange(hasRead_, true)) return 0;
+        std::memset(buffer, 'x', static_cast<std::size_t>(size));
+        static_cast<char*>(buffer)[100] = 10;
+        return size + 1000;
     }
 
 private:
-    bool mustRaise_ = true;
+    bool hasRead_ = false;
 };
 
-TEST_F(LineReader, KeepsAWholeLineWhenADerivedClassRaises) {
-    const auto stream = Source(Bytes("one\ntwo\n"));
-    CRaisingReader reader(stream.Get(), CHAR_FORMAT_8BIT);
-    wstring line = VRL_L("before");
-    EXPECT_EQ(Outcome([&] { reader.ReadLine(line); }), kReadFailed);
-    EXPECT_EQ(Narrow(line), "before");
-    for (const char* const expected : {"one", "two"}) {
-        ASSERT_TRUE(reader.ReadLine(line));
-        EXPECT_EQ(Narrow(line), expected);
+/// Calls `act` once, in the Read that delivers the byte at `actAt`, before it delivers.
+class CActingStream : public CMemoryInputStream {
+public:
+    std::function<void()> act;
+    std::int64_t actAt = 0;
+
+    using CMemoryInputStream::Read;
+    std::uint64_t Read(void* buffer, std::uint64_t size) override {
+        if (act && position >= actAt) std::exchange(act, nullptr)();
+        return CMemoryInputStream::Read(buffer, size);
     }
-    EXPECT_FALSE(reader.ReadLine(line));
+};
+
+class LineReaderReentrancy : public CSerialTest {
+protected:
+    ~LineReaderReentrancy() noexcept override {}
+    LineReaderReentrancy() {
+        stream_->bytes = Bytes("one\ntwo\n");
+        reader_ = std::make_unique<CLineReader>(stream_.Get(), CHAR_FORMAT_8BIT);
+    }
+
+    CRefPtr<CActingStream> stream_ = Make<CActingStream>();
+    std::unique_ptr<CLineReader> reader_;
+    wstring line_ = VRL_L("before");
+};
+
+TEST_F(LineReaderReentrancy, ReadLineFindsNothing) {
+    bool wasLine = true;
+    stream_->act = [&] {
+        wstring inner = VRL_L("inner");
+        wasLine = reader_->ReadLine(inner) || !inner.empty();
+        EXPECT_EQ(reader_->Tell(), 0u);
+        EXPECT_FALSE(reader_->Eof());
+    };
+    EXPECT_TRUE(reader_->ReadLine(line_));
+    EXPECT_FALSE(wasLine);
+    EXPECT_EQ(Narrow(line_), "one");
+    ASSERT_TRUE(reader_->ReadLine(line_));
+    EXPECT_EQ(Narrow(line_), "two");
 }
 
-TEST_F(LineReader, IsATextReader) {
-    const auto stream = Source(Bytes("one\ntwo\n"));
+TEST_F(LineReaderReentrancy, SeekAndFlushHold) {
+    stream_->act = [&] { reader_->Seek(4); };
+    EXPECT_FALSE(reader_->ReadLine(line_));
+    EXPECT_TRUE(line_.empty());
+    reader_->Seek(4);
+    ASSERT_TRUE(reader_->ReadLine(line_));
+    EXPECT_EQ(Narrow(line_), "two");
+
+    reader_->Seek(0);
+    stream_->act = [&] { reader_->Flush(); };
+    EXPECT_FALSE(reader_->ReadLine(line_));
+    reader_->Seek(0);
+    ASSERT_TRUE(reader_->ReadLine(line_));
+    EXPECT_EQ(Narrow(line_), "one");
+}
+
+TEST_F(LineReaderReentrancy, TheReaderMayGo) {
+    stream_->act = [&] { reader_.reset(); };
+    EXPECT_FALSE(reader_->ReadLine(line_));
+    EXPECT_TRUE(line_.empty());
+    EXPECT_EQ(ReferencesOf(stream_.Get()), 1);
+}
+
+TEST_F(LineReaderReentrancy, TheReaderMayGoWithItsStream) {
+    CActingStream* const stream = stream_.Get();
+    stream->act = [&] { reader_.reset(); };
+    stream_.Reset();
+    const int alive = CLiveObject::GetCount();
+    EXPECT_FALSE(reader_->ReadLine(line_));
+    EXPECT_EQ(CLiveObject::GetCount(), alive - 1);
+}
+
+TEST_F(LineReaderReentrancy, AReaderThatGoesBeforeAnException) {
+    stream_->act = [&] {
+        reader_.reset();
+        Raise<CIOException>(streamfailures::kCannotRead);
+    };
+    EXPECT_EQ(Outcome([&] { reader_->ReadLine(line_); }), kReadFailed);
+    EXPECT_EQ(Narrow(line_), "before");
+}
+
+TEST_F(LineReaderReentrancy, AStreamThatSeeksAtEachReadEnds) {
+    for (int i = 0; i < 3; ++i) {
+        stream_->act = [&] { reader_->Seek(0); };
+        EXPECT_FALSE(reader_->ReadLine(line_));
+    }
+}
+
+// Nothing of a line is reported or raised, however many there are.
+TEST_F(LineReader, ReportsNothing) {
+    const CDebugRecorder recorder;
+    const auto stream = QuietSource(TBytes(20000, 10));
     CLineReader reader(stream.Get(), CHAR_FORMAT_8BIT);
-    CTextReader& base = reader;
-    EXPECT_EQ(Outcome([&] { base.ReadLine(); }), kLineEnd);
+    int lines = 0;
+    for (wstring line; reader.ReadLine(line);) ++lines;
+    EXPECT_EQ(lines, 20000);
+    EXPECT_TRUE(recorder.GetEntries().empty());
+}
+
+TEST_F(LineReader, AStreamThatClaimsTooMuch) {
+    const auto stream = Make<CBoastingStream>();
+    CLineReader reader(stream.Get(), CHAR_FORMAT_8BIT);
     wstring line;
     ASSERT_TRUE(reader.ReadLine(line));
-    EXPECT_EQ(Narrow(line), "two");
+    EXPECT_EQ(line, wstring(100, 'x'));
+    ASSERT_TRUE(reader.ReadLine(line));
+    EXPECT_EQ(line, wstring(CLineReader::kWindow - 101, 'x'));
+}
+
+// Longer than any window, and nothing but what is cut out.
+TEST_F(LineReader, ALongLineOfCarriageReturns) {
+    const auto stream = QuietSource(TBytes(3 * CLineReader::kWindow, 13));
+    CLineReader reader(stream.Get(), CHAR_FORMAT_8BIT);
+    wstring line = VRL_L("before");
+    ASSERT_TRUE(reader.ReadLine(line));
+    EXPECT_TRUE(line.empty());
+    EXPECT_FALSE(reader.ReadLine(line));
+    EXPECT_TRUE(reader.Eof());
+}
+
+TEST_F(LineReader, AsksTheStreamSeldom) {
+    const auto stream = Source(TBytes(10 * CLineReader::kWindow, 10));
+    CLineReader reader(stream.Get(), CHAR_FORMAT_8BIT);
+    for (wstring line; reader.ReadLine(line);) {
+    }
+    EXPECT_EQ(log_, TCallLog(11, "Read " + std::to_string(CLineReader::kWindow)));
+}
+
+TEST_F(LineReader, AReadErrorIsToldByTheStream) {
+    const CUnreadablePlace place;
+    const auto file = CreateAs<IFileInputStream>(classid::CFileInputStream);
+    file->Open(place.GetPath().c_str());
+    file->Seek(place.GetStart());
+    CLineReader reader(file.Get(), CHAR_FORMAT_8BIT);
+    wstring line;
+    ASSERT_TRUE(reader.ReadLine(line));
+    EXPECT_EQ(line, wstring(CUnreadablePlace::kReadable, 'x'));
+    EXPECT_FALSE(reader.ReadLine(line));
+    EXPECT_NE(GetReadError(*file), 0u);
 }
 
 } // namespace

@@ -40,10 +40,17 @@ TEST_F(SerialOutOfMemory, ARefusedTextIsAsItWasOrEmpty) {
     EXPECT_EQ(text.Length(), 150000u);
 }
 
-TEST_F(SerialOutOfMemory, ARefusedLineIsReadByTheNextCall) {
-    const std::string first(3000, 'x');
+/// A line in the window, and one that is longer.
+class SerialOutOfMemoryLines : public SerialOutOfMemory, public testing::WithParamInterface<std::size_t> {
+protected:
+    ~SerialOutOfMemoryLines() noexcept override {}
+};
+
+TEST_P(SerialOutOfMemoryLines, ARefusedOneIsReadByTheNextCall) {
+    const std::string first(GetParam(), 'x');
     const std::string second(2000, 'y');
-    const auto stream = QuietSource(Bytes(first + "\r\n" + second));
+    // Carriage returns of the beginning are gone when the line is put together.
+    const auto stream = QuietSource(Bytes("\r\r\r" + first + "\r\n" + second));
     std::optional<CLineReader> reader;
     CString line;
     const auto begin = [&] {
@@ -74,6 +81,9 @@ TEST_F(SerialOutOfMemory, ARefusedLineIsReadByTheNextCall) {
     EXPECT_EQ(Narrow(line), first);
     expectSecond();
 }
+
+INSTANTIATE_TEST_SUITE_P(Lengths, SerialOutOfMemoryLines,
+                         testing::Values(3000, CLineReader::kWindow * 5 / 2));
 
 } // namespace
 } // namespace vorlund::test

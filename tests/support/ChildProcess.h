@@ -25,8 +25,10 @@ struct TChildOptions {
     std::vector<std::string> arguments = {};
     TChildOutput output = TChildOutput::Captured;
     /// The child's controlling terminal is a pseudo-terminal, with the child in the foreground; without this
-    /// it has none. Its standard streams are never the terminal. Only on POSIX.
+    /// it has none. Only on POSIX.
     bool hasTerminal = false;
+    /// The standard error stream is that terminal; no other standard stream ever is. Only on POSIX.
+    bool isErrorTerminal = false;
     /// The child is killed when it has run for so long.
     std::chrono::seconds limit = std::chrono::minutes(2);
     /// This process debugs the child and hears its debugger output. Only on Windows.

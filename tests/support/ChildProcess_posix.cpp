@@ -196,6 +196,7 @@ CChildProcess::CChildProcess(const std::string& program, const TChildOptions& op
         char name[128];
         Check(ptsname_r(state_->Terminal().handle.Get(), name, sizeof(name)) == 0, "no terminal name");
         start.Open(kTerminalHandle, name, O_RDWR);
+        if (options.isErrorTerminal) start.Open(2, name, O_RDWR);
     }
     state_->process = start.Run(BesideProgram(program), options.arguments);
     state_->isRunning = true;

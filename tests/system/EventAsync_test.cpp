@@ -24,18 +24,6 @@ void ResetIt(TData& data) {
     data.event->SetState(false);
 }
 
-/// Time for a call that must not come.
-void LetOthersRun() {
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-}
-
-/// Whether the wait with that number calls back when its event is set, which its callback resets.
-bool Responds(CEvent& event, CAsyncCalls& calls) {
-    const int before = calls.Count();
-    event.SetState(true);
-    return calls.Reach(before + 1);
-}
-
 TEST(EventAsync, CallsWithTheRecordOfASingleEvent) {
     CEvent event;
     CAsyncCalls calls(ResetIt);
@@ -272,6 +260,27 @@ TEST(EventAsync, ACallbackMayStartAnotherWait) {
     EXPECT_TRUE(ofSecond.Reach(1));
     LetOthersRun();
     EXPECT_EQ(ofSecond.Last().event, &second);
+}
+
+TEST(EventAsync, AWaitThatStartsSoonAfterAnotherTakesOverItsThread) {
+    constexpr int kRounds = 50;
+    CEvent event;
+    event.SetState(true);
+    std::atomic<int> takenOver{0};
+    CAsyncCalls calls([&](TData& data) {
+        thread_local bool isKnown = false;
+        if (isKnown) ++takenOver;
+        isKnown = true;
+        CEvent::StopAsync(data.handle);
+    });
+    for (int round = 1; round <= kRounds; ++round) {
+        event.WaitAsync(&CAsyncCalls::Callback, &calls);
+        ASSERT_TRUE(calls.Reach(round));
+        // A thread that ended at once would have ended by then, most times.
+        std::this_thread::yield();
+    }
+    // A busy machine may keep this thread away for longer than the other one waits.
+    EXPECT_GE(takenOver, kRounds / 5);
 }
 
 TEST(EventAsync, ACallMayBeUnderWayWhenItsStopReturns) {

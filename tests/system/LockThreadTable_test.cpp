@@ -22,7 +22,7 @@ TEST(LockThreadTable, FindsWhatWasInsertedUntilItIsRemoved) {
             ASSERT_EQ(table.Find(thread), nullptr);
             CLockThreadEntry& entry = table.Insert(thread);
             EXPECT_TRUE(entry.IsEmpty());
-            entry.reads = static_cast<int>(number);
+            entry.Push(LOCK_MODE_READ);
             entry.param = thread;
             entries[thread] = &entry;
         }
@@ -43,7 +43,6 @@ TEST(LockThreadTable, FindsWhatWasInsertedUntilItIsRemoved) {
 TEST(LockThreadTable, GivesSlotsOutAgainAsNew) {
     CLockThreadTable table;
     CLockThreadEntry& entry = table.Insert(77);
-    entry.reads = 3;
     entry.writes = 2;
     entry.param = 9;
     for (int level = 0; level < 50; ++level) entry.Push(level % 2 ? LOCK_MODE_WRITE : LOCK_MODE_READ);

@@ -52,6 +52,7 @@ std::string AttemptWhatIsForbidden() {
     attempts.Add("tgkill", syscall(SYS_tgkill, getppid(), getppid(), 0));
     rlimit limit;
     attempts.Add("prlimit", prlimit(getppid(), RLIMIT_NOFILE, nullptr, &limit));
+    attempts.Add("setrlimit", getrlimit(RLIMIT_AS, &limit) == 0 ? setrlimit(RLIMIT_AS, &limit) : 0);
     // Reading is possible.
     attempts.Add("read", open("/proc/self/comm", O_RDONLY));
     attempts.Add("raise", syscall(SYS_tgkill, getpid(), gettid(), 0));

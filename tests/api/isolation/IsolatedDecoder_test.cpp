@@ -7,6 +7,7 @@
 #include <vorlund/StreamFilter.h>
 #include <vorlund/Vorlund.h>
 
+#include "api/isolation/Wine.h"
 #include "api/plugins/InheritedObject.h"
 #include "api/plugins/LoadedModules.h"
 #include "api/plugins/TestPlugins.h"
@@ -205,6 +206,26 @@ TEST_F(IsolatedDecoder, WhatIsRaisedInConnectEndsTheSearch) {
     EXPECT_EQ(report_.GetEntries().back().outcome, DECODE_RAISED);
 }
 
+TEST_F(IsolatedDecoder, MemoryHasALimit) {
+    // Words of 32 bits have a limit of their own.
+    if (sizeof(void*) > 4) {
+        const auto stream = Behave("connect allocate", {.memory = 0});
+        EXPECT_EQ(stream->GetLength(), 7);
+    }
+    // It takes the limit and does not keep it.
+    if (IsWine()) return;
+    ExpectRaises<CDataFormatException>(kNotDecoded, [&] { Behave("connect allocate", {.memory = 256}); });
+    const TDecodeEntry& last = report_.GetEntries().back();
+    EXPECT_EQ(Text(last.className), "test::CMisbehavingDecoder");
+    // It may also die of it.
+    EXPECT_TRUE(last.outcome == DECODE_RAISED || last.outcome == DECODE_DIED) << last.outcome;
+    const auto stream = Behave("read allocate", {.memory = 256});
+    char byte;
+    EXPECT_THROW(stream->Read(&byte, 1), CIOException);
+    // Beside it there is room.
+    EXPECT_EQ(ReadAll(*Behave("well", {.memory = 256}), 100).size(), 7U);
+}
+
 TEST_F(IsolatedDecoder, DeathsWhileReading) {
     struct TRow {
         const char* how;
@@ -230,7 +251,7 @@ TEST_F(IsolatedDecoder, ImpossibleFormatsAreRefused) {
 
 TEST_F(IsolatedDecoder, OtherAnswersAreNotBelieved) {
     const wstring helper = ToVorlund(BesideProgram("isolation_helper" + std::string(kProgramEnding)));
-    const auto talk = [&](const char* how) {
+    const auto talk = [&](const char* how, unsigned int seconds = 20) {
         const wstring folder(how, how + std::strlen(how));
         const wchar* const folders[] = {folder.c_str()};
         const auto source = Command("well");
@@ -238,7 +259,7 @@ TEST_F(IsolatedDecoder, OtherAnswersAreNotBelieved) {
                                                            {.folders = folders,
                                                             .withInstalled = false,
                                                             .report = &report_,
-                                                            .seconds = 1,
+                                                            .seconds = seconds,
                                                             .helper = helper.c_str()}));
     };
     for (const char* const how : {"garbage",  "mark",           "huge",          "kind",       "question",
@@ -251,7 +272,7 @@ TEST_F(IsolatedDecoder, OtherAnswersAreNotBelieved) {
     }
     for (const char* const how : {"silent", "asking"}) {
         const testing::ScopedTrace trace(__FILE__, __LINE__, how);
-        ExpectRaises<CDataFormatException>(kNotDecoded, [&] { talk(how); });
+        ExpectRaises<CDataFormatException>(kNotDecoded, [&] { talk(how, 1); });
         EXPECT_EQ(Text(report_.GetEntries().back().reason), "its process does not answer");
     }
     for (const char* const how : {"cut", "end"}) {
@@ -267,7 +288,7 @@ TEST_F(IsolatedDecoder, OtherAnswersAreNotBelieved) {
         const auto stream = talk(how);
         ExpectRaises<CIOException>(kGarbled, [&] { stream->Read(bytes, sizeof(bytes)); });
     }
-    const auto silent = talk("read-silent");
+    const auto silent = talk("read-silent", 1);
     ExpectRaises<CIOException>(kSilent, [&] { silent->Read(bytes, sizeof(bytes)); });
     const auto dead = talk("read-end");
     ExpectRaises<CIOException>(kDied, [&] { dead->Read(bytes, sizeof(bytes)); });

@@ -1,12 +1,13 @@
 // A program in the place of vorlund-plugin-scan that says to an application that isolates decoders what no
 // good one says. The name of the first folder says what.
-//   isolation_helper CHANNEL --decode FOLDER
+//   isolation_helper CHANNEL --decode MEGABYTES FOLDER
 #include "Arguments.h"
 #include "vorlund-plugin-scan/ScanSide.h"
 
 #include "vorlund/api/isolation/IsolationProtocol.h"
 
 #include <vorlund/DataFormat.h>
+#include <vorlund/Stream.h>
 
 #include <chrono>
 #include <thread>
@@ -30,9 +31,10 @@ public:
         Send(channel_, bytes.data(), bytes.size());
     }
     /// A chain with that end.
-    void SayFound(const TDataFormat& format, std::size_t size, std::int64_t length = 10) const {
+    void SayFound(const TDataFormat& format, std::size_t size, std::int64_t length = 10,
+                  std::uint32_t capabilities = 7) const {
         CMessage message(TKind::Found);
-        message.Put(std::uint32_t{7}).Put(length).PutText(VRL_L("test::CFake"));
+        message.Put(capabilities).Put(length).PutText(VRL_L("test::CFake"));
         Say(message.PutBytes(&format, size));
     }
     void Hear() const {
@@ -50,8 +52,60 @@ private:
     const std::string channel_;
 };
 
+/// A picture or a video, most of them impossible.
+void TalkOfImages(const CTalk& talk, const std::string& how) {
+    const bool isVideo = how.starts_with("video");
+    TDataFormat_VideoRgb video;
+    TDataFormat_ImageRgb& image = video.image;
+    image.width = image.height = 2;
+    image.pixelFormat.bitsPerPixel = 24;
+    if (how.ends_with("-flat")) image.height = 0;
+    if (how.ends_with("-narrow")) image.width = 0;
+    if (how.ends_with("-huge")) image.width = image.height = 0xFFFFFFFF;
+    if (how.ends_with("-no-bits")) image.pixelFormat.bitsPerPixel = 0;
+    if (how.ends_with("-many-bits")) image.pixelFormat.bitsPerPixel = 129;
+    if (how.ends_with("-id")) image.id = CId::Null();
+    if (how.ends_with("-size")) --image.size;
+    if (isVideo)
+        talk.SayFound(video, sizeof(video) - (how.ends_with("-cut") ? 4 : 0));
+    else
+        talk.SayFound(image, sizeof(image));
+}
+
+/// What is not wrong, only rare.
+void TalkOddly(const CTalk& talk, const std::string& how) {
+    if (how == "odd-entry") {
+        CMessage entry(TKind::Entry);
+        entry.Put(CId::Null()).PutText(VRL_L("a\x7F") VRL_L("b\x9B") VRL_L("c\xE9"));
+        entry.Put(5000).Put(std::int32_t{99}).Put(std::int32_t{-1});
+        for (int i = 0; i < 5; ++i) entry.PutText(VRL_L("x"));
+        talk.Say(entry.Put(std::uint64_t{1}).Put(0.5));
+        talk.SayHeader({kMark, TKind::NotFound, 0});
+    }
+    if (how == "odd-chain") {
+        const TDataFormat_AudioPcm pcm;
+        talk.SayFound(pcm, sizeof(pcm), -1, STREAM_CAPABILITY_READ);
+        talk.Hear();
+        CMessage some(TKind::Data);
+        talk.Say(some.Put(std::int64_t{-1}).PutBytes("x", 1));
+        talk.Hear();
+        CMessage none(TKind::Data);
+        talk.Say(none.Put(std::int64_t{-1}));
+    }
+    if (how == "odd-length") {
+        const TDataFormat_AudioPcm pcm;
+        talk.SayFound(pcm, sizeof(pcm), -1);
+    }
+}
+
 void Talk(const CTalk& talk, const std::string& how) {
     talk.Hear();
+    if (how.starts_with("image-") || how.starts_with("video-")) TalkOfImages(talk, how);
+    if (how.starts_with("odd-")) TalkOddly(talk, how);
+    if (how.starts_with("deaf")) {
+        // Asks, and does not listen to the answers.
+        for (int i = 0; how == "deaf" || i < 3; ++i) talk.Question(0, kMaxBlock);
+    }
     TDataFormat_AudioPcm pcm;
     if (how == "garbage") talk.SayBytes(4096);
     if (how == "mark") talk.SayHeader({kMark + 1, TKind::NotFound, 0});
@@ -133,7 +187,7 @@ void Talk(const CTalk& talk, const std::string& how) {
 
 int main(int argc, char** argv) {
     const std::vector<std::string> arguments = GetArguments(argc, argv);
-    if (arguments.size() != 3) return 64;
-    vorlund::test::Talk(vorlund::test::CTalk(arguments[0]), arguments[2]);
+    if (arguments.size() != 4) return 64;
+    vorlund::test::Talk(vorlund::test::CTalk(arguments[0]), arguments[3]);
     return 0;
 }

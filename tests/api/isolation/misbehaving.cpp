@@ -14,8 +14,11 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
+#include <new>
 #include <string>
 #include <thread>
+#include <vector>
 
 using namespace vorlund;
 
@@ -30,6 +33,15 @@ constexpr TFailure kUnreadable{VRL_L("test::CMisbehavingDecoder::Read"), VRL_L("
     for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
 }
 
+/// Without end, or nearly so: 3 GiB.
+void Allocate() {
+    std::vector<std::unique_ptr<void, decltype(&std::free)>> blocks;
+    for (int i = 0; i < 192; ++i) {
+        blocks.emplace_back(std::malloc(16 << 20), &std::free);
+        if (!blocks.back()) throw std::bad_alloc();
+    }
+}
+
 void Behave(const std::string& how) {
     if (how == "crash") {
         volatile int* volatile nowhere = nullptr;
@@ -38,6 +50,7 @@ void Behave(const std::string& how) {
     if (how == "exit") std::_Exit(5);
     if (how == "hang") Hang();
     if (how == "raise") throw 42;
+    if (how == "allocate") Allocate();
 }
 
 class CMisbehavingDecoder : public CInputFilterImpl<IInputStreamFilter> {

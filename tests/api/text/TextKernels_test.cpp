@@ -256,6 +256,38 @@ TEST_P(TextKernels, WidenExtendsTheSign) {
     }
 }
 
+TEST_P(TextKernels, CopiesThatLookForAUnit) {
+    const CGuardedUnits memory;
+    std::mt19937 random(5);
+    for (std::size_t length = 0; length < kLengths; ++length) {
+        const wstring text = RandomText(random, length, 3);
+        const std::vector<std::uint8_t> bytes(text.begin(), text.end());
+        wchar* const place = memory.End() - length;
+        const auto expectCopy = [&](const wstring& source, wchar unit) {
+            const bool isThere = source.find(unit) != wstring::npos;
+            std::fill_n(place, length, wchar{0x5555});
+            ASSERT_EQ(Set().copyAndLook(place, source.data(), length, unit), isThere);
+            ASSERT_EQ(wstring(place, length), source);
+        };
+        expectCopy(text, 'z');
+        std::fill_n(place, length, wchar{0x5555});
+        ASSERT_FALSE(Set().widenBytesAndLook(place, bytes.data(), length, 'z'));
+        ASSERT_EQ(wstring(place, length), text);
+        // At each place.
+        for (std::size_t i = 0; i < length; ++i) {
+            wstring changed = text;
+            changed[i] = 0xFF0D;
+            expectCopy(changed, 0xFF0D);
+            expectCopy(changed, 0x0D);
+            std::vector<std::uint8_t> changedBytes = bytes;
+            changedBytes[i] = 0xE9;
+            ASSERT_TRUE(Set().widenBytesAndLook(place, changedBytes.data(), length, 0xE9));
+            ASSERT_EQ(static_cast<unsigned int>(place[i]), 0xE9u);
+            ASSERT_FALSE(Set().widenBytesAndLook(place, changedBytes.data(), length, 0xFFE9));
+        }
+    }
+}
+
 // ---- the choice
 
 TEST(TextKernelsSets, TheReferenceComesFirst) {
@@ -287,6 +319,12 @@ TEST(TextKernelsSets, FunctionsCallTheirRoutines) {
     EXPECT_EQ(wstring(changed, 3), wstring(VRL_L("xba")));
     vorlund::WidenText(changed, "cd", 2);
     EXPECT_EQ(wstring(changed, 3), wstring(VRL_L("cda")));
+    EXPECT_TRUE(vorlund::CopyTextAndLook(changed, VRL_L("ef"), 2, 'f'));
+    EXPECT_EQ(wstring(changed, 3), wstring(VRL_L("efa")));
+    const std::uint8_t bytes[] = {'g', 'h'};
+    EXPECT_TRUE(vorlund::WidenBytesAndLook(changed, bytes, 2, 'h'));
+    EXPECT_FALSE(vorlund::WidenBytesAndLook(changed, bytes, 1, 'h'));
+    EXPECT_EQ(wstring(changed, 3), wstring(VRL_L("gha")));
 }
 
 } // namespace

@@ -18,6 +18,7 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -157,6 +158,71 @@ TEST_F(DecodeReport, ClassWithoutObjects) {
     ExpectNoChain(TestFormat(2));
     EXPECT_EQ(Steps(), TSteps{"7 at 0 not created"});
     EXPECT_EQ(Text(report_.GetEntries()[0].className), "test::CNothing");
+}
+
+TEST_F(DecodeReport, AsTextForPeople) {
+    constexpr TFailure kUnreadable{VRL_L("test::Read"), VRL_L("tests"), 1, VRL_L("Not readable  ")};
+    constexpr TFailure kSilent{VRL_L("test::Connect"), VRL_L("tests"), 1, VRL_L("")};
+    // The figures differ from run to run.
+    const auto toString = [](const CDecodeReport& report) {
+        return std::regex_replace(Text(report.ToString()), std::regex("[0-9.]+ ms"), "... ms");
+    };
+    EXPECT_EQ(toString(report_), "");
+    Register(0, {.accepts = TestFormat(1), .produces = TestFormat(2)});
+    Register(1, {.accepts = TestFormat(1), .produces = TestFormat(2), .onConnect = [&](IInputStream*) {
+                     Raise<CIOException>(kUnreadable);
+                 }});
+    Register(2, {.accepts = TestFormat(1), .produces = TestFormat(2), .onConnect = [&](IInputStream*) {
+                     NoteContainer(VRL_L("Box"));
+                     NoteValue(VRL_L("version"), 7);
+                     NoteRemark(VRL_L("repaired"));
+                     Raise<CDataFormatException>(kSilent);
+                 }});
+    v.GetClassStore().RegisterClassVrl({TestDecoderId(7), VRL_L("test::CNothing"), nullptr});
+    store_.RegisterDecoder({TestDecoderId(7), TestFormat(1), TestFormat(2)});
+    Register(3, {.accepts = TestFormat(1), .produces = TestFormat(2)});
+    const CId forbidden[] = {TestDecoderId(0)};
+    const auto end = Decode(TestFormat(2), {.forbidden = forbidden});
+    const std::string text = toString(report_);
+    EXPECT_EQ(text,
+              "test::CTestDecoder: forbidden\n"
+              "test::CNothing: cannot be created\n"
+              "test::CTestDecoder: unreadable, Not readable, CIOException of test::Read, 0 bytes, ... ms\n"
+              "test::CTestDecoder: refused, Box, refused (version 7), CDataFormatException of "
+              "test::Connect, repaired, 0 bytes, ... ms\n"
+              "test::CTestDecoder: connected, 0 bytes, ... ms");
+    CDecodeReport copy(report_);
+    report_.Clear();
+    EXPECT_EQ(toString(copy), text);
+    CTestDecoders::plans[3].onConnect = [&](IInputStream*) { throw 5; };
+    EXPECT_THROW(Decode(TestFormat(2), {.forbidden = forbidden}), int);
+    EXPECT_TRUE(toString(report_).ends_with("\ntest::CTestDecoder: raised, 0 bytes, ... ms"))
+        << toString(report_);
+}
+
+TEST_F(DecodeReport, SourceThatCannotBeReadInTheEnd) {
+    const auto source = Make<CFaultyInputStream>();
+    source->format = HeadOnly(TestFormat(1));
+    source->failAt = 0;
+    ExpectRaises<CDataFormatException>(codecstorefailures::kCannotDecodeStream, [&] {
+        store_.DecodeStream(source.Get(), TestFormat(2), {.report = &report_});
+    });
+    EXPECT_EQ(Text(report_.Explain()), "no decoder is registered");
+}
+
+TEST_F(DecodeReport, APluginThatWasTriedIsNotRecommended) {
+    const std::string png = "\x89PNG\r\n\x1A\n";
+    source_->bytes.assign(png.begin(), png.end());
+    ExpectNoChain(TestFormat(2));
+    EXPECT_EQ(Text(report_.Explain()), "PNG: no loaded decoder reads it; try the plug-in 'image'");
+    // The class store keeps pointers to the names.
+    static const std::vector<TKnownContainer> containers = ListKnownContainers();
+    for (const TKnownContainer& container : containers)
+        if (Text(container.name) == "PNG")
+            v.GetClassStore().RegisterClassVrl({TestDecoderId(7), container.decoder.GetBuffer(), nullptr});
+    store_.RegisterDecoder({TestDecoderId(7), TestFormat(1), TestFormat(2)});
+    ExpectNoChain(TestFormat(2));
+    EXPECT_EQ(Text(report_.Explain()), "PNG: no loaded decoder reads it");
 }
 
 // What a decoder notes.

@@ -6,6 +6,7 @@
 #include "support/WavBuilder.h"
 
 #include <vorlund/AudioPcmConverters.h>
+#include <vorlund/BufferedStream.h>
 #include <vorlund/ClassIds.h>
 #include <vorlund/ObjectList.h>
 #include <vorlund/SetFormatIsf.h>
@@ -14,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vorlund::test {
@@ -37,6 +39,14 @@ void ReadGuarded(IInputStream& stream, std::size_t size) {
     EXPECT_LE(stream.Read(buffer.data(), size), size);
     EXPECT_EQ(std::count(buffer.begin() + static_cast<std::ptrdiff_t>(size), buffer.end(), kUntouched),
               static_cast<std::ptrdiff_t>(kGuard));
+}
+
+/// The same by `ReadFrames`.
+void ReadFramesGuarded(IInputStream& stream, std::size_t size) {
+    constexpr std::uint8_t kUntouched = 0x5C;
+    TBytes buffer(size + 8192, kUntouched);
+    EXPECT_LE(ReadFrames(stream, buffer.data(), size), size);
+    EXPECT_EQ(std::count(buffer.begin() + static_cast<std::ptrdiff_t>(size), buffer.end(), kUntouched), 8192);
 }
 
 /// What every filter can be asked, whichever way its data go.
@@ -79,6 +89,8 @@ TCalls<TInputScene> InputCalls() {
         {"GetFormat", [](TInputScene& scene) { scene.filter->GetFormat(); }},
         {"Read 4", [](TInputScene& scene) { ReadGuarded(*scene.filter, 4); }},
         {"Read 600", [](TInputScene& scene) { ReadGuarded(*scene.filter, 600); }},
+        {"ReadFrames 4", [](TInputScene& scene) { ReadFramesGuarded(*scene.filter, 4); }},
+        {"ReadFrames 600", [](TInputScene& scene) { ReadFramesGuarded(*scene.filter, 600); }},
         {"Skip", [](TInputScene& scene) { scene.filter->Skip(4); }},
         {"GetInputStream",
          [](TInputScene& scene) {
@@ -163,6 +175,8 @@ struct TFilterRow {
     const TCalls<TInputScene>* ownCalls;
     /// Brings the filter to a state in which it has something to do.
     void (*prepare)(TInputScene& scene) = [](TInputScene&) {};
+    /// Makes what no class store makes.
+    IInputStreamFilter* (*make)() = nullptr;
 };
 
 TBytes Wav(std::uint16_t bits) {
@@ -227,11 +241,13 @@ void ExpectUsable(TInputScene& scene) {
     scene.filter->Disconnect();
 }
 void ExpectUsable(TOutputScene& scene) {
+    // What it has collected comes first.
+    scene.filter->Disconnect();
     const std::size_t before = scene.stream.bytes.size();
     scene.filter->Connect(&scene.stream);
     scene.filter->Write("1234", 4);
-    EXPECT_EQ(scene.stream.bytes.size(), before + 4);
     scene.filter->Disconnect();
+    EXPECT_EQ(scene.stream.bytes.size(), before + 4);
 }
 
 template <class TScene, class TMake>
@@ -274,8 +290,10 @@ int RunRow(const TFilterRow& row) {
     TCalls<TInputScene> calls = InputCalls();
     calls.insert(calls.end(), row.ownCalls->begin(), row.ownCalls->end());
     return RunAll(calls, [&](int moment, const TInputScene::TAct& act) {
-        auto filter = CRefPtr<IInputStreamFilter>::Adopt(static_cast<IInputStreamFilter*>(
-            CreateAs<IObject>(row.classId)->QueryInterface(row.interfaceId)));
+        auto filter = CRefPtr<IInputStreamFilter>::Adopt(
+            row.make ? row.make()
+                     : static_cast<IInputStreamFilter*>(
+                           CreateAs<IObject>(row.classId)->QueryInterface(row.interfaceId)));
         auto scene = std::make_unique<TInputScene>(std::move(filter), moment, act);
         scene->stream.bytes = row.bytes;
         scene->stream.format.Set(row.format);
@@ -304,15 +322,38 @@ TEST(FilterReentrancy, ConvertersOverFiles) {
     for (const TFilterRow& row : FileRows()) EXPECT_GT(RunRow(row), kFewMoments);
 }
 
+TEST(FilterReentrancy, BufferedInput) {
+    const CLibraryScope library;
+    TFilterRow row{"CreateBufferedInput", {}, {}, Ramp(700), Ramp(9), {}, {}, &kNoCalls};
+    row.make = [] { return CreateBufferedInput(32); };
+    EXPECT_GT(RunRow(row), kFewMoments);
+    // With bytes ahead.
+    row.prepare = [](TInputScene& scene) { ReadGuarded(*scene.filter, 2); };
+    EXPECT_GT(RunRow(row), kFewMoments);
+}
+
+/// Of an output filter to which `first` has been written.
+template <class TMake> int RunOutput(TMake makeFilter, std::string_view first) {
+    return RunAll(OutputCalls(), [&](int moment, const TOutputScene::TAct& act) {
+        auto scene = std::make_unique<TOutputScene>(makeFilter(), moment, act);
+        scene->filter->Connect(&scene->stream);
+        if (!first.empty()) scene->filter->Write(first.data(), first.size());
+        return scene;
+    });
+}
+
 TEST(FilterReentrancy, OutputFilters) {
     const CLibraryScope library;
-    const auto make = [](int moment, const TOutputScene::TAct& act) {
-        auto scene = std::make_unique<TOutputScene>(
-            CreateAs<IOutputStreamFilter>(classid::COutputStreamFilter), moment, act);
-        scene->filter->Connect(&scene->stream);
-        return scene;
-    };
-    EXPECT_GT(RunAll(OutputCalls(), make), kFewMoments);
+    const auto make = [] { return CreateAs<IOutputStreamFilter>(classid::COutputStreamFilter); };
+    EXPECT_GT(RunOutput(make, ""), kFewMoments);
+}
+
+TEST(FilterReentrancy, BufferedOutput) {
+    const CLibraryScope library;
+    const auto make = [] { return CRefPtr<IOutputStreamFilter>::Adopt(CreateBufferedOutput(16)); };
+    EXPECT_GT(RunOutput(make, "123"), kFewMoments);
+    // A further write fills the block and leaves a rest.
+    EXPECT_GT(RunOutput(make, "123456789012"), kFewMoments);
 }
 
 // The search for a decoder.

@@ -2,6 +2,7 @@
 #include "bounds/Factors.h"
 #include "bounds/ProcessUse.h"
 #include "plugins/SoundPluginTest.h"
+#include "support/Emulated.h"
 
 #include <algorithm>
 #include <vector>
@@ -20,9 +21,14 @@ class SndfileDamage : public SoundPluginTest {
 protected:
     /// Decodes what there is: no byte takes more than its time and memory, whatever the head says.
     void ExpectBounded(const TBytes& bytes) {
+        const auto stream = Make<CFaultyInputStream>();
+        stream->bytes = bytes;
+        ExpectBounded(*stream);
+    }
+    void ExpectBounded(IInputStream& stream) {
         const std::uint64_t began = GetProcessUse().milliseconds;
         try {
-            const auto decoded = DecodeBytes(bytes);
+            const auto decoded = Decode(&stream);
             EXPECT_GE(decoded->GetLength(), 0);
             EXPECT_LT(Count(*decoded, kLimit), kLimit);
             decoded->Seek(decoded->GetLength() / 2);
@@ -31,7 +37,7 @@ protected:
         } catch (const CIOException&) {
         }
         const TProcessUse use = GetProcessUse();
-        EXPECT_LE(use.milliseconds - began, 1000 * kTimeFactor);
+        EXPECT_LE(use.milliseconds - began, 1000 * kTimeFactor * (IsEmulated() ? kEmulatorTimeFactor : 1));
         EXPECT_LE(use.peakBytes, peakBefore_ + (std::uint64_t{64} << 20) * kMemoryFactor);
     }
 
@@ -64,6 +70,24 @@ TEST_F(SndfileDamage, CutAtEvery97thByte) {
         const TBytes bytes = Load(name);
         for (std::size_t size = 0; size < bytes.size(); size += 97)
             ExpectBounded(TBytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)));
+    }
+}
+
+TEST_F(SndfileDamage, ReadsThatFailAllOverTheHead) {
+    for (const char* const name : kNames) {
+        const TBytes bytes = Load(name);
+        for (std::size_t at = 0; at < std::min<std::size_t>(bytes.size(), 400); at += 3) {
+            SCOPED_TRACE(name + (" at " + std::to_string(at)));
+            const auto failing = Make<CFaultyInputStream>();
+            failing->bytes = bytes;
+            failing->failAt = static_cast<std::int64_t>(at);
+            ExpectBounded(*failing);
+            // And a stream that ends before its length.
+            const auto ending = Make<CFaultyInputStream>();
+            ending->bytes = TBytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(at));
+            ending->claimedLength = static_cast<std::int64_t>(bytes.size());
+            ExpectBounded(*ending);
+        }
     }
 }
 
