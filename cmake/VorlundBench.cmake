@@ -1,6 +1,9 @@
-# vorlund_bench(<name> <file>... [INTERNAL] [PEERS <peer>...]): the benchmark program bench_<name>. Peers are what it
-# measures beside ours; an INTERNAL one looks inside, through the static build.
+# vorlund_bench(<name> <file>... [INTERNAL] [PEERS <peer>...]): the benchmark program bench_<name>, which ./run --bench finds
+# by its name. Peers are what it measures beside ours. An INTERNAL one looks inside, through the static build, at what no
+# user calls; it lies in bin/inner and has no rows in the table.
 find_package(benchmark REQUIRED)
+set(VORLUND_BENCH_MISSING ${CMAKE_BINARY_DIR}/bench-missing.txt)
+file(WRITE ${VORLUND_BENCH_MISSING} "")
 
 function(vorlund_bench name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "PEERS")
@@ -8,17 +11,41 @@ function(vorlund_bench name)
     add_executable(${target} ${arg_UNPARSED_ARGUMENTS})
     target_link_libraries(${target} PRIVATE $<IF:$<BOOL:${arg_INTERNAL}>,vorlund_internal,Vorlund::vorlund>
         vorlund_build vorlund_warnings benchmark::benchmark)
+    if(arg_INTERNAL)
+        set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin/inner)
+    endif()
+    set(missing "")
     foreach(peer IN LISTS arg_PEERS)
-        target_link_libraries(${target} PRIVATE $<TARGET_NAME_IF_EXISTS:peer_${peer}>)
+        if(TARGET peer_${peer})
+            target_link_libraries(${target} PRIVATE peer_${peer})
+        else()
+            string(APPEND missing " ${peer}")
+        endif()
     endforeach()
+    string(TOLOWER "${missing}" missing)
+    file(APPEND ${VORLUND_BENCH_MISSING} "${name}${missing}\n")
 endfunction()
 
-# vorlund_bench_peer(<peer> <target>): a library to compare with, if its target exists. Programs that name it get the
+# vorlund_bench_peer(<peer> [<target>]): a library to compare with, if its target exists. Programs that name it get the
 # library and the definition VORLUND_BENCH_<peer>; without it they leave its rows out.
-function(vorlund_bench_peer peer library)
-    if(TARGET ${library})
+function(vorlund_bench_peer peer)
+    if(ARGC EQUAL 1 OR TARGET "${ARGV1}")
         add_library(peer_${peer} INTERFACE)
-        target_link_libraries(peer_${peer} INTERFACE ${library})
+        target_link_libraries(peer_${peer} INTERFACE ${ARGN})
         target_compile_definitions(peer_${peer} INTERFACE VORLUND_BENCH_${peer})
+    endif()
+endfunction()
+
+# vorlund_bench_headers(<peer> <header> <folder>): a peer of headers alone, of any system: the folder of that name beside or
+# above the header is linked into a place of its own, where the building machine's other headers are not.
+function(vorlund_bench_headers peer header folder)
+    find_path(${peer}_HEADERS ${header} PATH_SUFFIXES eigen3 NO_CMAKE_FIND_ROOT_PATH)
+    if(${peer}_HEADERS)
+        set(place ${CMAKE_BINARY_DIR}/peers/${peer})
+        file(MAKE_DIRECTORY ${place})
+        file(CREATE_LINK ${${peer}_HEADERS}/${folder} ${place}/${folder} SYMBOLIC)
+        add_library(headers_${peer} INTERFACE)
+        target_include_directories(headers_${peer} SYSTEM INTERFACE ${place})
+        vorlund_bench_peer(${peer} headers_${peer})
     endif()
 endfunction()

@@ -12,7 +12,8 @@ if(PROJECT_IS_TOP_LEVEL)
     set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
     set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
     set(CMAKE_CXX_EXTENSIONS OFF)
-    set(CMAKE_COMPILE_WARNING_AS_ERROR ON)
+    # Another compiler or level of optimisation warns of other things: a stranger's build goes on.
+    set(CMAKE_COMPILE_WARNING_AS_ERROR ${VORLUND_WARNINGS_AS_ERRORS})
 endif()
 
 # Interface target with the language level and the arithmetic rules. Results of float arithmetic are part of the
@@ -33,7 +34,7 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND VORLUND_IS_X86)
     endif()
 endif()
 
-# Interface targets with the warnings of our own code; they are errors in top-level builds. Tests, whose tables are
+# Interface targets with the warnings of our own code; they are errors with the presets. Tests, whose tables are
 # full of numbers, take the basic set.
 add_library(vorlund_basic_warnings INTERFACE)
 target_compile_options(vorlund_basic_warnings INTERFACE
@@ -45,3 +46,12 @@ endif()
 add_library(vorlund_warnings INTERFACE)
 target_link_libraries(vorlund_warnings INTERFACE vorlund_basic_warnings)
 target_compile_options(vorlund_warnings INTERFACE -Wconversion -Wno-sign-conversion)
+
+# vorlund_precompile(<target>): with VORLUND_PRECOMPILE, reads once what nearly every file of a target includes; each
+# includes it all the same.
+function(vorlund_precompile target)
+    if(VORLUND_PRECOMPILE)
+        target_precompile_headers(${target} PRIVATE
+            <algorithm> <cstdint> <cstring> <memory> <optional> <string> <string_view> <utility> <vector>)
+    endif()
+endfunction()

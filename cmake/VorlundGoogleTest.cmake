@@ -40,6 +40,17 @@ function(vorlund_test_child name)
     add_dependencies(vorlund_tests ${name})
 endfunction()
 
+# vorlund_add_test_program(<name> <file>...): a test program beside vorlund_tests, with what those share.
+function(vorlund_add_test_program name)
+    add_executable(${name} ${ARGN}
+        ${PROJECT_SOURCE_DIR}/tests/support/main.cpp $<TARGET_OBJECTS:vorlund_test_support>)
+    target_link_libraries(${name} PRIVATE Vorlund::vorlund vorlund_test_settings gtest)
+    target_precompile_headers(${name} REUSE_FROM vorlund_test_support)
+    if(PROJECT_IS_TOP_LEVEL)
+        vorlund_add_unit_tests(${name})
+    endif()
+endfunction()
+
 # vorlund_find_test_tools(<variable> <tool>...): finds the programs VORLUND_TOOL_<tool> of the building machine; those
 # that are not there are appended to the list <variable>.
 function(vorlund_find_test_tools variable)
@@ -67,17 +78,42 @@ function(vorlund_make_test_files target folder)
     add_custom_target(${target} DEPENDS ${stamp})
 endfunction()
 
-# vorlund_part_of_tests(): the program vorlund_part_tests with what another processor, word size or system may change of
-# vorlund_tests: numbers, layouts, kernels and paths. For ./test on the targets of which it takes a part.
-function(vorlund_part_of_tests)
-    get_target_property(sources vorlund_tests SOURCES)
-    list(FILTER sources INCLUDE REGEX
-        "(^support/main|/tests/((abi|math|data/file|data/filters|support)/[^/]*|system/ProcessResources_[^/]*))\\.cpp$")
-    # Beside it are objects of other compilers.
-    list(FILTER sources EXCLUDE REGEX "/VectorOptions")
-    add_executable(vorlund_part_tests EXCLUDE_FROM_ALL ${sources})
-    target_link_libraries(vorlund_part_tests PRIVATE Vorlund::vorlund vorlund_test_settings gtest)
-    target_precompile_headers(vorlund_part_tests PRIVATE support/Precompiled.h)
+# vorlund_part_of_tests(<name> <program>): a program with a part of the suites of <program>, for ./test on the targets of
+# which it takes a part. It holds what another processor, word size or system may change: numbers, layouts, kernels and paths;
+# for the address sanitizer also what reads what others wrote; for the thread sanitizer what starts threads instead.
+function(vorlund_part_of_tests name program)
+    set(folders abi math data/file data/filters)
+    set(content "")
+    if(VORLUND_SANITIZE MATCHES "address")
+        list(APPEND folders data/base data/codecs data/resource data/wav serial)
+    elseif(VORLUND_SANITIZE MATCHES "thread")
+        set(folders system)
+        set(content "std::(j?thread|async)")
+    endif()
+    list(JOIN folders "|" folders)
+    set(part "")
+    get_target_property(sources ${program} SOURCES)
+    foreach(source IN LISTS sources)
+        set(starts "")
+        set(threads "")
+        if(source MATCHES "_test\\.cpp$")
+            # Beside it are no programs that the suites start.
+            file(STRINGS ${source} starts REGEX "BesideProgram|ChildProcess\\.h|TestPlugins\\.h")
+            if(content)
+                file(STRINGS ${source} threads REGEX "${content}")
+            endif()
+        endif()
+        # Nor objects of other compilers.
+        if(source MATCHES "(^support/main|/tests/(support/[^/]*|(${folders})/[^/]*|system/ProcessResources_[^/]*))\\.cpp$" OR threads)
+            if(NOT starts AND NOT source MATCHES "/VectorOptions")
+                list(APPEND part ${source})
+            endif()
+        endif()
+    endforeach()
+    add_executable(${name} EXCLUDE_FROM_ALL ${part})
+    get_target_property(libraries ${program} LINK_LIBRARIES)
+    target_link_libraries(${name} PRIVATE ${libraries})
+    target_precompile_headers(${name} PRIVATE support/Precompiled.h)
 endfunction()
 
 # vorlund_join_tests(<target>): with VORLUND_JOIN_TESTS, compiles the suites of a test program several at a time, which

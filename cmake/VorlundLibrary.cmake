@@ -33,6 +33,8 @@ foreach(target vorlund_objects vorlund)
         POSITION_INDEPENDENT_CODE ON)
 endforeach()
 
+vorlund_precompile(vorlund_objects)
+
 if(VORLUND_COVERAGE)
     # Unoptimised, so that the branches are those of the source; counted in one step, because threads count too. What
     # uses the static library also compiles the library's headers, and the linker may take its copy of a function.
@@ -95,12 +97,15 @@ endfunction()
 function(vorlund_platform_sources)
     foreach(name IN LISTS ARGN)
         if(WIN32)
-            vorlund_sources(${name}_win32.cpp)
+            set(file ${name}_win32.cpp)
         elseif(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${name}_linux.cpp)
-            vorlund_sources(${name}_linux.cpp)
+            set(file ${name}_linux.cpp)
         else()
-            vorlund_sources(${name}_posix.cpp)
+            set(file ${name}_posix.cpp)
         endif()
+        vorlund_sources(${file})
+        # What they define before the system's headers must come first.
+        set_property(SOURCE ${file} TARGET_DIRECTORY vorlund_objects PROPERTY SKIP_PRECOMPILE_HEADERS ON)
     endforeach()
 endfunction()
 
@@ -114,4 +119,5 @@ function(vorlund_avx2_sources)
     endif()
     list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
     set_property(SOURCE ${ARGN} TARGET_DIRECTORY vorlund_objects PROPERTY COMPILE_OPTIONS ${options})
+    set_property(SOURCE ${ARGN} TARGET_DIRECTORY vorlund_objects PROPERTY SKIP_PRECOMPILE_HEADERS ON)
 endfunction()

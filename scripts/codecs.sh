@@ -1,13 +1,12 @@
 #!/bin/bash
 # Builds the libraries of a plug-in for Windows, from Debian's source packages, as DLLs that the plug-in uses. What was
 # built once is kept, and a second call only prints where it is.
-#   scripts/codecs.sh win32|win64 [sounds|pictures]     prints the folder with bin, include, lib and licences; a log goes
-#                                                       to standard error
-#   scripts/codecs.sh win32|win64 [sounds|pictures] --cached
-#                                                       the same, and fails at once when it was not built yet
-# The recipes are in scripts/codecs: sounds.sh, which is the default, for the plug-in sndfile, and pictures.sh for the
-# plug-in image. Everything is kept in VORLUND_CACHE, by default ~/.cache/vorlund. Needs: the cross compiler, cmake,
-# ninja-build, make, patch, xz-utils, bzip2, pkgconf.
+#   scripts/codecs.sh win32|win64 [SET]             prints the folder with bin, include, lib and licences; a log goes to
+#                                                   standard error
+#   scripts/codecs.sh win32|win64 [SET] --cached    the same, and fails at once when it was not built yet
+# A set is a recipe in scripts/codecs: sounds, which is the default, for the plug-in sndfile, pictures for image, levels for
+# measure, rates for resample, and benchmark for the benchmarks. Everything is kept in VORLUND_CACHE, by default
+# ~/.cache/vorlund. Needs: the cross compiler, cmake, ninja-build, make, patch, xz-utils, bzip2, pkgconf.
 set -euo pipefail
 script=$(realpath "${BASH_SOURCE[0]}")
 target=${1-}
@@ -18,11 +17,11 @@ win64) cpu=x86_64 ;;
 esac
 set=sounds
 case ${2-} in
-sounds | pictures) set=$2 cached=${3-} ;;
+sounds | pictures | levels | rates | benchmark) set=$2 cached=${3-} ;;
 *) cached=${2-} ;;
 esac
 if [[ -z $target || ($cached != "" && $cached != --cached) ]]; then
-    echo "usage: scripts/codecs.sh win32|win64 [sounds|pictures] [--cached]" >&2
+    echo "usage: scripts/codecs.sh win32|win64 [sounds|pictures|levels|rates|benchmark] [--cached]" >&2
     exit 2
 fi
 recipe=$(dirname "$script")/codecs/$set.sh
@@ -145,7 +144,7 @@ TOOLCHAIN
     local file
     for row in "${sources[@]}"; do
         name=${row%% *}
-        for file in COPYING COPYING.LGPL COPYING.Xiph LICENSE LICENSE.md README.ijg; do
+        for file in COPYING COPYING.LGPL COPYING.Xiph LICENCE LICENSE LICENSE.md README.ijg; do
             [[ ! -e $work/$name/$file ]] || cp "$work/$name/$file" "$result/licences/$name-$file.txt"
         done
     done

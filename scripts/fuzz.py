@@ -31,6 +31,8 @@ MAX_FILE_BYTES = 16 * 1024
 MAX_LENGTHS = {"decode_stream": 1024, "text_reader": 2560, "wav_chunks": 1024, "wav_decoder": 1024}
 MAX_SECONDS_PER_INPUT = 25
 MAX_MEGABYTES = 2048
+# By libFuzzer's exit code: one that was ended by a signal has found nothing so far.
+OUTCOMES = {0: "passed", 72: "ended"}
 FEATURES = re.compile(r"\bft: (\d+)")
 
 
@@ -110,10 +112,10 @@ def run(options, folder, bits):
         found = re.search(r"number_of_executed_units: *(\d+)", output)
         inputs = int(found[1]) if found else 0
         append(dict(target=name, bits=bits, seconds=round(time.monotonic() - begin), processor_seconds=round(taken), inputs=inputs,
-                    features=features(output), revision=tested, outcome="passed" if status == 0 else "failed"))
+                    features=features(output), revision=tested, outcome=OUTCOMES.get(status, "failed")))
         rate = round(inputs / taken) if taken else 0
         print(f"{name:16} {bits} bits {inputs:11} inputs {rate:7} a second, {features(output)} features", flush=True)
-        if status != 0:
+        if status not in OUTCOMES:
             failed.append(name)
             print(output[-4000:])
             print(f"fuzz: {name} failed; the input is in {findings}")

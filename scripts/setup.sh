@@ -3,22 +3,29 @@
 
 # Prints the packages of a purpose, one word each.
 vorlund_packages() {
-    local build="g++ cmake ninja-build libcli11-dev libstb-dev"
-    # Checks of texts and structure are written in Python.
-    local tests="$build googletest pkgconf python3"
+    local build="g++ cmake ninja-build libcli11-dev libeigen3-dev libstb-dev"
+    # Checks of texts and structure are written in Python; conversions are compared with those of sox.
+    local tests="$build googletest pkgconf python3 sox"
     # What tests/realfiles compares with.
     local recordings="alsa-utils sox sndfile-programs"
     # The plug-in sndfile, and what writes the files of its tests.
-    local sounds="libsndfile1-dev" sound_tools="flac lame opus-tools sox vorbis-tools"
+    local sounds="libsndfile1-dev" sound_tools="flac lame opus-tools sndfile-programs sox vorbis-tools"
+    # The plug-in resample.
+    local rates="libsoxr-dev"
     # What makes the files of the tests of the plug-in y4m.
     local video_tools="ffmpeg"
     # The plug-in image, and what makes the files of its tests.
     local pictures="libpng-dev libjpeg62-turbo-dev"
     local picture_tools="$video_tools golang-1.19-src imagemagick libjpeg-turbo-progs"
+    # The plug-in measure.
+    local levels="libebur128-dev"
     # What scripts/codecs.sh builds libraries for Windows with.
     local codecs="bzip2 make patch pkgconf xz-utils"
     # Checks of form and of the binary interface.
     local checks="clang-format clang-tidy abigail-tools xz-utils git"
+    # What ./run --bench compares with.
+    local peers="libcereal-dev libeigen3-dev libglib2.0-dev libglm-dev libprotobuf-dev libsamplerate0-dev libsdl2-dev"
+    peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
     # A display for the tests of windows, and what windows on Linux are built with.
     local windows="xvfb libxcb1-dev"
     case $1 in
@@ -27,14 +34,17 @@ vorlund_packages() {
     run-win32-codecs) echo "$codecs" ;;
     run-linux-pictures) echo "$pictures libxcb1-dev" ;;
     run-win32-pictures) echo "$codecs" ;;
+    bench-linux) echo "$build libbenchmark-dev pkgconf python3 util-linux xvfb" ;;
+    bench-peers) echo "$peers" ;;
+    bench-win32) echo "$build $codecs g++-mingw-w64-i686-posix wine wine32:i386 python3 util-linux" ;;
     run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;
     # wine64 as well: the tests' Wine prefix serves both word sizes.
     win32) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
-    win64) echo "$tests $recordings $video_tools g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
+    win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
-    linux-arm64) echo "$tests $recordings $video_tools g++-aarch64-linux-gnu qemu-user-static" ;;
-    linux) echo "$tests $recordings $windows $sounds $sound_tools $pictures $picture_tools $checks" ;;
-    linux-asan | linux-tsan) echo "$tests $windows $sounds $sound_tools $pictures $picture_tools" ;;
+    linux-arm64) echo "$tests $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
+    linux) echo "$tests $recordings $windows $rates $sounds $sound_tools $pictures $levels $picture_tools $checks" ;;
+    linux-asan | linux-tsan) echo "$tests $windows $rates $sounds $sound_tools $pictures $levels $picture_tools" ;;
     linux32-asan) echo "$tests $video_tools libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
     linux-coverage) echo "$tests $recordings $windows $video_tools gcovr" ;;
     linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev $pictures" ;;
@@ -81,6 +91,18 @@ vorlund_require() {
         echo "vorlund: the packages could not be installed; see $log" >&2
         return 1
     }
+}
+
+# vorlund_require_each LOG PURPOSE: the packages of a purpose without which the rest goes on, as many as can be had.
+vorlund_require_each() {
+    local log=$1 package sudo=""
+    vorlund_require "$log" "$2" && return
+    ((EUID == 0)) || sudo=sudo
+    for package in $(vorlund_packages "$2"); do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q ' installed$' ||
+            vorlund_install "$sudo" "$package" >>"$log" 2>&1 ||
+            echo "vorlund: going on without $package" >&2
+    done
 }
 
 vorlund_install() {

@@ -3,13 +3,18 @@
 # see. Every step ends in count(), and finish() prints the sum. Sourced by ./test, in the root of the repository.
 
 # The caller sets $logs, the folder of the logs, $all, not empty when the run may take longer, and $whole, not empty when
-# the targets of part_targets are built and tested as the others are.
+# every target is built and tested whole.
 : "${logs:=build/logs}"
 
 # The targets of which a run of all targets takes a part alone: the library, and of the tests what the processor, the word
-# size or the system may change.
-part_targets=(linux-arm64 win64)
-part_programs=(vorlund_smoke vorlund_part_tests vorlund_real_files fuzz/all examples/all)
+# size, the system or the sanitizer may change.
+part_targets=(linux-tsan win64 linux-arm64 linux32-asan)
+# And those that a longer run takes whole.
+part_targets_unless_all=(linux-asan)
+part_programs=(vorlund_smoke vorlund_part_tests fuzz/all)
+# Of the sanitizers the inner suites too; of the others, which are released, what users have.
+part_programs_sanitized=(vorlund_internal_part_tests vorlund_soak)
+part_programs_released=(vorlund_real_files examples/all)
 part_programs_windows=(vorlund_windows_names)
 
 total_passed=0
@@ -94,9 +99,10 @@ left_out() {
     linux-arm64-vorlund_tests | linux-arm64-vorlund_part_tests)
         echo "OpenFailurePosix.AProgramThatRuns:IsolatedDecoder.*:IsolatedProcess.*"
         ;;
+    linux-arm64-vorlund_sndfile_tests) echo "SndfileIsolated.*:SndfileProgram.DecodesApart" ;;
     # Wine does not end the process: docs/test-times.md.
     win64-vorlund_tests) echo "Rows/Unload.Reports/lifecycle_child_device_store_open" ;;
-    linux-tsan-vorlund_internal_tests)
+    linux-tsan-vorlund_internal_tests | linux-tsan-vorlund_internal_part_tests)
         echo "PathCodec.Every*:Pairs/PcmConversions.*:Rows/WavDecoderMemoryTable.*:Sets/PcmMixes.*:Sets/TextKernels.*:TextFormatModel.*"
         ;;
     esac
@@ -210,7 +216,14 @@ start_builds() {
 }
 
 # takes_part TARGET: whether a part of the target is all that this run takes.
-takes_part() { [[ -z ${whole-} && " ${part_targets[*]} " == *" $1 "* ]]; }
+takes_part() {
+    local -a parts=("${part_targets[@]}")
+    [[ -n ${all-} ]] || parts+=("${part_targets_unless_all[@]}")
+    [[ -z ${whole-} && " ${parts[*]} " == *" $1 "* ]]
+}
+
+# is_sanitized TARGET: whether it is built to be tested alone.
+is_sanitized() { [[ $1 == *-[at]san ]]; }
 
 build_targets() {
     local target start status
@@ -221,16 +234,22 @@ build_targets() {
         start=$SECONDS
         status=0
         # What a target should have must not be left out without a word.
-        options=(-DVORLUND_REQUIRE_ALL=ON)
-        [[ $target == linux ]] && options+=(-DVORLUND_DEBUG_INFO=ON)
-        # Compiled one by one, the suites show that each includes what it needs.
-        [[ $target == linux && -n ${all-} ]] && options+=(-DVORLUND_JOIN_TESTS=OFF) || options+=(-DVORLUND_JOIN_TESTS=ON)
-        [[ $target != win32 ]] || add_codecs
-        # These plug-ins have not been tried there.
-        [[ $target == win64 || $target == linux-arm64 ]] && options+=(-DVORLUND_WITH_SNDFILE=OFF -DVORLUND_WITH_IMAGE=OFF)
+        options=(-DVORLUND_REQUIRE_ALL=ON -DVORLUND_JOIN_TESTS=ON)
+        # Nothing is read in advance on one target, so that each file shows that it includes what it needs.
+        [[ $target == linux ]] && options+=(-DVORLUND_DEBUG_INFO=ON) || options+=(-DVORLUND_PRECOMPILE=ON)
         if takes_part "$target"; then
-            options+=(-- --target "${part_programs[@]}")
-            [[ $target != win* ]] || options+=("${part_programs_windows[@]}")
+            local -a built=("${part_programs[@]}")
+            if is_sanitized "$target"; then
+                built+=("${part_programs_sanitized[@]}")
+            else
+                # Without the plug-ins whose libraries are made for the target.
+                options+=(-DVORLUND_WITH_{IMAGE,MEASURE,RESAMPLE,SNDFILE}=OFF)
+                built+=("${part_programs_released[@]}")
+            fi
+            [[ $target != win* ]] || built+=("${part_programs_windows[@]}")
+            options+=(-- --target "${built[@]}")
+        elif [[ $target == win* || $target == linux-arm64 ]]; then
+            add_codecs
         fi
         vorlund_build "$target" "build/$target" "${options[@]}" >"$logs/$target-build.log" 2>&1 || status=$?
         echo "$status $((SECONDS - start))" >"$logs/$target-built.new"
@@ -238,21 +257,25 @@ build_targets() {
     done
 }
 
-# Libsndfile, libpng and libjpeg-turbo for Windows, if their packages can be had; a target without them is whole otherwise.
+# The libraries of plug-ins for a target that has no packages of them; without them it is whole otherwise.
 add_codecs() {
-    local codecs
-    if codecs=$(scripts/codecs.sh "$target" pictures 2>"$logs/$target-pictures.log"); then
-        options+=(-DVORLUND_WITH_IMAGE=ON "-DVORLUND_PICTURES_DIR=$codecs")
-    else
-        echo "$target: without the plug-in image, because its libraries could not be built (log: $logs/$target-pictures.log)"
-        options+=(-DVORLUND_WITH_IMAGE=OFF)
-    fi
-    if codecs=$(scripts/codecs.sh "$target" sounds 2>"$logs/$target-codecs.log"); then
-        options+=(-DVORLUND_WITH_SNDFILE=ON "-DVORLUND_CODECS_DIR=$codecs")
-    else
-        echo "$target: without the plug-in sndfile, because libsndfile could not be built (log: $logs/$target-codecs.log)"
-        options+=(-DVORLUND_WITH_SNDFILE=OFF)
-    fi
+    local plugin set folder made
+    local -a script
+    while read -r plugin set folder; do
+        script=(scripts/codecs.sh "$target" "$set")
+        [[ $target == win* ]] || script=(scripts/arm64-libraries.sh)
+        if made=$("${script[@]}" 2>"$logs/$target-$set.log"); then
+            options+=("-DVORLUND_WITH_${plugin^^}=ON" "-D$folder=$made")
+        else
+            echo "$target: without the plug-in $plugin, because its libraries cannot be had (log: $logs/$target-$set.log)"
+            options+=("-DVORLUND_WITH_${plugin^^}=OFF")
+        fi
+    done <<ROWS
+image pictures VORLUND_PICTURES_DIR
+measure levels VORLUND_LEVELS_DIR
+resample rates VORLUND_RATES_DIR
+sndfile sounds VORLUND_CODECS_DIR
+ROWS
 }
 
 stop_builds() {
@@ -277,20 +300,25 @@ test_target() {
     if [[ $target == win* ]]; then step "windows names" on_target "$folder/bin/vorlund_windows_names$exe"; fi
     if takes_part "$target"; then
         programs=(vorlund_part_tests)
+        if is_sanitized "$target"; then
+            programs+=(vorlund_internal_part_tests)
+        fi
     else
         # The plug-ins that could be built.
-        for program in vorlund_image_tests vorlund_sndfile_tests vorlund_system_codecs_tests vorlund_y4m_tests; do
+        for program in vorlund_image_tests vorlund_measure_tests vorlund_resample_tests vorlund_sndfile_tests vorlund_system_codecs_tests vorlund_y4m_tests; do
             [[ ! -e $folder/bin/$program$exe ]] || programs+=("$program")
         done
     fi
     gtest_programs "${programs[@]}"
+    # What the tests of the encoders have written.
+    [[ ! -d $folder/bin/sndfile-encoded ]] || step encoded tests/plugins/sndfile/check_encoded.py "$folder/bin/sndfile-encoded"
     # The emulator's own memory, which grows with the code that it translates, is that of the process.
-    takes_part "$target" || [[ $target == linux-arm64 ]] || soak_steps
+    if is_sanitized "$target" || ! takes_part "$target" && [[ $target != linux-arm64 ]]; then soak_steps; fi
     while read -r name; do
         [[ -z $name ]] || step "corpus $name" replay_corpus "$name"
     done <"$folder/fuzzers.txt"
     # The release builds, as users have them.
-    if [[ $target != *-[at]san ]]; then
+    if ! is_sanitized "$target"; then
         while read -r name; do
             step "example $name" example "$name"
         done <"$folder/examples.txt"
@@ -301,7 +329,7 @@ test_target() {
         row "a part, built in $built s, tested in $((SECONDS - start)) s"
         return
     fi
-    if [[ $target != *-[at]san ]]; then
+    if ! is_sanitized "$target"; then
         step install tests/install/check.sh "$target" "$folder"
     fi
     if [[ $target == win* ]]; then step kit tests/kit/check.sh "$target" "$folder"; fi
@@ -314,6 +342,7 @@ test_target() {
         step pages tests/docs/check_pages.py
         step readme tests/docs/check_readme.py "$folder"
         step "test names" tests/check_names.py
+        step "benchmarks' table" tests/bench/check_bench.py
         step abi scripts/abi.sh --check "$folder"
         step format scripts/format.sh
         step tidy scripts/tidy.sh "$folder"

@@ -22,6 +22,10 @@ target_launcher() {
         VORLUND_EMULATED_START=$(realpath "$2/bin/emulated_start.so")
         export VORLUND_EMULATOR VORLUND_EMULATED_START QEMU_LD_PREFIX=/usr/aarch64-linux-gnu
         launcher=("$VORLUND_EMULATOR")
+        # The libraries of plug-ins, which this machine has not.
+        local libraries
+        libraries=$(sed -n 's/^VORLUND_CODECS_DIR:PATH=//p' "$2/CMakeCache.txt")
+        [[ -z $libraries ]] || launcher+=(-E "LD_LIBRARY_PATH=$libraries/lib")
         # Where no tests are built, nothing starts others.
         [[ ! -e $VORLUND_EMULATED_START ]] || launcher+=(-E "LD_PRELOAD=$VORLUND_EMULATED_START")
         ;;
