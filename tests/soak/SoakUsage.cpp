@@ -28,11 +28,12 @@ std::string Grown(const char* what, std::int64_t first, std::int64_t last, std::
 void CGrowth::Sample() {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(5);
     TUsage usage = GetUsage();
-    while (!samples_.empty() && usage.threads > samples_.front().threads &&
-           std::chrono::steady_clock::now() < limit) {
+    while (usage.threads > threadsAtRest_ && std::chrono::steady_clock::now() < limit) {
         std::this_thread::yield();
         usage = GetUsage();
     }
+    // What is still there has been started for good, by the system for example.
+    if (samples_.empty()) threadsAtRest_ = usage.threads;
     samples_.push_back(usage);
 }
 

@@ -17,10 +17,12 @@ struct TUsage {
 /// What this process holds now.
 TUsage GetUsage();
 
-/// Takes samples of a run, and compares its last quarter with the first one after the warm-up.
+/// Takes samples of a run, and compares its last fifth with the first one after the warm-up. Made before the
+/// run begins.
 class CGrowth {
 public:
-    /// Takes a sample; waits a while for threads that are about to end.
+    /// Takes a sample; waits a while for threads that are about to end, such as those that the library keeps
+    /// for the next asynchronous wait.
     void Sample();
 
     TUsage GetFirst() const { return Typical(samples_.size() / kParts, samples_.size() * 2 / kParts); }
@@ -38,6 +40,7 @@ private:
     /// The medians of some samples.
     TUsage Typical(std::size_t first, std::size_t end) const;
 
+    std::int64_t threadsAtRest_ = GetUsage().threads;
     std::vector<TUsage> samples_;
 };
 
