@@ -4,6 +4,8 @@
 
 #include <vorlund/Id.h>
 
+#include <concepts>
+
 #include <vorlund/NamesBegin.h>
 
 namespace vorlund {
@@ -92,6 +94,10 @@ public:
 
     /// The same by name (exact, case-sensitive); here `CClassNotFoundException` has an empty reason.
     IObject* CreateObject(const wchar* name) const;
+
+    /// Narrow text would be taken for an identifier; names are wide: `VRL_L("...")`. Whoever has an
+    /// identifier as narrow text writes `CId(text)`. Since version 0.1.
+    template <std::same_as<char> TChar> IObject* CreateObject(const TChar* name) const = delete;
 
     /// A new enumerator, owned by the caller, with one `IPtrObject` per registration, in order, that points
     /// at the store's `TClassInfo` copy (valid until `Clear` or `Close`). It is made through `v`'s class

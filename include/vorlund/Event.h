@@ -4,6 +4,8 @@
 
 #include <vorlund/Platform.h>
 
+#include <concepts>
+
 namespace vorlund {
 
 /// An event that stays set until it is reset. A copy refers to the same platform event: setting or waiting
@@ -20,7 +22,8 @@ namespace vorlund {
 /// Lists: `count` arguments of type `CEvent*`. The platform waits for 1 to 64 events; with another count, or
 /// an event that the platform could not create, the wait fails at once: `WaitOne` then returns 0xFFFFFFFF,
 /// `WaitAll` returns, and an asynchronous wait does nothing until it is stopped. An event must not be twice
-/// in a list of which all are waited for: Windows may refuse that.
+/// in a list of which all are waited for: Windows may refuse that. `WaitAny` and `WaitAll` of EventWaits.h
+/// check their lists, take times of `std::chrono` and return what a time limit raises here.
 class VRL_API CEvent {
 public:
     /// What the callback of an asynchronous wait is given.
@@ -116,6 +119,11 @@ public:
     /// Stops the wait that was started first of those that have this callback, in the same way. Others with
     /// the same callback go on.
     static void StopAsync(void (*cb)(TAsyncCbData&));
+
+    /// `StopAsync(unsigned int)`, for literal numbers. Since version 0.1.
+    template <std::same_as<int> THandle> static void StopAsync(THandle handle) {
+        StopAsync(static_cast<unsigned int>(handle));
+    }
 
 private:
     friend struct TEventAccess;

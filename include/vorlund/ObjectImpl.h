@@ -16,6 +16,7 @@
 #include <atomic>
 #include <cstddef>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace vorlund {
@@ -109,6 +110,12 @@ template <class TClass> class CFinalObject final : public TClass {
 public:
     /// Raises `CBugException` "Not initialized" while the library is closed.
     CFinalObject() { this->number_ = services::OnCreateObject(TClass::ClassId); }
+    /// The same with arguments for the class.
+    template <class... TArguments>
+    requires(sizeof...(TArguments) > 0) explicit CFinalObject(TArguments&&... arguments)
+        : TClass(std::forward<TArguments>(arguments)...) {
+        this->number_ = services::OnCreateObject(TClass::ClassId);
+    }
 
     int Release() override {
         this->CheckThread();
@@ -134,8 +141,9 @@ private:
     }
 };
 
-/// The factory of `TClass`: a new object with one reference, which the caller owns. Raises `std::bad_alloc`,
-/// what the constructor raises, and `CBugException` "Not initialized" while the library is closed.
+/// The factory of `TClass`: a new object with one reference, which the caller owns (`MakeObject` of
+/// MakeObject.h returns an owner, and takes arguments). Raises `std::bad_alloc`, what the constructor raises,
+/// and `CBugException` "Not initialized" while the library is closed.
 template <class TClass> IObject* NewObject() {
     return new CFinalObject<TClass>;
 }

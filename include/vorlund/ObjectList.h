@@ -8,6 +8,8 @@
 #include <vorlund/PtrObject.h>
 #include <vorlund/StringObject.h>
 
+#include <concepts>
+
 #include <vorlund/NamesBegin.h>
 
 namespace vorlund {
@@ -28,6 +30,11 @@ public:
     /// Removes and releases the first occurrence of `object`. Raises `CObjectNotFoundException` "Cannot find
     /// object".
     virtual void RemoveObject(IObject* object) = 0;
+
+    /// `RemoveObject(unsigned int)`, for literal numbers. Since version 0.1.
+    template <std::same_as<int> TIndex> void RemoveObject(TIndex index) {
+        RemoveObject(static_cast<unsigned int>(index));
+    }
 
     /// Releases every member in order and empties the list.
     virtual void RemoveAllObjects() = 0;

@@ -1,17 +1,20 @@
 /// \file
-/// Owners of references to `IObject`s: `CRefPtr` for one, `CReferenceList` for many, and `CreateAs`.
+/// Owners of references to `IObject`s: `CRefPtr` for one, `CReferenceList` for many, `CSafeRefPtr` for
+/// containers, and `CreateAs`.
 ///
 /// Releasing may raise: the last release of an object after `v.Close()` does. So the destructors here may
 /// raise too. While another exception is in flight they drop what a release raises, which the debugger output
 /// has then already shown.
 ///
 /// \warning Never hold a `CRefPtr` in a standard container or in `std::unique_ptr`: a destructor that raises
-/// there ends the process or leaks the rest. For several objects there is `CReferenceList`.
+/// there ends the process or leaks the rest. For several objects there is `CReferenceList`, and for
+/// containers `CSafeRefPtr`.
 #pragma once
 
 #include <vorlund/Object.h>
 #include <vorlund/ObjectServices.h>
 
+#include <concepts>
 #include <cstddef>
 #include <exception>
 #include <utility>
@@ -50,6 +53,11 @@ public:
 
     CRefPtr(const CRefPtr& other) : CRefPtr(Share(other.object_)) {}
     CRefPtr(CRefPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    /// As an interface or a class that the held one derives from. Since version 0.1.
+    template <class TDerived>
+    requires(std::convertible_to<TDerived*, TInterface*> && !std::same_as<TDerived, TInterface>)
+        CRefPtr(CRefPtr<TDerived> other)
+        : object_(other.Detach()) {}
     CRefPtr& operator=(CRefPtr other) {
         std::swap(object_, other.object_);
         return *this;
@@ -70,6 +78,12 @@ public:
     TInterface& operator*() const { return *object_; }
     explicit operator bool() const { return object_ != nullptr; }
 
+    /// Whether both hold the same object, or nothing. Since version 0.1.
+    template <class TOther> bool operator==(const CRefPtr<TOther>& other) const {
+        return object_ == other.Get();
+    }
+    bool operator==(std::nullptr_t) const { return !object_; }
+
     /// The object as another interface, empty when it has none of that identifier.
     template <class TOther> CRefPtr<TOther> Query() const {
         if (!object_) return {};
@@ -79,6 +93,47 @@ public:
 private:
     explicit CRefPtr(TInterface* object) : object_(object) {}
 
+    TInterface* object_ = nullptr;
+};
+
+/// Owns one reference to an object, or nothing, and never raises: what the last release raises is dropped,
+/// after the debugger output has shown it. So it may be held in standard containers and by values that are.
+/// One thread at a time. Since version 0.1.
+template <class TInterface> class CSafeRefPtr {
+public:
+    CSafeRefPtr() = default;
+    /// Takes over what `object` holds.
+    template <class TDerived>
+    requires std::convertible_to<TDerived*, TInterface*> CSafeRefPtr(CRefPtr<TDerived> object)
+        : object_(object.Detach()) {}
+
+    CSafeRefPtr(const CSafeRefPtr& other) : object_(other.object_) {
+        if (object_) object_->AddRef();
+    }
+    CSafeRefPtr(CSafeRefPtr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+    CSafeRefPtr& operator=(CSafeRefPtr other) noexcept {
+        std::swap(object_, other.object_);
+        return *this;
+    }
+    ~CSafeRefPtr() {
+        try {
+            if (object_) object_->Release();
+        } catch (...) {
+            // Reported when it was built.
+        }
+    }
+
+    /// One more reference, in the form that raises.
+    CRefPtr<TInterface> Share() const { return CRefPtr<TInterface>::Share(object_); }
+
+    TInterface* Get() const { return object_; }
+    TInterface* operator->() const { return object_; }
+    TInterface& operator*() const { return *object_; }
+    explicit operator bool() const { return object_ != nullptr; }
+    bool operator==(const CSafeRefPtr& other) const = default;
+    bool operator==(std::nullptr_t) const { return !object_; }
+
+private:
     TInterface* object_ = nullptr;
 };
 

@@ -4,11 +4,20 @@
 
 #include <vorlund/Platform.h>
 
+#include <algorithm>
+#include <concepts>
+#include <cstddef>
+#include <limits>
 #include <utility>
 
 namespace vorlund {
 
 class IObjectEnumerator;
+
+/// The integers wider than `int`, by which texts are indexed too.
+template <class T>
+concept TLongInteger = std::same_as<T, long> || std::same_as<T, unsigned long> ||
+    std::same_as<T, long long> || std::same_as<T, unsigned long long>;
 
 /// A null-terminated UTF-16 text in a heap buffer of its own.
 ///
@@ -28,6 +37,8 @@ public:
     CString(const char* text);
     CString(const wchar* text);
     CString(const CString& other);
+    /// The empty text, as null is. Since version 0.1.
+    template <std::same_as<std::nullptr_t> TNull> CString(TNull) : CString() {}
     // The analyzer destroys twice what a std::optional holds.
     ~CString() { delete[] buffer_; } // NOLINT(clang-analyzer-cplusplus.NewDelete)
 
@@ -59,6 +70,9 @@ public:
     wchar& operator[](unsigned int index);
     wchar operator[](int index) const;
     wchar& operator[](int index);
+    /// The same for wider integers: what fits into no `int` is out of range. Since version 0.1.
+    template <TLongInteger TIndex> wchar operator[](TIndex index) const { return (*this)[ToIndex(index)]; }
+    template <TLongInteger TIndex> wchar& operator[](TIndex index) { return (*this)[ToIndex(index)]; }
 
     /// Returns null for every separator: splitting into tokens is not provided. The operation is kept for
     /// programs that call it.
@@ -89,6 +103,35 @@ public:
     bool operator>(const wchar* text) const { return CompareTo(text) > 0; }
     bool operator>=(const char* text) const { return CompareTo(text) >= 0; }
     bool operator>=(const wchar* text) const { return CompareTo(text) >= 0; }
+
+    /// \name Exact matches
+    /// For two texts and for single units, of which the conversions to pointers would make ambiguous calls: a
+    /// unit counts as a text of that one unit. Since version 0.1.
+    /// @{
+    template <std::same_as<CString> TText> bool operator<(const TText& other) const {
+        return CompareTo(other.buffer_) < 0;
+    }
+    template <std::same_as<CString> TText> bool operator<=(const TText& other) const {
+        return CompareTo(other.buffer_) <= 0;
+    }
+    template <std::same_as<CString> TText> bool operator>(const TText& other) const {
+        return CompareTo(other.buffer_) > 0;
+    }
+    template <std::same_as<CString> TText> bool operator>=(const TText& other) const {
+        return CompareTo(other.buffer_) >= 0;
+    }
+    template <std::same_as<wchar> TUnit> bool operator==(TUnit unit) const {
+        return CompareTo(TUnitText{{unit}}.units) == 0;
+    }
+    template <std::same_as<wchar> TUnit> CString& operator+=(TUnit unit) {
+        return *this += static_cast<const wchar*>(TUnitText{{unit}}.units);
+    }
+    template <std::same_as<wchar> TUnit> CString operator+(TUnit unit) const {
+        return *this + static_cast<const wchar*>(TUnitText{{unit}}.units);
+    }
+    /// `Remove(wchar)`.
+    template <std::same_as<int> TUnit> void Remove(TUnit unit) { Remove(static_cast<wchar>(unit)); }
+    /// @}
 
     /// The text with another one behind it: all is copied, also by `+=`. Many are joined by `CStringBuilder`.
     CString operator+(const char* text) const;
@@ -158,6 +201,19 @@ public:
     void ToChar(char* destination, int size) const;
 
 private:
+    /// A text of one unit, or the empty one.
+    struct TUnitText {
+        wchar units[2];
+    };
+
+    /// The `int` or `unsigned int` that counts as `index` does.
+    template <TLongInteger TIndex> static constexpr auto ToIndex(TIndex index) {
+        using TNarrow = std::conditional_t<std::signed_integral<TIndex>, int, unsigned int>;
+        constexpr auto kMin = static_cast<TIndex>(std::numeric_limits<TNarrow>::min());
+        constexpr auto kMax = static_cast<TIndex>(std::numeric_limits<TNarrow>::max());
+        return static_cast<TNarrow>(std::clamp(index, kMin, kMax));
+    }
+
     /// A complete buffer that becomes a text's own.
     struct TBuffer {
         wchar* units;
