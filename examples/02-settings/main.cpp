@@ -1,10 +1,11 @@
 // Keeps settings in a file: a record is written value by value and read back in the same order.
 #include <cstdio>
 #include <filesystem>
+#include <vorlund/Session.h>
 #include <vorlund/StreamSelector.h>
+#include <vorlund/Text.h>
 #include <vorlund/VarReader.h>
 #include <vorlund/VarWriter.h>
-#include <vorlund/Vorlund.h>
 using namespace vorlund;
 
 struct TSettings {
@@ -31,7 +32,7 @@ int main() {
     TSettings settings, restored;
     settings.device = VRL_L("Headphones");
     settings.fullScreen = true;
-    v.Init();
+    const CSession session;
     {
         CVarWriter writer(COutputStreamSelector(path.c_str()).GetOutputStreamTmp());
         writer << settings;
@@ -40,11 +41,8 @@ int main() {
         CVarReader reader(CInputStreamSelector(path.c_str()).GetInputStreamTmp());
         reader >> restored;
     }
-    v.Close();
     std::filesystem::remove(file);
-    char device[64];
-    restored.device.ToChar(device, sizeof device);
-    std::printf("%s, %d x %d, volume %.2f%s\n", device, restored.width, restored.height, restored.volume,
-                restored.fullScreen ? ", full screen" : "");
+    std::printf("%s, %d x %d, volume %.2f%s\n", ToUtf8(restored.device).c_str(), restored.width,
+                restored.height, restored.volume, restored.fullScreen ? ", full screen" : "");
     return restored.device == settings.device && restored.fullScreen ? 0 : 1;
 }

@@ -2,23 +2,16 @@
 #include <cstdio>
 #include <vorlund/LineReader.h>
 #include <vorlund/Path.h>
+#include <vorlund/Session.h>
 #include <vorlund/StreamSelector.h>
-#include <vorlund/Vorlund.h>
+#include <vorlund/Text.h>
 using namespace vorlund;
 
 int main(int argc, char** argv) {
-    const wstring path = PathFromUtf8(argc > 1 ? argv[1] : "README.md");
+    const CSession session;
+    const CInputStreamSelector file(PathFromUtf8(argc > 1 ? argv[1] : "README.md").c_str());
+    CLineReader reader(file.GetInputStreamTmp(), CHAR_FORMAT_8BIT);
     int number = 0;
-    v.Init();
-    {
-        const CInputStreamSelector file(path.c_str());
-        CLineReader reader(file.GetInputStreamTmp(), CHAR_FORMAT_8BIT);
-        for (wstring line; reader.ReadLine(line);) {
-            std::printf("%4d  ", ++number);
-            for (const wchar unit : line) std::putchar(unit);
-            std::putchar('\n');
-        }
-    }
-    v.Close();
+    for (wstring line; reader.ReadLine(line);) std::printf("%4d  %s\n", ++number, TextToUtf8(line).c_str());
     return number > 0 ? 0 : 1;
 }

@@ -4,37 +4,41 @@
 #pragma once
 
 #include <vorlund/AudioConversion.h>
-#include <vorlund/DecoderSupport.h>
+#include <vorlund/AudioPcmConverters.h>
 #include <vorlund/FormatCast.h>
 #include <vorlund/MakeObject.h>
-#include <vorlund/StreamFilter.h>
 #include <vorlund/StreamImpl.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <ranges>
 #include <span>
 #include <stdexcept>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace vorlund {
 
+/// Values that lie one behind the other and may be copied byte by byte: spans, arrays, vectors. Since version
+/// 0.1.
+template <class TRange>
+concept TPlainValues = std::ranges::contiguous_range<TRange> && std::ranges::sized_range<TRange> &&
+    std::is_trivially_copyable_v<std::ranges::range_value_t<TRange>>;
+
 /// Reads as many whole values as the stream has and `values` takes, and returns how many. Of a value that the
 /// stream ends in, the bytes are lost. Raises what the stream raises. Since version 0.1.
-template <class TValue>
-requires(std::is_trivially_copyable_v<TValue> && !std::is_const_v<TValue>) std::size_t
-    ReadValues(IInputStream& stream, std::span<TValue> values) {
-    auto* const bytes = reinterpret_cast<std::byte*>(values.data());
-    const std::size_t size = values.size_bytes();
+template <TPlainValues TRange> std::size_t ReadValues(IInputStream& stream, TRange&& values) {
+    const auto bytes = std::as_writable_bytes(std::span(values));
     std::size_t filled = 0;
-    while (filled < size) {
-        const std::uint64_t wanted = size - filled;
-        const std::uint64_t count = std::min(stream.Read(bytes + filled, wanted), wanted);
+    while (filled < bytes.size()) {
+        const std::uint64_t wanted = bytes.size() - filled;
+        const std::uint64_t count = std::min(stream.Read(bytes.data() + filled, wanted), wanted);
         if (count == 0) break;
         filled += static_cast<std::size_t>(count);
     }
-    return filled / sizeof(TValue);
+    return filled / sizeof(std::ranges::range_value_t<TRange>);
 }
 
 /// All that is left of a stream, at most `limit` bytes: the limit is for streams that may have no end. Raises
@@ -56,10 +60,9 @@ inline std::vector<std::byte> ReadAll(IInputStream& stream, std::size_t limit = 
 }
 
 /// Writes values as they are in memory. Raises what the stream raises. Since version 0.1.
-template <class TValue>
-requires std::is_trivially_copyable_v<TValue>
-void WriteValues(IOutputStream& stream, std::span<TValue> values) {
-    stream.Write(values.data(), values.size_bytes());
+template <TPlainValues TRange> void WriteValues(IOutputStream& stream, const TRange& values) {
+    const auto bytes = std::as_bytes(std::span(values));
+    stream.Write(bytes.data(), bytes.size());
 }
 
 /// Sound by frames and seconds, as floats at true scale (AudioConversion.h), of a PCM stream of any format.

@@ -40,6 +40,8 @@ FLOORS = {
     "api": "All ClassStore ObjectServices Session Vorlund",
 }
 UPWARD = "include/vorlund/ObjectServices.h"
+# Which All.h leaves out: itself, and what is not for applications.
+NOT_IN_ALL = {"All", "NamesBegin", "NamesEnd", "ObjectServices"}
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*([<"])([^">]*)')
@@ -107,7 +109,10 @@ def main():
     headers.update(path.removesuffix(".in") for path in files if path.startswith("include/"))
     for path in files:
         check_file(path)
+    everything = (ROOT / "include/vorlund/All.h").read_text()
     for name, folder in home_of_header.items():
+        if name not in NOT_IN_ALL and f"#include <vorlund/{name}.h>" not in everything:
+            complaints.append(f"include/vorlund/All.h: lacks {name}.h")
         if f"include/vorlund/{name}.h" not in headers:
             complaints.append(f"FLOORS names {name}.h in {folder}, which does not exist")
     for folder in FLOORS:

@@ -34,17 +34,17 @@ protected:
 TEST_F(StreamTools, ReadWholeValues) {
     stream_->bytes = Ramp(11);
     std::array<std::uint32_t, 4> values{};
-    EXPECT_EQ(ReadValues(*stream_, std::span(values)), 2u);
+    EXPECT_EQ(ReadValues(*stream_, values), 2u);
     EXPECT_EQ(values[0], 0x03020100u);
     EXPECT_EQ(values[1], 0x07060504u);
-    EXPECT_EQ(ReadValues(*stream_, std::span(values)), 0u);
+    EXPECT_EQ(ReadValues(*stream_, values), 0u);
     EXPECT_EQ(ReadValues(*stream_, std::span<std::uint8_t>()), 0u);
 }
 
 TEST_F(StreamTools, WriteValuesAsTheyAre) {
     const auto out = CRefPtr<IMemoryOutputStream>::Adopt(CreateMemoryOutput());
     const std::array<std::uint16_t, 2> values{0x0201, 0x0403};
-    WriteValues(*out, std::span(values));
+    WriteValues(*out, values);
     ASSERT_EQ(out->GetLength(), 4);
     EXPECT_EQ(static_cast<const std::uint8_t*>(out->GetData())[3], 4);
 }
