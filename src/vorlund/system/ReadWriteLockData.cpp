@@ -55,7 +55,7 @@ constexpr const wchar* kNotLocked = VRL_L("[vorlund::TReadWriteLockData::GetLock
 
 /// A thread in the queue, on its own stack.
 struct TReadWriteLockData::TWaiter {
-    enum TKind { kReader, kWriter, kUpgrader };
+    enum class TKind { Reader, Writer, Upgrader };
 
     explicit TWaiter(TKind waiterKind) : kind(waiterKind) {}
     void Sleep() {
@@ -225,7 +225,7 @@ void TReadWriteLockData::AcquireRead() {
             LeaveManaged(crowd);
             return;
         }
-        TWaiter waiter(TWaiter::kReader);
+        TWaiter waiter(TWaiter::TKind::Reader);
         crowd.Append(waiter);
         LeaveManaged(crowd);
         waiter.Sleep();
@@ -241,7 +241,7 @@ void TReadWriteLockData::AcquireWrite() {
     ++crowd.writers;
     if (!crowd.IsWritable()) {
         do {
-            TWaiter waiter(TWaiter::kWriter);
+            TWaiter waiter(TWaiter::TKind::Writer);
             crowd.Append(waiter);
             LeaveManaged(crowd);
             waiter.Sleep();
@@ -274,7 +274,7 @@ void TReadWriteLockData::Upgrade() {
         LeaveManaged(crowd);
         return;
     }
-    TWaiter waiter(TWaiter::kUpgrader);
+    TWaiter waiter(TWaiter::TKind::Upgrader);
     crowd.Append(waiter);
     LeaveManaged(crowd);
     waiter.Sleep();
@@ -364,11 +364,11 @@ void TReadWriteLockData::LeaveManaged(TCrowd& crowd) {
 
 bool TReadWriteLockData::TCrowd::CanGo(TWaiter::TKind kind) const {
     switch (kind) {
-    case TWaiter::kReader:
+    case TWaiter::TKind::Reader:
         return writers == 0;
-    case TWaiter::kWriter:
+    case TWaiter::TKind::Writer:
         return IsWritable() && !writerWoken;
-    case TWaiter::kUpgrader:
+    case TWaiter::TKind::Upgrader:
         return readingThreads == 0;
     }
     return false;
@@ -384,7 +384,7 @@ TReadWriteLockData::TWaiter* TReadWriteLockData::TCrowd::TakeReleased() {
             link = &waiter->next;
             continue;
         }
-        if (waiter->kind == TWaiter::kWriter) writerWoken = true;
+        if (waiter->kind == TWaiter::TKind::Writer) writerWoken = true;
         *link = waiter->next;
         waiter->next = nullptr;
         *releasedEnd = waiter;
