@@ -80,6 +80,13 @@ std::string CheckTime(const std::string& text) {
     return ParseTime(text) ? "" : "needs a time like 90, 1:30 or 0:01:30.5, not " + text;
 }
 
+std::string CheckRounds(const std::string& text) {
+    std::uint64_t count = 0;
+    const char* const end = text.data() + text.size();
+    const auto [next, error] = std::from_chars(text.data(), end, count);
+    return error == std::errc() && next == end ? "" : "needs a number of rounds, not " + text;
+}
+
 void AddConvertCommand(CLI::App& program, TCommand& command) {
     const auto options = std::make_shared<TConvertOptions>();
     TConvertTarget& target = options->target;
@@ -184,6 +191,76 @@ void AddPlasmaCommand(CLI::App& program, TCommand& command) {
         ->required()
         ->check(CLI::Validator(&CheckVideoName, "NAME"));
     plasma->callback([options, &command] { command = [options](CDiagnostics&) { RunPlasma(*options); }; });
+}
+
+/// In seconds; without it the device decides.
+void AddLatencyOption(CLI::App& command, double& latency) {
+    command.add_option("--latency", latency, "Seconds that the device may keep, 0.001 to 10 (default: its own)")
+        ->check(CLI::Range(0.001, 10.0));
+}
+
+void AddPlayCommand(CLI::App& program, TCommandLine& line) {
+    const auto options = std::make_shared<TPlayOptions>();
+    CLI::App* const play = program.add_subcommand("play", "Play sound files");
+    play->add_option("files", options->files, "Files to play, one after the other; - for standard input")
+        ->required();
+    play->add_option("--device", options->device,
+                     "One that 'vorlund devices' lists; null, or file:OUT.wav (default: the system's)")
+        ->type_name("ID");
+    play->add_flag("--loop{0}", options->times, "Play the list without end, or with --loop=COUNT so often")
+        ->check(CLI::Validator(&CheckRounds, ""));
+    play->add_option_function<std::string>(
+            "--from", [options](const std::string& text) { options->from = *ParseTime(text); },
+            "Begin the first file at this time, like 90 or 1:30")
+        ->check(CLI::Validator(&CheckTime, "TIME"));
+    play->add_option("--volume", options->volume, "Factor for every sample, 0 to 16 (default 1)")
+        ->check(CLI::Range(0.0, 16.0));
+    AddLatencyOption(*play, options->latency);
+    play->footer("Keys on a terminal: space pauses, left and right move by 5 s, up or n and down or p go to the "
+                 "next file and the one before, + and - change the volume, q or Escape ends.");
+    play->callback([options, &line] {
+        line.command = [options](CDiagnostics& diagnostics) { RunPlay(*options, diagnostics); };
+        line.needsDevices = true;
+    });
+}
+
+std::string CheckRecording(const std::string& name) {
+    const TWrittenType* const type = FindTypeOfName(name);
+    return !type || std::string(type->name) == "wav"
+               ? ""
+               : "needs a name that ends in .wav ('vorlund convert' makes other files of it), not " + name;
+}
+
+void AddRecordCommand(CLI::App& program, TCommandLine& line) {
+    const auto options = std::make_shared<TRecordOptions>();
+    CLI::App* const record = program.add_subcommand("record", "Record sound into a WAV file");
+    record->add_option("-o,--output", options->output,
+                       "File to write, in place of what is there; - for standard output")
+        ->required()
+        ->check(CLI::Validator(&CheckRecording, "NAME"));
+    record
+        ->add_option("--device", options->device,
+                     "One that 'vorlund devices' lists, or null (default: the system's)")
+        ->type_name("ID");
+    record
+        ->add_option_function<std::string>(
+            "--duration", [options](const std::string& text) { options->duration = *ParseTime(text); },
+            "End after this time, like 90 or 1:30 (default: at Ctrl-C)")
+        ->check(CLI::Validator(&CheckTime, "TIME"));
+    record->add_option("--rate", options->rate, "Frames per second (default: as the device)")
+        ->check(CLI::Range(1000u, 768000u));
+    record->add_option("--channels", options->channels, "1 to 8 (default: as the device, at most 2)")
+        ->check(CLI::Range(1u, 8u));
+    record->add_option("--bits", options->bits, "Bits of a sample: 8, 16, 24, 32 or float (default 16)")
+        ->check(CLI::IsMember({"8", "16", "24", "32", "float"}))
+        ->type_name("BITS");
+    record->add_flag("--loopback", options->isLoopback, "Record what an output plays");
+    AddLatencyOption(*record, options->latency);
+    record->footer("Keys on a terminal: space pauses, q or Escape ends, as Ctrl-C does.");
+    record->callback([options, &line] {
+        line.command = [options](CDiagnostics& diagnostics) { RunRecord(*options, diagnostics); };
+        line.needsDevices = true;
+    });
 }
 
 void AddRandomCommand(CLI::App& program, TCommand& command) {
@@ -358,10 +435,13 @@ TCommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
     AddListing(app, line, "codecs", "List the decoders, and who reads which kind of file", &RunCodecs);
     AddConvertCommand(app, line.command);
     AddDecodeCommand(app, line.command);
+    AddListing(app, line, "devices", "List what plays and records sound", &RunDevices);
     AddInfoCommand(app, line.command);
     AddPlasmaCommand(app, line.command);
+    AddPlayCommand(app, line);
     AddListing(app, line, "plugins", "List the plug-ins, and why others are not loaded", &RunPlugins);
     AddRandomCommand(app, line.command);
+    AddRecordCommand(app, line);
     AddRepairCommand(app, line.command);
     AddTagCommand(app, line.command);
     AddWindowCommand(app, line);
