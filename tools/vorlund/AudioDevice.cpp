@@ -25,8 +25,9 @@ wstring ExplainMissingPlugin() {
 }
 
 [[noreturn]] void RefuseToPlay(const wstring& problem) {
-    throw TProgramError{VRL_L("There is no sound device: ") + problem +
-                        VRL_L("; '--device null' plays without one, and '--device file:OUT.wav' into a file")};
+    throw TProgramError{
+        VRL_L("There is no sound device: ") + problem +
+        VRL_L("; '--device null' plays without one, and '--device file:OUT.wav' into a file")};
 }
 
 [[noreturn]] void RefuseToRecord(const wstring& problem) {
@@ -43,11 +44,11 @@ TAudioDevice FindDevice(const std::vector<TAudioDevice>& devices, const std::str
     std::vector<std::string> ids{kNullDevice};
     for (const TAudioDevice& device : devices) ids.push_back(PathToUtf8(device.id.c_str()));
     const std::string nearest = FindSuggestion(id, ids);
-    throw TProgramError{
-        VRL_L("There is no device '") + wanted + VRL_L("'") +
-        (nearest.empty() ? wstring(VRL_L("; "))
-                         : VRL_L("; did you mean '") + PathFromUtf8(nearest.c_str()) + VRL_L("'? ")) +
-        VRL_L("'vorlund devices' lists them")};
+    throw TProgramError{VRL_L("There is no device '") + wanted + VRL_L("'") +
+                        (nearest.empty()
+                             ? wstring(VRL_L("; "))
+                             : VRL_L("; did you mean '") + PathFromUtf8(nearest.c_str()) + VRL_L("'? ")) +
+                        VRL_L("'vorlund devices' lists them")};
 }
 
 /// The default one, or the first; nothing when there is none.

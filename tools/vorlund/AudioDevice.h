@@ -40,8 +40,8 @@ TAudioSystem FindAudioSystem();
 /// Raises what the system raises.
 std::vector<TAudioDevice> ListDevices(vorlund::IAudioSystem& system, vorlund::TAudioDirection direction);
 
-/// A closed output. `device` is an id, `kNullDevice`, `kFileDevice` with a name, or empty for the default one.
-/// Raises `TProgramError`, which names what plays without a device where there is none.
+/// A closed output. `device` is an id, `kNullDevice`, `kFileDevice` with a name, or empty for the default
+/// one. Raises `TProgramError`, which names what plays without a device where there is none.
 vorlund::CRefPtr<vorlund::IAudioOutput> MakeAudioOutput(const std::string& device);
 
 /// Opens it; raises as `MakeAudioOutput`, with the reason of the system.

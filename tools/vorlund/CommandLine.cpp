@@ -29,6 +29,11 @@ const std::map<std::string, std::uint32_t> kSampleFormats{{"u8", vorlund::SAMPLE
                                                           {"s32", vorlund::SAMPLE_FORMAT_32BIT},
                                                           {"f32", vorlund::SAMPLE_FORMAT_FLOAT}};
 
+const std::map<std::string, vorlund::TAudioPictureKind> kPictures{
+    {"oscilloscope", vorlund::AUDIO_PICTURE_OSCILLOSCOPE},
+    {"spectrum", vorlund::AUDIO_PICTURE_SPECTRUM},
+    {"both", vorlund::AUDIO_PICTURE_BOTH}};
+
 /// The parser's own conversion takes -1, and numbers that are too large, for very large ones.
 std::string CheckCount(const std::string& text) {
     std::uint64_t count = 0;
@@ -195,7 +200,8 @@ void AddPlasmaCommand(CLI::App& program, TCommand& command) {
 
 /// In seconds; without it the device decides.
 void AddLatencyOption(CLI::App& command, double& latency) {
-    command.add_option("--latency", latency, "Seconds that the device may keep, 0.001 to 10 (default: its own)")
+    command
+        .add_option("--latency", latency, "Seconds that the device may keep, 0.001 to 10 (default: its own)")
         ->check(CLI::Range(0.001, 10.0));
 }
 
@@ -216,7 +222,20 @@ void AddPlayCommand(CLI::App& program, TCommandLine& line) {
     play->add_option("--volume", options->volume, "Factor for every sample, 0 to 16 (default 1)")
         ->check(CLI::Range(0.0, 16.0));
     AddLatencyOption(*play, options->latency);
-    play->footer("Keys on a terminal: space pauses, left and right move by 5 s, up or n and down or p go to the "
+    CLI::Option* const window = play->add_flag_callback(
+        "--window",
+        [options] {
+            if (!options->picture) options->picture = vorlund::AUDIO_PICTURE_BOTH;
+        },
+        "Show live pictures in a window (needs the plug-ins visual and window-output)");
+    play->add_option_function<std::string>(
+            "--picture", [options](const std::string& name) { options->picture = kPictures.at(name); },
+            "What the window shows (default both)")
+        ->check(CLI::IsMember(kPictures))
+        ->type_name("NAME")
+        ->needs(window);
+    play->footer("Keys on a terminal and in the window: space pauses, left and right move by 5 s, up or n "
+                 "and down or p go to the "
                  "next file and the one before, + and - change the volume, q or Escape ends.");
     play->callback([options, &line] {
         line.command = [options](CDiagnostics& diagnostics) { RunPlay(*options, diagnostics); };
@@ -234,8 +253,9 @@ std::string CheckRecording(const std::string& name) {
 void AddRecordCommand(CLI::App& program, TCommandLine& line) {
     const auto options = std::make_shared<TRecordOptions>();
     CLI::App* const record = program.add_subcommand("record", "Record sound into a WAV file");
-    record->add_option("-o,--output", options->output,
-                       "File to write, in place of what is there; - for standard output")
+    record
+        ->add_option("-o,--output", options->output,
+                     "File to write, in place of what is there; - for standard output")
         ->required()
         ->check(CLI::Validator(&CheckRecording, "NAME"));
     record

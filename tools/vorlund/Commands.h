@@ -6,6 +6,8 @@
 #include "PcmPipeline.h"
 #include "VideoSize.h"
 
+#include <vorlund/AudioPictures.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -88,11 +90,12 @@ struct TPlayOptions {
     double latency = 0;
     /// 0 to 16.
     double volume = 1;
-    bool hasWindow = false;
+    /// What a window shows; nothing for no window.
+    std::optional<vorlund::TAudioPictureKind> picture = {};
 };
 
-/// Plays sound files one after the other. A file that fails is told of, the others are played all the same, and
-/// the command fails at its end.
+/// Plays sound files one after the other. A file that fails is told of, the others are played all the same,
+/// and the command fails at its end.
 void RunPlay(const TPlayOptions& options, CDiagnostics& diagnostics);
 
 struct TRandomOptions {

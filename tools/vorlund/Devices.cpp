@@ -97,9 +97,9 @@ void RunDevices(const TListOptions& options) {
     std::vector<TRow> rows{{VRL_L("Device"), VRL_L("Direction"), VRL_L("Default"), VRL_L("Channels"),
                             VRL_L("Rate"), VRL_L("Name")}};
     for (const TAudioDevice& device : found.devices) {
-        rows.push_back({device.id, kDirections[device.direction],
-                        device.isDefault ? VRL_L("yes") : VRL_L(""), FormatNumber(device.channels, ""),
-                        FormatNumber(device.samplesPerSec, " Hz"), device.name});
+        rows.push_back({device.id, kDirections[device.direction], device.isDefault ? VRL_L("yes") : VRL_L(""),
+                        FormatNumber(device.channels, ""), FormatNumber(device.samplesPerSec, " Hz"),
+                        device.name});
     }
     PrintTable(rows);
 }

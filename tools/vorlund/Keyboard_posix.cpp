@@ -69,8 +69,8 @@ constexpr struct {
     int signal;
     void (*handler)(int);
 } kSignals[] = {
-    {SIGTSTP, &OnStop},  {SIGCONT, &OnContinue}, {SIGQUIT, &OnDeath}, {SIGABRT, &OnDeath}, {SIGSEGV, &OnDeath},
-    {SIGBUS, &OnDeath},  {SIGFPE, &OnDeath},     {SIGILL, &OnDeath},  {SIGPIPE, &OnDeath},
+    {SIGTSTP, &OnStop}, {SIGCONT, &OnContinue}, {SIGQUIT, &OnDeath}, {SIGABRT, &OnDeath}, {SIGSEGV, &OnDeath},
+    {SIGBUS, &OnDeath}, {SIGFPE, &OnDeath},     {SIGILL, &OnDeath},  {SIGPIPE, &OnDeath},
 };
 using THandler = void (*)(int);
 THandler handlersBefore[std::size(kSignals)];

@@ -40,8 +40,8 @@ void RestoreTerminal() {
 
 CKeyboard::CKeyboard() {
     if (!IsErrorTerminal()) return;
-    console = CreateFileW(L"CONIN$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                          OPEN_EXISTING, 0, nullptr);
+    console = CreateFileW(L"CONIN$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                          nullptr, OPEN_EXISTING, 0, nullptr);
     if (!IsThere() || !GetConsoleMode(console, &before)) return;
     isChanged = true;
     SetConsoleMode(console, before & ~static_cast<DWORD>(ENABLE_LINE_INPUT | ENABLE_ECHO_INPUT));

@@ -4,13 +4,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <utility>
 
 using namespace vorlund;
 
 namespace {
 
 /// Frames that share a peak: less than what the eye tells apart.
-constexpr std::size_t kPeakFrames = 1024;
+constexpr std::size_t kPieceFrames = 1024;
 
 } // namespace
 
@@ -24,30 +26,44 @@ float CPeakFinder::Find(const void* samples, std::size_t frames) {
     return peak;
 }
 
-void CLevels::SetFormat(const TDataFormat_AudioPcm& format) {
+void CHeardSound::SetFormat(const TDataFormat_AudioPcm& format, bool areSamplesKept) {
     format_ = format;
+    areSamplesKept_ = areSamplesKept;
     finder_ = CPeakFinder(format);
 }
 
-void CLevels::Add(const void* samples, std::size_t frames, std::uint64_t first) {
+void CHeardSound::Add(const void* samples, std::size_t frames, std::uint64_t first) {
     const auto* const bytes = static_cast<const std::uint8_t*>(samples);
-    for (std::size_t at = 0; at < frames; at += kPeakFrames) {
-        const float peak =
-            finder_.Find(bytes + at * format_.GetBlockSize(), std::min(kPeakFrames, frames - at));
+    for (std::size_t at = 0; at < frames; at += kPieceFrames) {
+        TPiece piece{first + at, 0, {}};
+        piece.peak = finder_.Find(bytes + at * format_.GetBlockSize(), std::min(kPieceFrames, frames - at));
+        if (areSamplesKept_) piece.samples = finder_.GetSamples();
         const std::lock_guard lock(mutex_);
-        peaks_.push_back({first + at, peak});
+        pieces_.push_back(std::move(piece));
     }
 }
 
-float CLevels::Take(std::uint64_t end) {
+float CHeardSound::Take(std::uint64_t end, const TSink& sink) {
     const std::lock_guard lock(mutex_);
     float peak = 0;
-    for (; !peaks_.empty() && peaks_.front().first < end; peaks_.pop_front())
-        peak = std::max(peak, peaks_.front().peak);
+    while (!pieces_.empty() && pieces_.front().first < end) {
+        TPiece& piece = pieces_.front();
+        peak = std::max(peak, piece.peak);
+        const std::size_t frames = piece.samples.size() / std::max(format_.channels, 1U);
+        const auto heard = static_cast<std::size_t>(std::min<std::uint64_t>(frames, end - piece.first));
+        if (sink && heard > 0) sink(piece.samples.data(), heard);
+        if (heard < frames) {
+            piece.samples.erase(piece.samples.begin(), piece.samples.begin() + static_cast<std::ptrdiff_t>(
+                                                                                   heard * format_.channels));
+            piece.first += heard;
+            break;
+        }
+        pieces_.pop_front();
+    }
     return peak;
 }
 
-void CLevels::Forget() {
+void CHeardSound::Forget() {
     const std::lock_guard lock(mutex_);
-    peaks_.clear();
+    pieces_.clear();
 }

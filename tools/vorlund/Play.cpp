@@ -5,6 +5,7 @@
 #include "FileNames.h"
 #include "Interrupt.h"
 #include "Keyboard.h"
+#include "PlayWindow.h"
 #include "Player.h"
 #include "StatusLine.h"
 
@@ -17,7 +18,9 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <system_error>
+#include <utility>
 
 using namespace vorlund;
 namespace fs = std::filesystem;
@@ -106,7 +109,9 @@ private:
 class CPlaying {
 public:
     CPlaying(const TPlayOptions& options, IAudioOutput& output, CPlayer& player, CStatusLine& line)
-        : options_(options), output_(output), player_(player), line_(line) {}
+        : options_(options), output_(output), player_(player), line_(line) {
+        if (options.picture) window_.emplace(*options.picture, output, player.GetNotice());
+    }
 
     /// Until everything has been heard, or somebody ends it.
     void Run() {
@@ -123,8 +128,17 @@ public:
 
 private:
     void Listen() {
-        if (!keyboard_.IsThere()) return player_.Wait(kQuietTick);
-        if (const auto key = keyboard_.Read(kTick)) Act(*key);
+        std::optional<TKey> key;
+        if (window_) {
+            player_.Wait(window_->GetWait());
+            key = keyboard_.IsThere() ? keyboard_.Read(std::chrono::milliseconds(0)) : key;
+            if (!key) key = window_->TakeKey();
+        } else if (keyboard_.IsThere()) {
+            key = keyboard_.Read(kTick);
+        } else {
+            player_.Wait(kQuietTick);
+        }
+        if (key) Act(*key);
         if (keyboard_.IsStopWanted()) Stop();
     }
 
@@ -177,6 +191,11 @@ private:
     }
 
     void Show() {
+        if (window_) {
+            const std::optional<float> peak = window_->Show(player_);
+            isEnded_ |= !peak;
+            level_ = std::max(level_, peak.value_or(0));
+        }
         if (!line_.IsEnabled() || TClock::now() < next_) return;
         next_ = TClock::now() + kLineInterval;
         const TPlaying playing = player_.GetPlaying();
@@ -185,7 +204,8 @@ private:
             text += std::to_string(playing.number + 1) + "/" + std::to_string(options_.files.size()) + "  ";
         text += FormatTime(playing.time);
         if (playing.length) text += " / " + FormatTime(*playing.length);
-        text += "  " + FormatLevel(player_.TakeLevel(), kLevelWidth);
+        if (!window_) level_ = player_.TakeHeard();
+        text += "  " + FormatLevel(std::exchange(level_, 0.0F), kLevelWidth);
         text += "  " + std::to_string(std::lround(output_.GetVolume() * 100)) + " %";
         line_.Show(text);
     }
@@ -194,7 +214,10 @@ private:
     IAudioOutput& output_;
     CPlayer& player_;
     CStatusLine& line_;
+    std::optional<CPlayWindow> window_;
     CKeyboard keyboard_;
+    /// The greatest peak since the line was written.
+    float level_ = 0;
     bool isPaused_ = false;
     bool isEnded_ = false;
     bool isLost_ = false;
@@ -211,25 +234,29 @@ void RunPlay(const TPlayOptions& options, CDiagnostics& diagnostics) {
     // Of a single file, that is what the command fails with.
     wstring failure;
     const bool isList = options.files.size() > 1;
-    CPlayer player({options.files, options.times, options.from, line.IsEnabled()},
-                   [&](const wstring& path) {
-                       line.Clear();
-                       diagnostics.PrintField("File", path);
-                       std::fflush(stdout);
-                   },
-                   [&](const wstring& reason) {
-                       failure = reason;
-                       line.Clear();
-                       if (isList) diagnostics.PrintError(reason.c_str());
-                   });
+    const TListening listening = options.picture    ? TListening::Samples
+                                 : line.IsEnabled() ? TListening::Levels
+                                                    : TListening::Nothing;
+    CPlayer player(
+        {options.files, options.times, options.from, listening},
+        [&](const wstring& path) {
+            line.Clear();
+            diagnostics.PrintField("File", path);
+            std::fflush(stdout);
+        },
+        [&](const wstring& reason) {
+            failure = reason;
+            line.Clear();
+            if (isList) diagnostics.PrintError(reason.c_str());
+        });
     if (const TDataFormat_AudioPcm* const first = player.Begin()) {
         const TDataFormat_AudioPcm format = ChooseFormat(*first, options.device);
         OpenAudioOutput(*output, options.device, format, options.latency);
         const COpenOutput open(output);
         player.PlayOn(*output, format.samplesPerSec);
         CPlaying(options, *output, player, line).Run();
-        diagnostics.PrintField("Played",
-                               FormatSeconds(static_cast<double>(output->GetPosition()) / format.samplesPerSec));
+        diagnostics.PrintField(
+            "Played", FormatSeconds(static_cast<double>(output->GetPosition()) / format.samplesPerSec));
         if (output->GetXruns() > 0) diagnostics.PrintField("Gaps", std::to_string(output->GetXruns()));
         output->Close();
     }

@@ -34,11 +34,11 @@ void CEndNotice::Wait(std::chrono::milliseconds limit) {
     hasEnded_ = false;
 }
 
-CPlayedFile::CPlayedFile(const std::string& name, CEndNotice& notice, bool areLevelsFound)
-    : path_(PathFromUtf8(name.c_str())), notice_(notice), areLevelsFound_(areLevelsFound) {
+CPlayedFile::CPlayedFile(const std::string& name, CEndNotice& notice, TListening listening)
+    : path_(PathFromUtf8(name.c_str())), notice_(notice), listening_(listening) {
     source_.emplace(name == "-" ? ReadStandardInput() : CInputStreamSelector(path_.c_str()));
     Decode();
-    levels_.SetFormat(format_);
+    heard_.SetFormat(format_, listening_ == TListening::Samples);
 }
 
 CPlayedFile::~CPlayedFile() {
@@ -80,7 +80,7 @@ void CPlayedFile::Seek(std::uint64_t frame) {
     stream_.position = to;
     stream_.failure.clear();
     stream_.hasEnded = false;
-    levels_.Forget();
+    heard_.Forget();
 }
 
 void CPlayedFile::Skip(std::uint64_t bytes) {
@@ -96,7 +96,8 @@ void CPlayedFile::Skip(std::uint64_t bytes) {
 /// Up to the last whole frame, so that what follows is not shifted.
 std::uint64_t CPlayedFile::Read(void* buffer, std::uint64_t size) {
     const std::uint64_t block = format_.GetBlockSize();
-    if (frames_) size = std::min(size, *frames_ * block - std::min(*frames_ * block, stream_.position.load()));
+    if (frames_)
+        size = std::min(size, *frames_ * block - std::min(*frames_ * block, stream_.position.load()));
     const std::size_t count = Fill(*decoded_, buffer, static_cast<std::size_t>(size));
     if (count == size) return count;
     const std::uint64_t torn = (stream_.position + count) % block;
@@ -123,8 +124,8 @@ std::uint64_t CPlayedFile::CReading::Read(void* buffer, std::uint64_t size) {
     try {
         count = file.Read(buffer, size);
         const std::uint64_t block = file.format_.GetBlockSize();
-        if (file.areLevelsFound_)
-            file.levels_.Add(buffer, static_cast<std::size_t>(count / block), position / block);
+        if (file.listening_ != TListening::Nothing)
+            file.heard_.Add(buffer, static_cast<std::size_t>(count / block), position / block);
     } catch (const CException& error) {
         failure = error.GetReason();
     } catch (const std::bad_alloc&) {

@@ -28,6 +28,9 @@ private:
     bool hasEnded_ = false;
 };
 
+/// What somebody wants of the sound while it is heard.
+enum class TListening { Nothing, Levels, Samples };
+
 /// The sound in a file, from a frame of it on, as a stream for an audio output: it raises nothing, and ends
 /// where decoding fails. Whoever plays it reads it on a thread of his own; meanwhile the owner only asks for
 /// what is marked so.
@@ -35,10 +38,10 @@ class CPlayedFile {
 public:
     /// \param name  UTF-8; "-" for the standard input, which is kept in memory
     /// \param notice  is told of each end; lives longer
-    /// \param areLevelsFound  for `GetLevels`
+    /// \param listening  what is found for `GetHeard`
     ///
     /// Raises `TProgramError`, which says why it cannot be played, and the library's exceptions.
-    CPlayedFile(const std::string& name, CEndNotice& notice, bool areLevelsFound);
+    CPlayedFile(const std::string& name, CEndNotice& notice, TListening listening);
     CPlayedFile(const CPlayedFile&) = delete;
     CPlayedFile& operator=(const CPlayedFile&) = delete;
     /// Drops what the streams raise.
@@ -59,7 +62,7 @@ public:
     std::uint64_t GetFrame() const;
     /// There is nothing more to read.
     bool HasEnded() const { return stream_.hasEnded; }
-    CLevels& GetLevels() { return levels_; }
+    CHeardSound& GetHeard() { return heard_; }
     /// @}
 
     /// Why it ended before its end; empty when it did not.
@@ -98,7 +101,7 @@ private:
     vorlund::CRefPtr<vorlund::IInputStream> decoded_;
     vorlund::TDataFormat_AudioPcm format_;
     std::optional<std::uint64_t> frames_;
-    const bool areLevelsFound_;
-    CLevels levels_;
+    const TListening listening_;
+    CHeardSound heard_;
     CReading stream_{*this};
 };

@@ -28,8 +28,9 @@ double GetSeconds(const CPlayedFile& file) {
     const auto frames = file.GetFrames();
     const double known = frames ? static_cast<double>(*frames) : 0;
     // As long as that, so that it counts, when nobody knows.
-    return frames ? std::max(known - static_cast<double>(file.GetFrame()), 0.0) / file.GetFormat().samplesPerSec
-                  : kAheadSeconds;
+    return frames
+               ? std::max(known - static_cast<double>(file.GetFrame()), 0.0) / file.GetFormat().samplesPerSec
+               : kAheadSeconds;
 }
 
 } // namespace
@@ -76,7 +77,7 @@ std::unique_ptr<CPlayedFile> CPlayer::OpenNext() {
             continue;
         }
         try {
-            auto file = std::make_unique<CPlayedFile>(name, notice_, list_.areLevelsFound);
+            auto file = std::make_unique<CPlayedFile>(name, notice_, list_.listening);
             const double from = std::exchange(list_.from, 0);
             if (place == 0 && from > 0)
                 file->Seek(static_cast<std::uint64_t>(std::llround(from * file->GetFormat().samplesPerSec)));
@@ -147,8 +148,8 @@ void CPlayer::FindEnds() {
 
 void CPlayer::NoteEnd(TGiven& given) {
     const double frames = static_cast<double>(given.file->GetFrame() - given.firstFrame);
-    given.endsAt = given.beginsAt + static_cast<std::uint64_t>(std::llround(
-                                        frames * rate_ / given.file->GetFormat().samplesPerSec));
+    given.endsAt = given.beginsAt + static_cast<std::uint64_t>(
+                                        std::llround(frames * rate_ / given.file->GetFormat().samplesPerSec));
     if (const wstring failure = given.file->GetFailure(); !failure.empty())
         return Fail(GetNumber(given.place), failure);
     if (given.file->HasEnded()) return;
@@ -199,8 +200,13 @@ TPlaying CPlayer::GetPlaying() const {
     return playing;
 }
 
-float CPlayer::TakeLevel() {
-    return given_.empty() ? 0 : given_.front().file->GetLevels().Take(GetHeardFrame(given_.front()));
+float CPlayer::TakeHeard(const CHeardSound::TSink& sink) {
+    if (given_.empty()) return 0;
+    return given_.front().file->GetHeard().Take(GetHeardFrame(given_.front()), sink);
+}
+
+const TDataFormat_AudioPcm* CPlayer::GetHeardFormat() const {
+    return given_.empty() ? nullptr : &given_.front().file->GetFormat();
 }
 
 std::size_t CPlayer::GetFailed() const {
@@ -226,7 +232,8 @@ void CPlayer::MoveBy(double seconds) {
     } catch (const TProgramError& error) {
         Fail(GetNumber(place), error.text);
     } catch (const CException& error) {
-        Fail(GetNumber(place), CannotPlay(PathFromUtf8(list_.files[GetNumber(place)].c_str()), error.GetReason()));
+        Fail(GetNumber(place),
+             CannotPlay(PathFromUtf8(list_.files[GetNumber(place)].c_str()), error.GetReason()));
     }
     GiveAhead();
 }

@@ -23,8 +23,8 @@ struct TPlayedList {
     std::uint64_t times = 1;
     /// Where the first file begins the first time, in seconds.
     double from = 0;
-    /// For `CPlayer::TakeLevel`.
-    bool areLevelsFound = false;
+    /// What `CPlayer::TakeHeard` finds.
+    TListening listening = TListening::Nothing;
 };
 
 /// Where playing is: what is heard now.
@@ -60,12 +60,15 @@ public:
     /// everything has been heard.
     bool Update();
 
-    /// Waits until there may be something to do for `Update`, at most so long.
+    /// Waits until there may be something to do for `Update`, or somebody tells `GetNotice`, at most so long.
     void Wait(std::chrono::milliseconds limit) { notice_.Wait(limit); }
+    CEndNotice& GetNotice() { return notice_; }
 
     TPlaying GetPlaying() const;
-    /// The greatest peak since the last call, of what was heard.
-    float TakeLevel();
+    /// The greatest peak since the last call, of what was heard, which the sink is given.
+    float TakeHeard(const CHeardSound::TSink& sink = {});
+    /// Of what the sink is given; null when nothing is heard.
+    const vorlund::TDataFormat_AudioPcm* GetHeardFormat() const;
     /// Files that were not played, or not to their end.
     std::size_t GetFailed() const;
 

@@ -173,8 +173,9 @@ void Report(const TRecordOptions& options, const TRecordedFormat& format, const 
                                    .c_str());
     }
     if (recorder.GetFrames() > 0 && recorder.GetPeak() < kSilence)
-        diagnostics.PrintError(VRL_L("warning: there is nothing but silence; is the input muted, or is it another "
-                                     "one of those that 'vorlund devices' lists?"));
+        diagnostics.PrintError(
+            VRL_L("warning: there is nothing but silence; is the input muted, or is it another "
+                  "one of those that 'vorlund devices' lists?"));
 }
 
 } // namespace

@@ -76,7 +76,8 @@ void CRecorder::Finish() {
     try {
         writer_->Finish();
     } catch (const CIOException&) {
-        // Less came than the header says, because somebody has ended it. What the system refuses is raised now.
+        // Less came than the header says, because somebody has ended it. What the system refuses is raised
+        // now.
     }
     stream_->Finish();
 }

@@ -4,19 +4,16 @@
 #include "FramePacer.h"
 #include "Interrupt.h"
 #include "Media.h"
+#include "VideoDevice.h"
 
 #include "../../plugins/support/PixelForm.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/DecoderSupport.h>
-#include <vorlund/DeviceClassStore.h>
-#include <vorlund/ObjectList.h>
 #include <vorlund/Path.h>
 #include <vorlund/PlasmaVideoGenerator.h>
 #include <vorlund/RefPtr.h>
-#include <vorlund/VideoOutput.h>
-#include <vorlund/Vorlund.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -38,25 +35,6 @@ struct TShow {
 
     double GetRate() const { return shown > 1 && seconds > 0 ? static_cast<double>(shown - 1) / seconds : 0; }
 };
-
-/// The store is asked before it creates: a creation that finds no device leaves the store locked.
-bool HasVideoDevice() {
-    const auto devices = CRefPtr<IObjectList>::Adopt(v.GetDeviceClassStore().EnumerateDevices());
-    for (unsigned int i = 0; i < devices->GetObjectCount(); ++i) {
-        const auto device = CRefPtr<IObject>::Adopt(devices->GetObject(i)).Query<IPtrObject>();
-        const auto* const info = static_cast<const TDeviceClassInfo*>(device->GetPtr());
-        if (info->deviceType == DEVICE_TYPE_VIDEO) return true;
-    }
-    return false;
-}
-
-CRefPtr<IVideoOutput> CreateOutput() {
-    if (!HasVideoDevice()) throw TProgramError{VRL_L("There is no video device: no plug-in registered one")};
-    auto output =
-        CRefPtr<IObject>::Adopt(v.GetClassStore().CreateObject(classid::CVideoDevice)).Query<IVideoOutput>();
-    if (!output) throw TProgramError{VRL_L("The video device shows no frames")};
-    return output;
-}
 
 /// What is shown: `read` delivers the frame of a number, or returns false when there is none.
 struct TShowing {
@@ -122,10 +100,8 @@ TShowing ShowVideo(const CRefPtr<IInputStream>& stream, const wstring& title) {
 }
 
 TShow ShowInWindow(const TShowing& showing, std::uint64_t frames) {
-    const auto output = CreateOutput();
-    if (!output->Open(showing.format, showing.title.c_str())) {
-        throw TProgramError{VRL_L("The video device cannot open a window: is there a display?")};
-    }
+    const auto output = MakeVideoOutput();
+    OpenVideoOutput(*output, showing.format, showing.title);
     const TShow show = Show(showing, *output, frames);
     output->Close();
     return show;
