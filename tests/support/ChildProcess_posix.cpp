@@ -13,6 +13,7 @@
 #include <spawn.h>
 #include <stdexcept>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 #include <utility>
 
@@ -177,7 +178,7 @@ CChildProcess::CChildProcess(const std::string& program, const TChildOptions& op
     TPipe errors;
     TPipe life;
     CStart start;
-    start.Open(0, "/dev/null", O_RDONLY);
+    start.Open(0, options.input.empty() ? "/dev/null" : options.input.c_str(), O_RDONLY);
     switch (options.output) {
     case TChildOutput::Captured:
         start.Pass(output.writer, 1);
@@ -215,8 +216,8 @@ unsigned int CChildProcess::GetProcessId() const {
     return static_cast<unsigned int>(state_->process);
 }
 
-bool CChildProcess::WaitForTerminal(const std::string& text) {
-    while (state_->Terminal().text.find(text) == std::string::npos) {
+bool CChildProcess::WaitForTerminal(const std::string& text, std::size_t from) {
+    while (state_->Terminal().text.find(text, from) == std::string::npos) {
         if (!state_->Life().isOpen || !state_->Receive()) return false;
     }
     return true;
@@ -230,6 +231,20 @@ void CChildProcess::Type(const std::string& keys) {
 
 std::string CChildProcess::GetTerminal() const {
     return state_->Terminal().text;
+}
+
+std::string CChildProcess::GetTerminalSettings() const {
+    termios settings{};
+    Check(tcgetattr(state_->Terminal().handle.Get(), &settings) == 0, "no settings");
+    std::string text;
+    for (const tcflag_t flags : {settings.c_iflag, settings.c_oflag, settings.c_cflag, settings.c_lflag})
+        text += std::to_string(flags) + " ";
+    for (const cc_t key : settings.c_cc) text += std::to_string(key) + " ";
+    return text;
+}
+
+void CChildProcess::Kill() {
+    state_->Kill();
 }
 
 TChildEnd CChildProcess::Wait() {
