@@ -85,11 +85,19 @@ std::string CheckTime(const std::string& text) {
     return ParseTime(text) ? "" : "needs a time like 90, 1:30 or 0:01:30.5, not " + text;
 }
 
-std::string CheckRounds(const std::string& text) {
+constexpr const char* kEndless = "endless";
+
+/// 0 for without end.
+std::optional<std::uint64_t> ParseRounds(const std::string& text) {
+    if (text == kEndless) return 0;
     std::uint64_t count = 0;
     const char* const end = text.data() + text.size();
     const auto [next, error] = std::from_chars(text.data(), end, count);
-    return error == std::errc() && next == end ? "" : "needs a number of rounds, not " + text;
+    return error == std::errc() && next == end && count > 0 ? std::optional(count) : std::nullopt;
+}
+
+std::string CheckRounds(const std::string& text) {
+    return ParseRounds(text) ? "" : "needs a number of rounds, not " + text;
 }
 
 void AddConvertCommand(CLI::App& program, TCommand& command) {
@@ -213,7 +221,9 @@ void AddPlayCommand(CLI::App& program, TCommandLine& line) {
     play->add_option("--device", options->device,
                      "One that 'vorlund devices' lists; null, or file:OUT.wav (default: the system's)")
         ->type_name("ID");
-    play->add_flag("--loop{0}", options->times, "Play the list without end, or with --loop=COUNT so often")
+    // A flag that counts would begin with 0.
+    const auto rounds = std::make_shared<std::string>();
+    play->add_flag("--loop{endless}", *rounds, "Play the list without end, or with --loop=COUNT so often")
         ->check(CLI::Validator(&CheckRounds, ""));
     play->add_option_function<std::string>(
             "--from", [options](const std::string& text) { options->from = *ParseTime(text); },
@@ -237,7 +247,8 @@ void AddPlayCommand(CLI::App& program, TCommandLine& line) {
     play->footer("Keys on a terminal and in the window: space pauses, left and right move by 5 s, up or n "
                  "and down or p go to the "
                  "next file and the one before, + and - change the volume, q or Escape ends.");
-    play->callback([options, &line] {
+    play->callback([options, rounds, &line] {
+        if (!rounds->empty()) options->times = *ParseRounds(*rounds);
         line.command = [options](CDiagnostics& diagnostics) { RunPlay(*options, diagnostics); };
         line.needsDevices = true;
     });

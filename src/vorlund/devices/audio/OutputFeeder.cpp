@@ -4,8 +4,8 @@
 #include "vorlund/system/Deadline.h"
 
 #include <vorlund/Exception.h>
-#include <vorlund/String.h>
 #include <vorlund/StreamErrors.h>
+#include <vorlund/String.h>
 
 #include <algorithm>
 #include <cstring>
@@ -128,7 +128,8 @@ std::int64_t COutputSession::GetNextLook() {
 }
 
 void COutputSession::ReadSome(TLock& lock) {
-    const bool isWritten = queue_ && !remains_ && (queue_->IsInSegment() || queue_->Bytes().GetReadable() > 0);
+    const bool isWritten =
+        queue_ && !remains_ && (queue_->IsInSegment() || queue_->Bytes().GetReadable() > 0);
     const bool isBegin = isWritten && !queue_->IsInSegment();
     if (isBegin) {
         queue_->BeginSegment();
