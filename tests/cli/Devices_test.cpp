@@ -35,8 +35,8 @@ TEST_F(Devices, ListsThemForScripts) {
 
 TEST_F(Devices, WhatIsListedCanBeOpened) {
     const std::string file = MakeWav("file.wav", Ramp(400));
-    EXPECT_TRUE(Play({file, "--device", "null"}).IsSuccess());
-    EXPECT_TRUE(Play({file, "--device", "file:" + At("out.wav")}).IsSuccess());
+    EXPECT_TRUE(RunPlay({file, "--device", "null"}).IsSuccess());
+    EXPECT_TRUE(RunPlay({file, "--device", "file:" + At("out.wav")}).IsSuccess());
     EXPECT_TRUE(Run({"record", "--device", "null", "-o", At("in.wav"), "--duration", "0.01"}).IsSuccess());
 }
 

@@ -40,7 +40,7 @@ protected:
         return Make(name, PlainWav(format, data));
     }
 
-    static TChildEnd Play(std::vector<std::string> arguments) {
+    static TChildEnd RunPlay(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), "play");
         return Run(std::move(arguments));
     }
@@ -48,7 +48,7 @@ protected:
     /// Plays into a file; what is in it.
     TBytes PlayIntoFile(std::vector<std::string> arguments) const {
         arguments.insert(arguments.end(), {"--device", "file:" + At("out.wav")});
-        const TChildEnd end = Play(std::move(arguments));
+        const TChildEnd end = RunPlay(std::move(arguments));
         EXPECT_TRUE(end.IsSuccess()) << end.errors;
         EXPECT_EQ(end.errors, "");
         return GetWavData(Load("out.wav"));

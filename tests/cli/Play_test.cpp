@@ -72,7 +72,7 @@ TEST_F(Play, ChangesTheVolume) {
 TEST_F(Play, TellsWhatIsHeard) {
     const std::string one = MakeWav("one.wav", Ramp(16000), kStereo);
     const std::string two = MakeWav("two.wav", Ramp(16000), kStereo);
-    const TChildEnd end = Play({one, two, "--device", "file:" + At("out.wav")});
+    const TChildEnd end = RunPlay({one, two, "--device", "file:" + At("out.wav")});
     EXPECT_TRUE(end.IsSuccess()) << end.errors;
     EXPECT_EQ(WithoutReturns(end.output),
               "File      " + one + "\nFile      " + two + "\nPlayed    1.000 s\n");
@@ -84,7 +84,7 @@ TEST_F(Play, PlaysTheStandardInput) {
         RunProgramAlone({.arguments = {"play", "-", "--device", "file:" + At("out.wav")}, .input = file});
     EXPECT_TRUE(end.IsSuccess()) << end.errors;
     EXPECT_EQ(GetWavData(Load("out.wav")), Ramp(4000));
-    const TChildEnd again = Play({"-", "--loop", "--device", "null"});
+    const TChildEnd again = RunPlay({"-", "--loop", "--device", "null"});
     EXPECT_EQ(again.exitCode, 1u);
     EXPECT_EQ(again.errors, "vorlund: The standard input can be played once only; save it to a file\n");
 }
@@ -93,7 +93,8 @@ TEST_F(Play, FileThatCannotBeOpenedIsToldAndTheRestPlays) {
     const std::string good = MakeWav("good.wav", Ramp(4000), kStereo);
     const std::string words = Make("words.txt", std::string("no sound in here, only words"));
     const std::string device = "file:" + At("out.wav");
-    const TChildEnd end = Play({At("missing.wav"), good, words, At("missing.wav"), good, "--device", device});
+    const TChildEnd end =
+        RunPlay({At("missing.wav"), good, words, At("missing.wav"), good, "--device", device});
     EXPECT_EQ(end.exitCode, 1u);
     // What "decode" says.
     const std::string missing = Decode({At("missing.wav")}).errors;
@@ -105,7 +106,7 @@ TEST_F(Play, FileThatCannotBeOpenedIsToldAndTheRestPlays) {
 TEST_F(Play, FileAloneThatCannotBeOpenedIsOneLine) {
     const std::string words = Make("words.txt", std::string("no sound in here, only words"));
     for (const std::string& name : {At("missing.wav"), words}) {
-        const TChildEnd end = Play({name, "--device", "file:" + At("out.wav")});
+        const TChildEnd end = RunPlay({name, "--device", "file:" + At("out.wav")});
         EXPECT_EQ(end.exitCode, 1u);
         EXPECT_EQ(end.output, "");
         EXPECT_EQ(end.errors, Decode({name}).errors);
@@ -114,7 +115,7 @@ TEST_F(Play, FileAloneThatCannotBeOpenedIsOneLine) {
 }
 
 TEST_F(Play, EndlessListOfNothingEnds) {
-    const TChildEnd end = Play({At("a.wav"), At("b.wav"), "--loop", "--device", "null"});
+    const TChildEnd end = RunPlay({At("a.wav"), At("b.wav"), "--loop", "--device", "null"});
     EXPECT_EQ(end.exitCode, 1u);
     EXPECT_EQ(std::count(end.errors.begin(), end.errors.end(), '\n'), 3) << end.errors;
 }
@@ -128,7 +129,7 @@ TEST_F(Play, FileThatEndsEarlyPlaysAsFarAsItGoes) {
 }
 
 TEST_F(Play, WithoutADeviceItNamesWhatPlaysWithoutOne) {
-    const TChildEnd end = Play({MakeWav("file.wav", Ramp(400))});
+    const TChildEnd end = RunPlay({MakeWav("file.wav", Ramp(400))});
     EXPECT_EQ(end.exitCode, 1u);
     EXPECT_EQ(end.output, "");
     EXPECT_EQ(end.errors,
@@ -138,7 +139,7 @@ TEST_F(Play, WithoutADeviceItNamesWhatPlaysWithoutOne) {
 
 TEST_F(Play, IsNotPlayedIntoItself) {
     const std::string file = MakeWav("file.wav", Ramp(400));
-    const TChildEnd end = Play({file, "--device", "file:" + file});
+    const TChildEnd end = RunPlay({file, "--device", "file:" + file});
     EXPECT_EQ(end.exitCode, 1u);
     EXPECT_EQ(end.errors,
               "vorlund: '" + file + "' would be played into itself; name another file behind 'file:'\n");
@@ -147,7 +148,7 @@ TEST_F(Play, IsNotPlayedIntoItself) {
 
 TEST_F(Play, FileThatCannotBeWrittenIsAFailure) {
     const std::string file = MakeWav("file.wav", Ramp(400));
-    const TChildEnd end = Play({file, "--device", "file:" + At("missing/out.wav")});
+    const TChildEnd end = RunPlay({file, "--device", "file:" + At("missing/out.wav")});
     EXPECT_EQ(end.exitCode, 1u);
     EXPECT_EQ(end.errors.rfind("vorlund: Cannot open '" + At("missing/out.wav") + "' for writing", 0), 0u)
         << end.errors;
@@ -170,7 +171,7 @@ TEST_F(Play, NullDeviceTakesTheTimeOfTheSound) {
     const std::string one = MakeWav("one.wav", Ramp(32000), kStereo);
     const std::string two = MakeWav("two.wav", Ramp(16000), kStereo);
     const auto begin = std::chrono::steady_clock::now();
-    const TChildEnd end = Play({one, two, "--device", "null"});
+    const TChildEnd end = RunPlay({one, two, "--device", "null"});
     const double seconds = SecondsSince(begin);
     EXPECT_TRUE(end.IsSuccess()) << end.errors;
     EXPECT_EQ(WithoutReturns(end.output),
@@ -197,12 +198,12 @@ TEST_F(Play, WrongOptionsAreOneLine) {
         {file, "--devise", "null"},
     };
     for (const std::vector<std::string>& arguments : wrong) {
-        const TChildEnd end = Play(arguments);
+        const TChildEnd end = RunPlay(arguments);
         EXPECT_EQ(end.exitCode, 2u) << end.output;
         EXPECT_EQ(end.output, "");
         EXPECT_EQ(std::count(end.errors.begin(), end.errors.end(), '\n'), 1) << end.errors;
     }
-    EXPECT_EQ(Play({file, "--devise", "null"}).errors,
+    EXPECT_EQ(RunPlay({file, "--devise", "null"}).errors,
               "vorlund: There is no option '--devise'; did you mean '--device'? --help tells the options\n");
 }
 
