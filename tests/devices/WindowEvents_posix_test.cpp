@@ -11,8 +11,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <csignal>
+#include <cstdlib>
 #include <memory>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <xcb/xcb.h>
 #include <xcb/xtest.h>
 
@@ -46,6 +49,10 @@ protected:
         xcb_flush(connection_);
     }
     void Send(std::uint8_t type, xcb_keycode_t code, std::uint16_t state, xcb_timestamp_t time = 0) {
+        Queue(type, code, state, time);
+        xcb_flush(connection_);
+    }
+    void Queue(std::uint8_t type, xcb_keycode_t code, std::uint16_t state, xcb_timestamp_t time) {
         xcb_key_press_event_t event{};
         event.response_type = type;
         event.detail = code;
@@ -54,7 +61,6 @@ protected:
         event.time = time;
         xcb_send_event(connection_, 0, GetWindow(), XCB_EVENT_MASK_NO_EVENT,
                        reinterpret_cast<const char*>(&event));
-        xcb_flush(connection_);
     }
     /// What the key is told to be.
     std::uint32_t GetKey(std::uint16_t state) {
@@ -153,11 +159,10 @@ TEST_F(WindowEventsLayout, ARepetitionIsNoRelease) {
     Send(XCB_KEY_PRESS, kKey, 0, 1);
     // In one piece, as the server sends them.
     for (xcb_timestamp_t time = 2; time < 5; ++time) {
-        xcb_grab_server(connection_);
-        Send(XCB_KEY_RELEASE, kKey, 0, time);
-        Send(XCB_KEY_PRESS, kKey, 0, time);
-        xcb_ungrab_server(connection_);
+        Queue(XCB_KEY_RELEASE, kKey, 0, time);
+        Queue(XCB_KEY_PRESS, kKey, 0, time);
     }
+    xcb_flush(connection_);
     Send(XCB_KEY_RELEASE, kKey, 0, 5);
     Send(XCB_KEY_PRESS, kKey, 0, 6);
     Send(XCB_KEY_RELEASE, kKey, 0, 7);
@@ -187,21 +192,28 @@ TEST_F(WindowEventsLayout, WithoutTheKeyboardNoKeyIsDown) {
     EXPECT_EQ(recorder_.GetKeys(), (std::vector<std::uint32_t>{'q', 'q' | kReleased}));
 }
 
-/// A process that ends with this object.
+/// A window manager that ends with this object.
 class CManager {
 public:
-    explicit CManager(const char* display)
-        : pipe_(popen((std::string("DISPLAY=") + display + " exec openbox --sm-disable 2>/dev/null").c_str(),
-                      "r")) {}
+    explicit CManager(const char* display) : process_(fork()) {
+        if (process_ != 0) return;
+        setenv("DISPLAY", display, 1);
+        // It has things to say about a system without a desktop.
+        close(STDOUT_FILENO);
+        close(STDERR_FILENO);
+        execlp("openbox", "openbox", "--sm-disable", static_cast<char*>(nullptr));
+        _exit(1);
+    }
     CManager(const CManager&) = delete;
     CManager& operator=(const CManager&) = delete;
-    // It ends when its display does, which is before this object.
     ~CManager() {
-        if (pipe_) pclose(pipe_);
+        if (process_ <= 0) return;
+        kill(process_, SIGTERM);
+        waitpid(process_, nullptr, 0);
     }
 
 private:
-    std::FILE* pipe_;
+    const pid_t process_;
 };
 
 /// A server whose keyboard is typed on, with a window manager.
@@ -222,6 +234,8 @@ protected:
     }
     ~WindowEventsManaged() noexcept override {
         window_.Reset();
+        // A client of the server, which ends with the last one.
+        manager_.reset();
         server_.reset();
     }
 
