@@ -169,7 +169,9 @@ void CNativeWindowXcb::TellKey(const xcb_key_press_event_t& press) {
 }
 
 void CNativeWindowXcb::TellReleasedKey(const xcb_key_release_event_t& release) {
-    // A key that is held is repeated as a release and a press of the same moment, sent together.
+    // A key that is held is repeated as a release and a press of the same moment. What the server has said by
+    // now is there behind an answer of it.
+    OwnReply(xcb_.xcb_get_geometry_reply(connection_, xcb_.xcb_get_geometry(connection_, window_), nullptr));
     next_ = OwnReply(xcb_.xcb_poll_for_event(connection_));
     if (next_ && (next_->response_type & kResponseTypeMask) == XCB_KEY_PRESS) {
         const auto& press = reinterpret_cast<const xcb_key_press_event_t&>(*next_);
