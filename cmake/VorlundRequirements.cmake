@@ -30,10 +30,18 @@ if(VORLUND_BUILD_TESTS AND NOT EXISTS ${VORLUND_GOOGLETEST_DIR}/src/gtest-all.cc
         "no sources of GoogleTest in VORLUND_GOOGLETEST_DIR, which is ${VORLUND_GOOGLETEST_DIR} (Debian: googletest)")
 endif()
 
-if(VORLUND_BUILD_TOOLS)
-    find_path(CLI11_INCLUDE_DIR CLI/CLI.hpp NO_CMAKE_FIND_ROOT_PATH)
+# Header-only, so the building machine's serve every target.
+if(VORLUND_BUILD_TOOLS OR (VORLUND_BUILD_PLUGINS AND VORLUND_WITH_VISUAL))
     find_path(STB_INCLUDE_DIR stb/stb_image_write.h NO_CMAKE_FIND_ROOT_PATH)
     find_path(EIGEN3_INCLUDE_DIR unsupported/Eigen/FFT PATH_SUFFIXES eigen3 NO_CMAKE_FIND_ROOT_PATH)
+endif()
+
+if(VORLUND_BUILD_PLUGINS AND VORLUND_WITH_VISUAL AND NOT (STB_INCLUDE_DIR AND EIGEN3_INCLUDE_DIR))
+    vorlund_leave_out(VORLUND_WITH_VISUAL "the plug-in visual" "no headers of Eigen or stb (Debian: libeigen3-dev, libstb-dev)")
+endif()
+
+if(VORLUND_BUILD_TOOLS)
+    find_path(CLI11_INCLUDE_DIR CLI/CLI.hpp NO_CMAKE_FIND_ROOT_PATH)
     if(NOT CLI11_INCLUDE_DIR)
         vorlund_leave_out(VORLUND_BUILD_TOOLS "the program vorlund" "no headers of CLI11 (Debian: libcli11-dev)")
     elseif(NOT STB_INCLUDE_DIR)

@@ -27,7 +27,7 @@ vorlund_packages() {
     local peers="libcereal-dev libeigen3-dev libglib2.0-dev libglm-dev libprotobuf-dev libsamplerate0-dev libsdl2-dev"
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
     # A display for the tests of windows, and what windows on Linux are built with.
-    local windows="xvfb libxcb1-dev"
+    local windows="openbox xvfb libxcb1-dev libxcb-xtest0-dev"
     case $1 in
     run-linux) echo "$build" ;;
     run-linux-codecs) echo "$sounds" ;;

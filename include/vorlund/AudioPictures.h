@@ -67,7 +67,8 @@ struct TAudioPictureSettings {
 
 /// A filter that turns PCM audio into video, and the same for sound that is played at the moment.
 ///
-/// The oscilloscope has a lane for each channel, the first at the top, up to eight. A rising edge through
+/// Of more than eight channels the first eight are shown. The oscilloscope has a lane for each, the first at
+/// the top. A rising edge through
 /// zero of the loudest channel is in its middle, so that a tone stands still; without one the picture runs.
 /// The spectrum has bars over frequencies of equal ratio; each shows the highest level of all channels.
 /// Samples that are no numbers, or infinite, count as 0.

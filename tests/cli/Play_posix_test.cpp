@@ -140,6 +140,19 @@ TEST_F(PlayOnTerminal, FailuresLeaveTheTerminalAsItWas) {
     EXPECT_NE(program.GetTerminal().find("vorlund: 1 of 2 files were not played\r\n"), std::string::npos);
 }
 
+TEST_F(PlayOnTerminal, FullDeviceIsOneLine) {
+    for (const char* const command : {"play", "record"}) {
+        std::vector<std::string> arguments{command};
+        if (command == std::string("play"))
+            arguments.insert(arguments.end(), {MakeLong("long.wav"), "--device", "file:/dev/full"});
+        else
+            arguments.insert(arguments.end(), {"--device", "null", "-o", "/dev/full"});
+        const TChildEnd end = Run(arguments);
+        EXPECT_EQ(end.exitCode, 1u);
+        EXPECT_EQ(end.errors, "vorlund: Cannot write '/dev/full'\n");
+    }
+}
+
 // A shell with jobs, as nobody else may stop and continue a process at its terminal.
 TEST_F(PlayOnTerminal, ControlZStopsWithTheTerminalAsItWas) {
     const std::string script =

@@ -55,10 +55,24 @@ TEST_F(Play, PlaysTheListSeveralTimes) {
 
 TEST_F(Play, OtherFormatsBecomeThatOfTheFirst) {
     const std::string first = MakeWav("first.wav", Ramp(400), {.channels = 1, .samplesPerSec = 8000});
-    // Both channels have the same sample.
     const std::string second =
-        MakeWav("second.wav", {0, 0, 128, 128, 255, 255}, {.channels = 2, .samplesPerSec = 8000, .bits = 8});
-    EXPECT_EQ(PlayIntoFile({first, second}), Join({Ramp(400), {0, 0x80, 0, 0, 0, 0x7F}}));
+        MakeWav("second.wav", {0, 128, 255}, {.channels = 1, .samplesPerSec = 8000, .bits = 8});
+    // Half of full scale on the left, mixed as ITU-R BS.775 has it.
+    const std::string third =
+        MakeWav("third.wav", {192, 128}, {.channels = 2, .samplesPerSec = 8000, .bits = 8});
+    EXPECT_EQ(PlayIntoFile({first, second, third}), Join({Ramp(400), {0, 0x80, 0, 0, 0, 0x7F, 0x41, 0x2D}}));
+}
+
+TEST_F(Play, AnotherRateNeedsThePlugin) {
+    const std::string first = MakeWav("first.wav", Ramp(400), kStereo);
+    const std::string other = MakeWav("other.wav", Ramp(400), {.channels = 2, .samplesPerSec = 11025});
+    const TChildEnd end = RunPlay({first, other, first, "--device", "file:" + At("out.wav")});
+    EXPECT_EQ(end.exitCode, 1u);
+    EXPECT_EQ(end.errors,
+              "vorlund: Cannot play '" + other +
+                  "': No resampler: the device plays at another rate\nvorlund: 1 of 3 files were not "
+                  "played\n");
+    EXPECT_EQ(GetWavData(Load("out.wav")), Join({Ramp(400), Ramp(400)}));
 }
 
 TEST_F(Play, ChangesTheVolume) {

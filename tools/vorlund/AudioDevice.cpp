@@ -35,6 +35,11 @@ wstring ExplainMissingPlugin() {
                         VRL_L("; '--device null' records silence without one")};
 }
 
+[[noreturn]] void RefuseToWrite(const std::string& device) {
+    throw TProgramError{VRL_L("Cannot write '") + PathFromUtf8(GetFileOfDevice(device).value_or("").c_str()) +
+                        VRL_L("'")};
+}
+
 /// Raises when the system has no device of that id, and tells what may be meant.
 TAudioDevice FindDevice(const std::vector<TAudioDevice>& devices, const std::string& id) {
     const wstring wanted = PathFromUtf8(id.c_str());
@@ -118,6 +123,19 @@ void OpenAudioOutput(IAudioOutput& output, const std::string& device, const TDat
     } catch (const CFailedException& error) {
         if (device == kNullDevice || GetFileOfDevice(device)) throw;
         RefuseToPlay(error.GetReason());
+    } catch (const CFileAccessException&) {
+        // It says more.
+        throw;
+    } catch (const CIOException&) {
+        RefuseToWrite(device);
+    }
+}
+
+void CloseAudioOutput(IAudioOutput& output, const std::string& device) {
+    try {
+        output.Close();
+    } catch (const CIOException&) {
+        RefuseToWrite(device);
     }
 }
 

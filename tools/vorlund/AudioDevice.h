@@ -48,6 +48,9 @@ vorlund::CRefPtr<vorlund::IAudioOutput> MakeAudioOutput(const std::string& devic
 void OpenAudioOutput(vorlund::IAudioOutput& output, const std::string& device,
                      const vorlund::TDataFormat_AudioPcm& format, double latency);
 
+/// Closes it. Raises `TProgramError` when not everything has reached a file.
+void CloseAudioOutput(vorlund::IAudioOutput& output, const std::string& device);
+
 /// A closed input, and what the system says of it. `device` as above, without files; with `isLoopback` one
 /// that records what an output plays.
 struct TFoundInput {

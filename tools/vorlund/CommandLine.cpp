@@ -6,6 +6,7 @@
 #include "ConvertPlan.h"
 #include "Folders.h"
 #include "Listings.h"
+#include "OptionTexts.h"
 #include "Suggestion.h"
 
 #include <vorlund/DataFormat.h>
@@ -14,7 +15,6 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -34,24 +34,6 @@ const std::map<std::string, vorlund::TAudioPictureKind> kPictures{
     {"spectrum", vorlund::AUDIO_PICTURE_SPECTRUM},
     {"both", vorlund::AUDIO_PICTURE_BOTH}};
 
-/// The parser's own conversion takes -1, and numbers that are too large, for very large ones.
-std::string CheckCount(const std::string& text) {
-    std::uint64_t count = 0;
-    const char* const end = text.data() + text.size();
-    const auto [next, error] = std::from_chars(text.data(), end, count);
-    return error == std::errc() && next == end ? "" : "needs a number of bytes, not " + text;
-}
-
-std::string CheckSize(const std::string& text) {
-    return ParseVideoSize(text) ? "" : "needs a size like 640x480, at most 16384x16384, not " + text;
-}
-
-std::string CheckVideoName(const std::string& name) {
-    return name == "-" || IsPngName(name) || IsY4mName(name)
-               ? ""
-               : "needs a name that ends in .png or .y4m, not " + name;
-}
-
 /// `size` holds the default, which the help tells.
 CLI::Option* AddVideoSizeOption(CLI::App& command, TVideoSize& size) {
     const std::string defaultText = std::to_string(size.width) + "x" + std::to_string(size.height);
@@ -63,42 +45,6 @@ CLI::Option* AddVideoSizeOption(CLI::App& command, TVideoSize& size) {
 }
 
 // Each adds its subcommand to the program. When the command line chooses it, `command` is set.
-
-/// A number of seconds, or "minutes:seconds", or with hours before them; nothing for other texts.
-std::optional<double> ParseTime(const std::string& text) {
-    double time = 0;
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    for (int parts = 0; parts < 3; ++parts) {
-        double part = 0;
-        const auto [next, error] = std::from_chars(at, end, part);
-        if (error != std::errc() || !(part >= 0 && part < 1e9)) return {};
-        time = time * 60 + part;
-        if (next == end) return time;
-        if (*next != ':') return {};
-        at = next + 1;
-    }
-    return {};
-}
-
-std::string CheckTime(const std::string& text) {
-    return ParseTime(text) ? "" : "needs a time like 90, 1:30 or 0:01:30.5, not " + text;
-}
-
-constexpr const char* kEndless = "endless";
-
-/// 0 for without end.
-std::optional<std::uint64_t> ParseRounds(const std::string& text) {
-    if (text == kEndless) return 0;
-    std::uint64_t count = 0;
-    const char* const end = text.data() + text.size();
-    const auto [next, error] = std::from_chars(text.data(), end, count);
-    return error == std::errc() && next == end && count > 0 ? std::optional(count) : std::nullopt;
-}
-
-std::string CheckRounds(const std::string& text) {
-    return ParseRounds(text) ? "" : "needs a number of rounds, not " + text;
-}
 
 void AddConvertCommand(CLI::App& program, TCommand& command) {
     const auto options = std::make_shared<TConvertOptions>();
@@ -252,13 +198,6 @@ void AddPlayCommand(CLI::App& program, TCommandLine& line) {
         line.command = [options](CDiagnostics& diagnostics) { RunPlay(*options, diagnostics); };
         line.needsDevices = true;
     });
-}
-
-std::string CheckRecording(const std::string& name) {
-    const TWrittenType* const type = FindTypeOfName(name);
-    return !type || std::string(type->name) == "wav"
-               ? ""
-               : "needs a name that ends in .wav ('vorlund convert' makes other files of it), not " + name;
 }
 
 void AddRecordCommand(CLI::App& program, TCommandLine& line) {

@@ -183,7 +183,7 @@ private:
         if (isLost && !options_.device.empty()) {
             line_.Clear();
             // A file says why.
-            output_.Close();
+            CloseAudioOutput(output_, options_.device);
             throw TProgramError{VRL_L("The device '") + PathFromUtf8(options_.device.c_str()) +
                                 VRL_L("' is lost")};
         }
@@ -258,7 +258,7 @@ void RunPlay(const TPlayOptions& options, CDiagnostics& diagnostics) {
         diagnostics.PrintField(
             "Played", FormatSeconds(static_cast<double>(output->GetPosition()) / format.samplesPerSec));
         if (output->GetXruns() > 0) diagnostics.PrintField("Gaps", std::to_string(output->GetXruns()));
-        output->Close();
+        CloseAudioOutput(*output, options.device);
     }
     if (player.GetFailed() == 0) return;
     if (!isList) throw TProgramError{failure};

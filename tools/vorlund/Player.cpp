@@ -113,6 +113,8 @@ void CPlayer::Give(std::unique_ptr<CPlayedFile> file, std::uint64_t place, bool 
         output_->Play(&given.file->GetStream());
     } catch (const CDataFormatException& error) {
         return Fail(GetNumber(place), CannotPlay(given.file->GetPath(), error.GetReason()));
+    } catch (const CFailedException& error) {
+        return Fail(GetNumber(place), CannotPlay(given.file->GetPath(), error.GetReason()));
     }
     given_.push_back(std::move(given));
 }

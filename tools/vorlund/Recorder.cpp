@@ -45,11 +45,19 @@ TDataFormat_AudioPcm CRecorder::GetInputFormat(const TRecordedFormat& format) {
 
 CRecorder::CRecorder(const std::string& output, const TRecordedFormat& format,
                      std::optional<std::uint64_t> frames)
-    : input_(GetInputFormat(format)), written_(FindRow(format.bits).written), finder_(input_) {
+    : output_(output), input_(GetInputFormat(format)), written_(FindRow(format.bits).written),
+      finder_(input_) {
     const TWavWriterFormat wav(FindRow(format.bits).file, format.channels, format.rate);
     TWavWriterOptions options;
     if (output != "-") {
-        writer_ = std::make_unique<CWavWriter>(PathFromUtf8(output.c_str()).c_str(), wav, options);
+        try {
+            writer_ = std::make_unique<CWavWriter>(PathFromUtf8(output.c_str()).c_str(), wav, options);
+        } catch (const CFileAccessException&) {
+            // It says more.
+            throw;
+        } catch (const CIOException&) {
+            Fail();
+        }
         return;
     }
     stream_ = COutputFile::Create(output, true, {});
@@ -63,23 +71,42 @@ void CRecorder::Write(const void* frames, std::size_t count) {
     level_ = std::max(level_, peak);
     peak_ = std::max(peak_, peak);
     frames_ += count;
+    const void* samples = frames;
     const std::size_t size = count * input_.channels * GetBufferSampleSize(written_);
-    if (written_ == input_.sampleFormat) return writer_->Write(frames, size);
-    converted_.resize(size);
-    ConvertAudio(converted_.data(), frames, count,
-                 {.from = input_.sampleFormat, .to = written_, .channels = input_.channels});
-    writer_->Write(converted_.data(), size);
+    if (written_ != input_.sampleFormat) {
+        converted_.resize(size);
+        ConvertAudio(converted_.data(), frames, count,
+                     {.from = input_.sampleFormat, .to = written_, .channels = input_.channels});
+        samples = converted_.data();
+    }
+    try {
+        writer_->Write(samples, size);
+    } catch (const CIOException&) {
+        Fail();
+    }
+}
+
+void CRecorder::Flush() {
+    try {
+        writer_->Flush();
+    } catch (const CIOException&) {
+        Fail();
+    }
 }
 
 void CRecorder::Finish() {
-    if (!stream_) return writer_->Close();
     try {
-        writer_->Finish();
+        stream_ ? writer_->Finish() : writer_->Close();
     } catch (const CIOException&) {
+        if (!stream_) Fail();
         // Less came than the header says, because somebody has ended it. What the system refuses is raised
         // now.
     }
-    stream_->Finish();
+    if (stream_) stream_->Finish();
+}
+
+void CRecorder::Fail() const {
+    throw TProgramError{VRL_L("Cannot write '") + PathFromUtf8(output_.c_str()) + VRL_L("'")};
 }
 
 float CRecorder::TakeLevel() {

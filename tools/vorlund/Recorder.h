@@ -37,7 +37,7 @@ public:
     /// Frames of the input's format. Raises as the constructor.
     void Write(const void* frames, std::size_t count);
     /// Makes the file whole up to now.
-    void Flush() { writer_->Flush(); }
+    void Flush();
     /// Completes the file; nothing may follow.
     void Finish();
 
@@ -48,6 +48,9 @@ public:
     float GetPeak() const { return peak_; }
 
 private:
+    [[noreturn]] void Fail() const;
+
+    const std::string output_;
     const vorlund::TDataFormat_AudioPcm input_;
     /// A `TBufferFormat`.
     const std::uint32_t written_;

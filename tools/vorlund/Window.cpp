@@ -14,7 +14,9 @@
 #include <vorlund/Path.h>
 #include <vorlund/PlasmaVideoGenerator.h>
 #include <vorlund/RefPtr.h>
+#include <vorlund/WindowedOutput.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -43,17 +45,44 @@ struct TShowing {
     std::function<bool(std::uint64_t number, std::uint8_t* frame)> read;
 };
 
-/// How often a picture is drawn anew, because it may have been covered.
+/// How often a picture is drawn anew, and the keys are looked at.
 constexpr float kPictureRate = 10;
 
-/// Until `frames` have been shown, there are no more, the window is closed, or the program is interrupted.
+/// Whether the user has pressed Escape in the window of a device.
+class CEscape {
+public:
+    explicit CEscape(IVideoOutput& output)
+        : output_(CRefPtr<IVideoOutput>::Share(&output).Query<IWindowedOutput>()) {
+        if (output_) output_->SetHandler(&OnEvent, this);
+    }
+    CEscape(const CEscape&) = delete;
+    CEscape& operator=(const CEscape&) = delete;
+    ~CEscape() {
+        if (output_) output_->SetHandler(nullptr);
+    }
+
+    bool IsPressed() const { return isPressed_; }
+
+private:
+    static void OnEvent(const TWindowEvent& event, void* user) {
+        if (event.type == WINDOW_EVENT_KEY_PRESSED && event.key == WINDOW_KEY_ESCAPE)
+            static_cast<CEscape*>(user)->isPressed_ = true;
+    }
+
+    std::atomic<bool> isPressed_ = false;
+    CRefPtr<IWindowedOutput> output_;
+};
+
+/// Until `frames` have been shown, there are no more, the window is closed, Escape is pressed, or the program
+/// is interrupted.
 TShow Show(const TShowing& showing, IVideoOutput& output, std::uint64_t frames) {
     const CInterrupt interrupt;
+    const CEscape escape(output);
     std::vector<std::uint8_t> frame(showing.format.image.GetSizeInBytes());
     const auto start = CFramePacer::TClock::now();
     CFramePacer pacer(showing.format.frameRate, start);
     TShow show;
-    while (!interrupt.IsRaised()) {
+    while (!interrupt.IsRaised() && !escape.IsPressed()) {
         if (!showing.read(show.shown + pacer.GetDropped(), frame.data())) break;
         if (!output.Present(frame.data())) break;
         ++show.shown;
