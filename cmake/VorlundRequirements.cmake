@@ -94,6 +94,12 @@ if(VORLUND_BUILD_PLUGINS AND VORLUND_WITH_AUDIO)
     vorlund_find_library(SDL2 VORLUND_SOUND_OUTPUT_DIR SDL2/SDL.h SDL2)
     if(NOT SDL2_INCLUDE_DIR OR NOT SDL2_LIBRARY)
         vorlund_leave_out_plugin(audio VORLUND_SOUND_OUTPUT_DIR "SDL 2" libsdl2-dev)
+    elseif(NOT WIN32)
+        # What SDL does not tell of a sound server is asked of it.
+        vorlund_find_library(PULSE VORLUND_SOUND_OUTPUT_DIR pulse/pulseaudio.h pulse)
+        if(NOT PULSE_INCLUDE_DIR)
+            vorlund_leave_out_plugin(audio VORLUND_SOUND_OUTPUT_DIR libpulse libpulse-dev)
+        endif()
     endif()
 endif()
 

@@ -76,10 +76,11 @@ IObjectList* CSdlAudioSystem::EnumerateDevices(TAudioDirection direction) {
     sdl_->Run([&] {
         sdl_->Begin();
         change_.SetState(false);
-        devices = sdl_->List(direction);
+        devices = sdl_->List(direction != AUDIO_DIRECTION_OUTPUT);
     });
     auto list = CreateAs<IObjectList>(classid::CObjectList);
     for (const TSdlDeviceInfo& device : devices) {
+        if (device.isLoopback != (direction == AUDIO_DIRECTION_LOOPBACK)) continue;
         const auto info =
             CRefPtr<CAudioDeviceInfo>::Adopt(static_cast<CAudioDeviceInfo*>(NewObject<CAudioDeviceInfo>()));
         info->Set(device, direction);

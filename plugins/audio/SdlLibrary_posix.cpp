@@ -2,16 +2,11 @@
 // on top of a later one. It is loaded for those who use sound, and not for every program that loads the plug-in.
 #include "SdlLibrary.h"
 
+#include "Module_posix.h"
+
 #include <optional>
 
-#include <dlfcn.h>
-
 namespace {
-
-template <class TFunction> bool Find(void* module, const char* name, TFunction& function) {
-    function = reinterpret_cast<TFunction>(dlsym(module, name));
-    return function != nullptr;
-}
 
 std::optional<TSdlLibrary> Load() {
     // It stays in the process: what it leaves behind, and the application that may use it too, need its code.
@@ -19,7 +14,7 @@ std::optional<TSdlLibrary> Load() {
     if (!module) return std::nullopt;
     TSdlLibrary library{};
     bool isWhole = true;
-#define VORLUND_SDL_FIND(name) isWhole = isWhole && Find(module, "SDL_" #name, library.name);
+#define VORLUND_SDL_FIND(name) isWhole = isWhole && FindIn(module, "SDL_" #name, library.name);
     VORLUND_SDL_FUNCTIONS(VORLUND_SDL_FIND)
 #undef VORLUND_SDL_FIND
     if (isWhole) return library;

@@ -162,6 +162,7 @@ void CSdlThread::Begin() {
     hasBegun_ = true;
     // SDL calls it on the thread that finds the change, so nobody needs to take events out of its queue.
     library_.AddEventWatch(&OnEvent, this);
+    server_ = ConnectSoundServer(library_.GetCurrentAudioDriver());
     // Who lists devices makes SDL begin anew, and must not be told each time.
     if (GetNames() != names_) TellWatchers();
     for (const bool isInput : {false, true}) defaults_[isInput] = FindDefault(isInput);
@@ -169,6 +170,7 @@ void CSdlThread::Begin() {
 
 void CSdlThread::End() {
     if (!std::exchange(hasBegun_, false)) return;
+    server_.reset();
     library_.DelEventWatch(&OnEvent, this);
     library_.QuitSubSystem(SDL_INIT_AUDIO);
 }
@@ -197,7 +199,14 @@ void CSdlThread::Look() {
         opened.user->OnLost();
         library_.CloseAudioDevice(opened.id);
     }
-    if (watchers_.empty()) return;
+    if (!watchers_.empty()) LookForDefaults();
+}
+
+void CSdlThread::LookForDefaults() {
+    if (server_) {
+        if (!server_->HasChanged()) return;
+        server_->Refresh();
+    }
     for (const bool isInput : {false, true}) {
         std::string name = FindDefault(isInput);
         if (name == defaults_[isInput]) continue;
@@ -227,6 +236,7 @@ const char* CSdlThread::GetDriver() const {
 }
 
 std::string CSdlThread::FindDefault(bool isInput) const {
+    if (server_) return server_->GetDefault(isInput);
     char* name = nullptr;
     SDL_AudioSpec spec{};
     if (library_.GetDefaultAudioInfo(&name, &spec, isInput) != 0 || !name) return {};
@@ -238,6 +248,7 @@ std::string CSdlThread::FindDefault(bool isInput) const {
 std::vector<TSdlDeviceInfo> CSdlThread::List(bool isInput) {
     Begin();
     std::vector<TSdlDeviceInfo> list;
+    if (server_) server_->Refresh();
     const std::string defaultName = FindDefault(isInput);
     const int count = library_.GetNumAudioDevices(isInput);
     for (int i = 0; i < count; ++i) {
@@ -249,11 +260,13 @@ std::vector<TSdlDeviceInfo> CSdlThread::List(bool isInput) {
             info.channels = spec.channels;
             info.samplesPerSec = spec.freq;
         }
-        info.isDefault = info.name == defaultName;
+        info.isLoopback = server_ && isInput && server_->IsLoopback(info.name);
+        info.isDefault =
+            info.isLoopback ? server_->IsDefaultLoopback(info.name) : info.name == defaultName;
         list.push_back(std::move(info));
     }
     // A driver that does not say has one that it calls its own.
-    if (list.size() == 1) list.front().isDefault = true;
+    if (!server_ && list.size() == 1) list.front().isDefault = true;
     if (list.empty()) isStale_ = true;
     return list;
 }

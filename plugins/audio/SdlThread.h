@@ -4,6 +4,7 @@
 #pragma once
 
 #include "SdlLibrary.h"
+#include "SoundServer.h"
 
 #include <vorlund/Event.h>
 
@@ -11,6 +12,7 @@
 #include <deque>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -31,6 +33,8 @@ struct TSdlDeviceInfo {
     int channels = 0;
     int samplesPerSec = 0;
     bool isDefault = false;
+    /// An input that hears an output.
+    bool isLoopback = false;
 };
 
 class CSdlThread {
@@ -49,7 +53,7 @@ public:
     void Begin();
     /// The driver's name; null when SDL's audio has not begun.
     const char* GetDriver() const;
-    /// Devices in the system's order.
+    /// Devices in the system's order, inputs that hear outputs among the inputs.
     std::vector<TSdlDeviceInfo> List(bool isInput);
     /// A paused device. `name` is empty for the default one; `spec` becomes what the device takes.
     SDL_AudioDeviceID Open(const std::string& name, bool isInput, SDL_AudioSpec& spec, ISdlDevice& user);
@@ -82,6 +86,7 @@ private:
     void Look();
     void TellWatchers();
     std::vector<std::string> GetNames() const;
+    void LookForDefaults();
     std::string FindDefault(bool isInput) const;
     SDL_AudioDeviceID OpenAs(const std::string& name, bool isInput, SDL_AudioSpec& spec) const;
     std::vector<TOpened>::iterator Find(const ISdlDevice& user);
@@ -101,6 +106,8 @@ private:
     /// Something was lost or could not be opened: SDL may know a sound system that is not there any more, and
     /// looks for one only when it begins.
     bool isStale_ = false;
+    /// What knows more than SDL; null where nothing does.
+    std::unique_ptr<ISoundServer> server_;
     std::vector<TOpened> opened_;
     std::vector<vorlund::CEvent*> watchers_;
     std::string defaults_[2];

@@ -1,4 +1,4 @@
-# shellcheck shell=bash disable=SC2034
+# shellcheck shell=bash disable=SC2034,SC2154
 # SDL 2 with nothing but its audio, a DLL. Sourced by scripts/codecs.sh.
 libraries="SDL 2"
 packages=(libsdl2)
@@ -8,5 +8,7 @@ build_libraries() {
     local part
     local -a options=(-DSDL_SHARED=ON -DSDL_STATIC=OFF -DSDL_TEST=OFF -DSDL_AUDIO=ON)
     for part in VIDEO RENDER JOYSTICK HAPTIC SENSOR HIDAPI POWER LOCALE MISC; do options+=("-DSDL_$part=OFF"); done
+    # The table through which SDL can be replaced at run time names functions of the parts that are left out.
+    sed -i 's/^#define SDL_DYNAMIC_API 1$/#define SDL_DYNAMIC_API 0/' "$work/libsdl2/src/dynapi/SDL_dynapi.h"
     by_cmake libsdl2 "${options[@]}"
 }
