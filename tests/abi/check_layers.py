@@ -34,6 +34,7 @@ FLOORS = {
     "data/filters": "AudioConversion AudioPcmConverters ChannelMix PcmFilterImpl Resampler SetFormatIsf WavDecoder",
     "data/wav": "WavMetadata WavRepair WavWriter",
     "devices": "AudioClip Bitmap Device DeviceClassStore MediaControl MediaObjects PropertyPage VideoClip VideoOutput VideoWindow",
+    "devices/audio": "AudioDevices AudioInput AudioOutput AudioPort AudioSystem MediaClock",
     "serial": "BufferedReader CharFormat LineReader Reader TextReader TextWriter VarReader VarWriter Writer",
     "api/plugins": "Plugin PluginInfo PluginReport PluginStore",
     "api/isolation": "IsolatedDecoder",
