@@ -4,6 +4,7 @@
 #include <vorlund/Exception.h>
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
 #include <cstring>
 #include <string_view>
@@ -13,9 +14,17 @@ using namespace vorlund;
 
 namespace {
 
-/// SDL counts a block in 16 bits and may round it up to a power of two.
-constexpr std::uint32_t kMaxPeriod = 32768;
 constexpr std::uint32_t kUsualPeriod = 512;
+
+/// The power of two that is nearest to the wish, within what SDL can count. Some drivers take no other number,
+/// and SDL 2.26 then gives them more frames than their buffer holds.
+Uint16 ChoosePeriod(std::uint32_t wish) {
+    if (wish == 0) return kUsualPeriod;
+    constexpr std::uint32_t kMin = 32;
+    constexpr std::uint32_t kMax = 32768;
+    const std::uint32_t below = std::bit_floor(std::clamp(wish, kMin, kMax));
+    return static_cast<Uint16>(below < kMax && wish - below > below * 2 - wish ? below * 2 : below);
+}
 
 SDL_AudioFormat ToSdl(std::uint32_t sampleFormat) {
     switch (sampleFormat) {
@@ -69,8 +78,7 @@ TAudioPortFormat CSdlPort::Open(const TAudioPortFormat& wish, IAudioPortClient& 
     spec_.freq = static_cast<int>(wish.samplesPerSec);
     spec_.format = ToSdl(wish.sampleFormat);
     spec_.channels = static_cast<Uint8>(std::clamp<std::uint32_t>(wish.channels, 1, 8));
-    spec_.samples = static_cast<Uint16>(
-        wish.periodFrames ? std::min(wish.periodFrames, kMaxPeriod) : kUsualPeriod);
+    spec_.samples = ChoosePeriod(wish.periodFrames);
     spec_.callback = &OnFrames;
     spec_.userdata = this;
     lastCall_ = 0;
