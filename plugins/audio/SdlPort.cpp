@@ -14,7 +14,7 @@ using namespace vorlund;
 
 namespace {
 
-constexpr std::uint32_t kUsualPeriod = 512;
+constexpr std::uint32_t kUsualPeriod = 1024;
 
 /// The power of two that is nearest to the wish, within what SDL can count. Some drivers take no other number,
 /// and SDL 2.26 then gives them more frames than their buffer holds.
@@ -96,7 +96,7 @@ TAudioPortFormat CSdlPort::Open(const TAudioPortFormat& wish, IAudioPortClient& 
         throw;
     }
     return {FromSdl(spec_.format), spec_.channels, static_cast<std::uint32_t>(spec_.freq), spec_.samples,
-            periods};
+            std::max(periods, wish.periods)};
 }
 
 void CSdlPort::Close() {

@@ -23,6 +23,7 @@
 #include <cstring>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace vorlund::test {
@@ -106,6 +107,12 @@ inline TBytes MakeNoise(const TDataFormat_AudioPcm& format, std::size_t frames, 
         for (auto& byte : bytes) byte = static_cast<std::uint8_t>(next() >> 24);
     }
     return bytes;
+}
+
+/// Closes an output as soon as another thread writes to it.
+inline void CloseWhileWriting(IAudioOutput& output) {
+    while (output.GetWritable() > 0) std::this_thread::yield();
+    output.Close();
 }
 
 /// Where `sound` begins in `recording`, at a whole frame; nothing when it is not there whole.

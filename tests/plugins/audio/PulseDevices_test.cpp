@@ -1,6 +1,8 @@
 // Devices of a sound server that come, go and become the default one.
 #include "plugins/audio/PulseTest.h"
 
+#include <functional>
+
 namespace vorlund::test {
 namespace {
 
@@ -39,7 +41,7 @@ TEST_F(PulseDevices, ComeAndGo) {
 }
 
 TEST_F(PulseDevices, OfOneNameAreNumbered) {
-    server_.Control("load-module module-null-sink sink_name=again sink_properties=device.description=One");
+    server_.AddOutput("again", "One");
     EXPECT_EQ(Names(AUDIO_DIRECTION_OUTPUT), "One*, Two, One (2)");
     EXPECT_EQ(Names(AUDIO_DIRECTION_LOOPBACK), "Monitor of One*, Monitor of Two, Monitor of One (2)*");
     const auto output = MakeOutput("One (2)");
@@ -90,12 +92,16 @@ TEST(NoPulse, SaysThatThereIsNoServer) {
     store.AddPluginPath(ToVorlund(BesideProgram("vorlund-plugins")).c_str());
     store.LoadPlugin(VRL_L("audio"));
     {
-        const TFailure expected{VRL_L("CSdlThread::Begin"), VRL_L("plugins/audio/SdlThread"), 3,
-                                VRL_L("Could not connect to PulseAudio")};
         const auto system = CreateAs<IAudioSystem>(kAudioSystemClassId);
-        ExpectRaises<CFailedException>(expected, [&] { system->EnumerateDevices(AUDIO_DIRECTION_OUTPUT); });
         const auto output = CRefPtr<IAudioOutput>::Adopt(system->CreateOutput(nullptr));
-        ExpectRaises<CFailedException>(expected, [&] { output->Open(); });
+        for (const std::function<void()>& act :
+             {std::function<void()>([&] { system->EnumerateDevices(AUDIO_DIRECTION_OUTPUT); }),
+              std::function<void()>([&] { output->Open(); })}) {
+            const std::string outcome = Outcome(act);
+            EXPECT_TRUE(outcome.starts_with("CFailedException CSdlThread::Begin")) << outcome;
+            // In SDL's words.
+            EXPECT_NE(outcome.find("PulseAudio"), std::string::npos) << outcome;
+        }
     }
     store.Close();
 }

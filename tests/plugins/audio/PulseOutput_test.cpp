@@ -157,12 +157,7 @@ TEST_F(PulseOutput, IsClosedWhileAnotherThreadWrites) {
     for (int i = 0; i < 20; ++i) {
         output->OpenOutput(kServerFormat, 0.02);
         const TBytes sound = MakeNoise(kServerFormat, 480000);
-        CEvent begins;
-        std::thread closer([&] {
-            begins.Wait(kSoundLimit);
-            output->Close();
-        });
-        begins.SetState(true);
+        std::thread closer([&] { CloseWhileWriting(*output); });
         EXPECT_LT(output->Write(sound.data(), sound.size()), sound.size());
         closer.join();
     }

@@ -11,8 +11,8 @@ namespace {
 
 constexpr const char* kOutputOptions = " format=float32le channels=2 rate=48000 norewinds=1";
 
-std::string MakeOutput(const std::string& name) {
-    return "module-null-sink sink_name=" + name + " sink_properties=device.description=" + name +
+std::string MakeOutput(const std::string& name, const std::string& text) {
+    return "module-null-sink sink_name=" + name + " sink_properties=device.description=" + text +
            kOutputOptions;
 }
 
@@ -47,7 +47,7 @@ void CPulseServer::Start() {
              " --exit-idle-time=60 --disable-shm=yes --realtime=no --high-priority=no"
              " --log-target=newfile:" +
              folder + "/log -L \"module-native-protocol-unix socket=" + folder +
-             "/socket auth-anonymous=1\" -L \"" + MakeOutput("One") + "\" -L \"" + MakeOutput("Two") +
+             "/socket auth-anonymous=1\" -L \"" + MakeOutput("One", "One") + "\" -L \"" + MakeOutput("Two", "Two") +
              "\" 2>>" + folder + "/start.log");
     process_ = std::atoi(ReadFile(folder_.GetPath() / "pid").c_str());
     EXPECT_GT(process_, 0) << GetLog();
@@ -63,8 +63,8 @@ std::string CPulseServer::Control(const std::string& arguments) const {
     return RunShell("pactl " + arguments);
 }
 
-std::string CPulseServer::AddOutput(const std::string& name) const {
-    return Control("load-module " + MakeOutput(name));
+std::string CPulseServer::AddOutput(const std::string& name, const std::string& text) const {
+    return Control("load-module " + MakeOutput(name, text));
 }
 
 std::string CPulseServer::GetLog() const {

@@ -26,8 +26,9 @@ public:
 
     /// What `pactl` prints. The test fails when it fails.
     std::string Control(const std::string& arguments) const;
-    /// Loads another output; returns the number of its module.
-    std::string AddOutput(const std::string& name) const;
+    /// Loads another output, which people see as `text`; returns the number of its module.
+    std::string AddOutput(const std::string& name, const std::string& text) const;
+    std::string AddOutput(const std::string& name) const { return AddOutput(name, name); }
     void RemoveModule(const std::string& number) const { Control("unload-module " + number); }
 
     /// The server's words, for tests that fail.

@@ -66,13 +66,8 @@ TEST_F(DummyDriver, IsClosedFromAnotherThreadWhileOneWrites) {
     output->OpenOutput(kFloats, 0.02);
     output->SetPaused(true);
     const TBytes sound = MakeNoise(kFloats, 48000);
-    CEvent begins;
-    std::thread closer([&] {
-        begins.Wait(kSoundLimit);
-        output->Close();
-    });
-    begins.SetState(true);
     // What does not fit waits until the other thread closes.
+    std::thread closer([&] { CloseWhileWriting(*output); });
     EXPECT_LT(output->Write(sound.data(), sound.size()), sound.size());
     closer.join();
     EXPECT_EQ(output->GetState(), AUDIO_STATE_CLOSED);
@@ -165,9 +160,12 @@ TEST_F(DiskDriver, WritesWhatIsPlayedInEachFormat) {
             const TDataFormat_AudioPcm format{sampleFormat, channels, 44100};
             const TBytes sound = MakeNoise(format, 10000, sampleFormat * 10 + channels);
             const auto output = MakeOutput();
-            output->OpenOutput(format, kDefaultAudioLatency);
+            // Everything is queued before the file gets it, because it gets it as fast as it can.
+            output->OpenOutput(format, 1);
+            output->SetPaused(true);
             EXPECT_EQ(output->GetDeviceFormat().sampleFormat, sampleFormat);
             EXPECT_EQ(output->Write(sound.data(), sound.size()), sound.size());
+            output->SetPaused(false);
             EXPECT_TRUE(output->Drain());
             EXPECT_EQ(output->GetPosition(), 10000u);
             output->Close();
