@@ -4,7 +4,7 @@
 
 #include <vorlund/Exception.h>
 #include <vorlund/ObjectServices.h>
-#include <vorlund/StreamFilter.h>
+#include <vorlund/Resampler.h>
 
 #include <algorithm>
 #include <cmath>
@@ -78,15 +78,10 @@ void CFrameConversion::Convert(void* to, const void* from, std::size_t frames) c
     ConvertAudio(to, from, frames, conversion);
 }
 
-bool IsPlayable(const TDataFormat& format) {
-    if (format.id != TDataFormat_AudioPcm::FormatId || format.size != sizeof(TDataFormat_AudioPcm))
-        return false;
-    const auto& pcm = static_cast<const TDataFormat_AudioPcm&>(format);
-    return pcm.sampleFormat <= SAMPLE_FORMAT_FLOAT && pcm.channels >= 1 && pcm.channels <= kMaxMixChannels &&
-           pcm.samplesPerSec >= 1;
-}
+namespace {
 
-CRefPtr<IResampler> CreateResampler(std::uint32_t rate, const TFailure& failure) {
+/// A new resampler to that rate, or the failure.
+CRefPtr<IInputStreamFilter> CreateResampler(std::uint32_t rate, const TFailure& failure) {
     CRefPtr<IResampler> resampler;
     try {
         resampler = CreateAs<IResampler>(kResamplerClassId);
@@ -96,27 +91,54 @@ CRefPtr<IResampler> CreateResampler(std::uint32_t rate, const TFailure& failure)
     }
     if (!resampler) Raise<CFailedException>(failure);
     resampler->SetTarget(rate);
-    return resampler;
+    return CRefPtr<IInputStreamFilter>::Share(resampler.Get());
 }
 
-CRefPtr<IInputStream> BringToFormat(const CRefPtr<IInputStream>& source, const TDataFormat_AudioPcm& to,
-                                    const TFailure& failure) {
-    const auto format = static_cast<const TDataFormat_AudioPcm&>(source->GetFormat());
-    if (IsSameFormat(format, to)) return source;
-    CRefPtr<IInputStream> stream = MakeStreamFromHere(source);
-    std::uint32_t sampleFormat = format.sampleFormat;
-    if (format.samplesPerSec != to.samplesPerSec) {
-        const CRefPtr<IResampler> resampler = CreateResampler(to.samplesPerSec, failure);
-        resampler->Connect(stream.Get());
-        stream = resampler.Query<IInputStream>();
+} // namespace
+
+bool IsPlayable(const TDataFormat& format) {
+    if (format.id != TDataFormat_AudioPcm::FormatId || format.size != sizeof(TDataFormat_AudioPcm))
+        return false;
+    const auto& pcm = static_cast<const TDataFormat_AudioPcm&>(format);
+    return pcm.sampleFormat <= SAMPLE_FORMAT_FLOAT && pcm.channels >= 1 && pcm.channels <= kMaxMixChannels &&
+           pcm.samplesPerSec >= 1;
+}
+
+CFormatChain::CFormatChain(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to,
+                           const TFailure& failure) {
+    std::uint32_t sampleFormat = from.sampleFormat;
+    if (from.samplesPerSec != to.samplesPerSec) {
+        resampler_ = CreateResampler(to.samplesPerSec, failure);
         sampleFormat = SAMPLE_FORMAT_FLOAT;
     }
-    if (sampleFormat == to.sampleFormat && format.channels == to.channels) return stream;
-    TAudioTarget target{.sampleFormat = to.sampleFormat};
-    if (format.channels != to.channels) target.layout = GetDefaultLayout(to.channels);
-    const auto converter = CRefPtr<IInputStreamFilter>::Adopt(CreateAudioConverter(target));
-    converter->Connect(stream.Get());
-    return converter.Query<IInputStream>();
+    if (sampleFormat == to.sampleFormat && from.channels == to.channels) return;
+    TAudioTarget target;
+    target.sampleFormat = to.sampleFormat;
+    if (from.channels != to.channels) target.layout = GetDefaultLayout(to.channels);
+    converter_ = CRefPtr<IInputStreamFilter>::Adopt(CreateAudioConverter(target));
+}
+
+void CFormatChain::Connect(const CRefPtr<IInputStream>& source) {
+    result_ = source;
+    for (const auto& filter : {resampler_, converter_}) {
+        if (!filter) continue;
+        filter->Connect(result_.Get());
+        result_ = CRefPtr<IInputStream>::Share(filter.Get());
+    }
+}
+
+void CFormatChain::Reset() {
+    result_.Reset();
+    converter_.Reset();
+    resampler_.Reset();
+}
+
+CRefPtr<IInputStream> BringToFormat(const CRefPtr<IInputStream>& source, const TDataFormat_AudioPcm& from,
+                                    const TDataFormat_AudioPcm& to, const TFailure& failure) {
+    if (IsSameFormat(from, to)) return source;
+    CFormatChain chain(from, to, failure);
+    chain.Connect(MakeStreamFromHere(source, from));
+    return chain.GetResult();
 }
 
 } // namespace vorlund

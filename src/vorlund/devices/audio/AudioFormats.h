@@ -7,8 +7,7 @@
 #include <vorlund/DataFormat.h>
 #include <vorlund/Exception.h>
 #include <vorlund/RefPtr.h>
-#include <vorlund/Resampler.h>
-#include <vorlund/Stream.h>
+#include <vorlund/StreamFilter.h>
 
 #include <cstdint>
 
@@ -57,12 +56,28 @@ private:
 /// Whether a stream has PCM that can be brought to other formats.
 bool IsPlayable(const TDataFormat& format);
 
-/// A new resampler to that rate, or the failure.
-CRefPtr<IResampler> CreateResampler(std::uint32_t rate, const TFailure& failure);
+/// The filters that bring a stream from one format to another: none where the formats are the same.
+class CFormatChain {
+public:
+    /// Raises `failure` without a resampler, and what the making of filters raises.
+    CFormatChain(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to, const TFailure& failure);
 
-/// A stream that delivers what `source` does, in the format `to`; `source` itself where that has it. It
-/// starts from the position that `source` has. Raises `failure` without a resampler, and what filters raise.
-CRefPtr<IInputStream> BringToFormat(const CRefPtr<IInputStream>& source, const TDataFormat_AudioPcm& to,
-                                    const TFailure& failure);
+    /// Begins to read `source`, which has the format that was told and no positions. Raises what the filters
+    /// raise.
+    void Connect(const CRefPtr<IInputStream>& source);
+    /// The end of the chain: `source` itself without a filter.
+    const CRefPtr<IInputStream>& GetResult() const { return result_; }
+    void Reset();
+
+private:
+    CRefPtr<IInputStreamFilter> resampler_;
+    CRefPtr<IInputStreamFilter> converter_;
+    CRefPtr<IInputStream> result_;
+};
+
+/// A stream that delivers what `source`, which has the format `from`, does from its position on, in the
+/// format `to`; `source` itself where the two are the same. Raises as the chain does.
+CRefPtr<IInputStream> BringToFormat(const CRefPtr<IInputStream>& source, const TDataFormat_AudioPcm& from,
+                                    const TDataFormat_AudioPcm& to, const TFailure& failure);
 
 } // namespace vorlund

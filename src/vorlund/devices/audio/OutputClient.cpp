@@ -20,7 +20,7 @@ void COutputClient::Process(void* buffer, std::uint32_t frames) noexcept {
     const std::size_t frameSize = ring_->GetFrameSize();
     if (given < frames)
         std::memset(to + given * frameSize, deviceFormat_.GetZeroByte(), (frames - given) * frameSize);
-    clock_.Note(given, frames - given, isGap);
+    clock_->Note(given, frames - given, isGap);
     told_.fetch_add(1);
     if (HasWorthyRoom() && wantsRoom_.exchange(false)) signal_.Notify();
 }
@@ -75,9 +75,11 @@ std::uint32_t COutputClient::GetReadyFrames() noexcept {
     return static_cast<std::uint32_t>(ring_->GetReadable());
 }
 
-void COutputClient::SetRing(const TDataFormat_AudioPcm& format, std::size_t frames) {
+void COutputClient::SetRing(const TDataFormat_AudioPcm& format, std::size_t frames, std::size_t wakeRoom) {
     ring_ = std::make_unique<CFrameRing>(format.GetBlockSize(), frames);
+    clock_ = std::make_unique<COutputClock>();
     deviceFormat_ = format;
+    wakeRoom_ = wakeRoom;
 }
 
 std::size_t COutputClient::ClearRing() {

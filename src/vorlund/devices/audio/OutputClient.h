@@ -27,20 +27,21 @@ protected:
     explicit COutputClient(const std::atomic<float>& volume) : volume_(volume) {}
     ~COutputClient() = default;
 
-    /// Another ring, for frames of `format`; while nobody calls `Process`.
-    void SetRing(const TDataFormat_AudioPcm& format, std::size_t frames);
+    /// An empty ring of `frames` frames of `format`, and a new clock; while nobody calls `Process`. There is
+    /// worthy room when `wakeRoom` frames have some.
+    void SetRing(const TDataFormat_AudioPcm& format, std::size_t frames, std::size_t wakeRoom);
     /// Drops what is in the ring and returns how many frames; by the thread that fills it.
     std::size_t ClearRing();
     /// `signal_` is to be notified when the ring has worthy room. Who calls this looks for room afterwards:
     /// because both sides exchange the flag, either sees what the other has done.
     void WantRoom() noexcept { wantsRoom_.exchange(true); }
     bool HasWorthyRoom() const noexcept { return ring_->GetRoom() >= wakeRoom_; }
-    void SetWakeRoom(std::size_t frames) noexcept { wakeRoom_ = frames; }
+    std::size_t GetWorthyRoom() const noexcept { return wakeRoom_; }
 
     std::unique_ptr<CFrameRing> ring_;
     /// Of the ring.
     TDataFormat_AudioPcm deviceFormat_;
-    COutputClock clock_;
+    std::unique_ptr<COutputClock> clock_;
     CSignal signal_;
     std::atomic<bool> isPaused_ = false;
     std::atomic<bool> isLost_ = false;

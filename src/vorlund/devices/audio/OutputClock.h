@@ -18,6 +18,8 @@ public:
         /// While it is silent, the first number is 0.
         std::uint64_t sinceSilence = 0;
         std::uint64_t silence = 0;
+        /// All that the device has got, silence too.
+        std::uint64_t passed = 0;
         /// Gaps that have ended.
         std::uint64_t gaps = 0;
         /// Whether the device wants frames and there are none.
@@ -36,6 +38,7 @@ public:
     /// frames in their place.
     void Note(std::uint64_t frames, std::uint64_t silence, bool isGap) noexcept {
         TCounts next = counts_;
+        next.passed += frames + silence;
         if (frames > 0) {
             if (next.isInGap && !IsEnd(next.taken)) ++next.gaps;
             next.isInGap = false;
@@ -65,6 +68,7 @@ public:
             counts.taken = taken_.load(std::memory_order_acquire);
             counts.sinceSilence = sinceSilence_.load(std::memory_order_acquire);
             counts.silence = silence_.load(std::memory_order_acquire);
+            counts.passed = passed_.load(std::memory_order_acquire);
             counts.gaps = gaps_.load(std::memory_order_acquire);
             counts.isInGap = isInGap_.load(std::memory_order_acquire);
             if (before % 2 == 0 && version_.load(std::memory_order_relaxed) == before) return counts;
@@ -92,6 +96,7 @@ private:
         taken_.store(next.taken, std::memory_order_release);
         sinceSilence_.store(next.sinceSilence, std::memory_order_release);
         silence_.store(next.silence, std::memory_order_release);
+        passed_.store(next.passed, std::memory_order_release);
         gaps_.store(next.gaps, std::memory_order_release);
         isInGap_.store(next.isInGap, std::memory_order_release);
         version_.store(version + 2, std::memory_order_release);
@@ -103,6 +108,7 @@ private:
     std::atomic<std::uint64_t> taken_{0};
     std::atomic<std::uint64_t> sinceSilence_{0};
     std::atomic<std::uint64_t> silence_{0};
+    std::atomic<std::uint64_t> passed_{0};
     std::atomic<std::uint64_t> gaps_{0};
     std::atomic<bool> isInGap_{false};
     /// The last few ends; more than one of them can be ahead of the device when short sounds follow each

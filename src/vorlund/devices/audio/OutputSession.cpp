@@ -1,10 +1,10 @@
+// Opening, ending, and what can be asked at every moment.
 #include "vorlund/devices/audio/OutputSession.h"
 
-#include "vorlund/devices/audio/Finally.h"
+#include "vorlund/devices/audio/OutputFailures.h"
 
-#include <vorlund/CodecClassStore.h>
 #include <vorlund/Exception.h>
-#include <vorlund/ObjectServices.h>
+#include <vorlund/Resampler.h>
 
 #include <algorithm>
 #include <system_error>
@@ -12,27 +12,8 @@
 namespace vorlund {
 namespace {
 
-constexpr const wchar* kFile = VRL_L("src/vorlund/devices/audio/AudioOutput");
-constexpr const wchar* kOpen = VRL_L("vorlund::CAudioOutput::OpenOutput");
-constexpr const wchar* kWrite = VRL_L("vorlund::CAudioOutput::Write");
-constexpr const wchar* kPlay = VRL_L("vorlund::CAudioOutput::Play");
-constexpr const wchar* kNoResampler = VRL_L("No resampler: the device plays at another rate");
-constexpr const wchar* kLost = VRL_L("Device is lost");
-
-constexpr TAudioFailures kOpenFailures{
-    {kOpen, kFile, 1, VRL_L("Unsupported audio format")},
-    {kOpen, kFile, 2, VRL_L("Latency must be 1 millisecond to 10 seconds")},
-    {kOpen, kFile, 3, VRL_L("Device has an impossible format")},
-    {kOpen, kFile, 4, kNoResampler},
-    {kOpen, kFile, 5, VRL_L("Cannot start a thread")}};
-constexpr TFailure kWriteNull{kWrite, kFile, 6, VRL_L("buffer is NULL")};
-constexpr TFailure kWriteSize{kWrite, kFile, 7, VRL_L("Size is no whole number of frames")};
-constexpr TFailure kWritePlaying{kWrite, kFile, 8, VRL_L("A stream is playing")};
-constexpr TFailure kWriteLost{kWrite, kFile, 9, kLost};
-constexpr TFailure kPlayNull{kPlay, kFile, 10, VRL_L("stream is NULL")};
-constexpr TFailure kPlayFormat{kPlay, kFile, 11, VRL_L("Unsupported format in decoded stream")};
-constexpr TFailure kPlayResampler{kPlay, kFile, 12, kNoResampler};
-constexpr TFailure kDrainLost{VRL_L("vorlund::CAudioOutput::Drain"), kFile, 13, kLost};
+/// A resampler reads blocks of thousands of frames.
+constexpr std::size_t kSmallestQueue = 8192;
 
 } // namespace
 
@@ -42,7 +23,7 @@ COutputSession::COutputSession(const TOutputOpening& opening, const std::shared_
 
 std::shared_ptr<COutputSession> COutputSession::Open(const TOutputOpening& opening,
                                                      const std::shared_ptr<TOutputCommon>& common) {
-    CheckAudioWish(opening.format, opening.latency, kOpenFailures);
+    CheckAudioWish(opening.format, opening.latency, outputfailures::kOpening);
     const auto session = std::make_shared<COutputSession>(opening, common);
     session->OpenPort();
     return session;
@@ -51,15 +32,9 @@ std::shared_ptr<COutputSession> COutputSession::Open(const TOutputOpening& openi
 void COutputSession::OpenPort() {
     const TAudioPortFormat granted = port_->Open(MakePortWish(format_, latency_), *this);
     try {
-        const TDataFormat_AudioPcm device = GetPortFormat(granted, kOpenFailures);
-        if (device.samplesPerSec != format_.samplesPerSec) Raise<CFailedException>(kOpenFailures.resampler);
-        const std::size_t frames = GetRingFrames(granted);
-        SetRing(device, frames);
-        SetWakeRoom(std::max<std::size_t>(granted.periodFrames, frames / 4));
-        block_.resize(frames * device.GetBlockSize());
-        conversion_ = CFrameConversion(format_, device);
-        deviceFormats_.push_back(device);
-        deviceLatency_ = static_cast<double>(frames) / device.samplesPerSec;
+        const TDataFormat_AudioPcm device = GetPortFormat(granted, outputfailures::kOpening);
+        queue_ = MakeQueue(device, GetRingFrames(granted));
+        SetDevice(device, granted);
         isPortOpen_ = true;
         {
             const TLock lock(mutex_);
@@ -69,7 +44,7 @@ void COutputSession::OpenPort() {
         port_->Start();
     } catch (const std::system_error&) {
         port_->Close();
-        Raise<CFailedException>(kOpenFailures.thread);
+        Raise<CFailedException>(outputfailures::kOpening.thread);
     } catch (...) {
         if (feeder_.joinable())
             End();
@@ -79,6 +54,28 @@ void COutputSession::OpenPort() {
     }
 }
 
+std::unique_ptr<CWriteQueue> COutputSession::MakeQueue(const TDataFormat_AudioPcm& device,
+                                                       std::size_t ringFrames) {
+    if (device.samplesPerSec == format_.samplesPerSec) return nullptr;
+    const auto frames = static_cast<std::size_t>(
+        GetResampledFrames(ringFrames, device.samplesPerSec, format_.samplesPerSec));
+    return std::make_unique<CWriteQueue>(
+        format_, device, std::max(frames, kSmallestQueue),
+        [this](void* buffer, std::uint64_t size) { return ReadWritten(buffer, size); },
+        outputfailures::kOpening.resampler);
+}
+
+void COutputSession::SetDevice(const TDataFormat_AudioPcm& device, const TAudioPortFormat& granted) {
+    const std::size_t frames = GetRingFrames(granted);
+    SetRing(device, frames, std::max<std::size_t>(granted.periodFrames, frames / 4));
+    block_.resize(frames * device.GetBlockSize());
+    if (!queue_) conversion_ = CFrameConversion(format_, device);
+    deviceFormats_.push_back(device);
+    deviceLatency_ = static_cast<double>(frames) / device.samplesPerSec;
+    dropped_ = 0;
+    lastHeard_ = 0;
+}
+
 std::thread COutputSession::End() {
     std::thread feeder;
     {
@@ -86,9 +83,8 @@ std::thread COutputSession::End() {
         isEnded_ = true;
         isPaused_ = true;
         feeder.swap(feeder_);
-        changed_.notify_all();
+        Tell();
     }
-    signal_.Notify();
     if (!IsOnFeeder()) feeder.join();
     {
         const TLock lock(mutex_);
@@ -103,69 +99,8 @@ std::thread COutputSession::End() {
     return feeder;
 }
 
-std::size_t COutputSession::Put(const void* frames, std::size_t count, const CFrameConversion& conversion) {
-    const auto* from = static_cast<const std::byte*>(frames);
-    const std::size_t fromSize = conversion.GetInputSize();
-    std::size_t done = 0;
-    while (done < count) {
-        const std::span<std::byte> piece = ring_->BeginWrite(count - done);
-        if (piece.empty()) break;
-        const std::size_t part = piece.size() / ring_->GetFrameSize();
-        conversion.Convert(piece.data(), from + done * fromSize, part);
-        ring_->EndWrite(part);
-        done += part;
-    }
-    if (done > 0) TellListener();
-    return done;
-}
-
-std::uint64_t COutputSession::Write(const void* buffer, std::uint64_t size) {
-    if (!buffer && size > 0) Raise<CNullPtrException>(kWriteNull);
-    const std::uint64_t frameSize = format_.GetBlockSize();
-    if (size % frameSize != 0) Raise<CInvalidParameterException>(kWriteSize);
-    TLock lock(mutex_);
-    const std::uint32_t generation = generation_;
-    const auto isOver = [&] { return isEnded_ || generation_ != generation; };
-    while (isWriting_ && !isOver()) changed_.wait(lock);
-    if (isOver()) return 0;
-    if (!streams_.empty()) Raise<CInvalidStateException>(kWritePlaying);
-    const auto* const from = static_cast<const std::byte*>(buffer);
-    std::uint64_t done = 0;
-    isWriting_ = true;
-    const CFinally guard([&] {
-        isWriting_ = false;
-        changed_.notify_all();
-        signal_.Notify();
-    });
-    while (done < size && !isOver()) {
-        const auto left = static_cast<std::size_t>(
-            std::min<std::uint64_t>((size - done) / frameSize, ring_->GetCapacity()));
-        const std::size_t count = Put(from + done, left, conversion_);
-        done += count * frameSize;
-        if (count > 0) continue;
-        if (IsGone()) Raise<CFailedException>(kWriteLost);
-        WaitForChange(lock);
-    }
-    return done;
-}
-
-std::uint64_t COutputSession::GetWritable() {
-    const TLock lock(mutex_);
-    if (isWriting_ || !streams_.empty()) return 0;
-    return std::uint64_t{ring_->GetRoom()} * format_.GetBlockSize();
-}
-
-void COutputSession::Play(IInputStream* stream) {
-    if (!stream) Raise<CNullPtrException>(kPlayNull);
-    const auto decoded = CRefPtr<IInputStream>::Adopt(
-        services::CodecClassStore().DecodeStream(stream, TDataFormat_AudioPcm::FormatId));
-    if (!IsPlayable(decoded->GetFormat())) Raise<CDataFormatException>(kPlayFormat);
-    auto chain = BringToFormat(decoded, GetDeviceFormat(), kPlayResampler);
-    const TLock lock(mutex_);
-    if (isEnded_) return;
-    streams_.push_back(chain.Get());
-    static_cast<void>(chain.Detach());
-    common_->idle.SetState(false);
+void COutputSession::Tell() {
+    changed_.notify_all();
     signal_.Notify();
 }
 
@@ -183,48 +118,19 @@ void COutputSession::SetPaused(bool isPaused) {
     const TLock lock(mutex_);
     if (isEnded_) return;
     isPaused_ = isPaused;
-    changed_.notify_all();
+    Tell();
     TellListener();
 }
 
-bool COutputSession::Drain() {
-    TLock lock(mutex_);
-    const std::uint32_t generation = generation_;
-    if (IsOnFeeder()) return false;
-    ++drainers_;
-    const CFinally guard([&] { --drainers_; });
-    while (!isEnded_ && generation_ == generation && !isPaused_) {
-        if (IsReadOut()) {
-            NoteEndOfFrames();
-            if (GetHeard() >= GetQueued()) return true;
-        }
-        if (IsGone()) Raise<CFailedException>(kDrainLost);
-        WaitForChange(lock);
-    }
-    return false;
-}
-
-void COutputSession::Flush() {
-    TLock lock(mutex_);
-    ++generation_;
-    dropCount_ = streams_.size();
-    dropped_ += ClearRing();
-    NoteEndOfFrames();
-    changed_.notify_all();
-    signal_.Notify();
-    if (IsOnFeeder()) return;
-    while (dropCount_ > 0) changed_.wait(lock);
-}
-
 std::uint64_t COutputSession::GetHeard() {
-    // A call of the port's thread between the two would let the frame that is heard jump ahead.
-    COutputClock::TCounts counts = clock_.Get();
+    COutputClock::TCounts counts = clock_->Get();
     std::uint32_t delay = 0;
     if (isPortOpen_ && !isLost_) {
+        // A call of the port's thread between the two would let the frame that is heard jump ahead.
         for (int tries = 0; tries < 8; ++tries) {
             delay = port_->GetDelay();
-            const COutputClock::TCounts again = clock_.Get();
-            const bool isSame = again.taken == counts.taken && again.silence == counts.silence;
+            const COutputClock::TCounts again = clock_->Get();
+            const bool isSame = again.passed == counts.passed;
             counts = again;
             if (isSame) break;
         }
@@ -239,23 +145,25 @@ std::uint64_t COutputSession::ToOpened(std::uint64_t frames) const {
 
 std::uint64_t COutputSession::GetPosition() {
     const TLock lock(mutex_);
-    return ToOpened(GetHeard());
+    return heardBefore_ + ToOpened(GetHeard());
 }
 
 std::uint64_t COutputSession::GetDelay() {
     const TLock lock(mutex_);
     const std::uint64_t heard = GetHeard();
-    return ToOpened(GetQueued() - std::min(GetQueued(), heard));
+    const std::uint64_t written = segmentIn_ - std::min(segmentIn_, ToOpened(segmentOut_));
+    return written + ToOpened(GetQueued() - std::min(GetQueued(), heard));
 }
 
-std::uint64_t COutputSession::GetXruns() const noexcept {
-    return clock_.GetGaps() + systemXruns_.load(std::memory_order_relaxed);
+std::uint64_t COutputSession::GetXruns() {
+    const TLock lock(mutex_);
+    return gapsBefore_ + clock_->GetGaps() + systemXruns_.load(std::memory_order_relaxed);
 }
 
 TAudioState COutputSession::GetState() {
     const TLock lock(mutex_);
     if (isEnded_) return AUDIO_STATE_CLOSED;
-    if (isLost_) return AUDIO_STATE_LOST;
+    if (isLost_ || !isPortOpen_) return AUDIO_STATE_LOST;
     return isPaused_ ? AUDIO_STATE_PAUSED : AUDIO_STATE_RUNNING;
 }
 
