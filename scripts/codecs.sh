@@ -5,8 +5,8 @@
 #                                                   standard error
 #   scripts/codecs.sh win32|win64 [SET] --cached    the same, and fails at once when it was not built yet
 # A set is a recipe in scripts/codecs: sounds, which is the default, for the plug-in sndfile, pictures for image, levels for
-# measure, rates for resample, sound-output for audio, and benchmark for the benchmarks. Everything is kept in VORLUND_CACHE, by default
-# ~/.cache/vorlund. Needs: the cross compiler, cmake, ninja-build, make, patch, xz-utils, bzip2, pkgconf.
+# measure, rates for resample, sound-output for audio, and benchmark for the benchmarks. Everything is kept in
+# VORLUND_CACHE, by default ~/.cache/vorlund. Needs: the cross compiler, cmake, ninja-build, make, patch, xz-utils, bzip2, pkgconf.
 set -euo pipefail
 script=$(realpath "${BASH_SOURCE[0]}")
 target=${1-}
@@ -144,7 +144,7 @@ TOOLCHAIN
     local file
     for row in "${sources[@]}"; do
         name=${row%% *}
-        for file in COPYING COPYING.LGPL COPYING.Xiph LICENCE LICENSE LICENSE.md LICENSE.txt README.ijg; do
+        for file in COPYING COPYING.LGPL COPYING.Xiph LICENCE LICENSE LICENSE.md README.ijg; do
             [[ ! -e $work/$name/$file ]] || cp "$work/$name/$file" "$result/licences/$name-$file.txt"
         done
     done

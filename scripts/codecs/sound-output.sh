@@ -11,4 +11,5 @@ build_libraries() {
     # The table through which SDL can be replaced at run time names functions of the parts that are left out.
     sed -i 's/^#define SDL_DYNAMIC_API 1$/#define SDL_DYNAMIC_API 0/' "$work/libsdl2/src/dynapi/SDL_dynapi.h"
     by_cmake libsdl2 "${options[@]}"
+    cp "$work/libsdl2/LICENSE.txt" "$work/libsdl2/LICENSE"
 }
