@@ -24,10 +24,14 @@ struct TDriverName {
     std::string_view driver;
     const wchar* name;
 };
-constexpr TDriverName kDriverNames[] = {
-    {"pulseaudio", VRL_L("PulseAudio")}, {"pipewire", VRL_L("PipeWire")},       {"alsa", VRL_L("ALSA")},
-    {"wasapi", VRL_L("WASAPI")},         {"directsound", VRL_L("DirectSound")}, {"winmm", VRL_L("WinMM")},
-    {"dummy", VRL_L("SDL dummy")},       {"disk", VRL_L("SDL disk")}};
+constexpr TDriverName kDriverNames[] = {{"pulseaudio", VRL_L("PulseAudio")},
+                                        {"pipewire", VRL_L("PipeWire")},
+                                        {"alsa", VRL_L("ALSA")},
+                                        {"wasapi", VRL_L("WASAPI")},
+                                        {"directsound", VRL_L("DirectSound")},
+                                        {"winmm", VRL_L("WinMM")},
+                                        {"dummy", VRL_L("SDL dummy")},
+                                        {"disk", VRL_L("SDL disk")}};
 
 std::string ToName(const wchar* id) {
     return id ? PathToUtf8(id) : std::string();

@@ -1,5 +1,6 @@
-// The system's library, by the name under which every distribution has it: SDL 2 itself, or what stands for it
-// on top of a later one. It is loaded for those who use sound, and not for every program that loads the plug-in.
+// The system's library, by the name under which every distribution has it: SDL 2 itself, or what stands for
+// it on top of a later one. It is loaded for those who use sound, and not for every program that loads the
+// plug-in.
 #include "SdlLibrary.h"
 
 #include "Module_posix.h"

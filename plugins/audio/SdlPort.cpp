@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::uint32_t kUsualPeriod = 1024;
 
-/// The power of two that is nearest to the wish, within what SDL can count. Some drivers take no other number,
-/// and SDL 2.26 then gives them more frames than their buffer holds.
+/// The power of two that is nearest to the wish, within what SDL can count. Some drivers take no other
+/// number, and SDL 2.26 then gives them more frames than their buffer holds.
 Uint16 ChoosePeriod(std::uint32_t wish) {
     if (wish == 0) return kUsualPeriod;
     constexpr std::uint32_t kMin = 32;
@@ -28,19 +28,27 @@ Uint16 ChoosePeriod(std::uint32_t wish) {
 
 SDL_AudioFormat ToSdl(std::uint32_t sampleFormat) {
     switch (sampleFormat) {
-    case SAMPLE_FORMAT_8BIT: return AUDIO_U8;
-    case SAMPLE_FORMAT_16BIT: return AUDIO_S16SYS;
-    case SAMPLE_FORMAT_32BIT: return AUDIO_S32SYS;
-    default: return AUDIO_F32SYS;
+    case SAMPLE_FORMAT_8BIT:
+        return AUDIO_U8;
+    case SAMPLE_FORMAT_16BIT:
+        return AUDIO_S16SYS;
+    case SAMPLE_FORMAT_32BIT:
+        return AUDIO_S32SYS;
+    default:
+        return AUDIO_F32SYS;
     }
 }
 
 std::uint32_t FromSdl(SDL_AudioFormat format) {
     switch (format) {
-    case AUDIO_U8: return SAMPLE_FORMAT_8BIT;
-    case AUDIO_S16SYS: return SAMPLE_FORMAT_16BIT;
-    case AUDIO_S32SYS: return SAMPLE_FORMAT_32BIT;
-    default: return SAMPLE_FORMAT_FLOAT;
+    case AUDIO_U8:
+        return SAMPLE_FORMAT_8BIT;
+    case AUDIO_S16SYS:
+        return SAMPLE_FORMAT_16BIT;
+    case AUDIO_S32SYS:
+        return SAMPLE_FORMAT_32BIT;
+    default:
+        return SAMPLE_FORMAT_FLOAT;
     }
 }
 

@@ -17,14 +17,8 @@ constexpr const wchar* kFile = VRL_L("plugins/audio/SdlThread");
 constexpr const wchar* kUse = VRL_L("CSdlUse::Acquire");
 constexpr const wchar* kOpen = VRL_L("CSdlThread::Open");
 
-#ifdef VORLUND_AUDIO_LIBRARY_IS_BESIDE
-constexpr const wchar* kWhatIsMissing = VRL_L("SDL 2 is missing: SDL2.dll belongs beside the plug-in");
-#else
-constexpr const wchar* kWhatIsMissing =
-    VRL_L("SDL 2.24 or later is missing: install libSDL2-2.0.so.0 (Debian: libsdl2-2.0-0)");
-#endif
-
-constexpr TFailure kNoLibrary{kUse, kFile, 1, kWhatIsMissing};
+constexpr TFailure kNoLibrary{
+    kUse, kFile, 1, VRL_L("SDL 2.24 or later is missing: install libSDL2-2.0.so.0 (Debian: libsdl2-2.0-0)")};
 constexpr TFailure kNoThread{kUse, kFile, 2, VRL_L("The system refuses a thread")};
 constexpr TFailure kCannotBegin{VRL_L("CSdlThread::Begin"), kFile, 3, VRL_L("No sound system")};
 constexpr TFailure kNotListed{kOpen, kFile, 4, VRL_L("No such device")};
@@ -157,7 +151,7 @@ void CSdlThread::Begin() {
         const CHint monitors(library_, SDL_HINT_AUDIO_INCLUDE_MONITORS);
         isStale_ = library_.InitSubSystem(SDL_INIT_AUDIO) != 0;
         if (isStale_)
-            Raise<CFailedException>(kCannotBegin, KeepReason(library_.GetError(), kCannotBegin));
+            Raise<CFailedException>(kCannotBegin, KeepReason(library_.GetError(), kCannotBegin.reason));
     }
     hasBegun_ = true;
     // SDL calls it on the thread that finds the change, so nobody needs to take events out of its queue.
@@ -261,8 +255,7 @@ std::vector<TSdlDeviceInfo> CSdlThread::List(bool isInput) {
             info.samplesPerSec = spec.freq;
         }
         info.isLoopback = server_ && isInput && server_->IsLoopback(info.name);
-        info.isDefault =
-            info.isLoopback ? server_->IsDefaultLoopback(info.name) : info.name == defaultName;
+        info.isDefault = info.isLoopback ? server_->IsDefaultLoopback(info.name) : info.name == defaultName;
         list.push_back(std::move(info));
     }
     // A driver that does not say has one that it calls its own.
@@ -298,7 +291,7 @@ SDL_AudioDeviceID CSdlThread::Open(const std::string& name, bool isInput, SDL_Au
     const SDL_AudioDeviceID id = OpenAs(name, isInput, spec);
     if (id == 0) {
         isStale_ = true;
-        Raise<CFailedException>(kCannotOpen, KeepReason(library_.GetError(), kCannotOpen));
+        Raise<CFailedException>(kCannotOpen, KeepReason(library_.GetError(), kCannotOpen.reason));
     }
     opened_.push_back({id, &user});
     return id;

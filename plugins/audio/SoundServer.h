@@ -1,5 +1,5 @@
-// What SDL does not tell of a sound server, asked of the server itself: SDL notices another default device only
-// by chance, and does not tell inputs that hear an output from others.
+// What SDL does not tell of a sound server, asked of the server itself: SDL notices another default device
+// only by chance, and does not tell inputs that hear an output from others.
 #pragma once
 
 #include <memory>

@@ -111,18 +111,19 @@ bool CPulseServer::Connect() {
             return false;
     }
     library_.context_set_subscribe_callback(context_, &OnChange, this);
-    WaitFor(library_.context_subscribe(
-        context_,
-        static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SERVER | PA_SUBSCRIPTION_MASK_SINK |
-                                            PA_SUBSCRIPTION_MASK_SOURCE),
-        nullptr, nullptr));
+    WaitFor(library_.context_subscribe(context_,
+                                       static_cast<pa_subscription_mask_t>(PA_SUBSCRIPTION_MASK_SERVER |
+                                                                           PA_SUBSCRIPTION_MASK_SINK |
+                                                                           PA_SUBSCRIPTION_MASK_SOURCE),
+                                       nullptr, nullptr));
     Refresh();
     return true;
 }
 
 void CPulseServer::WaitFor(pa_operation* operation) {
     if (!operation) return;
-    while (library_.operation_get_state(operation) == PA_OPERATION_RUNNING && Iterate()) {}
+    while (library_.operation_get_state(operation) == PA_OPERATION_RUNNING && Iterate()) {
+    }
     library_.operation_unref(operation);
 }
 
@@ -136,7 +137,8 @@ void CPulseServer::Refresh() {
 }
 
 bool CPulseServer::HasChanged() {
-    while (IsReady() && library_.mainloop_iterate(loop_, 0, nullptr) > 0) {}
+    while (IsReady() && library_.mainloop_iterate(loop_, 0, nullptr) > 0) {
+    }
     return hasChanged_;
 }
 

@@ -16,13 +16,13 @@ wstring MakeText(const char* text) {
     return result;
 }
 
-const wchar* KeepReason(const char* text, const TFailure& failure) {
+const wchar* KeepReason(const char* text, const wchar* otherwise) {
     constexpr std::size_t kMaxReasons = 100;
     static std::mutex mutex;
     static std::set<wstring> reasons;
     const wstring reason = MakeText(text);
-    if (reason.empty()) return failure.reason;
+    if (reason.empty()) return otherwise;
     const std::scoped_lock lock(mutex);
-    if (reasons.size() >= kMaxReasons && !reasons.contains(reason)) return failure.reason;
+    if (reasons.size() >= kMaxReasons && !reasons.contains(reason)) return otherwise;
     return reasons.insert(reason).first->c_str();
 }

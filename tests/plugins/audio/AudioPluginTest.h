@@ -78,8 +78,7 @@ protected:
     }
 
     CRefPtr<IAudioOutput> MakeOutput(const char* id = nullptr) {
-        return CRefPtr<IAudioOutput>::Adopt(
-            System().CreateOutput(id ? PathFromUtf8(id).c_str() : nullptr));
+        return CRefPtr<IAudioOutput>::Adopt(System().CreateOutput(id ? PathFromUtf8(id).c_str() : nullptr));
     }
     CRefPtr<IAudioInput> MakeInput(const char* id = nullptr) {
         return CRefPtr<IAudioInput>::Adopt(System().CreateInput(id ? PathFromUtf8(id).c_str() : nullptr));

@@ -13,8 +13,9 @@ TEST(MissingSdl, IsWhatOpeningNames) {
     const CEnvironment environment({{"LD_LIBRARY_PATH", folder.GetPath().string()}});
     const TChildEnd end = RunChild("audio_child");
     EXPECT_TRUE(end.IsSuccess()) << end.errors;
-    const std::string reason = "CFailedException CSdlUse::Acquire plugins/audio/SdlThread:1 SDL 2.24 or later is "
-                               "missing: install libSDL2-2.0.so.0 (Debian: libsdl2-2.0-0)\n";
+    const std::string reason =
+        "CFailedException CSdlUse::Acquire plugins/audio/SdlThread:1 SDL 2.24 or later is "
+        "missing: install libSDL2-2.0.so.0 (Debian: libsdl2-2.0-0)\n";
     EXPECT_EQ(end.output, "SDL\n" + reason + reason);
 }
 

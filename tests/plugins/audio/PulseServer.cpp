@@ -47,8 +47,8 @@ void CPulseServer::Start() {
              " --exit-idle-time=60 --disable-shm=yes --realtime=no --high-priority=no"
              " --log-target=newfile:" +
              folder + "/log -L \"module-native-protocol-unix socket=" + folder +
-             "/socket auth-anonymous=1\" -L \"" + MakeOutput("One", "One") + "\" -L \"" + MakeOutput("Two", "Two") +
-             "\" 2>>" + folder + "/start.log");
+             "/socket auth-anonymous=1\" -L \"" + MakeOutput("One", "One") + "\" -L \"" +
+             MakeOutput("Two", "Two") + "\" 2>>" + folder + "/start.log");
     process_ = std::atoi(ReadFile(folder_.GetPath() / "pid").c_str());
     EXPECT_GT(process_, 0) << GetLog();
 }

@@ -24,13 +24,11 @@ int main() {
         const auto system = CreateAs<IAudioSystem>(kAudioSystemClassId);
         std::printf("%s\n", test::Narrow(system->GetName()).c_str());
         const std::string listed = test::Outcome([&] {
-            const auto list =
-                CRefPtr<IObjectList>::Adopt(system->EnumerateDevices(AUDIO_DIRECTION_OUTPUT));
+            const auto list = CRefPtr<IObjectList>::Adopt(system->EnumerateDevices(AUDIO_DIRECTION_OUTPUT));
             std::printf("%u\n", list->GetObjectCount());
         });
         std::printf("%s\n", listed.c_str());
-        const auto device =
-            CRefPtr<IDevice>::Adopt(v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_AUDIO));
+        const auto device = CRefPtr<IDevice>::Adopt(v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_AUDIO));
         std::printf("%s\n", test::Outcome([&] { device->Open(); }).c_str());
         device->Close();
     }

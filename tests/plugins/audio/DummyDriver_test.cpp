@@ -1,4 +1,4 @@
-// SDL's drivers without hardware: one whose time passes, and one that writes a file.
+// SDL's driver whose time passes and that nobody hears.
 #include "plugins/audio/AudioPluginTest.h"
 
 #include <vorlund/DeviceClassStore.h>
@@ -77,7 +77,8 @@ TEST_F(DummyDriver, SaysThatItsOnlyOutputIsTaken) {
     const auto one = MakeOutput();
     const auto other = MakeOutput();
     one->OpenOutput(kFloats, kDefaultAudioLatency);
-    ExpectRaises<CFailedException>({VRL_L("CSdlThread::Open"), VRL_L("plugins/audio/SdlThread"), 5, VRL_L("Audio device already open")},
+    ExpectRaises<CFailedException>(
+        {VRL_L("CSdlThread::Open"), VRL_L("plugins/audio/SdlThread"), 5, VRL_L("Audio device already open")},
         [&] { other->OpenOutput(kFloats, kDefaultAudioLatency); });
     one->Close();
     other->OpenOutput(kFloats, kDefaultAudioLatency);
@@ -86,14 +87,14 @@ TEST_F(DummyDriver, SaysThatItsOnlyOutputIsTaken) {
 
 TEST_F(DummyDriver, DoesNotOpenADeviceThatIsNotListed) {
     const auto output = MakeOutput("no such device");
-    ExpectRaises<CFailedException>({VRL_L("CSdlThread::Open"), VRL_L("plugins/audio/SdlThread"), 4, VRL_L("No such device")},
+    ExpectRaises<CFailedException>(
+        {VRL_L("CSdlThread::Open"), VRL_L("plugins/audio/SdlThread"), 4, VRL_L("No such device")},
         [&] { output->OpenOutput(kFloats, kDefaultAudioLatency); });
     EXPECT_EQ(output->GetState(), AUDIO_STATE_CLOSED);
 }
 
 TEST_F(DummyDriver, IsTheDeviceOfTheStore) {
-    const auto device =
-        CRefPtr<IDevice>::Adopt(v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_AUDIO));
+    const auto device = CRefPtr<IDevice>::Adopt(v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_AUDIO));
     device->Open();
     const auto output = device.Query<IAudioOutput>();
     ASSERT_TRUE(output);
@@ -122,78 +123,10 @@ TEST_F(DummyDriver, OutlivesTheSystemThatMadeIt) {
 }
 
 TEST_F(DummyDriver, RefusesAnUnknownDirection) {
-    ExpectRaises<CInvalidParameterException>({VRL_L("CSdlAudioSystem::EnumerateDevices"),
-                  VRL_L("plugins/audio/AudioSystem"), 1, VRL_L("Unknown direction")},
+    ExpectRaises<CInvalidParameterException>(
+        {VRL_L("CSdlAudioSystem::EnumerateDevices"), VRL_L("plugins/audio/AudioSystem"), 1,
+         VRL_L("Unknown direction")},
         [&] { System().EnumerateDevices(static_cast<TAudioDirection>(3)); });
-}
-
-class UnknownDriver : public CAudioPluginTest {
-protected:
-    const CEnvironment environment_{{{"SDL_AUDIODRIVER", "nonesuch"}}};
-};
-
-TEST_F(UnknownDriver, SaysSo) {
-    const TFailure expected{VRL_L("CSdlThread::Begin"), VRL_L("plugins/audio/SdlThread"), 3,
-                            VRL_L("Audio target 'nonesuch' not available")};
-    ExpectRaises<CFailedException>(expected, [&] { System().EnumerateDevices(AUDIO_DIRECTION_OUTPUT); });
-    ExpectRaises<CFailedException>(expected,
-                                   [&] { MakeOutput()->OpenOutput(kFloats, kDefaultAudioLatency); });
-    ExpectRaises<CFailedException>(expected,
-                                   [&] { MakeInput()->OpenInput(kFloats, kDefaultAudioLatency); });
-    EXPECT_EQ(Narrow(System().GetName()), "SDL");
-}
-
-class DiskDriver : public CAudioPluginTest {
-protected:
-    const CTemporaryFolder folder_;
-    const fs::path file_ = folder_.GetPath() / "played.raw";
-    const CEnvironment environment_{{{"SDL_AUDIODRIVER", "disk"},
-                                     {"SDL_DISKAUDIOFILE", file_.string()},
-                                     {"SDL_DISKAUDIODELAY", "1"}}};
-};
-
-TEST_F(DiskDriver, WritesWhatIsPlayedInEachFormat) {
-    for (const std::uint32_t sampleFormat :
-         {SAMPLE_FORMAT_8BIT, SAMPLE_FORMAT_16BIT, SAMPLE_FORMAT_32BIT, SAMPLE_FORMAT_FLOAT}) {
-        for (const std::uint32_t channels : {1u, 2u, 6u}) {
-            SCOPED_TRACE(testing::Message() << sampleFormat << " " << channels);
-            const TDataFormat_AudioPcm format{sampleFormat, channels, 44100};
-            const TBytes sound = MakeNoise(format, 10000, sampleFormat * 10 + channels);
-            const auto output = MakeOutput();
-            // Everything is queued before the file gets it, because it gets it as fast as it can.
-            output->OpenOutput(format, 1);
-            output->SetPaused(true);
-            EXPECT_EQ(output->GetDeviceFormat().sampleFormat, sampleFormat);
-            EXPECT_EQ(output->Write(sound.data(), sound.size()), sound.size());
-            output->SetPaused(false);
-            EXPECT_TRUE(output->Drain());
-            EXPECT_EQ(output->GetPosition(), 10000u);
-            output->Close();
-            const std::string bytes = ReadFile(file_);
-            EXPECT_TRUE(FindSound({bytes.begin(), bytes.end()}, sound, format.GetBlockSize()));
-        }
-    }
-}
-
-TEST_F(DiskDriver, ReadsWhatIsRecorded) {
-    const TBytes sound = MakeNoise(kFloats, 48000);
-    const fs::path heard = folder_.GetPath() / "heard.raw";
-    WriteFile(heard, {reinterpret_cast<const char*>(sound.data()), sound.size()});
-    const CEnvironment recorded({{"SDL_DISKAUDIOFILEIN", heard.string()}});
-    const auto input = MakeInput();
-    input->OpenInput(kFloats, kDefaultAudioLatency);
-    const auto stream = CRefPtr<IInputStream>::Adopt(input->GetStream());
-    TBytes bytes(sound.size());
-    EXPECT_EQ(stream->Read(bytes.data(), bytes.size()), bytes.size());
-    EXPECT_TRUE(bytes == sound);
-    input->Close();
-}
-
-TEST_F(DiskDriver, SaysThatAFileCannotBeWritten) {
-    const CEnvironment nowhere({{"SDL_DISKAUDIOFILE", (folder_.GetPath() / "none" / "a.raw").string()}});
-    const auto output = MakeOutput();
-    EXPECT_THROW(output->OpenOutput(kFloats, kDefaultAudioLatency), CFailedException);
-    EXPECT_EQ(output->GetState(), AUDIO_STATE_CLOSED);
 }
 
 } // namespace
