@@ -8,10 +8,11 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 
 namespace vorlund {
 
-class CAudioClient : public IAudioPortClient {
+class CAudioClient : public IAudioPortClient, public std::enable_shared_from_this<CAudioClient> {
 public:
     /// Output: how many frames `Process` would find now; none while paused. Any thread.
     virtual std::uint32_t GetReadyFrames() noexcept = 0;
@@ -22,8 +23,9 @@ public:
     /// A device that was lost may be there again. Does not wait.
     virtual void NoteReturned() noexcept = 0;
 
-    /// Output: returns when `frames` frames are ready, or when nobody is about to bring more; everything that
-    /// the port has told is then dealt with too. Not on the port's own thread while that holds a lock.
+    /// Output: returns when `frames` frames are ready, or when nobody is about to bring more and everything
+    /// that the port has told is dealt with, the opening of another device included. By a thread that holds
+    /// nothing which `Open` and `Close` of the port wait for.
     virtual void WaitUntilReady(std::uint32_t frames) = 0;
 
     /// Notified whenever frames have become ready; null for none. It lives until it is replaced while nobody

@@ -23,6 +23,7 @@ constexpr TFailure kFlushClosed{VRL_L("vorlund::CAudioOutput::Flush"), kFile, 20
 constexpr TFailure kPositionClosed{VRL_L("vorlund::CAudioOutput::GetPosition"), kFile, 21, kNotOpen};
 constexpr TFailure kDelayClosed{VRL_L("vorlund::CAudioOutput::GetDelay"), kFile, 22, kNotOpen};
 constexpr TFailure kFormatClosed{VRL_L("vorlund::CAudioOutput::GetDeviceFormat"), kFile, 23, kNotOpen};
+constexpr TFailure kOpenFormatClosed{VRL_L("vorlund::CAudioOutput::GetFormat"), kFile, 28, kNotOpen};
 constexpr TFailure kLatencyClosed{VRL_L("vorlund::CAudioOutput::GetLatency"), kFile, 24, kNotOpen};
 constexpr TFailure kBadVolume{VRL_L("vorlund::CAudioOutput::SetVolume"), kFile, 25,
                               VRL_L("Volume must be 0 to 16")};
@@ -56,20 +57,14 @@ void CAudioOutput::SetPort(IAudioPort* port, bool reopens) {
 }
 
 std::shared_ptr<COutputSession> CAudioOutput::Session(const TFailure& failure) {
-    const std::lock_guard lock(mutex_);
-    if (!session_) Raise<CInvalidStateException>(failure);
-    return session_;
-}
-
-std::shared_ptr<COutputSession> CAudioOutput::TakePort(std::unique_lock<std::mutex>& lock) {
-    while (isBusy_) changed_.wait(lock);
-    isBusy_ = true;
-    return std::exchange(session_, nullptr);
+    auto session = slot_.Get();
+    if (!session) Raise<CInvalidStateException>(failure);
+    return session;
 }
 
 void CAudioOutput::EndSession(COutputSession& session) {
     const CFinally note([&] {
-        const std::lock_guard lock(mutex_);
+        const std::lock_guard lock(lastMutex_);
         xruns_ = session.GetXruns();
         streamError_ = session.GetStreamError();
     });
@@ -85,34 +80,20 @@ void CAudioOutput::Open() {
 }
 
 void CAudioOutput::OpenOutput(const TDataFormat_AudioPcm& format, double latency) {
-    std::unique_lock lock(mutex_);
-    const auto last = TakePort(lock);
-    lock.unlock();
-    const CFinally done([&] {
-        const std::lock_guard guard(mutex_);
-        isBusy_ = false;
-        changed_.notify_all();
-    });
-    if (last) EndSession(*last);
-    auto next = COutputSession::Open({port_.Get(), reopens_, format, latency}, common_);
-    lock.lock();
-    session_ = std::move(next);
-    xruns_ = 0;
-    streamError_.clear();
-    lock.unlock();
+    // It may be the one of the session that is ended.
+    const TDataFormat_AudioPcm wanted = format;
+    slot_.Open([this](COutputSession& last) { EndSession(last); },
+               [&] {
+                   auto next = COutputSession::Open({port_.Get(), reopens_, wanted, latency}, common_);
+                   const std::lock_guard lock(lastMutex_);
+                   xruns_ = 0;
+                   streamError_.clear();
+                   return next;
+               });
 }
 
 void CAudioOutput::Close() {
-    std::unique_lock lock(mutex_);
-    if (!session_) return;
-    const auto last = TakePort(lock);
-    lock.unlock();
-    const CFinally done([&] {
-        const std::lock_guard guard(mutex_);
-        isBusy_ = false;
-        changed_.notify_all();
-    });
-    if (last) EndSession(*last);
+    slot_.Close([this](COutputSession& last) { EndSession(last); });
 }
 
 std::uint64_t CAudioOutput::Write(const void* buffer, std::uint64_t size) {
@@ -142,6 +123,9 @@ std::uint64_t CAudioOutput::GetPosition() {
 std::uint64_t CAudioOutput::GetDelay() {
     return Session(kDelayClosed)->GetDelay();
 }
+const TDataFormat_AudioPcm& CAudioOutput::GetFormat() {
+    return Session(kOpenFormatClosed)->GetFormat();
+}
 const TDataFormat_AudioPcm& CAudioOutput::GetDeviceFormat() {
     return Session(kFormatClosed)->GetDeviceFormat();
 }
@@ -155,24 +139,23 @@ void CAudioOutput::SetVolume(float volume) {
 }
 
 std::uint64_t CAudioOutput::GetXruns() {
-    const std::lock_guard lock(mutex_);
-    return session_ ? session_->GetXruns() : xruns_;
+    if (const auto session = slot_.Get()) return session->GetXruns();
+    const std::lock_guard lock(lastMutex_);
+    return xruns_;
 }
 
 TAudioState CAudioOutput::GetState() {
-    std::shared_ptr<COutputSession> session;
-    {
-        const std::lock_guard lock(mutex_);
-        session = session_;
-    }
+    const auto session = slot_.Get();
     return session ? session->GetState() : AUDIO_STATE_CLOSED;
 }
 
 std::uint32_t CAudioOutput::GetStreamError(wchar* text, std::uint32_t room) {
     wstring error;
-    {
-        const std::lock_guard lock(mutex_);
-        error = session_ ? session_->GetStreamError() : streamError_;
+    if (const auto session = slot_.Get()) {
+        error = session->GetStreamError();
+    } else {
+        const std::lock_guard lock(lastMutex_);
+        error = streamError_;
     }
     if (text && room > 0) {
         const std::size_t count = std::min<std::size_t>(error.size(), room - 1);

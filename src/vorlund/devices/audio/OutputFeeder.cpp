@@ -53,6 +53,7 @@ bool COutputSession::IsQuiet() const {
 }
 
 void COutputSession::WaitUntilReady(std::uint32_t frames) {
+    if (GetReadyFrames() >= frames) return;
     TLock lock(mutex_);
     while (!isEnded_ && GetReadyFrames() < frames && !IsQuiet()) {
         signal_.Notify();

@@ -74,7 +74,7 @@ std::size_t COutputSession::PutWritten(const std::byte* frames, std::size_t coun
         bytes -= piece.size();
     }
     segmentIn_ += count;
-    signal_.Notify();
+    Tell();
     return count;
 }
 
@@ -133,7 +133,7 @@ void COutputSession::Play(IInputStream* stream) {
     streams_.push_back(chain.Get());
     static_cast<void>(chain.Detach());
     common_->idle.SetState(false);
-    signal_.Notify();
+    Tell();
 }
 
 bool COutputSession::Drain() {

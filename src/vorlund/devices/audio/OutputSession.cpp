@@ -38,7 +38,7 @@ void COutputSession::OpenPort() {
         isPortOpen_ = true;
         {
             const TLock lock(mutex_);
-            feeder_ = std::thread([self = shared_from_this()] { self->RunFeeder(); });
+            feeder_ = std::thread([this, self = shared_from_this()] { RunFeeder(); });
             feederId_ = feeder_.get_id();
         }
         port_->Start();
@@ -100,6 +100,7 @@ std::thread COutputSession::End() {
 }
 
 void COutputSession::Tell() {
+    told_.fetch_add(1);
     changed_.notify_all();
     signal_.Notify();
 }

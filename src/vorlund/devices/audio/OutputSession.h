@@ -49,7 +49,7 @@ struct TOutputOpening {
 // A lost port that is to be opened again is closed and opened by the feeder, which owns it while
 // `isPortOpen_` is false. What is in the ring stays there; when the new device has another format, it and
 // everything that is still to be read is converted once more.
-class COutputSession final : public COutputClient, public std::enable_shared_from_this<COutputSession> {
+class COutputSession final : public COutputClient {
 public:
     /// Opens the port and starts it. Raises what `OpenOutput` does.
     static std::shared_ptr<COutputSession> Open(const TOutputOpening& opening,
@@ -71,6 +71,7 @@ public:
     std::uint64_t GetDelay();
     std::uint64_t GetXruns();
     TAudioState GetState();
+    const TDataFormat_AudioPcm& GetFormat() const { return format_; }
     const TDataFormat_AudioPcm& GetDeviceFormat();
     double GetLatency();
     /// @}

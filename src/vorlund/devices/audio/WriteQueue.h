@@ -3,12 +3,11 @@
 
 #include "vorlund/devices/audio/AudioFormats.h"
 #include "vorlund/devices/audio/FrameRing.h"
+#include "vorlund/devices/audio/ReadStream.h"
 
 #include <vorlund/RefPtr.h>
 #include <vorlund/Stream.h>
 
-#include <functional>
-#include <memory>
 
 namespace vorlund {
 
@@ -17,12 +16,10 @@ namespace vorlund {
 // where the device runs out of frames while too few were written for another block.
 class CWriteQueue {
 public:
-    /// Delivers bytes of the present segment, or waits; 0 at its end.
-    using TRead = std::function<std::uint64_t(void* buffer, std::uint64_t size)>;
-
-    /// Room for `frames` frames of `from`, which become frames of `to`. Raises `failure` without a resampler.
+    /// Room for `frames` frames of `from`, which become frames of `to`. `read` delivers bytes of the present
+    /// segment, or waits, and gives 0 at its end. Raises `failure` without a resampler.
     CWriteQueue(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to, std::size_t frames,
-                TRead read, const TFailure& failure);
+                TReadFunction read, const TFailure& failure);
 
     /// Bytes that were written.
     CFrameRing& Bytes() { return bytes_; }
@@ -43,8 +40,8 @@ public:
 private:
     CFrameRing bytes_;
     bool isInSegment_ = false;
-    CRefPtr<IInputStream> source_;
     CFormatChain chain_;
+    CRefPtr<IInputStream> source_;
 };
 
 } // namespace vorlund
