@@ -110,7 +110,9 @@ class CPlaying {
 public:
     CPlaying(const TPlayOptions& options, IAudioOutput& output, CPlayer& player, CStatusLine& line)
         : options_(options), output_(output), player_(player), line_(line) {
-        if (options.picture) window_.emplace(*options.picture, output, player.GetNotice());
+        if (!options.picture) return;
+        const std::string title = ToUtf8(ToPath(options.files.front()).filename());
+        window_.emplace(*options.picture, PathFromUtf8(title.c_str()), output, player.GetNotice());
     }
 
     /// Until everything has been heard, or somebody ends it.

@@ -62,7 +62,8 @@ std::optional<TKey> FindKey(std::uint32_t key) {
 
 } // namespace
 
-CPlayWindow::CPlayWindow(TAudioPictureKind kind, IAudioOutput& output, CEndNotice& notice)
+CPlayWindow::CPlayWindow(TAudioPictureKind kind, const wstring& title, IAudioOutput& output,
+                         CEndNotice& notice)
     : notice_(notice), clock_(&output), pictures_(MakePictures(kind)), output_(MakeVideoOutput()),
       windowed_(output_.Query<IWindowedOutput>()), picture_(std::size_t{kWidth} * kHeight),
       format_(SAMPLE_FORMAT_FLOAT, 0, 0) {
@@ -72,7 +73,7 @@ CPlayWindow::CPlayWindow(TAudioPictureKind kind, IAudioOutput& output, CEndNotic
     format.image.height = kHeight;
     format.frameRate = static_cast<float>(kRate);
     if (windowed_) windowed_->SetHandler(&OnEvent, this);
-    OpenVideoOutput(*output_, format, VRL_L("Vorlund"));
+    OpenVideoOutput(*output_, format, title);
 }
 
 CPlayWindow::~CPlayWindow() {

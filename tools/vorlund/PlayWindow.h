@@ -20,10 +20,12 @@
 /// A window whose pictures are those of the sound that is heard: the output is their clock.
 class CPlayWindow {
 public:
+    /// \param title  of the window
     /// \param notice  is told of keys; lives longer
     ///
     /// Raises `TProgramError` without a display, a video device or the plug-in of the pictures.
-    CPlayWindow(vorlund::TAudioPictureKind kind, vorlund::IAudioOutput& output, CEndNotice& notice);
+    CPlayWindow(vorlund::TAudioPictureKind kind, const vorlund::wstring& title, vorlund::IAudioOutput& output,
+                CEndNotice& notice);
     CPlayWindow(const CPlayWindow&) = delete;
     CPlayWindow& operator=(const CPlayWindow&) = delete;
     ~CPlayWindow();
