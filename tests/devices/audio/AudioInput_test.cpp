@@ -1,6 +1,7 @@
 // Inputs: what is read is what the device has heard.
 #include "devices/audio/SteppedTest.h"
 
+#include <vorlund/AudioPort.h>
 #include <vorlund/StreamErrors.h>
 
 #include <cerrno>
