@@ -74,6 +74,8 @@ void CSteppedWorld::Lose(TSteppedClient& client) {
     if (client.isLost) return;
     client.isLost = true;
     client.client->NoteLost();
+    // No real time is to pass before it looks for another device.
+    if (client.follows) client.client->NoteReturned();
 }
 
 void CSteppedWorld::FollowDefault() {
@@ -142,7 +144,7 @@ void CSteppedWorld::Run(const TPiece& piece) {
     }
     if (!called) return;
     const bool isOutput = client.direction == AUDIO_DIRECTION_OUTPUT;
-    if (isOutput) called->WaitUntilReady(piece.frames);
+    called->WaitUntilReady(piece.frames);
     block_.resize(std::size_t{piece.frames} * client.format.GetBlockSize());
     const std::lock_guard call(client.callMutex);
     if (!client.isStarted) return;
