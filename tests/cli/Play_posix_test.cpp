@@ -19,7 +19,7 @@ protected:
     /// as it was.
     TChildEnd PlayUntil(const std::function<void(CChildProcess&)>& stop) const {
         CChildProcess program("vorlund", OnTerminal({"play", MakeLong("long.wav"), "--device", "null"}));
-        const std::string before = program.GetTerminalSettings();
+        const std::string before = program.GetFirstTerminalSettings();
         EXPECT_TRUE(program.WaitForTerminal("Playing   0:00."));
         ExpectRaw(program, before);
         stop(program);
@@ -61,7 +61,7 @@ TEST_F(PlayOnTerminal, EveryKeyDoesWhatItShould) {
     for (const char* const name : {"1.wav", "2.wav", "3.wav"}) arguments.push_back(MakeLong(name));
     arguments.insert(arguments.end(), {"--device", "null"});
     CChildProcess program("vorlund", OnTerminal(arguments));
-    const std::string before = program.GetTerminalSettings();
+    const std::string before = program.GetFirstTerminalSettings();
     ASSERT_TRUE(program.WaitForTerminal("Playing   1/3  0:00."));
     Press(program, " ", "Paused    1/3  0:0");
     Press(program, " ", "Playing   1/3  0:0");
@@ -132,7 +132,7 @@ TEST_F(PlayOnTerminal, SignalsThatKillLeaveTheTerminalAsItWas) {
 TEST_F(PlayOnTerminal, FailuresLeaveTheTerminalAsItWas) {
     CChildProcess program("vorlund",
                           OnTerminal({"play", MakeLong("long.wav"), At("missing.wav"), "--device", "null"}));
-    const std::string before = program.GetTerminalSettings();
+    const std::string before = program.GetFirstTerminalSettings();
     EXPECT_TRUE(program.WaitForTerminal("Playing   1/2  0:00."));
     program.Type("q");
     EXPECT_EQ(program.Wait().exitCode, 1u);
@@ -161,7 +161,7 @@ TEST_F(PlayOnTerminal, ControlZStopsWithTheTerminalAsItWas) {
                            "stty -g <&4 >&4\necho stopped >&4\nread line <&4\nfg >&4\n" +
                            "echo done >&4\nread line <&4\n");
     CChildProcess shell("/bin/sh", {.arguments = {script}, .hasTerminal = true, .isErrorTerminal = true});
-    const std::string before = shell.GetTerminalSettings();
+    const std::string before = shell.GetFirstTerminalSettings();
     ASSERT_TRUE(shell.WaitForTerminal("Playing   0:00."));
     shell.Type("\x1A");
     ASSERT_TRUE(shell.WaitForTerminal("stopped"));
@@ -183,7 +183,7 @@ TEST_F(PlayOnTerminal, InTheBackgroundItReadsNoKeys) {
         Make("script", "set -m\n" + BesideProgram("vorlund").string() + " --no-plugins play " +
                            MakeLong("short.wav", 1) + " --device null &\nwait\necho done >&4\n");
     CChildProcess shell("/bin/sh", {.arguments = {script}, .hasTerminal = true, .isErrorTerminal = true});
-    const std::string before = shell.GetTerminalSettings();
+    const std::string before = shell.GetFirstTerminalSettings();
     ASSERT_TRUE(shell.WaitForTerminal("Playing   0:00."));
     EXPECT_EQ(shell.GetTerminalSettings(), before);
     EXPECT_TRUE(shell.WaitForTerminal("done"));

@@ -30,7 +30,7 @@ TEST_F(RecordOnTerminal, EveryEndLeavesAWholeFile) {
         [](CChildProcess& program) { Send(program, SIGHUP); }};
     for (const auto& end : ends) {
         CChildProcess program("vorlund", RecordNull());
-        const std::string before = program.GetTerminalSettings();
+        const std::string before = program.GetFirstTerminalSettings();
         ASSERT_TRUE(program.WaitForTerminal("Recording  0:00.5"));
         ExpectRaw(program, before);
         end(program);

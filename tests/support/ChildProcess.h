@@ -85,6 +85,8 @@ public:
 
     /// How the terminal treats what is typed and written: the same text for the same settings.
     std::string GetTerminalSettings() const;
+    /// The same before the child was started.
+    std::string GetFirstTerminalSettings() const;
 
     /// Ends the child at once, as nothing that it could notice.
     void Kill();

@@ -133,6 +133,7 @@ struct CChildProcess::TState {
     TClock::time_point deadline;
     /// Standard output, standard error, the terminal, and a pipe that the child holds as long as it lives.
     std::array<TSource, 4> sources;
+    std::string firstSettings;
 
     TSource& Terminal() { return sources[2]; }
     TSource& Life() { return sources[3]; }
@@ -157,6 +158,16 @@ struct CChildProcess::TState {
         // A terminal that nobody holds any more fails instead of ending.
         else if (count == 0 || errno != EINTR)
             source.isOpen = false;
+    }
+
+    std::string DescribeTerminal() {
+        termios settings{};
+        Check(tcgetattr(Terminal().handle.Get(), &settings) == 0, "no settings");
+        std::string text;
+        for (const tcflag_t flags : {settings.c_iflag, settings.c_oflag, settings.c_cflag, settings.c_lflag})
+            text += std::to_string(flags) + " ";
+        for (const cc_t key : settings.c_cc) text += std::to_string(key) + " ";
+        return text;
     }
 
     bool IsAnyOpen() const {
@@ -196,6 +207,7 @@ CChildProcess::CChildProcess(const std::string& program, const TChildOptions& op
         state_->Terminal() = {OpenPseudoTerminal(), {}, true};
         char name[128];
         Check(ptsname_r(state_->Terminal().handle.Get(), name, sizeof(name)) == 0, "no terminal name");
+        state_->firstSettings = state_->DescribeTerminal();
         start.Open(kTerminalHandle, name, O_RDWR);
         if (options.isErrorTerminal) start.Open(2, name, O_RDWR);
     }
@@ -234,13 +246,11 @@ std::string CChildProcess::GetTerminal() const {
 }
 
 std::string CChildProcess::GetTerminalSettings() const {
-    termios settings{};
-    Check(tcgetattr(state_->Terminal().handle.Get(), &settings) == 0, "no settings");
-    std::string text;
-    for (const tcflag_t flags : {settings.c_iflag, settings.c_oflag, settings.c_cflag, settings.c_lflag})
-        text += std::to_string(flags) + " ";
-    for (const cc_t key : settings.c_cc) text += std::to_string(key) + " ";
-    return text;
+    return state_->DescribeTerminal();
+}
+
+std::string CChildProcess::GetFirstTerminalSettings() const {
+    return state_->firstSettings;
 }
 
 void CChildProcess::Kill() {

@@ -217,6 +217,9 @@ std::string CChildProcess::GetTerminal() const {
 std::string CChildProcess::GetTerminalSettings() const {
     return {};
 }
+std::string CChildProcess::GetFirstTerminalSettings() const {
+    return {};
+}
 
 void CChildProcess::Kill() {
     TerminateProcess(state_->process.Get(), 1);
