@@ -56,8 +56,8 @@ struct TUsers {
     CSdlThread* thread = nullptr;
     int count = 0;
 };
-constinit std::mutex usersMutex;
-constinit TUsers users;
+std::mutex usersMutex;
+TUsers users;
 
 } // namespace
 
