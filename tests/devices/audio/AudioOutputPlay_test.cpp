@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <functional>
 #include <stdexcept>
+#include <utility>
 
 namespace vorlund::test {
 namespace {
@@ -19,6 +20,7 @@ constexpr TFailure kBadStream{VRL_L("vorlund::CAudioOutput::Play"), kFile, 11,
 class AudioOutputPlay : public CSteppedTest {
 protected:
     AudioOutputPlay() { output_->OpenOutput(kSixteenBits, kDefaultAudioLatency); }
+    ~AudioOutputPlay() noexcept override = default;
 
     std::string GetStreamError() {
         wchar text[300];
@@ -186,9 +188,9 @@ TEST_F(AudioOutputPlay, AStreamMayFlushAndCloseTheOutput) {
     stream->bytes = sound;
     stream->format = kSixteenBits;
     CEvent closed;
+    bool isDone = false;
     stream->call = [&] {
-        if (stream->position < 4000) return;
-        stream->call = nullptr;
+        if (stream->position < 4000 || std::exchange(isDone, true)) return;
         output_->Flush();
         output_->Play(second);
     };
@@ -201,8 +203,9 @@ TEST_F(AudioOutputPlay, AStreamMayFlushAndCloseTheOutput) {
     EXPECT_TRUE(std::equal(played.begin(), end, sound.begin(), sound.begin() + (end - played.begin())));
 
     stream->position = 0;
+    isDone = false;
     stream->call = [&] {
-        stream->call = nullptr;
+        if (std::exchange(isDone, true)) return;
         output_->Close();
         closed.SetState(true);
     };

@@ -34,7 +34,7 @@ protected:
         return bytes;
     }
     /// Keeps a stream as long as the test, because the output counts it.
-    IInputStream* Keep(const CRefPtr<CFaultyInputStream>& stream) {
+    template <class TStream> IInputStream* Keep(const CRefPtr<TStream>& stream) {
         streams_.Share(stream.Get());
         return stream.Get();
     }

@@ -208,10 +208,13 @@ bool CInputSession::CarryOnce(TLock& lock) {
         changed_.notify_all();
         return true;
     }
-    if (!isReturned_ && waiting::NowNanoseconds() < nextOpening_) return false;
+    // At once when the device has delivered something since it was opened, else a second after the last time.
+    const bool hasMoved = ring_->GetWritten() != writtenAtOpening_;
+    if (!isReturned_ && !hasMoved && waiting::NowNanoseconds() < nextOpening_) return false;
     isReturned_ = false;
-    nextOpening_ = waiting::NowNanoseconds() + kSecond;
     Reopen(lock);
+    nextOpening_ = waiting::NowNanoseconds() + kSecond;
+    writtenAtOpening_ = ring_->GetWritten();
     return true;
 }
 
@@ -299,13 +302,12 @@ std::uint64_t CInputSession::ReadCaptured(void* buffer, std::uint64_t size) {
 
 void CInputSession::Reopen(TLock& lock) {
     isPortOpen_ = false;
-    const TDataFormat_AudioPcm wanted = deviceFormats_.back();
     lock.unlock();
     bool isOpen = false;
     try {
         port_->Close();
         isLost_ = false;
-        const TAudioPortFormat granted = port_->Open(MakePortWish(wanted, latency_), *this);
+        const TAudioPortFormat granted = port_->Open(MakePortWish(format_, latency_), *this);
         lock.lock();
         SetDevice(granted);
         lock.unlock();

@@ -102,7 +102,9 @@ private:
     std::unique_ptr<CFormatChain> chain_;
     bool isInSound_ = false;
     std::vector<std::byte> block_;
+    /// Of a lost device: when it may be tried again, and what it had delivered when that was tried last.
     std::int64_t nextOpening_ = 0;
+    std::uint64_t writtenAtOpening_ = 0;
     /// @}
 };
 

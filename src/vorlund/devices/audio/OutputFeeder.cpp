@@ -86,15 +86,22 @@ bool COutputSession::FeedOnce(TLock& lock) {
         DropStreams(lock);
         return true;
     }
-    if (isLost_ && reopens_ && (isReturned_ || waiting::NowNanoseconds() >= nextOpening_)) {
+    if (isLost_ && reopens_ && MayReopen()) {
         isReturned_ = false;
-        nextOpening_ = waiting::NowNanoseconds() + kSecond;
         Reopen(lock);
+        nextOpening_ = waiting::NowNanoseconds() + kSecond;
+        passedAtOpening_ = clock_->Get().passed;
         return true;
     }
     if (!CanRead()) return false;
     ReadSome(lock);
     return true;
+}
+
+bool COutputSession::MayReopen() const {
+    // At once when the device has moved since it was opened, else a second after the last time.
+    return isReturned_ || clock_->Get().passed != passedAtOpening_ ||
+           waiting::NowNanoseconds() >= nextOpening_;
 }
 
 bool COutputSession::CanRead() const {

@@ -12,7 +12,7 @@ namespace vorlund {
 
 void COutputSession::Reopen(TLock& lock) {
     isPortOpen_ = false;
-    const TDataFormat_AudioPcm wanted = deviceFormats_.back();
+    const TDataFormat_AudioPcm last = deviceFormats_.back();
     lock.unlock();
     TAudioPortFormat granted{};
     TDataFormat_AudioPcm device;
@@ -20,7 +20,7 @@ void COutputSession::Reopen(TLock& lock) {
     try {
         port_->Close();
         isLost_ = false;
-        granted = port_->Open(MakePortWish(wanted, latency_), *this);
+        granted = port_->Open(MakePortWish(format_, latency_), *this);
         device = GetPortFormat(granted, outputfailures::kOpening);
         isOpen = true;
     } catch (...) {
@@ -29,7 +29,7 @@ void COutputSession::Reopen(TLock& lock) {
     lock.lock();
     if (isOpen && !isEnded_) {
         try {
-            if (!IsSameFormat(device, wanted)) ChangeFormat(lock, device, granted);
+            if (!IsSameFormat(device, last)) ChangeFormat(lock, device, granted);
             isPortOpen_ = true;
             lock.unlock();
             port_->Start();

@@ -125,6 +125,7 @@ private:
     /// What the queue's resampler reads.
     std::uint64_t ReadWritten(void* buffer, std::uint64_t size);
     bool IsSegmentOver(std::uint64_t emptySince) const;
+    bool MayReopen() const;
     void Reopen(TLock& lock);
     /// Everything that is still to be heard, for a device of that format.
     void ChangeFormat(TLock& lock, const TDataFormat_AudioPcm& device, const TAudioPortFormat& granted);
@@ -190,7 +191,9 @@ private:
     std::size_t partBytes_ = 0;
     /// The last `Flush` that it has seen.
     std::uint32_t readGeneration_ = 0;
+    /// Of a lost device: when it may be tried again, and how far it was when that was tried last.
     std::int64_t nextOpening_ = 0;
+    std::uint64_t passedAtOpening_ = 0;
     /// @}
 };
 

@@ -74,6 +74,8 @@ void CSteppedWorld::Lose(TSteppedClient& client) {
     if (client.isLost) return;
     client.isLost = true;
     client.client->NoteLost();
+    // No real time is to pass before it looks for another device.
+    if (client.follows) client.client->NoteReturned();
 }
 
 void CSteppedWorld::FollowDefault() {
