@@ -12,7 +12,6 @@ protected:
     const fs::path file_ = folder_.GetPath() / "played.raw";
     const CEnvironment environment_{{{"SDL_AUDIODRIVER", "disk"}, {"SDL_DISKAUDIOFILE", file_.string()}}};
 };
-};
 
 TEST_F(DiskDriver, WritesWhatIsPlayedInEachFormat) {
     for (const std::uint32_t sampleFormat :
