@@ -14,7 +14,7 @@ using namespace vorlund;
 
 namespace {
 
-constexpr std::uint32_t kUsualPeriod = 1024;
+constexpr std::uint32_t kUsualPeriod = 2048;
 
 /// The power of two that is nearest to the wish, within what SDL can count. Some drivers take no other
 /// number, and SDL 2.26 then gives them more frames than their buffer holds.

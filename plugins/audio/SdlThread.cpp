@@ -56,8 +56,8 @@ struct TUsers {
     CSdlThread* thread = nullptr;
     int count = 0;
 };
-constinit std::mutex usersMutex;
-constinit TUsers users;
+std::mutex usersMutex;
+TUsers users;
 
 } // namespace
 
@@ -198,8 +198,12 @@ void CSdlThread::Look() {
 
 void CSdlThread::LookForDefaults() {
     if (server_) {
-        if (!server_->HasChanged()) return;
+        if (!server_->HasChanged()) {
+            if (!std::exchange(isCompared_, true)) Compare();
+            return;
+        }
         server_->Refresh();
+        isCompared_ = false;
     }
     for (const bool isInput : {false, true}) {
         std::string name = FindDefault(isInput);
@@ -219,6 +223,13 @@ std::vector<std::string> CSdlThread::GetNames() const {
         }
     }
     return names;
+}
+
+void CSdlThread::Compare() {
+    // SDL misses what happens before its thread listens.
+    if (library_.GetNumAudioDevices(false) == server_->CountOutputs()) return;
+    isStale_ = true;
+    TellWatchers();
 }
 
 void CSdlThread::TellWatchers() {

@@ -87,6 +87,7 @@ private:
     void TellWatchers();
     std::vector<std::string> GetNames() const;
     void LookForDefaults();
+    void Compare();
     std::string FindDefault(bool isInput) const;
     SDL_AudioDeviceID OpenAs(const std::string& name, bool isInput, SDL_AudioSpec& spec) const;
     std::vector<TOpened>::iterator Find(const ISdlDevice& user);
@@ -108,6 +109,8 @@ private:
     bool isStale_ = false;
     /// What knows more than SDL; null where nothing does.
     std::unique_ptr<ISoundServer> server_;
+    /// Whether SDL's list has been compared with the server's since that changed last.
+    bool isCompared_ = true;
     std::vector<TOpened> opened_;
     std::vector<vorlund::CEvent*> watchers_;
     std::string defaults_[2];

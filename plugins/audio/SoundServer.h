@@ -14,6 +14,7 @@ public:
     virtual void Refresh() = 0;
     /// Whether there is reason to ask anew. Does not wait.
     virtual bool HasChanged() = 0;
+    virtual int CountOutputs() = 0;
     /// As SDL names it; empty when there is none.
     virtual std::string GetDefault(bool isInput) = 0;
     /// Whether the input hears an output; and, if so, the default one.

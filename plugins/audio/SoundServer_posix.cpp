@@ -60,6 +60,7 @@ public:
     bool Connect();
     void Refresh() override;
     bool HasChanged() override;
+    int CountOutputs() override { return static_cast<int>(devices_[0].size()); }
     std::string GetDefault(bool isInput) override;
     bool IsLoopback(const std::string& name) override { return FindMonitor(name) != nullptr; }
     bool IsDefaultLoopback(const std::string& name) override;

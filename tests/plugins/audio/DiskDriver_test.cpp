@@ -10,8 +10,7 @@ class DiskDriver : public CAudioPluginTest {
 protected:
     const CTemporaryFolder folder_;
     const fs::path file_ = folder_.GetPath() / "played.raw";
-    const CEnvironment environment_{
-        {{"SDL_AUDIODRIVER", "disk"}, {"SDL_DISKAUDIOFILE", file_.string()}, {"SDL_DISKAUDIODELAY", "1"}}};
+    const CEnvironment environment_{{{"SDL_AUDIODRIVER", "disk"}, {"SDL_DISKAUDIOFILE", file_.string()}}};
 };
 
 TEST_F(DiskDriver, WritesWhatIsPlayedInEachFormat) {
@@ -22,7 +21,7 @@ TEST_F(DiskDriver, WritesWhatIsPlayedInEachFormat) {
             const TDataFormat_AudioPcm format{sampleFormat, channels, 44100};
             const TBytes sound = MakeNoise(format, 10000, sampleFormat * 10 + channels);
             const auto output = MakeOutput();
-            // Everything is queued before the file gets it, because it gets it as fast as it can.
+            // Everything is queued before the file gets it, so that no gap is in it.
             output->OpenOutput(format, 1);
             output->SetPaused(true);
             EXPECT_EQ(output->GetDeviceFormat().sampleFormat, sampleFormat);
