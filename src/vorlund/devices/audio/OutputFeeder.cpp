@@ -4,8 +4,8 @@
 #include "vorlund/system/Deadline.h"
 
 #include <vorlund/Exception.h>
-#include <vorlund/StreamErrors.h>
 #include <vorlund/String.h>
+#include <vorlund/StreamErrors.h>
 
 #include <algorithm>
 #include <cstring>
@@ -118,8 +118,6 @@ void COutputSession::Rest(TLock& lock, std::uint32_t told) {
     }
     seen_ = told;
     isResting_ = true;
-    restWaiters_ = waiters_;
-    restDrainers_ = drainers_;
     changed_.notify_all();
     const std::int64_t deadline = GetNextLook();
     lock.unlock();
@@ -138,8 +136,7 @@ std::int64_t COutputSession::GetNextLook() {
 }
 
 void COutputSession::ReadSome(TLock& lock) {
-    const bool isWritten =
-        queue_ && !remains_ && (queue_->IsInSegment() || queue_->Bytes().GetReadable() > 0);
+    const bool isWritten = queue_ && !remains_ && (queue_->IsInSegment() || queue_->Bytes().GetReadable() > 0);
     const bool isBegin = isWritten && !queue_->IsInSegment();
     if (isBegin) {
         queue_->BeginSegment();

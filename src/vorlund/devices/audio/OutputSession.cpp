@@ -57,8 +57,8 @@ void COutputSession::OpenPort() {
 std::unique_ptr<CWriteQueue> COutputSession::MakeQueue(const TDataFormat_AudioPcm& device,
                                                        std::size_t ringFrames) {
     if (device.samplesPerSec == format_.samplesPerSec) return nullptr;
-    const auto frames =
-        static_cast<std::size_t>(GetResampledFrames(ringFrames, device.samplesPerSec, format_.samplesPerSec));
+    const auto frames = static_cast<std::size_t>(
+        GetResampledFrames(ringFrames, device.samplesPerSec, format_.samplesPerSec));
     return std::make_unique<CWriteQueue>(
         format_, device, std::max(frames, kSmallestQueue),
         [this](void* buffer, std::uint64_t size) { return ReadWritten(buffer, size); },
