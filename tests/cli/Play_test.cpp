@@ -70,7 +70,8 @@ TEST_F(Play, AnotherRateNeedsThePlugin) {
     EXPECT_EQ(end.exitCode, 1u);
     EXPECT_EQ(end.errors,
               "vorlund: Cannot play '" + other +
-                  "': No resampler: the device plays at another rate\nvorlund: 1 of 3 files were not "
+                  "': No resampler: the device plays at another rate; that needs the plug-in 'resample', and "
+                  "'vorlund plugins' tells why it is not loaded\nvorlund: 1 of 3 files were not "
                   "played\n");
     EXPECT_EQ(GetWavData(Load("out.wav")), Join({Ramp(400), Ramp(400)}));
 }

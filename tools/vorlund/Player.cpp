@@ -24,6 +24,14 @@ wstring CannotPlay(const wstring& path, const wstring& reason) {
     return VRL_L("Cannot play '") + path + VRL_L("': ") + reason;
 }
 
+/// What an output says of a stream, and what helps.
+wstring AdviseOn(const wchar* reason) {
+    const wstring text = reason;
+    if (!text.starts_with(VRL_L("No resampler"))) return text;
+    return text +
+           VRL_L("; that needs the plug-in 'resample', and 'vorlund plugins' tells why it is not loaded");
+}
+
 double GetSeconds(const CPlayedFile& file) {
     const auto frames = file.GetFrames();
     const double known = frames ? static_cast<double>(*frames) : 0;
@@ -114,7 +122,7 @@ void CPlayer::Give(std::unique_ptr<CPlayedFile> file, std::uint64_t place, bool 
     } catch (const CDataFormatException& error) {
         return Fail(GetNumber(place), CannotPlay(given.file->GetPath(), error.GetReason()));
     } catch (const CFailedException& error) {
-        return Fail(GetNumber(place), CannotPlay(given.file->GetPath(), error.GetReason()));
+        return Fail(GetNumber(place), CannotPlay(given.file->GetPath(), AdviseOn(error.GetReason())));
     }
     given_.push_back(std::move(given));
 }
@@ -158,7 +166,7 @@ void CPlayer::NoteEnd(TGiven& given) {
     // The output has not read it to its end.
     wchar reason[kErrorRoom];
     output_->GetStreamError(reason, kErrorRoom);
-    Fail(GetNumber(given.place), CannotPlay(given.file->GetPath(), reason));
+    Fail(GetNumber(given.place), CannotPlay(given.file->GetPath(), AdviseOn(reason)));
 }
 
 /// Whether it has been heard to its end. Another rate makes the end a little uncertain, so the last one ends
