@@ -1,5 +1,5 @@
-// The program from its start to its end: conversions of many files by one and two threads, and a look into a
-// large file. Peer: sox, one file after the other, where it is there.
+// The program from its start to its end: conversions of many files by one and two threads, a look into a
+// large file, and what playing costs. Peer: sox, one file after the other, where it is there.
 #include <vorlund/Path.h>
 #include <vorlund/WavWriter.h>
 
@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <sys/resource.h>
 #include <vector>
 
 using namespace vorlund;
@@ -23,12 +24,13 @@ constexpr std::uint32_t kRate = 44100;
 /// Files of noise in 16 bits, two channels, half of them in each of two folders.
 class CFiles {
 public:
-    CFiles(int count, double seconds) : path_(fs::temp_directory_path() / "vorlund-bench-program") {
+    CFiles(int count, double seconds, std::uint32_t rate = kRate)
+        : path_(fs::temp_directory_path() / "vorlund-bench-program") {
         fs::remove_all(path_);
         for (const char* const half : {"in/0", "in/1"}) fs::create_directories(path_ / half);
         const bench::CLibrary library;
         // At half of full scale.
-        std::vector<std::int16_t> samples(static_cast<std::size_t>(seconds * kRate) * 2);
+        std::vector<std::int16_t> samples(static_cast<std::size_t>(seconds * rate) * 2);
         std::uint32_t state = 1;
         for (std::int16_t& sample : samples) {
             state = state * 1664525 + 1013904223;
@@ -37,7 +39,7 @@ public:
         for (int i = 0; i < count; ++i) {
             const std::string name =
                 (path_ / "in" / std::to_string(i % 2) / (std::to_string(i) + ".wav")).string();
-            CWavWriter writer(PathFromUtf8(name.c_str()).c_str(), {WAV_SAMPLE_16BIT, 2, kRate});
+            CWavWriter writer(PathFromUtf8(name.c_str()).c_str(), {WAV_SAMPLE_16BIT, 2, rate});
             writer.Write(samples.data(), samples.size() * sizeof samples[0]);
             writer.Close();
         }
@@ -95,6 +97,24 @@ void InfoLarge(benchmark::State& state) {
                    name + " >/dev/null");
 }
 
+/// Seconds that the processors have spent on programs that this one has started, and that have ended.
+double GetTimeOfPrograms() {
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/// Playing in time: what it takes of a processor, its start included.
+void Play(benchmark::State& state, double seconds) {
+    const CFiles files(1, seconds, 48000);
+    const double before = GetTimeOfPrograms();
+    Run(state, VORLUND_BENCH_PROGRAM " play --device null " + files.At("in/0/0.wav") + " >/dev/null");
+    bench::SetFigure(state, "% of a processor", (GetTimeOfPrograms() - before) / seconds * 100);
+}
+
 /// `count` files of so many seconds each, by one and by two threads.
 void RegisterFiles(const std::string& what, int count, double seconds) {
     const auto add = [&](const std::string& name, auto function) {
@@ -122,6 +142,9 @@ int main(int argc, char** argv) {
     benchmark::RegisterBenchmark("repair and info, 10 GiB/vorlund", InfoLarge)
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
+    benchmark::RegisterBenchmark("play 48,000 Hz stereo/vorlund", Play, bench::IsShort() ? 0.5 : 60.0)
+        ->UseRealTime()
+        ->Iterations(1);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

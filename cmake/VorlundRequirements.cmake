@@ -30,10 +30,18 @@ if(VORLUND_BUILD_TESTS AND NOT EXISTS ${VORLUND_GOOGLETEST_DIR}/src/gtest-all.cc
         "no sources of GoogleTest in VORLUND_GOOGLETEST_DIR, which is ${VORLUND_GOOGLETEST_DIR} (Debian: googletest)")
 endif()
 
-if(VORLUND_BUILD_TOOLS)
-    find_path(CLI11_INCLUDE_DIR CLI/CLI.hpp NO_CMAKE_FIND_ROOT_PATH)
+# Header-only, so the building machine's serve every target.
+if(VORLUND_BUILD_TOOLS OR (VORLUND_BUILD_PLUGINS AND VORLUND_WITH_VISUAL))
     find_path(STB_INCLUDE_DIR stb/stb_image_write.h NO_CMAKE_FIND_ROOT_PATH)
     find_path(EIGEN3_INCLUDE_DIR unsupported/Eigen/FFT PATH_SUFFIXES eigen3 NO_CMAKE_FIND_ROOT_PATH)
+endif()
+
+if(VORLUND_BUILD_PLUGINS AND VORLUND_WITH_VISUAL AND NOT (STB_INCLUDE_DIR AND EIGEN3_INCLUDE_DIR))
+    vorlund_leave_out(VORLUND_WITH_VISUAL "the plug-in visual" "no headers of Eigen or stb (Debian: libeigen3-dev, libstb-dev)")
+endif()
+
+if(VORLUND_BUILD_TOOLS)
+    find_path(CLI11_INCLUDE_DIR CLI/CLI.hpp NO_CMAKE_FIND_ROOT_PATH)
     if(NOT CLI11_INCLUDE_DIR)
         vorlund_leave_out(VORLUND_BUILD_TOOLS "the program vorlund" "no headers of CLI11 (Debian: libcli11-dev)")
     elseif(NOT STB_INCLUDE_DIR)
@@ -61,6 +69,7 @@ if(WIN32 OR CMAKE_CROSSCOMPILING)
     set(VORLUND_LEVELS_DIR "" CACHE PATH "Where libebur128 for the target is")
     set(VORLUND_PICTURES_DIR "" CACHE PATH "Where libpng and libjpeg-turbo for the target are")
     set(VORLUND_RATES_DIR "" CACHE PATH "Where libsoxr and libsamplerate for the target are")
+    set(VORLUND_SOUND_OUTPUT_DIR "" CACHE PATH "Where SDL 2 for the target is")
     if(VORLUND_CODECS_DIR AND NOT WIN32)
         # Programs that are linked with them; what these libraries need lies beside them.
         add_link_options(LINKER:-rpath-link,${VORLUND_CODECS_DIR}/lib)
@@ -88,6 +97,19 @@ macro(vorlund_leave_out_plugin name folder libraries packages)
     endif()
     vorlund_leave_out(VORLUND_WITH_${option} "the plug-in ${name}" "${missing}")
 endmacro()
+
+if(VORLUND_BUILD_PLUGINS AND VORLUND_WITH_AUDIO)
+    vorlund_find_library(SDL2 VORLUND_SOUND_OUTPUT_DIR SDL2/SDL.h SDL2)
+    if(NOT SDL2_INCLUDE_DIR OR NOT SDL2_LIBRARY)
+        vorlund_leave_out_plugin(audio VORLUND_SOUND_OUTPUT_DIR "SDL 2" libsdl2-dev)
+    elseif(NOT WIN32)
+        # What SDL does not tell of a sound server is asked of it.
+        vorlund_find_library(PULSE VORLUND_SOUND_OUTPUT_DIR pulse/pulseaudio.h pulse)
+        if(NOT PULSE_INCLUDE_DIR)
+            vorlund_leave_out_plugin(audio VORLUND_SOUND_OUTPUT_DIR libpulse libpulse-dev)
+        endif()
+    endif()
+endif()
 
 if(VORLUND_BUILD_PLUGINS AND VORLUND_WITH_SNDFILE)
     vorlund_find_library(SNDFILE VORLUND_CODECS_DIR sndfile.h sndfile)

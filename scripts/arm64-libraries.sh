@@ -12,6 +12,8 @@ packages=(
     libpng-dev libpng16-16 libjpeg62-turbo-dev libjpeg62-turbo zlib1g
     # Levels and rates.
     libebur128-dev libebur128-1 libsoxr-dev libsoxr0 libgomp1
+    # What the plug-in audio is built with; the system brings it at run time.
+    libsdl2-dev libsdl2-2.0-0 libpulse-dev libpulse0
 )
 cache=${VORLUND_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/vorlund}
 result=$cache/libraries-arm64-$(sha256sum <"$script" | cut -c1-12)

@@ -5,8 +5,8 @@
 #                                                   standard error
 #   scripts/codecs.sh win32|win64 [SET] --cached    the same, and fails at once when it was not built yet
 # A set is a recipe in scripts/codecs: sounds, which is the default, for the plug-in sndfile, pictures for image, levels for
-# measure, rates for resample, and benchmark for the benchmarks. Everything is kept in VORLUND_CACHE, by default
-# ~/.cache/vorlund. Needs: the cross compiler, cmake, ninja-build, make, patch, xz-utils, bzip2, pkgconf.
+# measure, rates for resample, sound-output for audio, and benchmark for the benchmarks. Everything is kept in
+# VORLUND_CACHE, by default ~/.cache/vorlund. Needs: the cross compiler, cmake, ninja-build, make, patch, xz-utils, bzip2, pkgconf.
 set -euo pipefail
 script=$(realpath "${BASH_SOURCE[0]}")
 target=${1-}
@@ -17,11 +17,11 @@ win64) cpu=x86_64 ;;
 esac
 set=sounds
 case ${2-} in
-sounds | pictures | levels | rates | benchmark) set=$2 cached=${3-} ;;
+sounds | pictures | levels | rates | sound-output | benchmark) set=$2 cached=${3-} ;;
 *) cached=${2-} ;;
 esac
 if [[ -z $target || ($cached != "" && $cached != --cached) ]]; then
-    echo "usage: scripts/codecs.sh win32|win64 [sounds|pictures|levels|rates|benchmark] [--cached]" >&2
+    echo "usage: scripts/codecs.sh win32|win64 [sounds|pictures|levels|rates|sound-output|benchmark] [--cached]" >&2
     exit 2
 fi
 recipe=$(dirname "$script")/codecs/$set.sh

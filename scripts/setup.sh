@@ -12,6 +12,8 @@ vorlund_packages() {
     local sounds="libsndfile1-dev" sound_tools="flac lame opus-tools sndfile-programs sox vorbis-tools"
     # The plug-in resample.
     local rates="libsoxr-dev"
+    # The plug-in audio, and the sound server of its tests.
+    local sound_output="libsdl2-dev libpulse-dev" sound_server="libsdl2-2.0-0 pulseaudio pulseaudio-utils"
     # What makes the files of the tests of the plug-in y4m.
     local video_tools="ffmpeg"
     # The plug-in image, and what makes the files of its tests.
@@ -27,7 +29,7 @@ vorlund_packages() {
     local peers="libcereal-dev libeigen3-dev libglib2.0-dev libglm-dev libprotobuf-dev libsamplerate0-dev libsdl2-dev"
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
     # A display for the tests of windows, and what windows on Linux are built with.
-    local windows="xvfb libxcb1-dev"
+    local windows="openbox xvfb libxcb1-dev libxcb-xtest0-dev"
     case $1 in
     run-linux) echo "$build" ;;
     run-linux-codecs) echo "$sounds" ;;
@@ -43,8 +45,8 @@ vorlund_packages() {
     win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
     linux-arm64) echo "$tests $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
-    linux) echo "$tests $recordings $windows $rates $sounds $sound_tools $pictures $levels $picture_tools $checks" ;;
-    linux-asan | linux-tsan) echo "$tests $windows $rates $sounds $sound_tools $pictures $levels $picture_tools" ;;
+    linux) echo "$tests $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks" ;;
+    linux-asan | linux-tsan) echo "$tests $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools" ;;
     linux32-asan) echo "$tests $video_tools libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
     linux-coverage) echo "$tests $recordings $windows $video_tools gcovr" ;;
     linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev $pictures" ;;

@@ -243,7 +243,7 @@ build_targets() {
                 built+=("${part_programs_sanitized[@]}")
             else
                 # Without the plug-ins whose libraries are made for the target.
-                options+=(-DVORLUND_WITH_{IMAGE,MEASURE,RESAMPLE,SNDFILE}=OFF)
+                options+=(-DVORLUND_WITH_{AUDIO,IMAGE,MEASURE,RESAMPLE,SNDFILE}=OFF)
                 built+=("${part_programs_released[@]}")
             fi
             [[ $target != win* ]] || built+=("${part_programs_windows[@]}")
@@ -271,6 +271,7 @@ add_codecs() {
             options+=("-DVORLUND_WITH_${plugin^^}=OFF")
         fi
     done <<ROWS
+audio sound-output VORLUND_SOUND_OUTPUT_DIR
 image pictures VORLUND_PICTURES_DIR
 measure levels VORLUND_LEVELS_DIR
 resample rates VORLUND_RATES_DIR
@@ -305,7 +306,7 @@ test_target() {
         fi
     else
         # The plug-ins that could be built.
-        for program in vorlund_image_tests vorlund_measure_tests vorlund_resample_tests vorlund_sndfile_tests vorlund_system_codecs_tests vorlund_y4m_tests; do
+        for program in vorlund_audio_tests vorlund_image_tests vorlund_measure_tests vorlund_resample_tests vorlund_sndfile_tests vorlund_system_codecs_tests vorlund_y4m_tests; do
             [[ ! -e $folder/bin/$program$exe ]] || programs+=("$program")
         done
     fi

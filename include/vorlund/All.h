@@ -11,6 +11,7 @@
 #include <vorlund/AudioMeter.h>
 #include <vorlund/AudioOutput.h>
 #include <vorlund/AudioPcmConverters.h>
+#include <vorlund/AudioPictures.h>
 #include <vorlund/AudioPort.h>
 #include <vorlund/AudioSystem.h>
 #include <vorlund/BinaryLock.h>
@@ -104,4 +105,6 @@
 #include <vorlund/WavMetadata.h>
 #include <vorlund/WavRepair.h>
 #include <vorlund/WavWriter.h>
+#include <vorlund/WindowEvents.h>
+#include <vorlund/WindowedOutput.h>
 #include <vorlund/Writer.h>

@@ -117,7 +117,11 @@ public:
     /// Also while closed.
     virtual TAudioState GetState() = 0;
 
-    /// The format that the device takes, and its latency: of whole periods, in seconds.
+    /// The format that `OpenOutput` was called with. It is valid until the output is closed, as that of the
+    /// device is.
+    virtual const TDataFormat_AudioPcm& GetFormat() = 0;
+
+    /// The format that the device takes, and the latency of what is queued for it: whole periods, in seconds.
     virtual const TDataFormat_AudioPcm& GetDeviceFormat() = 0;
     virtual double GetLatency() = 0;
 

@@ -14,7 +14,8 @@ public:
     CSurface& operator=(const CSurface&) = delete;
     virtual ~CSurface() = default;
 
-    /// Shows an image over the whole inside of the window, scaled when sizes differ. Pixels hold blue in the
-    /// lowest byte, then green and red; rows go from top to bottom. Returns false when the window is gone.
+    /// Shows an image as large as the inside of the window lets it be in its own shape, with black beside it.
+    /// Pixels hold blue in the lowest byte, then green and red; rows go from top to bottom. Returns false
+    /// when the window is gone.
     virtual bool Draw(const std::uint32_t* pixels, int width, int height) = 0;
 };

@@ -1,3 +1,4 @@
+#include "Placement.h"
 #include "Surface.h"
 
 #define WIN32_LEAN_AND_MEAN
@@ -14,6 +15,20 @@ public:
         if (!GetClientRect(window_, &client)) return false;
         const HDC target = GetDC(window_);
         if (!target) return false;
+        // Nothing is inside a window that is an icon.
+        if (client.right > 0 && client.bottom > 0) DrawInside(target, client, pixels, width, height);
+        ReleaseDC(window_, target);
+        return true;
+    }
+
+private:
+    static void DrawInside(HDC target, const RECT& client, const std::uint32_t* pixels, int width,
+                           int height) {
+        const TPlace place = FitInto(width, height, client.right, client.bottom);
+        const auto [before, after] = GetBars(place, client.right, client.bottom);
+        for (const TPlace& bar : {before, after})
+            if (bar.width > 0 && bar.height > 0)
+                PatBlt(target, bar.x, bar.y, bar.width, bar.height, BLACKNESS);
         BITMAPINFO image{};
         image.bmiHeader.biSize = sizeof(image.bmiHeader);
         image.bmiHeader.biWidth = width;
@@ -23,13 +38,10 @@ public:
         image.bmiHeader.biBitCount = 32;
         image.bmiHeader.biCompression = BI_RGB;
         SetStretchBltMode(target, COLORONCOLOR);
-        StretchDIBits(target, 0, 0, client.right, client.bottom, 0, 0, width, height, pixels, &image,
-                      DIB_RGB_COLORS, SRCCOPY);
-        ReleaseDC(window_, target);
-        return true;
+        StretchDIBits(target, place.x, place.y, place.width, place.height, 0, 0, width, height, pixels,
+                      &image, DIB_RGB_COLORS, SRCCOPY);
     }
 
-private:
     HWND window_;
 };
 

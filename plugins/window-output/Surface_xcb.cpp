@@ -1,4 +1,5 @@
 // Drawing on a window of the X Window System, by the core protocol's PutImage.
+#include "Placement.h"
 #include "Surface.h"
 
 #include <xcb/xcb.h>
@@ -24,6 +25,7 @@ private:
     /// The window's present size and depth, or nothing when it is gone.
     std::optional<xcb_get_geometry_reply_t> GetGeometry() const;
     bool HasPixelsOf32Bits(int depth) const;
+    void DrawBars(const TPlace& place, int insideWidth, int insideHeight);
     const std::uint32_t* Scale(const std::uint32_t* pixels, int width, int height, int toWidth, int toHeight);
 
     xcb_connection_t* connection_;
@@ -37,9 +39,9 @@ bool CSurfaceXcb::Open() {
     const auto geometry = GetGeometry();
     if (!geometry || !HasPixelsOf32Bits(geometry->depth)) return false;
     context_ = xcb_generate_id(connection_);
-    // Without it, every image would send an event back.
-    const std::uint32_t noExposures = 0;
-    xcb_create_gc(connection_, context_, window_, XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
+    // Black; and without the second, every image would send an event back.
+    const std::uint32_t values[] = {0, 0};
+    xcb_create_gc(connection_, context_, window_, XCB_GC_FOREGROUND | XCB_GC_GRAPHICS_EXPOSURES, values);
     return true;
 }
 
@@ -67,22 +69,36 @@ bool CSurfaceXcb::Draw(const std::uint32_t* pixels, int width, int height) {
     // Waiting for the answer also keeps this thread from drawing faster than the server can show.
     const auto geometry = GetGeometry();
     if (!geometry) return false;
-    pixels = Scale(pixels, width, height, geometry->width, geometry->height);
+    const TPlace place = FitInto(width, height, geometry->width, geometry->height);
+    pixels = Scale(pixels, width, height, place.width, place.height);
+    DrawBars(place, geometry->width, geometry->height);
 
-    const std::size_t rowSize = std::size_t{geometry->width} * 4;
+    const std::size_t rowSize = static_cast<std::size_t>(place.width) * 4;
     constexpr std::size_t kRequestHead = 64;
     const std::size_t room = std::size_t{xcb_get_maximum_request_length(connection_)} * 4 - kRequestHead;
-    // A window is at least one pixel wide. NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
+    // A place is at least one pixel wide. NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
     const int rowsAtOnce = static_cast<int>(std::clamp<std::size_t>(room / rowSize, 1, 0x7FFF));
-    for (int row = 0; row < geometry->height; row += rowsAtOnce) {
-        const int rows = std::min(rowsAtOnce, geometry->height - row);
-        xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, window_, context_, geometry->width,
-                      static_cast<std::uint16_t>(rows), 0, static_cast<std::int16_t>(row), 0, geometry->depth,
-                      static_cast<std::uint32_t>(rowSize * static_cast<std::size_t>(rows)),
+    for (int row = 0; row < place.height; row += rowsAtOnce) {
+        const int rows = std::min(rowsAtOnce, place.height - row);
+        xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, window_, context_,
+                      static_cast<std::uint16_t>(place.width), static_cast<std::uint16_t>(rows),
+                      static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y + row), 0,
+                      geometry->depth, static_cast<std::uint32_t>(rowSize * static_cast<std::size_t>(rows)),
                       reinterpret_cast<const std::uint8_t*>(pixels) +
                           rowSize * static_cast<std::size_t>(row));
     }
     return xcb_flush(connection_) > 0;
+}
+
+void CSurfaceXcb::DrawBars(const TPlace& place, int insideWidth, int insideHeight) {
+    const auto [before, after] = GetBars(place, insideWidth, insideHeight);
+    for (const TPlace& bar : {before, after}) {
+        if (bar.width <= 0 || bar.height <= 0) continue;
+        const xcb_rectangle_t rectangle{static_cast<std::int16_t>(bar.x), static_cast<std::int16_t>(bar.y),
+                                        static_cast<std::uint16_t>(bar.width),
+                                        static_cast<std::uint16_t>(bar.height)};
+        xcb_poly_fill_rectangle(connection_, window_, context_, 1, &rectangle);
+    }
 }
 
 /// The nearest pixel, from the middle of each.

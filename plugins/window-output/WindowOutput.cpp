@@ -4,6 +4,8 @@
 #include <vorlund/Exception.h>
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 using namespace vorlund;
 
@@ -44,41 +46,78 @@ bool CWindowOutput::Open(const TDataFormat_VideoRgb& format, const wchar* title)
     if (format.id != TDataFormat_VideoRgb::FormatId) Raise<CDataFormatException>(kWrongFormat);
     if (!CanShow(format.image)) Raise<CDataFormatException>(kWrongPixels);
     image_ = format.image;
-    const TPixelFormat& pixel = image_.pixelFormat;
-    isNative_ = pixel.redShift == 16 && pixel.greenShift == 8 && pixel.blueShift == 0;
 
     window_ = CreateAs<IVideoWindow>(classid::CVideoWindow);
     if (!window_) return false;
     window_->SetTitle(title);
     window_->SetClientSize(static_cast<int>(image_.width), static_cast<int>(image_.height));
+    SetWindowHandler(*window_.Get(), &OnWindowEvent, this);
     window_->Open();
-    if (window_->GetHandle()) surface_ = CSurface::Create(window_->GetHandle());
-    if (surface_) return true;
+    if (window_->GetHandle()) {
+        auto surface = CSurface::Create(window_->GetHandle());
+        const std::lock_guard lock(frameMutex_);
+        surface_ = std::move(surface);
+        if (surface_) return true;
+    }
     Close();
     return false;
 }
 
 bool CWindowOutput::Present(const void* frame) {
     // Once the user has closed the window, its number may be somebody else's.
-    if (!surface_ || !window_->GetHandle()) return false;
-    const std::uint32_t* const pixels = ToSurfacePixels(static_cast<const std::uint32_t*>(frame));
-    return surface_->Draw(pixels, static_cast<int>(image_.width), static_cast<int>(image_.height));
+    if (!window_ || !window_->GetHandle()) return false;
+    const std::lock_guard lock(frameMutex_);
+    KeepPixels(static_cast<const std::uint32_t*>(frame));
+    return Draw();
 }
 
 void CWindowOutput::Close() {
+    // Behind this the window's thread is not in here.
+    if (window_) SetWindowHandler(*window_.Get(), nullptr);
     surface_ = nullptr;
+    pixels_.clear();
     if (window_) window_->Close();
     window_.Reset();
 }
 
-const std::uint32_t* CWindowOutput::ToSurfacePixels(const std::uint32_t* frame) {
-    if (isNative_) return frame;
+void CWindowOutput::SetHandler(TWindowHandler handler, void* user) {
+    const std::lock_guard lock(handlerMutex_);
+    handler_ = handler;
+    user_ = user;
+}
+
+void CWindowOutput::OnWindowEvent(const TWindowEvent& event, void* user) {
+    auto& self = *static_cast<CWindowOutput*>(user);
+    if (event.type == WINDOW_EVENT_RESIZED || event.type == WINDOW_EVENT_EXPOSED) self.DrawAgain();
+    const std::lock_guard lock(self.handlerMutex_);
+    if (self.handler_) self.handler_(event, self.user_);
+}
+
+void CWindowOutput::DrawAgain() {
+    const std::lock_guard lock(frameMutex_);
+    try {
+        Draw();
+    } catch (const std::bad_alloc&) {
+        // Nobody has asked for it who could be told; the next frame is drawn whole.
+    }
+}
+
+bool CWindowOutput::Draw() {
+    if (!surface_) return false;
+    return pixels_.empty() ||
+           surface_->Draw(pixels_.data(), static_cast<int>(image_.width), static_cast<int>(image_.height));
+}
+
+void CWindowOutput::KeepPixels(const std::uint32_t* frame) {
     const TPixelFormat& pixel = image_.pixelFormat;
     const std::size_t count = std::size_t{image_.width} * image_.height;
-    converted_.resize(count);
-    std::transform(frame, frame + count, converted_.begin(), [&pixel](std::uint32_t word) {
+    if (pixel.redShift == 16 && pixel.greenShift == 8 && pixel.blueShift == 0) {
+        pixels_.assign(frame, frame + count);
+        return;
+    }
+    pixels_.resize(count);
+    std::transform(frame, frame + count, pixels_.begin(), [&pixel](std::uint32_t word) {
         return (word >> pixel.redShift & 0xFF) << 16 | (word >> pixel.greenShift & 0xFF) << 8 |
                (word >> pixel.blueShift & 0xFF);
     });
-    return converted_.data();
 }

@@ -190,7 +190,8 @@ TEST_P(Transcripts, AreAsTheyWere) {
     ADD_FAILURE() << name << " was written, not compared";
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Transcripts, testing::Values("program", "decode", "random", "plasma", "window"),
+INSTANTIATE_TEST_SUITE_P(All, Transcripts,
+                         testing::Values("program", "decode", "play", "random", "plasma", "window"),
                          [](const auto& row) { return std::string(row.param); });
 
 } // namespace

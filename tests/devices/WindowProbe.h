@@ -31,6 +31,14 @@ std::optional<TWindowView> LookAtWindow(void* handle);
 /// Does what happens when somebody closes the window with the mouse.
 void CloseWindowByUser(void* handle);
 
+/// Gives the window an outer size, as the user does with the mouse or a window manager by itself.
+void ResizeWindowByUser(void* handle, int width, int height);
+
+/// The window is told that a key went down, or up, as it would be from the keyboard. `key` as in
+/// `TWindowEvent`, of those that need no Shift.
+void PressKey(void* handle, std::uint32_t key);
+void ReleaseKey(void* handle, std::uint32_t key);
+
 /// What the window shows, or nothing when it cannot be seen.
 std::optional<TWindowPixels> GetWindowPixels(void* handle);
 

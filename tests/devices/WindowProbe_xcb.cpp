@@ -3,6 +3,7 @@
 #include "vorlund/devices/XcbReply.h"
 
 #include <vorlund/Path.h>
+#include <vorlund/WindowEvents.h>
 
 #include <xcb/xcb.h>
 
@@ -21,6 +22,12 @@ public:
 
     bool IsOpen() const { return xcb_connection_has_error(connection_) == 0; }
     operator xcb_connection_t*() const { return connection_; }
+
+    /// An answer to something later says that the server has taken what was sent; a connection that just goes
+    /// may lose it.
+    void Synchronise() const {
+        OwnReply(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+    }
 
     xcb_atom_t FindAtom(const char* name) const {
         const auto asked =
@@ -84,9 +91,81 @@ void CloseWindowByUser(void* handle) {
     message.data.data32[0] = connection.FindAtom("WM_DELETE_WINDOW");
     xcb_send_event(connection, 0, message.window, XCB_EVENT_MASK_NO_EVENT,
                    reinterpret_cast<const char*>(&message));
-    // An answer to something later says that the server has taken it; a connection that just goes may lose
-    // it.
-    OwnReply(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    connection.Synchronise();
+}
+
+void ResizeWindowByUser(void* handle, int width, int height) {
+    const CConnection connection;
+    const std::uint32_t size[] = {static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)};
+    xcb_configure_window(connection, ToWindow(handle), XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         size);
+    connection.Synchronise();
+}
+
+namespace {
+
+xcb_keysym_t ToSymbol(std::uint32_t key) {
+    constexpr struct {
+        std::uint32_t key;
+        xcb_keysym_t symbol;
+    } kNamed[] = {
+        {WINDOW_KEY_ESCAPE, 0xFF1B},
+        {WINDOW_KEY_ENTER, 0xFF0D},
+        {WINDOW_KEY_TAB, 0xFF09},
+        {WINDOW_KEY_BACKSPACE, 0xFF08},
+        {WINDOW_KEY_DELETE, 0xFFFF},
+        {WINDOW_KEY_LEFT, 0xFF51},
+        {WINDOW_KEY_UP, 0xFF52},
+        {WINDOW_KEY_RIGHT, 0xFF53},
+        {WINDOW_KEY_DOWN, 0xFF54},
+        {WINDOW_KEY_HOME, 0xFF50},
+        {WINDOW_KEY_END, 0xFF57},
+        {WINDOW_KEY_PAGE_UP, 0xFF55},
+        {WINDOW_KEY_PAGE_DOWN, 0xFF56},
+        {WINDOW_KEY_INSERT, 0xFF63},
+        {WINDOW_KEY_F1, 0xFFBE},
+        {WINDOW_KEY_F12, 0xFFC9},
+        {'+', 0xFFAB},
+    };
+    for (const auto& row : kNamed)
+        if (row.key == key) return row.symbol;
+    return key;
+}
+
+xcb_keycode_t FindCode(const CConnection& connection, xcb_keysym_t symbol) {
+    const xcb_setup_t* const setup = xcb_get_setup(connection);
+    const int count = setup->max_keycode - setup->min_keycode + 1;
+    const auto asked =
+        xcb_get_keyboard_mapping(connection, setup->min_keycode, static_cast<std::uint8_t>(count));
+    const auto reply = OwnReply(xcb_get_keyboard_mapping_reply(connection, asked, nullptr));
+    if (!reply) return 0;
+    const xcb_keysym_t* const symbols = xcb_get_keyboard_mapping_keysyms(reply.get());
+    for (int i = 0; i < count; ++i)
+        if (symbols[i * reply->keysyms_per_keycode] == symbol)
+            return static_cast<xcb_keycode_t>(setup->min_keycode + i);
+    return 0;
+}
+
+void SendKey(void* handle, std::uint32_t key, std::uint8_t type) {
+    const CConnection connection;
+    xcb_key_press_event_t event{};
+    event.response_type = type;
+    event.detail = FindCode(connection, ToSymbol(key));
+    event.event = ToWindow(handle);
+    event.same_screen = 1;
+    xcb_send_event(connection, 0, event.event, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char*>(&event));
+    connection.Synchronise();
+}
+
+} // namespace
+
+void PressKey(void* handle, std::uint32_t key) {
+    SendKey(handle, key, XCB_KEY_PRESS);
+}
+
+void ReleaseKey(void* handle, std::uint32_t key) {
+    SendKey(handle, key, XCB_KEY_RELEASE);
 }
 
 std::optional<TWindowPixels> GetWindowPixels(void* handle) {

@@ -51,6 +51,11 @@ win*)
             test -f "$prefix/$file"
         done
     fi
+    if [[ -e $folder/bin/vorlund-plugins/audio.dll ]]; then
+        for file in lib/vorlund/plugins/{audio.dll,SDL2.dll} share/doc/Vorlund/audio/{codecs.sh,libsdl2-LICENSE.txt}; do
+            test -f "$prefix/$file"
+        done
+    fi
     test -f "$prefix/lib/vorlund/plugins/y4m.dll"
     cmake "${options[@]}" -DVorlund_DIR="$prefix/lib/cmake/Vorlund" "$toolchain"
     cmake --build "$work/build"
@@ -68,6 +73,7 @@ linux | linux-arm64)
     [[ ! -e $folder/bin/vorlund-plugins/sndfile.so ]] || test -f "$prefix/lib/vorlund/plugins/sndfile.so"
     [[ ! -e $folder/bin/vorlund-plugins/image.so ]] || test -f "$prefix/lib/vorlund/plugins/image.so"
     [[ ! -e $folder/bin/vorlund-plugins/resample.so ]] || test -f "$prefix/lib/vorlund/plugins/resample.so"
+    [[ ! -e $folder/bin/vorlund-plugins/audio.so ]] || test -f "$prefix/lib/vorlund/plugins/audio.so"
     test -f "$prefix/lib/vorlund/plugins/y4m.so"
     compiler=g++ nm=nm
     target_launcher native "$folder"

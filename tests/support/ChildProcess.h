@@ -24,6 +24,8 @@ struct TChildOptions {
     /// ASCII texts without blanks.
     std::vector<std::string> arguments = {};
     TChildOutput output = TChildOutput::Captured;
+    /// The file on its standard input; empty for nothing.
+    std::filesystem::path input = {};
     /// The child's controlling terminal is a pseudo-terminal, with the child in the foreground; without this
     /// it has none. Only on POSIX.
     bool hasTerminal = false;
@@ -71,15 +73,23 @@ public:
     /// The system's number of the process.
     unsigned int GetProcessId() const;
 
-    /// Waits until `text` is among what came to the terminal. Returns false when the child ends without
-    /// it.
-    bool WaitForTerminal(const std::string& text);
+    /// Waits until `text` is among what came to the terminal, `from` its byte of that number on. Returns
+    /// false when the child ends without it.
+    bool WaitForTerminal(const std::string& text, std::size_t from = 0);
 
     /// Sends what somebody types at the terminal.
     void Type(const std::string& keys);
 
     /// What came to the terminal so far, bytes as they came.
     std::string GetTerminal() const;
+
+    /// How the terminal treats what is typed and written: the same text for the same settings.
+    std::string GetTerminalSettings() const;
+    /// The same before the child was started.
+    std::string GetFirstTerminalSettings() const;
+
+    /// Ends the child at once, as nothing that it could notice.
+    void Kill();
 
     /// Waits for the end of the child. A debugged child only runs while it is waited for.
     TChildEnd Wait();

@@ -13,6 +13,7 @@
 #include <spawn.h>
 #include <stdexcept>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 #include <utility>
 
@@ -132,6 +133,7 @@ struct CChildProcess::TState {
     TClock::time_point deadline;
     /// Standard output, standard error, the terminal, and a pipe that the child holds as long as it lives.
     std::array<TSource, 4> sources;
+    std::string firstSettings;
 
     TSource& Terminal() { return sources[2]; }
     TSource& Life() { return sources[3]; }
@@ -158,6 +160,16 @@ struct CChildProcess::TState {
             source.isOpen = false;
     }
 
+    std::string DescribeTerminal() {
+        termios settings{};
+        Check(tcgetattr(Terminal().handle.Get(), &settings) == 0, "no settings");
+        std::string text;
+        for (const tcflag_t flags : {settings.c_iflag, settings.c_oflag, settings.c_cflag, settings.c_lflag})
+            text += std::to_string(flags) + " ";
+        for (const cc_t key : settings.c_cc) text += std::to_string(key) + " ";
+        return text;
+    }
+
     bool IsAnyOpen() const {
         return std::any_of(sources.begin(), sources.end(),
                            [](const TSource& source) { return source.isOpen; });
@@ -177,7 +189,7 @@ CChildProcess::CChildProcess(const std::string& program, const TChildOptions& op
     TPipe errors;
     TPipe life;
     CStart start;
-    start.Open(0, "/dev/null", O_RDONLY);
+    start.Open(0, options.input.empty() ? "/dev/null" : options.input.c_str(), O_RDONLY);
     switch (options.output) {
     case TChildOutput::Captured:
         start.Pass(output.writer, 1);
@@ -195,6 +207,7 @@ CChildProcess::CChildProcess(const std::string& program, const TChildOptions& op
         state_->Terminal() = {OpenPseudoTerminal(), {}, true};
         char name[128];
         Check(ptsname_r(state_->Terminal().handle.Get(), name, sizeof(name)) == 0, "no terminal name");
+        state_->firstSettings = state_->DescribeTerminal();
         start.Open(kTerminalHandle, name, O_RDWR);
         if (options.isErrorTerminal) start.Open(2, name, O_RDWR);
     }
@@ -215,8 +228,8 @@ unsigned int CChildProcess::GetProcessId() const {
     return static_cast<unsigned int>(state_->process);
 }
 
-bool CChildProcess::WaitForTerminal(const std::string& text) {
-    while (state_->Terminal().text.find(text) == std::string::npos) {
+bool CChildProcess::WaitForTerminal(const std::string& text, std::size_t from) {
+    while (state_->Terminal().text.find(text, from) == std::string::npos) {
         if (!state_->Life().isOpen || !state_->Receive()) return false;
     }
     return true;
@@ -230,6 +243,18 @@ void CChildProcess::Type(const std::string& keys) {
 
 std::string CChildProcess::GetTerminal() const {
     return state_->Terminal().text;
+}
+
+std::string CChildProcess::GetTerminalSettings() const {
+    return state_->DescribeTerminal();
+}
+
+std::string CChildProcess::GetFirstTerminalSettings() const {
+    return state_->firstSettings;
+}
+
+void CChildProcess::Kill() {
+    state_->Kill();
 }
 
 TChildEnd CChildProcess::Wait() {

@@ -88,10 +88,11 @@ private:
     std::thread thread_;
 };
 
-CHandle OpenNull() {
+CHandle OpenInput(const std::filesystem::path& path) {
     SECURITY_ATTRIBUTES inherited{sizeof(inherited), nullptr, TRUE};
-    const HANDLE handle = CreateFileW(L"NUL", GENERIC_READ, 0, &inherited, OPEN_EXISTING, 0, nullptr);
-    Check(handle != INVALID_HANDLE_VALUE, "no NUL");
+    const HANDLE handle = CreateFileW(path.empty() ? L"NUL" : path.c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                      &inherited, OPEN_EXISTING, 0, nullptr);
+    Check(handle != INVALID_HANDLE_VALUE, "no input");
     return CHandle(handle);
 }
 
@@ -174,7 +175,7 @@ CChildProcess::CChildProcess(const std::string& program, const TChildOptions& op
     for (const std::string& argument : options.arguments)
         command += L' ' + (argument.empty() ? L"\"\"" : std::wstring(argument.begin(), argument.end()));
 
-    const CHandle input = OpenNull();
+    const CHandle input = OpenInput(options.input);
     STARTUPINFOW startup{};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
@@ -206,12 +207,22 @@ unsigned int CChildProcess::GetProcessId() const {
 }
 
 // A console is another thing than a terminal; no child is given one here.
-bool CChildProcess::WaitForTerminal(const std::string&) {
+bool CChildProcess::WaitForTerminal(const std::string&, std::size_t) {
     return false;
 }
 void CChildProcess::Type(const std::string&) {}
 std::string CChildProcess::GetTerminal() const {
     return {};
+}
+std::string CChildProcess::GetTerminalSettings() const {
+    return {};
+}
+std::string CChildProcess::GetFirstTerminalSettings() const {
+    return {};
+}
+
+void CChildProcess::Kill() {
+    TerminateProcess(state_->process.Get(), 1);
 }
 
 TChildEnd CChildProcess::Wait() {

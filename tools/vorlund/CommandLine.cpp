@@ -6,6 +6,7 @@
 #include "ConvertPlan.h"
 #include "Folders.h"
 #include "Listings.h"
+#include "OptionTexts.h"
 #include "Suggestion.h"
 
 #include <vorlund/DataFormat.h>
@@ -14,7 +15,6 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -29,23 +29,10 @@ const std::map<std::string, std::uint32_t> kSampleFormats{{"u8", vorlund::SAMPLE
                                                           {"s32", vorlund::SAMPLE_FORMAT_32BIT},
                                                           {"f32", vorlund::SAMPLE_FORMAT_FLOAT}};
 
-/// The parser's own conversion takes -1, and numbers that are too large, for very large ones.
-std::string CheckCount(const std::string& text) {
-    std::uint64_t count = 0;
-    const char* const end = text.data() + text.size();
-    const auto [next, error] = std::from_chars(text.data(), end, count);
-    return error == std::errc() && next == end ? "" : "needs a number of bytes, not " + text;
-}
-
-std::string CheckSize(const std::string& text) {
-    return ParseVideoSize(text) ? "" : "needs a size like 640x480, at most 16384x16384, not " + text;
-}
-
-std::string CheckVideoName(const std::string& name) {
-    return name == "-" || IsPngName(name) || IsY4mName(name)
-               ? ""
-               : "needs a name that ends in .png or .y4m, not " + name;
-}
+const std::map<std::string, vorlund::TAudioPictureKind> kPictures{
+    {"oscilloscope", vorlund::AUDIO_PICTURE_OSCILLOSCOPE},
+    {"spectrum", vorlund::AUDIO_PICTURE_SPECTRUM},
+    {"both", vorlund::AUDIO_PICTURE_BOTH}};
 
 /// `size` holds the default, which the help tells.
 CLI::Option* AddVideoSizeOption(CLI::App& command, TVideoSize& size) {
@@ -58,27 +45,6 @@ CLI::Option* AddVideoSizeOption(CLI::App& command, TVideoSize& size) {
 }
 
 // Each adds its subcommand to the program. When the command line chooses it, `command` is set.
-
-/// A number of seconds, or "minutes:seconds", or with hours before them; nothing for other texts.
-std::optional<double> ParseTime(const std::string& text) {
-    double time = 0;
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    for (int parts = 0; parts < 3; ++parts) {
-        double part = 0;
-        const auto [next, error] = std::from_chars(at, end, part);
-        if (error != std::errc() || !(part >= 0 && part < 1e9)) return {};
-        time = time * 60 + part;
-        if (next == end) return time;
-        if (*next != ':') return {};
-        at = next + 1;
-    }
-    return {};
-}
-
-std::string CheckTime(const std::string& text) {
-    return ParseTime(text) ? "" : "needs a time like 90, 1:30 or 0:01:30.5, not " + text;
-}
 
 void AddConvertCommand(CLI::App& program, TCommand& command) {
     const auto options = std::make_shared<TConvertOptions>();
@@ -184,6 +150,87 @@ void AddPlasmaCommand(CLI::App& program, TCommand& command) {
         ->required()
         ->check(CLI::Validator(&CheckVideoName, "NAME"));
     plasma->callback([options, &command] { command = [options](CDiagnostics&) { RunPlasma(*options); }; });
+}
+
+/// In seconds; without it the device decides.
+void AddLatencyOption(CLI::App& command, double& latency) {
+    command
+        .add_option("--latency", latency, "Seconds that the device may keep, 0.001 to 10 (default: its own)")
+        ->check(CLI::Range(0.001, 10.0));
+}
+
+void AddPlayCommand(CLI::App& program, TCommandLine& line) {
+    const auto options = std::make_shared<TPlayOptions>();
+    CLI::App* const play = program.add_subcommand("play", "Play sound files");
+    play->add_option("files", options->files, "Files to play, one after the other; - for standard input")
+        ->required();
+    play->add_option("--device", options->device,
+                     "One that 'vorlund devices' lists; null, or file:OUT.wav (default: the system's)")
+        ->type_name("ID");
+    // A flag that counts would begin with 0.
+    const auto rounds = std::make_shared<std::string>();
+    play->add_flag("--loop{endless}", *rounds, "Play the list without end, or with --loop=COUNT so often")
+        ->check(CLI::Validator(&CheckRounds, ""));
+    play->add_option_function<std::string>(
+            "--from", [options](const std::string& text) { options->from = *ParseTime(text); },
+            "Begin the first file at this time, like 90 or 1:30")
+        ->check(CLI::Validator(&CheckTime, "TIME"));
+    play->add_option("--volume", options->volume, "Factor for every sample, 0 to 16 (default 1)")
+        ->check(CLI::Range(0.0, 16.0));
+    AddLatencyOption(*play, options->latency);
+    CLI::Option* const window = play->add_flag_callback(
+        "--window",
+        [options] {
+            if (!options->picture) options->picture = vorlund::AUDIO_PICTURE_BOTH;
+        },
+        "Show live pictures in a window (needs the plug-ins visual and window-output)");
+    play->add_option_function<std::string>(
+            "--picture", [options](const std::string& name) { options->picture = kPictures.at(name); },
+            "What the window shows (default both)")
+        ->check(CLI::IsMember(kPictures))
+        ->type_name("NAME")
+        ->needs(window);
+    play->footer("Keys on a terminal and in the window: space pauses, left and right move by 5 s, up or n "
+                 "and down or p go to the "
+                 "next file and the one before, + and - change the volume, q or Escape ends.");
+    play->callback([options, rounds, &line] {
+        if (!rounds->empty()) options->times = *ParseRounds(*rounds);
+        line.command = [options](CDiagnostics& diagnostics) { RunPlay(*options, diagnostics); };
+        line.needsDevices = true;
+    });
+}
+
+void AddRecordCommand(CLI::App& program, TCommandLine& line) {
+    const auto options = std::make_shared<TRecordOptions>();
+    CLI::App* const record = program.add_subcommand("record", "Record sound into a WAV file");
+    record
+        ->add_option("-o,--output", options->output,
+                     "File to write, in place of what is there; - for standard output")
+        ->required()
+        ->check(CLI::Validator(&CheckRecording, "NAME"));
+    record
+        ->add_option("--device", options->device,
+                     "One that 'vorlund devices' lists, or null (default: the system's)")
+        ->type_name("ID");
+    record
+        ->add_option_function<std::string>(
+            "--duration", [options](const std::string& text) { options->duration = *ParseTime(text); },
+            "End after this time, like 90 or 1:30 (default: at Ctrl-C)")
+        ->check(CLI::Validator(&CheckTime, "TIME"));
+    record->add_option("--rate", options->rate, "Frames per second (default: as the device)")
+        ->check(CLI::Range(1000u, 768000u));
+    record->add_option("--channels", options->channels, "1 to 8 (default: as the device, at most 2)")
+        ->check(CLI::Range(1u, 8u));
+    record->add_option("--bits", options->bits, "Bits of a sample: 8, 16, 24, 32 or float (default 16)")
+        ->check(CLI::IsMember({"8", "16", "24", "32", "float"}))
+        ->type_name("BITS");
+    record->add_flag("--loopback", options->isLoopback, "Record what an output plays");
+    AddLatencyOption(*record, options->latency);
+    record->footer("Keys on a terminal: space pauses, q or Escape ends, as Ctrl-C does.");
+    record->callback([options, &line] {
+        line.command = [options](CDiagnostics& diagnostics) { RunRecord(*options, diagnostics); };
+        line.needsDevices = true;
+    });
 }
 
 void AddRandomCommand(CLI::App& program, TCommand& command) {
@@ -358,10 +405,13 @@ TCommandLine ReadCommandLine(const std::vector<std::string>& arguments) {
     AddListing(app, line, "codecs", "List the decoders, and who reads which kind of file", &RunCodecs);
     AddConvertCommand(app, line.command);
     AddDecodeCommand(app, line.command);
+    AddListing(app, line, "devices", "List what plays and records sound", &RunDevices);
     AddInfoCommand(app, line.command);
     AddPlasmaCommand(app, line.command);
+    AddPlayCommand(app, line);
     AddListing(app, line, "plugins", "List the plug-ins, and why others are not loaded", &RunPlugins);
     AddRandomCommand(app, line.command);
+    AddRecordCommand(app, line);
     AddRepairCommand(app, line.command);
     AddTagCommand(app, line.command);
     AddWindowCommand(app, line);

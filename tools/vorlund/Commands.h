@@ -6,7 +6,10 @@
 #include "PcmPipeline.h"
 #include "VideoSize.h"
 
+#include <vorlund/AudioPictures.h>
+
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -74,6 +77,27 @@ bool IsY4mName(const std::string& name);
 
 void RunPlasma(const TPlasmaOptions& options);
 
+struct TPlayOptions {
+    /// "-": the standard input.
+    std::vector<std::string> files;
+    /// As `MakeAudioOutput` takes it.
+    std::string device;
+    /// How often; 0 for without end.
+    std::uint64_t times = 1;
+    /// Where the first file begins, in seconds.
+    double from = 0;
+    /// In seconds; 0 for what the device likes.
+    double latency = 0;
+    /// 0 to 16.
+    double volume = 1;
+    /// What a window shows; nothing for no window.
+    std::optional<vorlund::TAudioPictureKind> picture = {};
+};
+
+/// Plays sound files one after the other. A file that fails is told of, the others are played all the same,
+/// and the command fails at its end.
+void RunPlay(const TPlayOptions& options, CDiagnostics& diagnostics);
+
 struct TRandomOptions {
     std::uint64_t count = 0;
     std::uint32_t seed = 0;
@@ -106,6 +130,26 @@ struct TRepairOptions {
 
 /// Mends the sizes in WAV files, and says what it changed.
 void RunRepair(const TRepairOptions& options, const CDiagnostics& diagnostics);
+
+struct TRecordOptions {
+    /// "-": the standard output.
+    std::string output;
+    /// As `MakeAudioInput` takes it.
+    std::string device;
+    bool isLoopback = false;
+    /// In seconds; nothing for until somebody ends it.
+    std::optional<double> duration = {};
+    /// What is not set is as the device has it.
+    std::optional<std::uint32_t> rate = {};
+    std::optional<std::uint32_t> channels = {};
+    /// "8", "16", "24", "32" or "float".
+    std::string bits = "16";
+    /// In seconds; 0 for what the device likes.
+    double latency = 0;
+};
+
+/// Records into a WAV file, which opens at every moment.
+void RunRecord(const TRecordOptions& options, CDiagnostics& diagnostics);
 
 struct TTagChange {
     std::string key;

@@ -10,17 +10,33 @@ void OnSignal(int) {
     raised = 1;
 }
 
+/// Of the system that has them: the terminal is gone, and what Windows says for Ctrl-Break and a closed
+/// console.
+constexpr int kSignals[] = {
+    SIGINT,
+    SIGTERM,
+#ifdef SIGHUP
+    SIGHUP,
+#endif
+#ifdef SIGBREAK
+    SIGBREAK,
+#endif
+};
+
 } // namespace
 
 CInterrupt::CInterrupt() {
     raised = 0;
-    std::signal(SIGINT, &OnSignal);
-    std::signal(SIGTERM, &OnSignal);
+    for (const int signal : kSignals) {
+        // Who was started to outlive it, does.
+        if (std::signal(signal, &OnSignal) == SIG_IGN) std::signal(signal, SIG_IGN);
+    }
 }
 
 CInterrupt::~CInterrupt() {
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
+    for (const int signal : kSignals) {
+        if (std::signal(signal, SIG_DFL) == SIG_IGN) std::signal(signal, SIG_IGN);
+    }
 }
 
 bool CInterrupt::IsRaised() const {

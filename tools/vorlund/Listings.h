@@ -12,6 +12,9 @@ void RunClasses(const TListOptions& options);
 /// Decoders, encoders, devices, and the kinds of files with who reads them.
 void RunCodecs(const TListOptions& options);
 
+/// What plays and records sound.
+void RunDevices(const TListOptions& options);
+
 /// The folders that are searched, and every file in them that has the name of a plug-in.
 void RunPlugins(const TListOptions& options);
 

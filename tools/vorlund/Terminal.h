@@ -11,6 +11,9 @@ void PrepareStandardStreams();
 /// True when the standard error stream is a terminal.
 bool IsErrorTerminal();
 
+/// Characters in a line of that terminal; 80 when it does not say.
+int GetErrorColumns();
+
 /// The standard input, switched to read bytes as they are.
 std::FILE* GetBinaryInput();
 

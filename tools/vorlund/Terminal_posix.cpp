@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cwchar>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 void PrepareStandardStreams() {
@@ -17,6 +18,11 @@ void PrepareStandardStreams() {
 
 bool IsErrorTerminal() {
     return isatty(STDERR_FILENO) != 0;
+}
+
+int GetErrorColumns() {
+    winsize size{};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }
 
 std::FILE* GetBinaryInput() {

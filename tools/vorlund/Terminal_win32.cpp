@@ -12,6 +12,13 @@ bool IsErrorTerminal() {
     return _isatty(_fileno(stderr)) != 0;
 }
 
+int GetErrorColumns() {
+    CONSOLE_SCREEN_BUFFER_INFO info;
+    return GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info)
+               ? info.srWindow.Right - info.srWindow.Left + 1
+               : 80;
+}
+
 std::FILE* GetBinaryInput() {
     _setmode(_fileno(stdin), _O_BINARY);
     return stdin;

@@ -4,20 +4,19 @@
 #include "FramePacer.h"
 #include "Interrupt.h"
 #include "Media.h"
+#include "VideoDevice.h"
 
 #include "../../plugins/support/PixelForm.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/DataFormat.h>
 #include <vorlund/DecoderSupport.h>
-#include <vorlund/DeviceClassStore.h>
-#include <vorlund/ObjectList.h>
 #include <vorlund/Path.h>
 #include <vorlund/PlasmaVideoGenerator.h>
 #include <vorlund/RefPtr.h>
-#include <vorlund/VideoOutput.h>
-#include <vorlund/Vorlund.h>
+#include <vorlund/WindowedOutput.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -39,25 +38,6 @@ struct TShow {
     double GetRate() const { return shown > 1 && seconds > 0 ? static_cast<double>(shown - 1) / seconds : 0; }
 };
 
-/// The store is asked before it creates: a creation that finds no device leaves the store locked.
-bool HasVideoDevice() {
-    const auto devices = CRefPtr<IObjectList>::Adopt(v.GetDeviceClassStore().EnumerateDevices());
-    for (unsigned int i = 0; i < devices->GetObjectCount(); ++i) {
-        const auto device = CRefPtr<IObject>::Adopt(devices->GetObject(i)).Query<IPtrObject>();
-        const auto* const info = static_cast<const TDeviceClassInfo*>(device->GetPtr());
-        if (info->deviceType == DEVICE_TYPE_VIDEO) return true;
-    }
-    return false;
-}
-
-CRefPtr<IVideoOutput> CreateOutput() {
-    if (!HasVideoDevice()) throw TProgramError{VRL_L("There is no video device: no plug-in registered one")};
-    auto output =
-        CRefPtr<IObject>::Adopt(v.GetClassStore().CreateObject(classid::CVideoDevice)).Query<IVideoOutput>();
-    if (!output) throw TProgramError{VRL_L("The video device shows no frames")};
-    return output;
-}
-
 /// What is shown: `read` delivers the frame of a number, or returns false when there is none.
 struct TShowing {
     TDataFormat_VideoRgb format;
@@ -65,17 +45,44 @@ struct TShowing {
     std::function<bool(std::uint64_t number, std::uint8_t* frame)> read;
 };
 
-/// How often a picture is drawn anew, because it may have been covered.
+/// How often a picture is drawn anew, and the keys are looked at.
 constexpr float kPictureRate = 10;
 
-/// Until `frames` have been shown, there are no more, the window is closed, or the program is interrupted.
+/// Whether the user has pressed Escape in the window of a device.
+class CEscape {
+public:
+    explicit CEscape(IVideoOutput& output)
+        : output_(CRefPtr<IVideoOutput>::Share(&output).Query<IWindowedOutput>()) {
+        if (output_) output_->SetHandler(&OnEvent, this);
+    }
+    CEscape(const CEscape&) = delete;
+    CEscape& operator=(const CEscape&) = delete;
+    ~CEscape() {
+        if (output_) output_->SetHandler(nullptr);
+    }
+
+    bool IsPressed() const { return isPressed_; }
+
+private:
+    static void OnEvent(const TWindowEvent& event, void* user) {
+        if (event.type == WINDOW_EVENT_KEY_PRESSED && event.key == WINDOW_KEY_ESCAPE)
+            static_cast<CEscape*>(user)->isPressed_ = true;
+    }
+
+    std::atomic<bool> isPressed_ = false;
+    CRefPtr<IWindowedOutput> output_;
+};
+
+/// Until `frames` have been shown, there are no more, the window is closed, Escape is pressed, or the program
+/// is interrupted.
 TShow Show(const TShowing& showing, IVideoOutput& output, std::uint64_t frames) {
     const CInterrupt interrupt;
+    const CEscape escape(output);
     std::vector<std::uint8_t> frame(showing.format.image.GetSizeInBytes());
     const auto start = CFramePacer::TClock::now();
     CFramePacer pacer(showing.format.frameRate, start);
     TShow show;
-    while (!interrupt.IsRaised()) {
+    while (!interrupt.IsRaised() && !escape.IsPressed()) {
         if (!showing.read(show.shown + pacer.GetDropped(), frame.data())) break;
         if (!output.Present(frame.data())) break;
         ++show.shown;
@@ -122,10 +129,8 @@ TShowing ShowVideo(const CRefPtr<IInputStream>& stream, const wstring& title) {
 }
 
 TShow ShowInWindow(const TShowing& showing, std::uint64_t frames) {
-    const auto output = CreateOutput();
-    if (!output->Open(showing.format, showing.title.c_str())) {
-        throw TProgramError{VRL_L("The video device cannot open a window: is there a display?")};
-    }
+    const auto output = MakeVideoOutput();
+    OpenVideoOutput(*output, showing.format, showing.title);
     const TShow show = Show(showing, *output, frames);
     output->Close();
     return show;

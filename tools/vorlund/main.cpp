@@ -4,6 +4,7 @@
 #include "Decoding.h"
 #include "Diagnostics.h"
 #include "Folders.h"
+#include "Keyboard.h"
 #include "OpenCauses.h"
 #include "PluginTexts.h"
 #include "Terminal.h"
@@ -31,6 +32,7 @@ constexpr const vorlund::wchar* kOutOfMemory = VRL_L("Out of memory");
     const std::type_info* const type = abi::__cxa_current_exception_type();
     if (type && *type != typeid(std::bad_alloc) && *type != typeid(vorlund::COutOfMemoryException))
         std::abort();
+    RestoreTerminal();
     std::fputs("vorlund: Out of memory\n", stderr);
     std::_Exit(kExitFailed);
 }

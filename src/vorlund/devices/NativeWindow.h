@@ -9,6 +9,8 @@
 
 namespace vorlund {
 
+class CWindowEvents;
+
 /// In pixels.
 struct TWindowSize {
     int width = 0;
@@ -21,8 +23,9 @@ struct TWindowSize {
 class CNativeWindow {
 public:
     /// Creates a window with the system's own size and place, shows and paints it. Null when the system has
-    /// no window to give.
-    static std::unique_ptr<CNativeWindow> Create(const wchar* title);
+    /// no window to give. `events` is told of what happens while the loop runs, the size at its beginning
+    /// first; closing is left to the caller, who sees the loop end.
+    static std::unique_ptr<CNativeWindow> Create(const wchar* title, CWindowEvents& events);
 
     CNativeWindow() = default;
     CNativeWindow(const CNativeWindow&) = delete;
@@ -37,7 +40,7 @@ public:
     virtual void SetTitle(const wchar* title) = 0;
     /// Keeps the address of the window's object with the window, where the system has a place for it.
     virtual void SetOwner(void* owner) = 0;
-    /// Makes the loop end, with the window destroyed.
+    /// Makes the loop end, with the window destroyed. Also from inside the loop.
     virtual void Destroy() = 0;
     /// Runs until the window is gone.
     virtual void RunLoop() = 0;

@@ -3,7 +3,7 @@
 
 namespace vorlund {
 
-std::unique_ptr<CNativeWindow> CNativeWindow::Create(const wchar*) {
+std::unique_ptr<CNativeWindow> CNativeWindow::Create(const wchar*, CWindowEvents&) {
     return nullptr;
 }
 

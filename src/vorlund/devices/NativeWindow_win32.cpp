@@ -1,5 +1,7 @@
 #include "vorlund/api/platform/WindowsLean.h"
 #include "vorlund/devices/NativeWindow.h"
+#include "vorlund/devices/WindowEvents.h"
+#include "vorlund/devices/WindowKeys_win32.h"
 
 namespace vorlund {
 namespace {
@@ -9,7 +11,21 @@ constexpr DWORD kStyle = WS_OVERLAPPEDWINDOW;
 /// Any thread may send it; only the window's own thread can destroy a window.
 constexpr UINT kDestroyMessage = WM_APP;
 
+/// The window whose loop runs on this thread, and where its events go.
+struct TLoop {
+    HWND window = nullptr;
+    CWindowEvents* events = nullptr;
+};
+constinit thread_local TLoop loop;
+
+TWindowSize GetInside(HWND window) {
+    RECT client{};
+    GetClientRect(window, &client);
+    return {static_cast<int>(client.right), static_cast<int>(client.bottom)};
+}
+
 LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    CWindowEvents* const events = loop.window == window ? loop.events : nullptr;
     switch (message) {
     case WM_CREATE:
         return 0;
@@ -21,13 +37,20 @@ LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM wParam, LPARA
         DestroyWindow(window);
         return 0;
     default:
-        return DefWindowProcW(window, message, wParam, lParam);
+        break;
     }
+    const LRESULT result = DefWindowProcW(window, message, wParam, lParam);
+    if (!events) return result;
+    if (message == WM_SIZE && wParam != SIZE_MINIMIZED) events->TellSize(GetInside(window));
+    // Behind the default, which takes the request to paint away.
+    if (message == WM_PAINT) events->TellExposed();
+    if (message == WM_KILLFOCUS) events->TellAllReleased();
+    return result;
 }
 
 class CNativeWindowWin32 final : public CNativeWindow {
 public:
-    explicit CNativeWindowWin32(HWND window) : window_(window) {}
+    CNativeWindowWin32(HWND window, CWindowEvents& events) : window_(window), events_(events) {}
 
     void* GetHandle() const override { return window_; }
 
@@ -52,22 +75,28 @@ public:
     void Destroy() override { SendMessageW(window_, kDestroyMessage, 0, 0); }
 
     void RunLoop() override {
+        loop = {window_, &events_};
+        events_.TellSize(GetInside(window_));
         MSG message;
         while (GetMessageW(&message, nullptr, 0, 0) > 0) {
             TranslateMessage(&message);
+            // Here, not in the procedure: the characters of keys are in the queue behind them.
+            if (message.hwnd == window_) TellKeys(events_, message);
             DispatchMessageW(&message);
         }
+        loop = {};
         // Fails while another window of the class exists, so the last one succeeds.
         UnregisterClassW(kClassName, GetModuleHandleW(nullptr));
     }
 
 private:
     HWND window_;
+    CWindowEvents& events_;
 };
 
 } // namespace
 
-std::unique_ptr<CNativeWindow> CNativeWindow::Create(const wchar* title) {
+std::unique_ptr<CNativeWindow> CNativeWindow::Create(const wchar* title, CWindowEvents& events) {
     const HINSTANCE process = GetModuleHandleW(nullptr);
     WNDCLASSW windowClass{};
     windowClass.lpfnWndProc = &WindowProcedure;
@@ -82,7 +111,7 @@ std::unique_ptr<CNativeWindow> CNativeWindow::Create(const wchar* title) {
         UnregisterClassW(kClassName, process);
         return nullptr;
     }
-    auto native = std::make_unique<CNativeWindowWin32>(window);
+    auto native = std::make_unique<CNativeWindowWin32>(window, events);
     ShowWindow(window, SW_SHOW);
     UpdateWindow(window);
     return native;

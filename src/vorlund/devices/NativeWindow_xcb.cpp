@@ -3,13 +3,17 @@
 #include "vorlund/api/text/StackArena.h"
 #include "vorlund/api/text/Utf8.h"
 #include "vorlund/devices/NativeWindow.h"
+#include "vorlund/devices/WindowEvents.h"
+#include "vorlund/devices/XcbKeyboard.h"
 #include "vorlund/devices/XcbLibrary.h"
 #include "vorlund/devices/XcbReply.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <string>
+#include <utility>
 
 namespace vorlund {
 namespace {
@@ -31,7 +35,7 @@ constexpr std::uint8_t kResponseTypeMask = 0x7F;
 
 class CNativeWindowXcb final : public CNativeWindow {
 public:
-    explicit CNativeWindowXcb(const TXcbLibrary& xcb) : xcb_(xcb) {}
+    CNativeWindowXcb(const TXcbLibrary& xcb, CWindowEvents& events) : xcb_(xcb), events_(events) {}
     ~CNativeWindowXcb() override {
         if (connection_) xcb_.xcb_disconnect(connection_);
     }
@@ -50,8 +54,17 @@ private:
     const xcb_screen_t& FindScreen(int number) const;
     void FindAtoms();
     bool IsEndAsked(const xcb_client_message_event_t& message) const;
+    void TellSizeAtFirst();
+    void TellKey(const xcb_key_press_event_t& press);
+    void TellReleasedKey(const xcb_key_release_event_t& release);
+    /// False when that was the last one.
+    bool TakeEvent(const xcb_generic_event_t& event);
 
     const TXcbLibrary& xcb_;
+    CWindowEvents& events_;
+    CXcbKeyboard keyboard_{xcb_};
+    /// One that was looked at too early.
+    CXcbReply<xcb_generic_event_t> next_;
     xcb_connection_t* connection_ = nullptr;
     xcb_window_t window_ = 0;
     TAtoms atoms_{};
@@ -64,13 +77,19 @@ bool CNativeWindowXcb::Open(const wchar* title) {
     const xcb_screen_t& screen = FindScreen(screenNumber);
     FindAtoms();
     window_ = xcb_.xcb_generate_id(connection_);
-    const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_EXPOSURE |
+                                 XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
+                                 XCB_EVENT_MASK_FOCUS_CHANGE;
     const xcb_void_cookie_t created =
         xcb_.xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen.root, 0, 0,
                                std::uint16_t{kDefaultSize.width}, std::uint16_t{kDefaultSize.height}, 0,
                                XCB_WINDOW_CLASS_INPUT_OUTPUT, screen.root_visual, XCB_CW_EVENT_MASK, &events);
     xcb_.xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, atoms_.wmProtocols, XCB_ATOM_ATOM,
                              32, 1, &atoms_.wmDeleteWindow);
+    // That it wants the keyboard: some window managers give it to no other.
+    constexpr std::uint32_t kHints[9] = {1, 1};
+    xcb_.xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_HINTS,
+                             XCB_ATOM_WM_HINTS, 32, std::size(kHints), kHints);
     SetTitle(title);
     xcb_.xcb_map_window(connection_, window_);
     const auto error = OwnReply(xcb_.xcb_request_check(connection_, created));
@@ -139,25 +158,81 @@ bool CNativeWindowXcb::IsEndAsked(const xcb_client_message_event_t& message) con
            (message.type == atoms_.wmProtocols && message.data.data32[0] == atoms_.wmDeleteWindow);
 }
 
-void CNativeWindowXcb::RunLoop() {
-    // A lost connection ends it too: there is no event then.
-    while (const auto event = OwnReply(xcb_.xcb_wait_for_event(connection_))) {
-        const int type = event->response_type & kResponseTypeMask;
-        if (type == XCB_DESTROY_NOTIFY) return;
-        if (type == XCB_CLIENT_MESSAGE &&
-            IsEndAsked(reinterpret_cast<const xcb_client_message_event_t&>(*event))) {
+void CNativeWindowXcb::TellSizeAtFirst() {
+    const auto asked = xcb_.xcb_get_geometry(connection_, window_);
+    const auto reply = OwnReply(xcb_.xcb_get_geometry_reply(connection_, asked, nullptr));
+    if (reply) events_.TellSize({reply->width, reply->height});
+}
+
+void CNativeWindowXcb::TellKey(const xcb_key_press_event_t& press) {
+    events_.TellPressed(press.detail, keyboard_.GetKey(press.detail, press.state), GetModifiers(press.state));
+}
+
+void CNativeWindowXcb::TellReleasedKey(const xcb_key_release_event_t& release) {
+    // A key that is held is repeated as a release and a press of the same moment. What the server has said by
+    // now is there behind an answer of it.
+    OwnReply(xcb_.xcb_get_geometry_reply(connection_, xcb_.xcb_get_geometry(connection_, window_), nullptr));
+    next_ = OwnReply(xcb_.xcb_poll_for_event(connection_));
+    if (next_ && (next_->response_type & kResponseTypeMask) == XCB_KEY_PRESS) {
+        const auto& press = reinterpret_cast<const xcb_key_press_event_t&>(*next_);
+        if (press.detail == release.detail && press.time == release.time) return;
+    }
+    events_.TellReleased(release.detail, GetModifiers(release.state));
+}
+
+bool CNativeWindowXcb::TakeEvent(const xcb_generic_event_t& event) {
+    switch (event.response_type & kResponseTypeMask) {
+    case XCB_DESTROY_NOTIFY:
+        return false;
+    case XCB_CLIENT_MESSAGE:
+        if (IsEndAsked(reinterpret_cast<const xcb_client_message_event_t&>(event))) {
             xcb_.xcb_destroy_window(connection_, window_);
             xcb_.xcb_flush(connection_);
         }
+        break;
+    case XCB_CONFIGURE_NOTIFY: {
+        const auto& change = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
+        events_.TellSize({change.width, change.height});
+        break;
+    }
+    case XCB_EXPOSE:
+        // Further parts of the same follow unless it is 0.
+        if (reinterpret_cast<const xcb_expose_event_t&>(event).count == 0) events_.TellExposed();
+        break;
+    case XCB_KEY_PRESS:
+        TellKey(reinterpret_cast<const xcb_key_press_event_t&>(event));
+        break;
+    case XCB_KEY_RELEASE:
+        TellReleasedKey(reinterpret_cast<const xcb_key_release_event_t&>(event));
+        break;
+    case XCB_FOCUS_OUT:
+        events_.TellAllReleased();
+        break;
+    case XCB_MAPPING_NOTIFY:
+        keyboard_.Load(connection_);
+        break;
+    default:
+        break;
+    }
+    return true;
+}
+
+void CNativeWindowXcb::RunLoop() {
+    keyboard_.Load(connection_);
+    TellSizeAtFirst();
+    for (;;) {
+        const auto event = next_ ? std::move(next_) : OwnReply(xcb_.xcb_wait_for_event(connection_));
+        // A lost connection ends it too: there is no event then.
+        if (!event || !TakeEvent(*event)) return;
     }
 }
 
 } // namespace
 
-std::unique_ptr<CNativeWindow> CNativeWindow::Create(const wchar* title) {
+std::unique_ptr<CNativeWindow> CNativeWindow::Create(const wchar* title, CWindowEvents& events) {
     const TXcbLibrary* const xcb = LoadXcb();
     if (!xcb) return nullptr;
-    auto window = std::make_unique<CNativeWindowXcb>(*xcb);
+    auto window = std::make_unique<CNativeWindowXcb>(*xcb, events);
     if (!window->Open(title)) return nullptr;
     return window;
 }

@@ -7,12 +7,15 @@ namespace vorlund {
 
 void CVideoWindow::Open() {
     if (handle_) return;
+    // From a handler: there is nothing that could wait for the window.
+    if (IsOnWindowThread()) return;
     JoinThread();
     // An event that the system has refused is never set, and waiting for it ends at once, while the thread
     // goes on. Then there is no window: the null handle says so.
     ready_.SetState(true);
     if (!ready_.GetState()) return;
     ready_.SetState(false);
+    isClosing_ = false;
     try {
         thread_ = std::thread(&CVideoWindow::RunThread, this);
     } catch (const std::system_error&) {
@@ -23,8 +26,9 @@ void CVideoWindow::Open() {
 }
 
 void CVideoWindow::Close() {
+    isClosing_ = true;
     if (handle_) native_->Destroy();
-    JoinThread();
+    if (!IsOnWindowThread()) JoinThread();
 }
 
 void CVideoWindow::SetClientSize(int width, int height) {
@@ -50,9 +54,12 @@ void CVideoWindow::JoinThread() {
     if (!thread_.joinable()) return;
     thread_.join();
     native_ = nullptr;
+    windowThread_ = std::thread::id();
 }
 
 void CVideoWindow::RunThread() {
+    windowThread_ = std::this_thread::get_id();
+    events_.Begin();
     try {
         CreateNative();
     } catch (const std::bad_alloc&) {
@@ -64,10 +71,11 @@ void CVideoWindow::RunThread() {
     if (!isOpen) return;
     native_->RunLoop();
     handle_ = nullptr;
+    if (!isClosing_) events_.TellClosed();
 }
 
 void CVideoWindow::CreateNative() {
-    native_ = CNativeWindow::Create(title_);
+    native_ = CNativeWindow::Create(title_, events_);
     if (!native_) return;
     handle_ = native_->GetHandle();
     if (clientSize_.width > 0 && clientSize_.height > 0) {

@@ -17,10 +17,17 @@ struct TXcbLibrary {
     X(xcb_disconnect)                                                                                        \
     X(xcb_flush)                                                                                             \
     X(xcb_generate_id)                                                                                       \
+    X(xcb_get_geometry)                                                                                      \
+    X(xcb_get_geometry_reply)                                                                                \
+    X(xcb_get_keyboard_mapping)                                                                              \
+    X(xcb_get_keyboard_mapping_keysyms)                                                                      \
+    X(xcb_get_keyboard_mapping_keysyms_length)                                                               \
+    X(xcb_get_keyboard_mapping_reply)                                                                        \
     X(xcb_get_setup)                                                                                         \
     X(xcb_intern_atom)                                                                                       \
     X(xcb_intern_atom_reply)                                                                                 \
     X(xcb_map_window)                                                                                        \
+    X(xcb_poll_for_event)                                                                                    \
     X(xcb_request_check)                                                                                     \
     X(xcb_screen_next)                                                                                       \
     X(xcb_send_event)                                                                                        \

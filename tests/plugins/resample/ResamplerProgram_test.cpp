@@ -1,4 +1,4 @@
-// "vorlund convert --rate" with the plug-in.
+// "vorlund convert --rate", and a list of several rates that is played, with the plug-in.
 #include "data/file/TemporaryFolder.h"
 #include "support/ChildProcess.h"
 #include "support/WavBuilder.h"
@@ -39,6 +39,27 @@ TEST(ResamplerProgram, FilesGetAnotherRate) {
             ASSERT_NEAR(sample, 10000 * std::sin(kAngle * i / rate), 3) << i;
         }
     }
+}
+
+TEST(ResamplerProgram, ListOfSeveralRatesIsPlayedAtTheFirst) {
+    const CTemporaryFolder folder;
+    TChildOptions options{.arguments = {"play"}};
+    for (const std::uint32_t rate : {48000U, 44100U, 8000U, 48000U}) {
+        const std::string name =
+            (folder.GetPath() / (std::to_string(options.arguments.size()) + ".wav")).string();
+        // Half a second of one level.
+        TBytes samples;
+        for (std::uint32_t i = 0; i < rate / 2; ++i) Append16(samples, 1000);
+        const TBytes wav = PlainWav({.samplesPerSec = rate}, samples);
+        WriteFile(name, std::string(wav.begin(), wav.end()));
+        options.arguments.push_back(name);
+    }
+    const std::string output = (folder.GetPath() / "out.wav").string();
+    options.arguments.insert(options.arguments.end(), {"--device", "file:" + output});
+    const TChildEnd end = RunChild("vorlund", options);
+    ASSERT_TRUE(end.IsSuccess()) << end.errors;
+    const std::string file = ReadFile(output);
+    EXPECT_EQ((file.size() - file.find("data") - 8) / 2, 4u * 24000);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <vorlund/Exception.h>
 #include <vorlund/ObjectCounter.h>
 
+#include <atomic>
 #include <utility>
 
 namespace vorlund {
@@ -34,10 +35,8 @@ void CObjectCounter::Close() {
 // Kept for existing applications: the class is ignored, and one sequence of numbers serves all classes.
 int CObjectCounter::OnCreateObject(const CId&) {
     if (!next_) Raise<CBugException>(kCreateNotInitialized);
-    const int number = *next_;
-    // After the greatest int the numbers go on with the least.
-    *next_ = static_cast<int>(static_cast<unsigned int>(number) + 1u);
-    return number;
+    // Objects are made on several threads at once. After the greatest int the numbers go on with the least.
+    return std::atomic_ref<int>(*next_).fetch_add(1, std::memory_order_relaxed);
 }
 
 void CObjectCounter::OnDestroyObject(const CId&) {

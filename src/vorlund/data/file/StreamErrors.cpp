@@ -1,4 +1,5 @@
 #include "vorlund/data/base/BufferedOutput.h"
+#include "vorlund/data/base/ReadErrorSource.h"
 #include "vorlund/data/base/StreamChain.h"
 #include "vorlund/data/file/FileInputStream.h"
 #include "vorlund/data/file/FileOutputStream.h"
@@ -27,8 +28,10 @@ CRefPtr<CFileOutputStream> FindOutputFile(IOutputStream& stream) {
 } // namespace
 
 std::uint32_t GetReadError(IInputStream& stream) {
-    const auto file = FindFile<CFileInputStream>(stream);
-    return file ? file->GetReadError() : 0;
+    if (const auto file = FindFile<CFileInputStream>(stream)) return file->GetReadError();
+    const auto end = EndOfChain(stream);
+    const auto* const source = dynamic_cast<const CReadErrorSource*>(end.Get());
+    return source ? source->GetReadError() : 0;
 }
 
 std::uint32_t GetWriteError(IOutputStream& stream) {
