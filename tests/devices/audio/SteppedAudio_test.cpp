@@ -3,10 +3,15 @@
 
 #include "support/Text.h"
 
+#include <vorlund/ClassIds.h>
+#include <vorlund/MemoryStream.h>
+#include <vorlund/SetFormatIsf.h>
+
 #include <cstring>
 #include <functional>
 #include <memory>
 #include <random>
+#include <vector>
 
 namespace vorlund::test {
 namespace {
@@ -36,7 +41,8 @@ protected:
             const auto info = object.Query<IAudioDeviceInfo>();
             EXPECT_EQ(info->GetDirection(), direction);
             text += Narrow(info->GetId()) + (info->IsDefault() ? "* " : " ") +
-                    std::to_string(info->GetChannels()) + " " + std::to_string(info->GetSamplesPerSec()) + "\n";
+                    std::to_string(info->GetChannels()) + " " + std::to_string(info->GetSamplesPerSec()) +
+                    "\n";
         }
         return text;
     }
@@ -177,6 +183,26 @@ TEST_F(SteppedAudio, AnotherDefaultMayHaveAnotherFormat) {
     EXPECT_EQ(Part(GetPlayed(kA), 8000, 8400), written);
 }
 
+TEST_F(SteppedAudio, TheExampleOfItsPage) {
+    // docs/audio-devices.md
+    CSteppedAudio audio;
+    const auto system = CRefPtr<IAudioSystem>::Adopt(audio.GetSystem());
+    const auto output = CRefPtr<IAudioOutput>::Adopt(system->CreateOutput(nullptr));
+    output->OpenOutput({SAMPLE_FORMAT_16BIT, 1, 48000}, kDefaultAudioLatency);
+    const std::vector<std::int16_t> sound(1000, 7);
+    const auto stream = CRefPtr<IInputStream>::Adopt(CreateMemoryInput(sound.data(), 2000));
+    const auto pcm = CreateAs<ISetFormatIsf>(classid::CSetFormatIsf);
+    const TDataFormat_AudioPcm format(SAMPLE_FORMAT_16BIT, 1, 48000);
+    pcm->SetFormat(&format);
+    pcm->Connect(stream.Get());
+    output->Play(pcm.Get());
+    audio.SetDefaultAt(300, VRL_L("b"));
+    audio.Step(1000);
+    EXPECT_EQ(audio.GetPlayedSize(VRL_L("a")), 600u);
+    EXPECT_EQ(audio.GetPlayedSize(VRL_L("b")), 1400u);
+    EXPECT_EQ(output->GetPosition(), 1000u);
+}
+
 TEST_F(SteppedAudio, ClocksDrift) {
     const auto one = CreateOutput(kA);
     const auto other = CreateOutput(kB);
@@ -235,10 +261,12 @@ TEST_F(SteppedAudio, OtherDevicesAreRefused) {
     expect(VRL_L("vorlund::CSteppedAudio::GetPlayedSize"), 8, [&] { audio_.GetPlayedSize(kC); });
     expect(VRL_L("vorlund::CSteppedAudio::ForgetPlayed"), 9, [&] { audio_.ForgetPlayed(kC); });
     expect(VRL_L("vorlund::CSteppedAudio::SetInput"), 10, [&] { audio_.SetInput(kC, nullptr, 0); });
-    ExpectRaises<CNullPtrException>({VRL_L("vorlund::CSteppedAudio::GetPlayed"), kFile, 12, VRL_L("buffer is NULL")},
-                                    [&] { audio_.GetPlayed(kA, 0, nullptr, 1); });
-    ExpectRaises<CNullPtrException>({VRL_L("vorlund::CSteppedAudio::SetInput"), kFile, 13, VRL_L("buffer is NULL")},
-                                    [&] { audio_.SetInput(kA, nullptr, 1); });
+    ExpectRaises<CNullPtrException>(
+        {VRL_L("vorlund::CSteppedAudio::GetPlayed"), kFile, 12, VRL_L("buffer is NULL")},
+        [&] { audio_.GetPlayed(kA, 0, nullptr, 1); });
+    ExpectRaises<CNullPtrException>(
+        {VRL_L("vorlund::CSteppedAudio::SetInput"), kFile, 13, VRL_L("buffer is NULL")},
+        [&] { audio_.SetInput(kA, nullptr, 1); });
 }
 
 } // namespace
