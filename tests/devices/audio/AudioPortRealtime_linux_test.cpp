@@ -1,11 +1,9 @@
 // What ports call never allocates and never waits.
 #include "devices/audio/AudioTest.h"
+#include "devices/audio/CalledPort.h"
 #include "devices/audio/RealtimeWatch_linux.h"
 
 #include "support/LibraryScope.h"
-
-#include <vorlund/AudioPort.h>
-#include <vorlund/ObjectImpl.h>
 
 #include <atomic>
 #include <mutex>
@@ -14,26 +12,6 @@
 
 namespace vorlund::test {
 namespace {
-
-/// A port whose client the test calls.
-class CCalledPort : public CObjectImpl<IAudioPort> {
-public:
-    static constexpr CId ClassId{0x7E57571A, 0x91C3D0B5, 0x6F2A84E7, 0x51B3A8D2};
-
-    IAudioPortClient* client = nullptr;
-
-    TAudioPortFormat Open(const TAudioPortFormat& wish, IAudioPortClient& given) override {
-        client = &given;
-        TAudioPortFormat format = wish;
-        format.periodFrames = 128;
-        format.periods = 4;
-        return format;
-    }
-    void Close() override { client = nullptr; }
-    void Start() override {}
-    void Stop() override {}
-    std::uint32_t GetDelay() override { return 0; }
-};
 
 class AudioPortRealtime : public testing::Test {
 protected:
