@@ -67,7 +67,8 @@ void CInputSession::SetDevice(const TAudioPortFormat& granted) {
     const TDataFormat_AudioPcm device = GetPortFormat(granted, kOpening);
     std::unique_ptr<CFormatChain> chain;
     if (device.samplesPerSec != format_.samplesPerSec)
-        chain = std::make_unique<CFormatChain>(device, format_, kOpening.resampler);
+        chain = std::make_unique<CFormatChain>(device, format_,
+                                               CreateResampler(device, format_, kOpening.resampler));
     // Half a second, because the carrier is a thread like others.
     const std::size_t frames = std::max<std::size_t>(GetRingFrames(granted), device.samplesPerSec / 2);
     SetRing(device, frames);
@@ -163,9 +164,8 @@ double CInputSession::GetLatency() {
 }
 
 void CInputSession::WaitUntilReady(std::uint32_t frames) {
-    if (ring_->GetRoom() >= frames) return;
     TLock lock(mutex_);
-    while (!isEnded_ && (!isResting_ || seen_ != told_)) {
+    while (!isEnded_ && ring_->GetRoom() < frames && (!isResting_ || seen_ != told_)) {
         signal_.Notify();
         changed_.wait(lock);
     }

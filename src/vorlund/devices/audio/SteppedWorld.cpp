@@ -36,11 +36,8 @@ CSteppedWorld::TClient CSteppedWorld::Open(const wstring& name, TAudioDirection 
     const std::lock_guard lock(mutex_);
     const std::size_t device = name.empty() ? GetDefault() : FindDevice(name.c_str());
     isBusy = false;
-    if (isEnded_ || device == kNone || !devices_[device].isPresent) {
-        std::erase_if(waiting_, [](const auto& other) { return other.expired(); });
-        waiting_.push_back(client.weak_from_this());
-        return nullptr;
-    }
+    Know(client);
+    if (isEnded_ || device == kNone || !devices_[device].isPresent) return nullptr;
     isBusy = std::any_of(clients_.begin(), clients_.end(), [&](const TClient& other) {
         return other->device == device && other->direction == direction && !other->isLost;
     });
@@ -65,6 +62,14 @@ CSteppedWorld::TClient CSteppedWorld::Open(const wstring& name, TAudioDirection 
     std::stable_partition(clients_.begin(), clients_.end(),
                           [](const TClient& other) { return other->direction == AUDIO_DIRECTION_OUTPUT; });
     return opened;
+}
+
+void CSteppedWorld::Know(CAudioClient& client) {
+    std::erase_if(known_, [&](const auto& other) {
+        const auto living = other.lock();
+        return !living || living.get() == &client;
+    });
+    known_.push_back(client.weak_from_this());
 }
 
 void CSteppedWorld::Close(const TClient& client) {
