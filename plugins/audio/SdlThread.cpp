@@ -157,6 +157,7 @@ void CSdlThread::Begin() {
     // SDL calls it on the thread that finds the change, so nobody needs to take events out of its queue.
     library_.AddEventWatch(&OnEvent, this);
     server_ = ConnectSoundServer(library_.GetCurrentAudioDriver());
+    isCompared_ = false;
     // Who lists devices makes SDL begin anew, and must not be told each time.
     if (GetNames() != names_) TellWatchers();
     for (const bool isInput : {false, true}) defaults_[isInput] = FindDefault(isInput);
