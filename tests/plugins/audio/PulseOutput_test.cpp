@@ -1,4 +1,5 @@
 // Playing to a sound server, heard through its own loopback.
+#include "bounds/ProcessUse.h"
 #include "plugins/audio/PulseTest.h"
 
 #include <thread>
@@ -158,6 +159,22 @@ TEST_F(PulseOutput, GoesOnWhenTheServerIsThereAgain) {
     EXPECT_NE(server_.Control("list short sink-inputs"), "");
     output->Close();
 }
+
+#ifndef VORLUND_TEST_IS_SANITIZED
+TEST_F(PulseOutput, TakesLittleProcessorTime) {
+    const auto output = MakeOutput();
+    output->OpenOutput(kServerFormat, kDefaultAudioLatency);
+    const TBytes second = MakeNoise(kServerFormat, 48000);
+    Play(*output, second);
+    const std::uint64_t before = GetProcessUse().milliseconds;
+    for (int i = 0; i < 5; ++i) Play(*output, second);
+    const std::uint64_t used = GetProcessUse().milliseconds - before;
+    output->Close();
+    RecordProperty("milliseconds", static_cast<int>(used));
+    // Below 50 on a machine that does nothing else: one in a hundred.
+    EXPECT_LT(used, 150u);
+}
+#endif
 
 TEST_F(PulseOutput, IsClosedWhileAnotherThreadWrites) {
     const auto output = MakeOutput();
