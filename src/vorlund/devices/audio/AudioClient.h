@@ -23,9 +23,9 @@ public:
     /// A device that was lost may be there again. Does not wait.
     virtual void NoteReturned() noexcept = 0;
 
-    /// Output: returns when `frames` frames are ready, or when nobody is about to bring more and everything
-    /// that the port has told is dealt with, the opening of another device included. By a thread that holds
-    /// nothing which `Open` and `Close` of the port wait for.
+    /// Returns when `frames` frames are ready, of an input when there is room for them, or when nobody is
+    /// about to change that and everything that the port has told is dealt with, the opening of another
+    /// device included. By a thread that holds nothing which `Open` and `Close` of the port wait for.
     virtual void WaitUntilReady(std::uint32_t frames) = 0;
 
     /// Notified whenever frames have become ready; null for none. It lives until it is replaced while nobody

@@ -144,7 +144,7 @@ void CSteppedWorld::Run(const TPiece& piece) {
     }
     if (!called) return;
     const bool isOutput = client.direction == AUDIO_DIRECTION_OUTPUT;
-    if (isOutput) called->WaitUntilReady(piece.frames);
+    called->WaitUntilReady(piece.frames);
     block_.resize(std::size_t{piece.frames} * client.format.GetBlockSize());
     const std::lock_guard call(client.callMutex);
     if (!client.isStarted) return;
