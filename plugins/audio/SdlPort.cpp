@@ -22,8 +22,8 @@ std::uint64_t GetWishedFrames(const TAudioPortFormat& wish) {
 }
 
 /// Half of the wish, because one block is played while another one is made: the power of two that is nearest,
-/// within what SDL can count. Some drivers take no other number, and SDL 2.26 then gives them more frames than
-/// their buffer holds.
+/// within what SDL can count. Some drivers take no other number, and SDL 2.26 then gives them more frames
+/// than their buffer holds.
 Uint16 ChoosePeriod(const TAudioPortFormat& wish) {
     constexpr std::uint64_t kMin = 32;
     constexpr std::uint64_t kMax = 32768;
