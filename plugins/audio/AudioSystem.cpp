@@ -52,7 +52,7 @@ CSdlAudioSystem::CSdlAudioSystem() {
     try {
         CSdlThread& sdl = UseSdl();
         sdl.Run([&] { sdl.Begin(); });
-    } catch (const CException&) {
+    } catch (...) {
         // `EnumerateDevices` says why.
     }
 }
@@ -65,7 +65,12 @@ CSdlThread& CSdlAudioSystem::UseSdl() {
     const std::scoped_lock lock(mutex_);
     if (!sdl_) {
         sdl_.Acquire();
-        sdl_->Run([&] { sdl_->AddWatcher(change_); });
+        try {
+            sdl_->Run([&] { sdl_->AddWatcher(change_); });
+        } catch (...) {
+            sdl_.Release();
+            throw;
+        }
     }
     return *sdl_.Get();
 }
