@@ -137,6 +137,8 @@ void CSdlThread::Work() {
     }
     lock.unlock();
     End();
+    // SDL keeps its last error for each thread, and notices the end of its own ones only.
+    library_.TLSCleanup();
 }
 
 void CSdlThread::Begin() {
