@@ -33,12 +33,16 @@ VRL_API IAudioOutput* CreateFileAudioOutput(const wchar* path);
 /// every run and on every system, and minutes pass in moments. Faults happen at exact frames.
 ///
 /// It has a device "a" that is the default, and "b", each an output with its loopback, and an input for each
-/// that hears what `SetInput` gives it. Devices take every format as it is unless `SetDeviceFormat` says
-/// otherwise; a period has 128 frames and a buffer 4 periods unless `latency` asks for more or less.
+/// that hears what `SetInput` gives it. A loopback has the name of the output with ".loopback" behind it, and
+/// hears silence where its rate is another one. Each of them is for one output or input at a time: others
+/// raise `CFailedException` "Device is in use" when they are opened. While the default device is gone, the
+/// other one is the default. Devices take every format as it is unless `SetDeviceFormat` says otherwise; a
+/// period has 128 frames and a buffer 4 periods unless `latency` asks for more or less.
 ///
 /// `Step` returns when every output that was open has had time to read its streams and fill its queue, so
-/// results do not depend on how fast threads are. Operations come from any thread, one at a time. Outputs and
-/// inputs may outlive the object: their devices are lost then. Since version 0.1.
+/// results do not depend on how fast threads are. Streams that are played must not wait for it. Operations
+/// come from any thread, one at a time. Outputs and inputs may outlive the object: their devices are lost
+/// then. Since version 0.1.
 class VRL_API CSteppedAudio {
 public:
     /// Raises `COutOfMemoryException` "malloc failed".
@@ -70,7 +74,8 @@ public:
     /// It is the default from then on; outputs that follow the default go there without losing a frame that
     /// the old device has not played.
     void SetDefaultAt(std::uint64_t at, const wchar* device);
-    /// The device's clock runs faster by that many millionths, from then on; -100,000 to 100,000.
+    /// The device's clock runs faster by that many millionths, from then on; -100,000 to 100,000, beyond
+    /// which it raises `CInvalidParameterException` "Drift must be -100000 to 100000 millionths".
     void SetDriftAt(std::uint64_t at, const wchar* device, std::int32_t millionths);
     /// @}
 

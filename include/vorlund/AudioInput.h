@@ -21,8 +21,9 @@ public:
     /// What is recorded, as a stream in the format that was asked for; one reference for the caller. There is
     /// one for each `OpenInput`, and each call gives the same. `Read` waits until it can fill the buffer, and
     /// gives less only at the end: when the input was closed, stopped or lost, and everything before that has
-    /// been read. `GetReadError` tells a loss from an end. There are no positions but `Tell`, and no length.
-    /// One thread reads; others may close or stop the input.
+    /// been read. `GetReadError` tells a loss, `ENODEV`, from an end. There are no positions but `Tell`, and
+    /// no length. One thread reads and counts it; others may close or stop the input, and open it again when
+    /// the reader has ended.
     virtual IInputStream* GetStream() = 0;
 
     /// How many bytes `Read` would give without waiting.
@@ -31,7 +32,8 @@ public:
     /// While paused, what the device hears is dropped; the stream goes on without a gap.
     virtual void SetPaused(bool isPaused) = 0;
 
-    /// Ends recording. What was recorded can still be read, up to its last frame.
+    /// Ends recording; the input counts as paused then. What was recorded can still be read, up to its last
+    /// frame.
     virtual void Stop() = 0;
 
     /// Frames recorded since `OpenInput`, read or not.

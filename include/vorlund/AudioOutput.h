@@ -35,7 +35,8 @@ inline constexpr double kDefaultAudioLatency = 0;
 /// it first. The operations may be called from any thread, the one that a callback of the system runs on
 /// excepted; frames of two threads that write at the same time are not mixed with each other, but which come
 /// first is open. Operations without a device raise `CInvalidStateException` "Device is not open", and those
-/// that would wait for a device that is gone `CFailedException` "Device is lost". Since version 0.1.
+/// that would wait for a device that is gone, and is not followed, `CFailedException` "Device is lost". Since
+/// version 0.1.
 class IAudioOutput : public IDevice {
 public:
     using TBase = IDevice;
@@ -50,8 +51,8 @@ public:
     /// Raises `CDataFormatException` "Unsupported audio format" for an unknown sample format, no channels or
     /// more than 8, and a rate outside 1,000 to 768,000; `CInvalidParameterException` "Latency must be 1
     /// millisecond to 10 seconds", also for what is no number; `CFailedException` with the system's reason
-    /// when there is no device, or "No resampler: the device plays at another rate" when the plug-in
-    /// `resample` is missed. The output is closed then.
+    /// when there is no device, "Device has an impossible format", "Cannot start a thread", or "No resampler:
+    /// the device plays at another rate" when the plug-in `resample` is missed. The output is closed then.
     virtual void OpenOutput(const TDataFormat_AudioPcm& format, double latency) = 0;
 
     /// Queues `size` bytes of frames and returns when all of them are queued, so it waits while the queue is
@@ -68,7 +69,11 @@ public:
     /// streams that were given before, without a gap. The codec class store decodes it as converters do; its
     /// PCM may have any format and rate. The output holds a reference, and nobody else may use the stream
     /// until it has ended: until `GetPlayingStreams` has become less, `Flush` or `Close`. A stream that
-    /// raises ends there, and `GetStreamError` tells of it.
+    /// raises ends there, and `GetStreamError` tells of it. It may call the output, which then waits for
+    /// nothing of its own: `Drain` returns false.
+    ///
+    /// \warning Reading counts references of the stream and of what it reads from. Keep the reference that
+    /// you have until the stream has ended, and neither copy nor release it meanwhile.
     ///
     /// Raises `CNullPtrException` "stream is NULL" and `CDataFormatException` "Unsupported format in decoded
     /// stream".
@@ -93,7 +98,8 @@ public:
     /// filled with silence.
     virtual bool Drain() = 0;
 
-    /// Drops what is queued and not yet given to the device, and the streams. Position and volume stay.
+    /// Drops what is queued and not yet given to the device, and the streams; waits for a `Read` of a stream
+    /// that is under way, as `Close` does. Position and volume stay.
     virtual void Flush() = 0;
 
     /// Frames of the opened format that have been heard since `OpenOutput`, silence in gaps not counted: the

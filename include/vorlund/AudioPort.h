@@ -19,9 +19,9 @@ struct TAudioPortFormat {
     std::uint32_t sampleFormat;
     std::uint32_t channels;
     std::uint32_t samplesPerSec;
-    /// Frames of a usual call of `Process`.
+    /// Frames of a usual call of `Process`. In a wish, 0 leaves it to the port.
     std::uint32_t periodFrames;
-    /// How many of them lie between the client and the device.
+    /// How many of them the client keeps ready for the device. In a wish, 0 leaves it to the port.
     std::uint32_t periods;
 };
 
@@ -69,8 +69,9 @@ public:
     virtual void Stop() = 0;
 
     /// How many frames the device has taken from the client and not yet played, or has captured and not yet
-    /// given to it, as far as the system tells. Any thread, at any time between `Open` and `Close`; does not
-    /// wait.
+    /// given to it, as far as the system tells. Where it only tells periods, a port counts down by
+    /// the system's clock, because positions are as exact as this. Any thread, at any time between `Open` and
+    /// `Close`; does not wait.
     virtual std::uint32_t GetDelay() = 0;
 
 protected:
@@ -78,8 +79,10 @@ protected:
 };
 
 /// An output that plays through `port`, to which it holds a reference. With `reopens`, a lost device is
-/// closed and opened again once a second until that works: a port to the default device follows it that way.
-/// One reference for the caller. Raises `CNullPtrException` "port is NULL". Since version 0.1.
+/// closed and opened again, at once and then once a second until that works: a port to the default device
+/// follows it that way. What is queued waits for the next device, and so do `Write` and `Drain`; where that
+/// has another format, it is converted once more. One reference for the caller. Raises `CNullPtrException`
+/// "port is NULL". Since version 0.1.
 VRL_API IAudioOutput* CreateAudioOutput(IAudioPort* port, bool reopens = false);
 
 /// The same for an input. Since version 0.1.

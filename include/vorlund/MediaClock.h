@@ -29,8 +29,8 @@ public:
     /// Keeps the time where it is; only for the system's clock.
     void Stop();
 
-    /// Seconds. Never goes back but by `SetTime`. By an output, between two of its positions the time goes on
-    /// by the system's clock, by at most a period.
+    /// Seconds. Never goes back but by `SetTime`. By an output, it is as exact as its position; while that is
+    /// closed, the time stands still.
     double GetTime() const;
 
     /// It is that time now: for the jump of a seek.

@@ -3,10 +3,15 @@
 
 #include "support/Text.h"
 
+#include <vorlund/ClassIds.h>
+#include <vorlund/MemoryStream.h>
+#include <vorlund/SetFormatIsf.h>
+
 #include <cstring>
 #include <functional>
 #include <memory>
 #include <random>
+#include <vector>
 
 namespace vorlund::test {
 namespace {
@@ -176,6 +181,26 @@ TEST_F(SteppedAudio, AnotherDefaultMayHaveAnotherFormat) {
     output->Write(written.data(), written.size());
     audio_.Step(100);
     EXPECT_EQ(Part(GetPlayed(kA), 8000, 8400), written);
+}
+
+TEST_F(SteppedAudio, TheExampleOfItsPage) {
+    // docs/audio-devices.md
+    CSteppedAudio audio;
+    const auto system = CRefPtr<IAudioSystem>::Adopt(audio.GetSystem());
+    const auto output = CRefPtr<IAudioOutput>::Adopt(system->CreateOutput(nullptr));
+    output->OpenOutput({SAMPLE_FORMAT_16BIT, 1, 48000}, kDefaultAudioLatency);
+    const std::vector<std::int16_t> sound(1000, 7);
+    const auto stream = CRefPtr<IInputStream>::Adopt(CreateMemoryInput(sound.data(), 2000));
+    const auto pcm = CreateAs<ISetFormatIsf>(classid::CSetFormatIsf);
+    const TDataFormat_AudioPcm format(SAMPLE_FORMAT_16BIT, 1, 48000);
+    pcm->SetFormat(&format);
+    pcm->Connect(stream.Get());
+    output->Play(pcm.Get());
+    audio.SetDefaultAt(300, VRL_L("b"));
+    audio.Step(1000);
+    EXPECT_EQ(audio.GetPlayedSize(VRL_L("a")), 600u);
+    EXPECT_EQ(audio.GetPlayedSize(VRL_L("b")), 1400u);
+    EXPECT_EQ(output->GetPosition(), 1000u);
 }
 
 TEST_F(SteppedAudio, ClocksDrift) {

@@ -78,24 +78,6 @@ void CFrameConversion::Convert(void* to, const void* from, std::size_t frames) c
     ConvertAudio(to, from, frames, conversion);
 }
 
-namespace {
-
-/// A new resampler to that rate, or the failure.
-CRefPtr<IInputStreamFilter> CreateResampler(std::uint32_t rate, const TFailure& failure) {
-    CRefPtr<IResampler> resampler;
-    try {
-        resampler = CreateAs<IResampler>(kResamplerClassId);
-    } catch (const CException&) {
-        // A factory may have raised it, and left the store locked.
-        services::GiveBackClassStoreLock();
-    }
-    if (!resampler) Raise<CFailedException>(failure);
-    resampler->SetTarget(rate);
-    return CRefPtr<IInputStreamFilter>::Share(resampler.Get());
-}
-
-} // namespace
-
 bool IsPlayable(const TDataFormat& format) {
     if (format.id != TDataFormat_AudioPcm::FormatId || format.size != sizeof(TDataFormat_AudioPcm))
         return false;
@@ -104,13 +86,25 @@ bool IsPlayable(const TDataFormat& format) {
            pcm.samplesPerSec >= 1;
 }
 
-CFormatChain::CFormatChain(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to,
-                           const TFailure& failure) {
-    std::uint32_t sampleFormat = from.sampleFormat;
-    if (from.samplesPerSec != to.samplesPerSec) {
-        resampler_ = CreateResampler(to.samplesPerSec, failure);
-        sampleFormat = SAMPLE_FORMAT_FLOAT;
+CRefPtr<IInputStreamFilter> CreateResampler(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to,
+                                            const TFailure& failure) {
+    CRefPtr<IResampler> resampler;
+    if (from.samplesPerSec == to.samplesPerSec) return {};
+    try {
+        resampler = CreateAs<IResampler>(kResamplerClassId);
+    } catch (const CException&) {
+        // A factory may have raised it, and left the store locked.
+        services::GiveBackClassStoreLock();
     }
+    if (!resampler) Raise<CFailedException>(failure);
+    resampler->SetTarget(to.samplesPerSec);
+    return CRefPtr<IInputStreamFilter>::Share(resampler.Get());
+}
+
+CFormatChain::CFormatChain(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to,
+                           const CRefPtr<IInputStreamFilter>& resampler)
+    : resampler_(resampler) {
+    const std::uint32_t sampleFormat = resampler ? std::uint32_t{SAMPLE_FORMAT_FLOAT} : from.sampleFormat;
     if (sampleFormat == to.sampleFormat && from.channels == to.channels) return;
     TAudioTarget target;
     target.sampleFormat = to.sampleFormat;
@@ -136,7 +130,7 @@ void CFormatChain::Reset() {
 CRefPtr<IInputStream> BringToFormat(const CRefPtr<IInputStream>& source, const TDataFormat_AudioPcm& from,
                                     const TDataFormat_AudioPcm& to, const TFailure& failure) {
     if (IsSameFormat(from, to)) return source;
-    CFormatChain chain(from, to, failure);
+    CFormatChain chain(from, to, CreateResampler(from, to, failure));
     chain.Connect(MakeStreamFromHere(source, from));
     return chain.GetResult();
 }

@@ -56,11 +56,16 @@ private:
 /// Whether a stream has PCM that can be brought to other formats.
 bool IsPlayable(const TDataFormat& format);
 
+/// A new resampler between the rates of two formats, empty where these are the same, or the failure.
+CRefPtr<IInputStreamFilter> CreateResampler(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to,
+                                            const TFailure& failure);
+
 /// The filters that bring a stream from one format to another: none where the formats are the same.
 class CFormatChain {
 public:
-    /// Raises `failure` without a resampler, and what the making of filters raises.
-    CFormatChain(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to, const TFailure& failure);
+    /// Takes what `CreateResampler` gives for the two formats. Raises what the making of filters raises.
+    CFormatChain(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to,
+                 const CRefPtr<IInputStreamFilter>& resampler);
 
     /// Begins to read `source`, which has the format that was told and no positions. Raises what the filters
     /// raise.
@@ -76,7 +81,8 @@ private:
 };
 
 /// A stream that delivers what `source`, which has the format `from`, does from its position on, in the
-/// format `to`; `source` itself where the two are the same. Raises as the chain does.
+/// format `to`; `source` itself where the two are the same. Raises `failure` without a resampler, and what
+/// filters raise.
 CRefPtr<IInputStream> BringToFormat(const CRefPtr<IInputStream>& source, const TDataFormat_AudioPcm& from,
                                     const TDataFormat_AudioPcm& to, const TFailure& failure);
 

@@ -54,8 +54,8 @@ void CAudioInput::OpenInput(const TDataFormat_AudioPcm& format, double latency) 
     const TDataFormat_AudioPcm wanted = format;
     slot_.Open([this](CInputSession& last) { EndSession(last); },
                [&] {
-                   const auto stream =
-                       CRefPtr<CCaptureStream>::Adopt(static_cast<CCaptureStream*>(NewObject<CCaptureStream>()));
+                   const auto stream = CRefPtr<CCaptureStream>::Adopt(
+                       static_cast<CCaptureStream*>(NewObject<CCaptureStream>()));
                    auto next = CInputSession::Open({port_.Get(), reopens_, wanted, latency});
                    stream->SetSession(next);
                    stream_ = CRefPtr<IInputStream>::Share(stream.Get());

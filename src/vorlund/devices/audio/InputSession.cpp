@@ -15,11 +15,12 @@ namespace {
 
 constexpr const wchar* kFile = VRL_L("src/vorlund/devices/audio/AudioInput");
 constexpr const wchar* kOpen = VRL_L("vorlund::CAudioInput::OpenInput");
-constexpr TAudioFailures kOpening{{kOpen, kFile, 1, VRL_L("Unsupported audio format")},
-                                  {kOpen, kFile, 2, VRL_L("Latency must be 1 millisecond to 10 seconds")},
-                                  {kOpen, kFile, 3, VRL_L("Device has an impossible format")},
-                                  {kOpen, kFile, 4, VRL_L("No resampler: the device records at another rate")},
-                                  {kOpen, kFile, 5, VRL_L("Cannot start a thread")}};
+constexpr TAudioFailures kOpening{
+    {kOpen, kFile, 1, VRL_L("Unsupported audio format")},
+    {kOpen, kFile, 2, VRL_L("Latency must be 1 millisecond to 10 seconds")},
+    {kOpen, kFile, 3, VRL_L("Device has an impossible format")},
+    {kOpen, kFile, 4, VRL_L("No resampler: the device records at another rate")},
+    {kOpen, kFile, 5, VRL_L("Cannot start a thread")}};
 
 constexpr std::int64_t kSecond = 1000000000;
 constexpr std::int64_t kLongRest = 3600 * kSecond;
@@ -66,7 +67,8 @@ void CInputSession::SetDevice(const TAudioPortFormat& granted) {
     const TDataFormat_AudioPcm device = GetPortFormat(granted, kOpening);
     std::unique_ptr<CFormatChain> chain;
     if (device.samplesPerSec != format_.samplesPerSec)
-        chain = std::make_unique<CFormatChain>(device, format_, kOpening.resampler);
+        chain = std::make_unique<CFormatChain>(device, format_,
+                                               CreateResampler(device, format_, kOpening.resampler));
     // Half a second, because the carrier is a thread like others.
     const std::size_t frames = std::max<std::size_t>(GetRingFrames(granted), device.samplesPerSec / 2);
     SetRing(device, frames);
@@ -162,9 +164,8 @@ double CInputSession::GetLatency() {
 }
 
 void CInputSession::WaitUntilReady(std::uint32_t frames) {
-    if (ring_->GetRoom() >= frames) return;
     TLock lock(mutex_);
-    while (!isEnded_ && (!isResting_ || seen_ != told_)) {
+    while (!isEnded_ && ring_->GetRoom() < frames && (!isResting_ || seen_ != told_)) {
         signal_.Notify();
         changed_.wait(lock);
     }
@@ -264,8 +265,8 @@ void CInputSession::CarryResampled(TLock& lock) {
             chain_->Connect(MakeReadStream(deviceFormats_.back(), [this](void* buffer, std::uint64_t size) {
                 return ReadCaptured(buffer, size);
             }));
-        got = chain_->GetResult()->Read(block_.data(), block_.size() / format_.GetBlockSize() *
-                                                           format_.GetBlockSize());
+        got = chain_->GetResult()->Read(block_.data(),
+                                        block_.size() / format_.GetBlockSize() * format_.GetBlockSize());
     } catch (...) {
         // Reported when it was built. What the resampler had is lost.
     }
@@ -280,8 +281,8 @@ std::uint64_t CInputSession::ReadCaptured(void* buffer, std::uint64_t size) {
     TLock lock(mutex_);
     for (;;) {
         const std::uint32_t told = told_;
-        const std::span<const std::byte> piece = ring_->BeginRead(
-            static_cast<std::size_t>(std::min<std::uint64_t>(size / ring_->GetFrameSize(), ring_->GetCapacity())));
+        const std::span<const std::byte> piece = ring_->BeginRead(static_cast<std::size_t>(
+            std::min<std::uint64_t>(size / ring_->GetFrameSize(), ring_->GetCapacity())));
         if (!piece.empty()) {
             std::memcpy(buffer, piece.data(), piece.size());
             ring_->EndRead(piece.size() / ring_->GetFrameSize());

@@ -51,7 +51,8 @@ public:
         const std::int64_t moved = movedAt_;
         if (moved == 0) return 0;
         const double seconds = static_cast<double>(waiting::NowNanoseconds() - moved) * 1e-9;
-        const double passed = std::clamp(seconds * format_.samplesPerSec, 0.0, static_cast<double>(format_.periodFrames));
+        const double passed =
+            std::clamp(seconds * format_.samplesPerSec, 0.0, static_cast<double>(format_.periodFrames));
         const double waiting =
             direction_ == AUDIO_DIRECTION_OUTPUT ? std::ceil(format_.periodFrames - passed) : passed;
         return static_cast<std::uint32_t>(waiting);

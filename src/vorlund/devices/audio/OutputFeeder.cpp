@@ -1,11 +1,10 @@
 // The thread of an output.
-#include "vorlund/devices/audio/OutputFailures.h"
 #include "vorlund/devices/audio/OutputSession.h"
 #include "vorlund/system/Deadline.h"
 
 #include <vorlund/Exception.h>
-#include <vorlund/String.h>
 #include <vorlund/StreamErrors.h>
+#include <vorlund/String.h>
 
 #include <algorithm>
 #include <cstring>
@@ -15,7 +14,8 @@
 namespace vorlund {
 namespace {
 
-constexpr TFailure kCannotRead{VRL_L("vorlund::CAudioOutput::Play"), outputfailures::kFile, 27,
+constexpr TFailure kCannotRead{VRL_L("vorlund::CAudioOutput::Play"),
+                               VRL_L("src/vorlund/devices/audio/AudioOutput"), 27,
                                VRL_L("Stream cannot be read")};
 
 constexpr std::int64_t kSecond = 1000000000;
@@ -53,7 +53,6 @@ bool COutputSession::IsQuiet() const {
 }
 
 void COutputSession::WaitUntilReady(std::uint32_t frames) {
-    if (GetReadyFrames() >= frames) return;
     TLock lock(mutex_);
     while (!isEnded_ && GetReadyFrames() < frames && !IsQuiet()) {
         signal_.Notify();
@@ -138,7 +137,8 @@ std::int64_t COutputSession::GetNextLook() {
 }
 
 void COutputSession::ReadSome(TLock& lock) {
-    const bool isWritten = queue_ && !remains_ && (queue_->IsInSegment() || queue_->Bytes().GetReadable() > 0);
+    const bool isWritten =
+        queue_ && !remains_ && (queue_->IsInSegment() || queue_->Bytes().GetReadable() > 0);
     const bool isBegin = isWritten && !queue_->IsInSegment();
     if (isBegin) {
         queue_->BeginSegment();

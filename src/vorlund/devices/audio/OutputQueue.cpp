@@ -1,6 +1,5 @@
 // What puts frames behind others, waits for them and drops them.
 #include "vorlund/devices/audio/Finally.h"
-#include "vorlund/devices/audio/OutputFailures.h"
 #include "vorlund/devices/audio/OutputSession.h"
 
 #include <vorlund/CodecClassStore.h>
@@ -13,11 +12,11 @@
 namespace vorlund {
 namespace {
 
-using outputfailures::kFile;
-
+constexpr const wchar* kFile = VRL_L("src/vorlund/devices/audio/AudioOutput");
 constexpr const wchar* kWrite = VRL_L("vorlund::CAudioOutput::Write");
 constexpr const wchar* kPlay = VRL_L("vorlund::CAudioOutput::Play");
 constexpr const wchar* kLost = VRL_L("Device is lost");
+constexpr const wchar* kNoResampler = VRL_L("No resampler: the device plays at another rate");
 
 constexpr TFailure kWriteNull{kWrite, kFile, 6, VRL_L("buffer is NULL")};
 constexpr TFailure kWriteSize{kWrite, kFile, 7, VRL_L("Size is no whole number of frames")};
@@ -25,7 +24,7 @@ constexpr TFailure kWritePlaying{kWrite, kFile, 8, VRL_L("A stream is playing")}
 constexpr TFailure kWriteLost{kWrite, kFile, 9, kLost};
 constexpr TFailure kPlayNull{kPlay, kFile, 10, VRL_L("stream is NULL")};
 constexpr TFailure kPlayFormat{kPlay, kFile, 11, VRL_L("Unsupported format in decoded stream")};
-constexpr TFailure kPlayResampler{kPlay, kFile, 12, outputfailures::kNoResampler};
+constexpr TFailure kPlayResampler{kPlay, kFile, 12, kNoResampler};
 constexpr TFailure kDrainLost{VRL_L("vorlund::CAudioOutput::Drain"), kFile, 13, kLost};
 
 } // namespace
@@ -116,12 +115,14 @@ std::uint64_t COutputSession::GetWritable() {
 
 void COutputSession::Play(IInputStream* stream) {
     if (!stream) Raise<CNullPtrException>(kPlayNull);
-    const auto decoded = CRefPtr<IInputStream>::Adopt(
+    auto decoded = CRefPtr<IInputStream>::Adopt(
         services::CodecClassStore().DecodeStream(stream, TDataFormat_AudioPcm::FormatId));
     if (!IsPlayable(decoded->GetFormat())) Raise<CDataFormatException>(kPlayFormat);
     const auto format = static_cast<const TDataFormat_AudioPcm&>(decoded->GetFormat());
     const TDataFormat_AudioPcm* device = &GetDeviceFormat();
     auto chain = BringToFormat(decoded, format, *device, kPlayResampler);
+    // The feeder is the only one who counts it from now on.
+    decoded.Reset();
     TLock lock(mutex_);
     // The device can have become another one meanwhile.
     while (device != &deviceFormats_.back()) {

@@ -21,7 +21,7 @@ void COutputSession::Reopen(TLock& lock) {
         port_->Close();
         isLost_ = false;
         granted = port_->Open(MakePortWish(format_, latency_), *this);
-        device = GetPortFormat(granted, outputfailures::kOpening);
+        device = GetPortFormat(granted, kOutputOpening);
         isOpen = true;
     } catch (...) {
         // It is tried again in a second.
@@ -78,18 +78,18 @@ void COutputSession::ChangeFormat(TLock& lock, const TDataFormat_AudioPcm& devic
     isChanging_ = true;
     const CFinally change([&] { isChanging_ = false; });
     const TDataFormat_AudioPcm last = deviceFormats_.back();
-    const TFailure& failure = outputfailures::kOpening.resampler;
     // Raises where there is no resampler, before anything has changed.
     std::unique_ptr<CWriteQueue> queue = MakeQueue(device, GetRingFrames(granted));
     std::vector<std::byte> bytes = TakeRemains(lock);
     remains_.Reset();
     if (!bytes.empty())
-        remains_ = BringToFormat(MakeStreamFromHere({}, last, std::move(bytes)), last, device, failure);
+        remains_ = BringToFormat(MakeStreamFromHere({}, last, std::move(bytes)), last, device,
+                                 kOutputOpening.resampler);
     // A stream that has delivered a part of a frame goes on behind it.
     std::vector<std::byte> part(block_.data(), block_.data() + partBytes_);
     for (IInputStream*& stream : streams_) {
         const auto source = MakeStreamFromHere(CRefPtr<IInputStream>::Share(stream), last, std::move(part));
-        auto next = BringToFormat(source, last, device, failure);
+        auto next = BringToFormat(source, last, device, kOutputOpening.resampler);
         stream->Release();
         stream = next.Detach();
         part.clear();

@@ -23,7 +23,7 @@ COutputSession::COutputSession(const TOutputOpening& opening, const std::shared_
 
 std::shared_ptr<COutputSession> COutputSession::Open(const TOutputOpening& opening,
                                                      const std::shared_ptr<TOutputCommon>& common) {
-    CheckAudioWish(opening.format, opening.latency, outputfailures::kOpening);
+    CheckAudioWish(opening.format, opening.latency, kOutputOpening);
     const auto session = std::make_shared<COutputSession>(opening, common);
     session->OpenPort();
     return session;
@@ -32,7 +32,7 @@ std::shared_ptr<COutputSession> COutputSession::Open(const TOutputOpening& openi
 void COutputSession::OpenPort() {
     const TAudioPortFormat granted = port_->Open(MakePortWish(format_, latency_), *this);
     try {
-        const TDataFormat_AudioPcm device = GetPortFormat(granted, outputfailures::kOpening);
+        const TDataFormat_AudioPcm device = GetPortFormat(granted, kOutputOpening);
         queue_ = MakeQueue(device, GetRingFrames(granted));
         SetDevice(device, granted);
         isPortOpen_ = true;
@@ -44,7 +44,7 @@ void COutputSession::OpenPort() {
         port_->Start();
     } catch (const std::system_error&) {
         port_->Close();
-        Raise<CFailedException>(outputfailures::kOpening.thread);
+        Raise<CFailedException>(kOutputOpening.thread);
     } catch (...) {
         if (feeder_.joinable())
             End();
@@ -57,12 +57,12 @@ void COutputSession::OpenPort() {
 std::unique_ptr<CWriteQueue> COutputSession::MakeQueue(const TDataFormat_AudioPcm& device,
                                                        std::size_t ringFrames) {
     if (device.samplesPerSec == format_.samplesPerSec) return nullptr;
-    const auto frames = static_cast<std::size_t>(
-        GetResampledFrames(ringFrames, device.samplesPerSec, format_.samplesPerSec));
+    const auto frames =
+        static_cast<std::size_t>(GetResampledFrames(ringFrames, device.samplesPerSec, format_.samplesPerSec));
     return std::make_unique<CWriteQueue>(
-        format_, device, std::max(frames, kSmallestQueue),
-        [this](void* buffer, std::uint64_t size) { return ReadWritten(buffer, size); },
-        outputfailures::kOpening.resampler);
+        format_, device, CreateResampler(format_, device, kOutputOpening.resampler),
+        std::max(frames, kSmallestQueue),
+        [this](void* buffer, std::uint64_t size) { return ReadWritten(buffer, size); });
 }
 
 void COutputSession::SetDevice(const TDataFormat_AudioPcm& device, const TAudioPortFormat& granted) {

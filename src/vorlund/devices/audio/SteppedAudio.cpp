@@ -27,7 +27,7 @@ constexpr TFailure kNoFrames{VRL_L("vorlund::CSteppedAudio::SetInput"), kFile, 1
 
 constexpr std::int32_t kMostDrift = 100000;
 
-std::size_t Find(const wchar* device, const TFailure& failure) {
+std::size_t RequireDevice(const wchar* device, const TFailure& failure) {
     const std::size_t found = CSteppedWorld::FindDevice(device);
     if (found == CSteppedWorld::kNone) Raise<CInvalidParameterException>(failure);
     return found;
@@ -63,48 +63,49 @@ std::uint64_t CSteppedAudio::GetTime() const {
 }
 
 void CSteppedAudio::StallAt(std::uint64_t at, const wchar* device, std::uint64_t frames) {
-    data_->world->AddFault(at, TData::TKind::Stall, Find(device, kStall), static_cast<std::int64_t>(frames));
+    data_->world->AddFault(at, TData::TKind::Stall, RequireDevice(device, kStall),
+                           static_cast<std::int64_t>(frames));
 }
 
 void CSteppedAudio::LoseAt(std::uint64_t at, const wchar* device) {
-    data_->world->AddFault(at, TData::TKind::Lose, Find(device, kLose));
+    data_->world->AddFault(at, TData::TKind::Lose, RequireDevice(device, kLose));
 }
 
 void CSteppedAudio::ReturnAt(std::uint64_t at, const wchar* device) {
-    data_->world->AddFault(at, TData::TKind::Return, Find(device, kReturn));
+    data_->world->AddFault(at, TData::TKind::Return, RequireDevice(device, kReturn));
 }
 
 void CSteppedAudio::SetDefaultAt(std::uint64_t at, const wchar* device) {
-    data_->world->AddFault(at, TData::TKind::Default, Find(device, kDefault));
+    data_->world->AddFault(at, TData::TKind::Default, RequireDevice(device, kDefault));
 }
 
 void CSteppedAudio::SetDriftAt(std::uint64_t at, const wchar* device, std::int32_t millionths) {
-    const std::size_t found = Find(device, kDrift);
+    const std::size_t found = RequireDevice(device, kDrift);
     if (millionths < -kMostDrift || millionths > kMostDrift) Raise<CInvalidParameterException>(kBadDrift);
     data_->world->AddFault(at, TData::TKind::Drift, found, millionths);
 }
 
 void CSteppedAudio::SetDeviceFormat(const wchar* device, const TDataFormat_AudioPcm& format) {
-    data_->world->SetFormat(Find(device, kFormat), format);
+    data_->world->SetFormat(RequireDevice(device, kFormat), format);
 }
 
 std::uint64_t CSteppedAudio::GetPlayed(const wchar* device, std::uint64_t position, void* buffer,
                                        std::uint64_t size) const {
     if (!buffer && size > 0) Raise<CNullPtrException>(kNoBuffer);
-    return data_->world->GetPlayed(Find(device, kPlayed), position, buffer, size);
+    return data_->world->GetPlayed(RequireDevice(device, kPlayed), position, buffer, size);
 }
 
 std::uint64_t CSteppedAudio::GetPlayedSize(const wchar* device) const {
-    return data_->world->GetPlayedSize(Find(device, kPlayedSize));
+    return data_->world->GetPlayedSize(RequireDevice(device, kPlayedSize));
 }
 
 void CSteppedAudio::ForgetPlayed(const wchar* device, bool keeps) {
-    data_->world->ForgetPlayed(Find(device, kForget), keeps);
+    data_->world->ForgetPlayed(RequireDevice(device, kForget), keeps);
 }
 
 void CSteppedAudio::SetInput(const wchar* device, const void* frames, std::uint64_t size) {
     if (!frames && size > 0) Raise<CNullPtrException>(kNoFrames);
-    data_->world->SetInput(Find(device, kInput), frames, static_cast<std::size_t>(size));
+    data_->world->SetInput(RequireDevice(device, kInput), frames, static_cast<std::size_t>(size));
 }
 
 } // namespace vorlund

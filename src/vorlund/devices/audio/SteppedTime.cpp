@@ -17,8 +17,9 @@ void CSteppedWorld::AddFault(std::uint64_t at, TFaultKind kind, std::size_t devi
     bool isDue = false;
     {
         const std::lock_guard lock(mutex_);
-        const auto behind = std::upper_bound(faults_.begin(), faults_.end(), at,
-                                             [](std::uint64_t time, const TFault& fault) { return time < fault.at; });
+        const auto behind =
+            std::upper_bound(faults_.begin(), faults_.end(), at,
+                             [](std::uint64_t time, const TFault& fault) { return time < fault.at; });
         faults_.insert(behind, {at, kind, device, number});
         isDue = at <= time_;
     }
@@ -82,17 +83,16 @@ void CSteppedWorld::FollowDefault() {
     const std::size_t now = GetDefault();
     for (const TClient& client : clients_)
         if (client->follows && client->device != now && now != kNone) Lose(*client);
-    for (const auto& waiting : waiting_)
-        if (const auto client = waiting.lock()) client->NoteReturned();
+    for (const auto& known : known_)
+        if (const auto client = known.lock()) client->NoteReturned();
 }
 
 void CSteppedWorld::AwaitQuiet() {
     std::vector<std::shared_ptr<CAudioClient>> all;
     {
         const std::lock_guard lock(mutex_);
-        for (const TClient& client : clients_) all.push_back(client->client);
-        for (const auto& waiting : waiting_)
-            if (auto client = waiting.lock()) all.push_back(std::move(client));
+        for (const auto& known : known_)
+            if (auto client = known.lock()) all.push_back(std::move(client));
     }
     for (const auto& client : all) client->WaitUntilReady(~std::uint32_t{0});
 }

@@ -26,8 +26,8 @@ std::size_t CSteppedWorld::FindDevice(const wchar* name) {
 
 std::size_t CSteppedWorld::GetDefault() const {
     if (devices_[wantedDefault_].isPresent) return wantedDefault_;
-    const auto found =
-        std::find_if(devices_.begin(), devices_.end(), [](const TDevice& device) { return device.isPresent; });
+    const auto found = std::find_if(devices_.begin(), devices_.end(),
+                                    [](const TDevice& device) { return device.isPresent; });
     return static_cast<std::size_t>(found - devices_.begin());
 }
 
@@ -36,11 +36,8 @@ CSteppedWorld::TClient CSteppedWorld::Open(const wstring& name, TAudioDirection 
     const std::lock_guard lock(mutex_);
     const std::size_t device = name.empty() ? GetDefault() : FindDevice(name.c_str());
     isBusy = false;
-    if (isEnded_ || device == kNone || !devices_[device].isPresent) {
-        std::erase_if(waiting_, [](const auto& other) { return other.expired(); });
-        waiting_.push_back(client.weak_from_this());
-        return nullptr;
-    }
+    Know(client);
+    if (isEnded_ || device == kNone || !devices_[device].isPresent) return nullptr;
     isBusy = std::any_of(clients_.begin(), clients_.end(), [&](const TClient& other) {
         return other->device == device && other->direction == direction && !other->isLost;
     });
@@ -62,10 +59,17 @@ CSteppedWorld::TClient CSteppedWorld::Open(const wstring& name, TAudioDirection 
     if (rate_ == 0) rate_ = opened->port.samplesPerSec;
     clients_.push_back(opened);
     // Outputs move before those that hear them.
-    std::stable_partition(clients_.begin(), clients_.end(), [](const TClient& other) {
-        return other->direction == AUDIO_DIRECTION_OUTPUT;
-    });
+    std::stable_partition(clients_.begin(), clients_.end(),
+                          [](const TClient& other) { return other->direction == AUDIO_DIRECTION_OUTPUT; });
     return opened;
+}
+
+void CSteppedWorld::Know(CAudioClient& client) {
+    std::erase_if(known_, [&](const auto& other) {
+        const auto living = other.lock();
+        return !living || living.get() == &client;
+    });
+    known_.push_back(client.weak_from_this());
 }
 
 void CSteppedWorld::Close(const TClient& client) {

@@ -110,6 +110,7 @@ private:
     };
 
     std::size_t GetDefault() const;
+    void Know(CAudioClient& client);
     static void Lose(TSteppedClient& client);
     /// Does what is due; false when nothing was.
     bool DoFaults();
@@ -131,8 +132,8 @@ private:
     bool isEnded_ = false;
     std::vector<TFault> faults_;
     std::vector<TClient> clients_;
-    /// Those who have not found their device.
-    std::vector<std::weak_ptr<CAudioClient>> waiting_;
+    /// All that have opened a device or tried to: between two devices a client is in no other list.
+    std::vector<std::weak_ptr<CAudioClient>> known_;
     std::vector<CEvent*> watchers_;
 
     /// \name Of the thread that steps

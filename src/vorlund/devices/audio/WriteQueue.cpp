@@ -4,9 +4,9 @@
 
 namespace vorlund {
 
-CWriteQueue::CWriteQueue(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to, std::size_t frames,
-                         TReadFunction read, const TFailure& failure)
-    : bytes_(1, frames * from.GetBlockSize()), chain_(from, to, failure),
+CWriteQueue::CWriteQueue(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to,
+                         const CRefPtr<IInputStreamFilter>& resampler, std::size_t frames, TReadFunction read)
+    : bytes_(1, frames * from.GetBlockSize()), chain_(from, to, resampler),
       source_(MakeReadStream(from, std::move(read))) {}
 
 void CWriteQueue::Connect() {

@@ -8,7 +8,6 @@
 #include <vorlund/RefPtr.h>
 #include <vorlund/Stream.h>
 
-
 namespace vorlund {
 
 // A resampler reads blocks, and turns the end of its source into an end of the sound. So what is written
@@ -17,9 +16,9 @@ namespace vorlund {
 class CWriteQueue {
 public:
     /// Room for `frames` frames of `from`, which become frames of `to`. `read` delivers bytes of the present
-    /// segment, or waits, and gives 0 at its end. Raises `failure` without a resampler.
-    CWriteQueue(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to, std::size_t frames,
-                TReadFunction read, const TFailure& failure);
+    /// segment, or waits, and gives 0 at its end.
+    CWriteQueue(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to,
+                const CRefPtr<IInputStreamFilter>& resampler, std::size_t frames, TReadFunction read);
 
     /// Bytes that were written.
     CFrameRing& Bytes() { return bytes_; }
