@@ -24,6 +24,7 @@
     X(ResetHint)                                                                                             \
     X(SetHintWithPriority)                                                                                   \
     X(SetMainReady)                                                                                          \
+    X(TLSCleanup)                                                                                            \
     X(WasInit)                                                                                               \
     X(free)
 
