@@ -96,9 +96,8 @@ private:
 
 /// Until `frames` have been shown, there are no more, the window is closed, Escape is pressed, or the program
 /// is interrupted.
-TShow Show(const TShowing& showing, IVideoOutput& output, std::uint64_t frames) {
+TShow Show(const TShowing& showing, IVideoOutput& output, const CEscape& escape, std::uint64_t frames) {
     const CInterrupt interrupt;
-    const CEscape escape(output);
     std::vector<std::uint8_t> frame(showing.format.image.GetSizeInBytes());
     const auto start = CFramePacer::TClock::now();
     CFramePacer pacer(showing.format.frameRate, start);
@@ -151,10 +150,12 @@ TShowing ShowVideo(const CRefPtr<IInputStream>& stream, const wstring& title) {
 
 TShow ShowInWindow(const TShowing& showing, std::uint64_t frames) {
     const auto output = CreateOutput();
+    // Before there is a window, so that no key is missed.
+    const CEscape escape(*output.Get());
     if (!output->Open(showing.format, showing.title.c_str())) {
         throw TProgramError{VRL_L("The video device cannot open a window: is there a display?")};
     }
-    const TShow show = Show(showing, *output, frames);
+    const TShow show = Show(showing, *output, escape, frames);
     output->Close();
     return show;
 }
