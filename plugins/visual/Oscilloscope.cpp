@@ -109,7 +109,9 @@ double COscilloscope::FindMiddle(const TSound& sound) const {
 }
 
 void COscilloscope::MakeSpans(const TSound& sound, std::uint32_t channel, double first, const TArea& lane) {
-    const double middle = lane.y + lane.height / 2 + 0.5;
+    // The middle of the row that the line of the ground is in.
+    const int middleRow = lane.y + lane.height / 2;
+    const double middle = middleRow + 0.5;
     const double height = lane.height / 2.0 * settings_.gain / 100;
     const auto at = [&](double position) {
         const auto before = static_cast<std::size_t>(position);

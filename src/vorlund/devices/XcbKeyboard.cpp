@@ -7,6 +7,8 @@
 
 #include <vorlund/WindowEvents.h>
 
+#include <new>
+
 namespace vorlund {
 namespace {
 
@@ -31,7 +33,11 @@ void CXcbKeyboard::Load(xcb_connection_t* connection) {
     if (!reply) return;
     columns_ = reply->keysyms_per_keycode;
     const xcb_keysym_t* const symbols = xcb_.xcb_get_keyboard_mapping_keysyms(reply.get());
-    symbols_.assign(symbols, symbols + xcb_.xcb_get_keyboard_mapping_keysyms_length(reply.get()));
+    try {
+        symbols_.assign(symbols, symbols + xcb_.xcb_get_keyboard_mapping_keysyms_length(reply.get()));
+    } catch (const std::bad_alloc&) {
+        // The same as without an answer.
+    }
 }
 
 xcb_keysym_t CXcbKeyboard::GetSymbol(xcb_keycode_t code, unsigned int column) const {

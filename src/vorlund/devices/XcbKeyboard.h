@@ -13,7 +13,8 @@ class CXcbKeyboard {
 public:
     explicit CXcbKeyboard(const TXcbLibrary& xcb) : xcb_(xcb) {}
 
-    /// Asks for the layout: at first, and when it has changed. Without an answer keys give nothing.
+    /// Asks for the layout: at first, and when it has changed. Without an answer, or memory for it, keys give
+    /// nothing. Raises nothing.
     void Load(xcb_connection_t* connection);
     /// The character or `TWindowKey` of a key, with the modifiers and the group in `state`.
     std::uint32_t GetKey(xcb_keycode_t code, std::uint16_t state) const;
