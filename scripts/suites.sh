@@ -306,7 +306,7 @@ test_target() {
         fi
     else
         # The plug-ins that could be built.
-        for program in vorlund_audio_tests vorlund_image_tests vorlund_measure_tests vorlund_resample_tests vorlund_sndfile_tests vorlund_system_codecs_tests vorlund_y4m_tests; do
+        for program in vorlund_audio_tests vorlund_image_tests vorlund_measure_tests vorlund_resample_tests vorlund_sndfile_tests vorlund_system_codecs_tests vorlund_visual_tests vorlund_y4m_tests; do
             [[ ! -e $folder/bin/$program$exe ]] || programs+=("$program")
         done
     fi

@@ -141,12 +141,13 @@ bool CAudioPictures::Eof() {
 }
 
 bool CAudioPictures::BeginNear(std::int64_t picture) {
+    // What is before has no effect.
     const std::int64_t first = GetPictureAt(GetCentre(picture) - painter_->GetMemory());
-    // Going on, what was analysed before has either no effect any more or the right one.
-    const std::int64_t far = GetPictureAt(GetCentre(next_) + 2 * kMostFrames);
-    if (next_ <= picture && (first <= std::max(next_, far) || !HasSeek())) return true;
-    const std::int64_t from = GetCentre(first) - static_cast<std::int64_t>(painter_->GetReach().back);
-    if (!RestartAt(static_cast<std::uint64_t>(std::max<std::int64_t>(from, 0)))) return false;
+    if (next_ >= first && next_ <= picture) return true;
+    const std::int64_t from =
+        std::max<std::int64_t>(GetCentre(first) - static_cast<std::int64_t>(painter_->GetReach().back), 0);
+    const bool isNear = next_ <= picture && (from - taken_ <= kMostFrames || !HasSeek());
+    if (!isNear && !RestartAt(static_cast<std::uint64_t>(from))) return false;
     next_ = first;
     return true;
 }
@@ -171,7 +172,8 @@ bool CAudioPictures::KeepAround(std::int64_t centre) {
         // Seldom, because the rest is moved.
         const std::int64_t over = std::min(first, taken_) - soundFirst_;
         if (over > static_cast<std::int64_t>(reach.back + reach.ahead)) {
-            sound_.erase(sound_.begin(), sound_.begin() + over * static_cast<std::int64_t>(kept_));
+            sound_.erase(sound_.begin(), sound_.begin() + static_cast<std::ptrdiff_t>(over) *
+                                                              static_cast<std::ptrdiff_t>(kept_));
             soundFirst_ += over;
         }
     }

@@ -109,10 +109,6 @@ void CSpectrum::DrawGround(CCanvas& canvas) const {
          level -= kLevelStep) {
         const int y = GetY(level * CLevels::kUnit);
         canvas.Fill({0, y, canvas.GetWidth(), line}, settings_.scaleColour);
-        // Every other line has a number.
-        if ((settings_.highestLevel - level) / kLevelStep % 2 == 0)
-            canvas.Text(area_.x + 4 * textScale_, y + 2 * textScale_, std::to_string(level), textScale_,
-                        settings_.textColour);
     }
     canvas.Fill({0, bottom, canvas.GetWidth(), line}, settings_.scaleColour);
     int free = 0;
@@ -126,6 +122,14 @@ void CSpectrum::DrawGround(CCanvas& canvas) const {
         canvas.Text(x - width / 2, bottom + 4 * textScale_, mark.text, textScale_, settings_.textColour);
         free = x + width / 2 + 4 * textScale_;
     }
+}
+
+/// At every other line, and on top of the bars, which are often high there.
+void CSpectrum::DrawLevels(CCanvas& canvas) const {
+    for (int level = settings_.highestLevel - 2 * kLevelStep; level > settings_.lowestLevel;
+         level -= 2 * kLevelStep)
+        canvas.Text(area_.x + 4 * textScale_, GetY(level * CLevels::kUnit) + 3 * textScale_,
+                    std::to_string(level), textScale_, settings_.textColour);
 }
 
 void CSpectrum::Draw(CCanvas& canvas) const {
@@ -143,6 +147,7 @@ void CSpectrum::Draw(CCanvas& canvas) const {
                         settings_.peakColour);
         x += pitch_;
     }
+    if (settings_.hasScales != 0) DrawLevels(canvas);
 }
 
 void CSpectrum::DrawRow(std::uint32_t* row, int y, const std::vector<int>& tops) const {

@@ -32,6 +32,7 @@ private:
     int GetY(int level) const;
     void MakeEdges(std::uint32_t samplesPerSec);
     int GetLevel(const std::vector<double>& powers, std::size_t bar) const;
+    void DrawLevels(CCanvas& canvas) const;
     void DrawRow(std::uint32_t* row, int y, const std::vector<int>& tops) const;
 
     const vorlund::TAudioPictureSettings settings_;

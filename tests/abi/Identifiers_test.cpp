@@ -1,6 +1,7 @@
 // The identifiers of interfaces and data formats, and that no two things share one.
 #include <vorlund/AudioClip.h>
 #include <vorlund/AudioPcmConverters.h>
+#include <vorlund/AudioPictures.h>
 #include <vorlund/Bitmap.h>
 #include <vorlund/CbVideoSource.h>
 #include <vorlund/ClassIds.h>
@@ -22,6 +23,7 @@
 #include <vorlund/VideoOutput.h>
 #include <vorlund/VideoWindow.h>
 #include <vorlund/WavDecoder.h>
+#include <vorlund/WindowedOutput.h>
 
 #include "support/Text.h"
 
@@ -66,6 +68,7 @@ const TIdRow kIds[] = {
     {"IFile", IFile::InterfaceId, {0xB3CD9843, 0x21DE668F, 0x6DED4892, 0xDE64E408}},
     {"IFolder", IFolder::InterfaceId, {0x073F714C, 0xD5A53317, 0x083B96CF, 0xEDA16CC5}},
     {"IVideoOutput", IVideoOutput::InterfaceId, {0x4F714F40, 0x9133B93F, 0x5F77CBB2, 0x7827E4EA}},
+    {"IWindowedOutput", IWindowedOutput::InterfaceId, {0x68E3AF03, 0x1DA96B64, 0x54901BD2, 0xFAAB479A}},
     {"IVideoWindow", IVideoWindow::InterfaceId, {0x9F88DC9D, 0xCC694367, 0xBDB4BFA5, 0x202F2DDE}},
     {"IDevice", IDevice::InterfaceId, {0x24F097B7, 0x4DFD4301, 0xA1E71E1B, 0xA6328858}},
     {"IWavChunkDecoder", IWavChunkDecoder::InterfaceId, {0x3C718E0B, 0xF5A5403B, 0xBCE6CE73, 0x8A5092CC}},
@@ -76,6 +79,7 @@ const TIdRow kIds[] = {
      {0xC97694A7, 0xC0546B18, 0x3442881F, 0x792662C1}},
     {"IRandomGenerator", IRandomGenerator::InterfaceId, {0x83A81FE3, 0x415C7433, 0xD766C583, 0x78CE7B6C}},
     {"ISetFormatIsf", ISetFormatIsf::InterfaceId, {0x198AC22C, 0x4F6A4652, 0x97D12DBC, 0x2B68391F}},
+    {"IAudioPictures", IAudioPictures::InterfaceId, {0xD8015334, 0x8A057E02, 0xB589F2EE, 0xC730C937}},
     {"IResampler", IResampler::InterfaceId, {0x2B75D9E0, 0x46C18A3F, 0x9E04B7D2, 0x58F1C36A}},
     {"IAudioPcmSampleFormatConverter",
      IAudioPcmSampleFormatConverter::InterfaceId,
@@ -181,14 +185,14 @@ static_assert(kExtends<IStream, IObject> && kExtends<IInputStream, IStream> &&
               kExtends<ISwBufferMediaSample, IMediaSample> && kExtends<IInputStreamFilter, IInputStream> &&
               kExtends<IOutputStreamFilter, IOutputStream>);
 static_assert(kExtends<IDevice, IObject>);
-static_assert(kExtends<IVideoOutput, IDevice>);
+static_assert(kExtends<IVideoOutput, IDevice> && kExtends<IWindowedOutput, IVideoOutput>);
 static_assert(kExtends<IVideoWindow, IObject>);
 static_assert(kExtends<IFileInputStream, IInputStream> && kExtends<IFileOutputStream, IOutputStream> &&
               kExtends<IFile, IObject> && kExtends<IFolder, IObject> &&
               kExtends<IWavChunkDecoder, IInputStreamFilter> && kExtends<IWavDecoder, IInputStreamFilter> &&
               kExtends<ISetFormatIsf, IInputStreamFilter> &&
               kExtends<IAudioPcmSampleFormatConverter, IInputStreamFilter> &&
-              kExtends<IResampler, IInputStreamFilter> &&
+              kExtends<IResampler, IInputStreamFilter> && kExtends<IAudioPictures, IInputStreamFilter> &&
               kExtends<IAudioPcmChannelNumberConverter, IInputStreamFilter>);
 static_assert(kExtends<ICbVideoSource, IInputStream> && kExtends<IPlasmaVideoGenerator, IInputStream> &&
               kExtends<IRandomGenerator, IInputStream>);

@@ -1,6 +1,7 @@
 // The order of the virtual tables. Plug-ins and applications are compiled against it, so it never changes.
 #include <vorlund/AudioClip.h>
 #include <vorlund/AudioPcmConverters.h>
+#include <vorlund/AudioPictures.h>
 #include <vorlund/BinaryLock.h>
 #include <vorlund/Bitmap.h>
 #include <vorlund/CbVideoSource.h>
@@ -27,6 +28,7 @@
 #include <vorlund/VideoOutput.h>
 #include <vorlund/VideoWindow.h>
 #include <vorlund/WavDecoder.h>
+#include <vorlund/WindowedOutput.h>
 
 #include <gtest/gtest.h>
 
@@ -220,6 +222,8 @@ std::vector<TSlotRow> MakeRows() {
               SlotOf<bool (IVideoOutput::*)(const TDataFormat_VideoRgb&, const wchar*)>(&IVideoOutput::Open)},
              {"Present", SlotOf(&IVideoOutput::Present)}},
             SlotCount<IVideoOutput>());
+    AddRows(rows, "IWindowedOutput", 11, {{"SetHandler", SlotOf(&IWindowedOutput::SetHandler)}},
+            SlotCount<IWindowedOutput>());
     AddRows(rows, "IVideoWindow", 7,
             {{"Open", SlotOf(&IVideoWindow::Open)},
              {"Close", SlotOf(&IVideoWindow::Close)},
@@ -254,6 +258,13 @@ std::vector<TSlotRow> MakeRows() {
     AddRows(rows, "IResampler", 22,
             {{"SetTarget", SlotOf(&IResampler::SetTarget)}, {"Resample", SlotOf(&IResampler::Resample)}},
             SlotCount<IResampler>());
+    AddRows(rows, "IAudioPictures", 22,
+            {{"SetSettings", SlotOf(&IAudioPictures::SetSettings)},
+             {"GetSettings", SlotOf(&IAudioPictures::GetSettings)},
+             {"Start", SlotOf(&IAudioPictures::Start)},
+             {"Write", SlotOf(&IAudioPictures::Write)},
+             {"Draw", SlotOf(&IAudioPictures::Draw)}},
+            SlotCount<IAudioPictures>());
     AddRows(rows, "IAudioPcmChannelNumberConverter", 22,
             {{"SetNumChannels", SlotOf(&IAudioPcmChannelNumberConverter::SetNumChannels)}},
             SlotCount<IAudioPcmChannelNumberConverter>());
@@ -365,7 +376,8 @@ static_assert(kIsPlain<IObject> && kIsPlain<IObjectListener> && kIsPlain<IObject
               kIsPlain<IResampler> && kIsPlain<IResource> && kIsPlain<IResourceIs> && kIsPlain<IResourceOs> &&
               kIsPlain<IAppendingRos> && kIsPlain<IAudioClip> && kIsPlain<IVideoClip> && kIsPlain<IBitmap> &&
               kIsPlain<IMediaControl> && kIsPlain<IPropertyPage> && kIsPlain<IDevice> &&
-              kIsPlain<IVideoOutput> && kIsPlain<IVideoWindow>);
+              kIsPlain<IVideoOutput> && kIsPlain<IVideoWindow> && kIsPlain<IWindowedOutput> &&
+              kIsPlain<IAudioPictures>);
 
 } // namespace
 } // namespace vorlund::test

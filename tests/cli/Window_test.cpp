@@ -3,9 +3,12 @@
 #include "support/ChildProcess.h"
 #include "support/Text.h"
 
+#include <vorlund/WindowEvents.h>
+
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 
 namespace vorlund::test {
 namespace {
@@ -33,6 +36,30 @@ TEST(WindowCommand, ShowsFramesAndEndsByItself) {
     EXPECT_FALSE(Field(end.output, "Dropped").empty());
     EXPECT_NE(Field(end.output, "Rate").find(" per second"), std::string::npos);
     EXPECT_EQ(Field(end.output, "Nominal"), "30.00 per second");
+}
+
+/// Runs it without an end of its own, does something to its window as soon as there is one, and waits.
+TChildEnd RunWindowAnd(void (*act)(void* window)) {
+    std::thread user([act] {
+        void* window = nullptr;
+        if (WaitUntil([&] { return (window = FindWindowByTitle(VRL_L("Plasma"))) != nullptr; })) act(window);
+    });
+    const TChildEnd end = RunWindow({"--size", "96x64"});
+    user.join();
+    return end;
+}
+
+TEST(WindowCommand, EndsWithEscapeOrItsWindow) {
+    if (!CanShowWindows()) GTEST_SKIP() << "no display";
+    const TChildEnd byKey = RunWindowAnd([](void* window) {
+        PressKey(window, 'a');
+        PressKey(window, WINDOW_KEY_ESCAPE);
+    });
+    EXPECT_TRUE(byKey.IsSuccess()) << byKey.errors;
+    EXPECT_EQ(Field(byKey.output, "Size"), "96 x 64");
+    const TChildEnd byButton = RunWindowAnd(&CloseWindowByUser);
+    EXPECT_TRUE(byButton.IsSuccess()) << byButton.errors;
+    EXPECT_EQ(Field(byButton.output, "Size"), "96 x 64");
 }
 
 TEST(WindowCommand, WithoutADeviceItSaysSoInOneLine) {

@@ -4,9 +4,10 @@
 #include <vorlund/Exception.h>
 #include <vorlund/PluginStore.h>
 #include <vorlund/RefPtr.h>
-#include <vorlund/VideoOutput.h>
+#include <vorlund/WindowedOutput.h>
 
 #include "data/file/TemporaryFolder.h"
+#include "devices/EventRecorder.h"
 #include "devices/WindowProbe.h"
 #include "support/ChildProcess.h"
 #include "support/Failures.h"
@@ -15,9 +16,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <initializer_list>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace vorlund::test {
@@ -87,6 +90,26 @@ testing::AssertionResult Shows(const wstring& title, int x, int y, std::uint32_t
     return testing::AssertionFailure() << std::hex << picture->At(x, y);
 }
 
+/// Whether the picture shows a frame twice as wide as high, red and green, as large as it can be in the
+/// middle of black.
+bool HasShape(const TWindowPixels& picture) {
+    const bool isWide = picture.width > 2 * picture.height;
+    const int width = isWide ? 2 * picture.height : picture.width;
+    const int height = isWide ? picture.height : (picture.width + 1) / 2;
+    const int left = (picture.width - width) / 2;
+    const int top = (picture.height - height) / 2;
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            const bool isInside = x >= left && x < left + width && y >= top && y < top + height;
+            // In the very middle it depends on how pixels are chosen.
+            if (isInside && std::abs(2 * (x - left) + 1 - width) <= 2) continue;
+            const std::uint32_t colour = !isInside ? 0 : 2 * (x - left) < width ? 0xFF0000 : 0x00FF00;
+            if (picture.At(x, y) != colour) return false;
+        }
+    }
+    return true;
+}
+
 struct TShiftRow {
     std::uint32_t red;
     std::uint32_t green;
@@ -140,6 +163,65 @@ TEST_F(WindowOutput, TheUserClosesTheWindow) {
     EXPECT_TRUE(WaitUntil([&] { return !output_->Present(frame.data()); }));
     ASSERT_TRUE(output_->Open(MakeFormat(200, 120, 16, 8, 0), VRL_L("Again")));
     EXPECT_TRUE(output_->Present(frame.data()));
+}
+
+TEST_F(WindowOutput, KeepsTheShapeOfItsFrames) {
+    ASSERT_TRUE(output_->Open(MakeFormat(200, 100, 16, 8, 0), VRL_L("Shape")));
+    // The left half is red, the right one green.
+    std::vector<std::uint32_t> frame(200 * 100);
+    for (std::size_t i = 0; i < frame.size(); ++i) frame[i] = i % 200 < 100 ? 0xFF0000 : 0x00FF00;
+    ASSERT_TRUE(output_->Present(frame.data()));
+    void* const window = FindWindowByTitle(VRL_L("Shape"));
+    const std::pair<int, int> sizes[] = {{400, 400}, {500, 150}, {300, 600}, {420, 210}, {131, 117}};
+    for (const auto& [width, height] : sizes) {
+        ResizeWindowByUser(window, width, height);
+        // Nobody presents anything: the device draws what it has.
+        std::optional<TWindowPixels> picture;
+        EXPECT_TRUE(WaitUntil([&, w = width, h = height] {
+            picture = GetWindowPixels(window);
+            if (!picture || picture->width > w || picture->height > h) return false;
+            if (picture->width < w - 40 || picture->height < h - 60) return false;
+            return HasShape(*picture);
+        })) << width
+            << " x " << height;
+    }
+    const auto picture = GetWindowPixels(window);
+    ASSERT_TRUE(picture);
+    EXPECT_TRUE(SavePixmap(*picture, std::filesystem::path(VORLUND_TEST_ARTEFACTS) / "window-shape.ppm"));
+}
+
+TEST_F(WindowOutput, DrawsWhatWasCovered) {
+    ASSERT_TRUE(output_->Open(MakeFormat(200, 120, 16, 8, 0), VRL_L("Covered")));
+    const std::vector<std::uint32_t> frame(200 * 120, 0x345678);
+    ASSERT_TRUE(output_->Present(frame.data()));
+    ASSERT_TRUE(Shows(VRL_L("Covered"), 100, 60, 0x345678));
+    SpoilWindow(FindWindowByTitle(VRL_L("Covered")));
+    EXPECT_TRUE(Shows(VRL_L("Covered"), 100, 60, 0x345678));
+}
+
+TEST_F(WindowOutput, TellsOfItsWindow) {
+    const auto windowed = CRefPtr<IVideoOutput>::Share(output_).Query<IWindowedOutput>();
+    ASSERT_TRUE(windowed);
+    CEventRecorder recorder;
+    windowed->SetHandler(&CEventRecorder::OnEvent, &recorder);
+    for (int round = 0; round < 2; ++round) {
+        recorder.Clear();
+        ASSERT_TRUE(output_->Open(MakeFormat(200, 120, 16, 8, 0), VRL_L("Told")));
+        ASSERT_TRUE(WaitUntil([&] { return recorder.HasSize(200, 120); }));
+        PressKey(FindWindowByTitle(VRL_L("Told")), WINDOW_KEY_ESCAPE);
+        ASSERT_TRUE(WaitUntil([&] { return recorder.Has(WINDOW_EVENT_KEY_PRESSED); }));
+        EXPECT_EQ(recorder.GetKeys()[0], std::uint32_t{WINDOW_KEY_ESCAPE});
+        EXPECT_FALSE(recorder.Has(WINDOW_EVENT_CLOSED));
+        if (round == 0) {
+            CloseWindowByUser(FindWindowByTitle(VRL_L("Told")));
+            EXPECT_TRUE(WaitUntil([&] { return recorder.Has(WINDOW_EVENT_CLOSED); }));
+        }
+    }
+    windowed->SetHandler(nullptr);
+    recorder.Clear();
+    PressKey(FindWindowByTitle(VRL_L("Told")), 'a');
+    output_->Close();
+    EXPECT_TRUE(recorder.GetEvents().empty());
 }
 
 TEST_F(WindowOutput, OpenOfADeviceTakesTheDefaults) {

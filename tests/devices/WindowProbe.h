@@ -39,6 +39,9 @@ void ResizeWindowByUser(void* handle, int width, int height);
 void PressKey(void* handle, std::uint32_t key);
 void ReleaseKey(void* handle, std::uint32_t key);
 
+/// What the window shows is lost, and it is asked to draw itself again.
+void SpoilWindow(void* handle);
+
 /// What the window shows, or nothing when it cannot be seen.
 std::optional<TWindowPixels> GetWindowPixels(void* handle);
 

@@ -83,6 +83,13 @@ void ReleaseKey(void* handle, std::uint32_t key) {
     PostKey(handle, key, false);
 }
 
+void SpoilWindow(void* handle) {
+    const HDC window = GetDC(ToWindow(handle));
+    PatBlt(window, 0, 0, 10000, 10000, WHITENESS);
+    ReleaseDC(ToWindow(handle), window);
+    InvalidateRect(ToWindow(handle), nullptr, FALSE);
+}
+
 std::optional<TWindowPixels> GetWindowPixels(void* handle) {
     const auto view = LookAtWindow(handle);
     if (!view) return {};

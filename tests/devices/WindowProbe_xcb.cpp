@@ -168,6 +168,15 @@ void ReleaseKey(void* handle, std::uint32_t key) {
     SendKey(handle, key, XCB_KEY_RELEASE);
 }
 
+void SpoilWindow(void* handle) {
+    const CConnection connection;
+    // It has no background of its own, so that of this one stays.
+    const std::uint32_t white = 0xFFFFFF;
+    xcb_change_window_attributes(connection, ToWindow(handle), XCB_CW_BACK_PIXEL, &white);
+    xcb_clear_area(connection, 1, ToWindow(handle), 0, 0, 0, 0);
+    connection.Synchronise();
+}
+
 std::optional<TWindowPixels> GetWindowPixels(void* handle) {
     const auto view = LookAtWindow(handle);
     if (!view) return {};

@@ -56,6 +56,7 @@ win*)
             test -f "$prefix/$file"
         done
     fi
+    test -f "$prefix/lib/vorlund/plugins/visual.dll"
     test -f "$prefix/lib/vorlund/plugins/y4m.dll"
     cmake "${options[@]}" -DVorlund_DIR="$prefix/lib/cmake/Vorlund" "$toolchain"
     cmake --build "$work/build"
@@ -74,6 +75,7 @@ linux | linux-arm64)
     [[ ! -e $folder/bin/vorlund-plugins/image.so ]] || test -f "$prefix/lib/vorlund/plugins/image.so"
     [[ ! -e $folder/bin/vorlund-plugins/resample.so ]] || test -f "$prefix/lib/vorlund/plugins/resample.so"
     [[ ! -e $folder/bin/vorlund-plugins/audio.so ]] || test -f "$prefix/lib/vorlund/plugins/audio.so"
+    test -f "$prefix/lib/vorlund/plugins/visual.so"
     test -f "$prefix/lib/vorlund/plugins/y4m.so"
     compiler=g++ nm=nm
     target_launcher native "$folder"

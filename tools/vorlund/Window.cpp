@@ -75,9 +75,8 @@ private:
 
 /// Until `frames` have been shown, there are no more, the window is closed, Escape is pressed, or the program
 /// is interrupted.
-TShow Show(const TShowing& showing, IVideoOutput& output, std::uint64_t frames) {
+TShow Show(const TShowing& showing, IVideoOutput& output, const CEscape& escape, std::uint64_t frames) {
     const CInterrupt interrupt;
-    const CEscape escape(output);
     std::vector<std::uint8_t> frame(showing.format.image.GetSizeInBytes());
     const auto start = CFramePacer::TClock::now();
     CFramePacer pacer(showing.format.frameRate, start);
@@ -130,8 +129,10 @@ TShowing ShowVideo(const CRefPtr<IInputStream>& stream, const wstring& title) {
 
 TShow ShowInWindow(const TShowing& showing, std::uint64_t frames) {
     const auto output = MakeVideoOutput();
+    // Before there is a window, so that no key is missed.
+    const CEscape escape(*output.Get());
     OpenVideoOutput(*output, showing.format, showing.title);
-    const TShow show = Show(showing, *output, frames);
+    const TShow show = Show(showing, *output, escape, frames);
     output->Close();
     return show;
 }

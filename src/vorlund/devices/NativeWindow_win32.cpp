@@ -77,12 +77,15 @@ public:
     void RunLoop() override {
         loop = {window_, &events_};
         events_.TellSize(GetInside(window_));
+        // It was painted before anybody could be told.
+        events_.TellExposed();
         MSG message;
         while (GetMessageW(&message, nullptr, 0, 0) > 0) {
             TranslateMessage(&message);
-            // Here, not in the procedure: the characters of keys are in the queue behind them.
-            if (message.hwnd == window_) TellKeys(events_, message);
+            // Here, not in the procedure: what a key gives is in the queue by now.
+            const MSG character = message.hwnd == window_ ? TellKey(events_, message) : MSG{};
             DispatchMessageW(&message);
+            if (character.hwnd) DispatchMessageW(&character);
         }
         loop = {};
         // Fails while another window of the class exists, so the last one succeeds.

@@ -35,15 +35,15 @@ std::uint32_t GetCode(const MSG& message) {
     return scan ? scan : 0x10000 | static_cast<std::uint32_t>(message.wParam);
 }
 
-/// The character that `TranslateMessage` has made of the key, or 0.
-std::uint32_t GetMadeCharacter(const MSG& key) {
+/// The character that `TranslateMessage` has made of the key, if any.
+MSG TakeCharacter(const MSG& key) {
     const bool isSystemKey = key.message == WM_SYSKEYDOWN;
-    MSG made;
+    MSG character;
     // With the dead ones, whose numbers are the next.
-    if (!PeekMessageW(&made, key.hwnd, isSystemKey ? WM_SYSCHAR : WM_CHAR,
-                      isSystemKey ? WM_SYSDEADCHAR : WM_DEADCHAR, PM_NOREMOVE))
-        return 0;
-    return static_cast<std::uint32_t>(made.wParam) & 0xFFFF;
+    if (!PeekMessageW(&character, key.hwnd, isSystemKey ? WM_SYSCHAR : WM_CHAR,
+                      isSystemKey ? WM_SYSDEADCHAR : WM_DEADCHAR, PM_REMOVE))
+        return {};
+    return character;
 }
 
 /// What the key gives without Control, or 0.
@@ -63,12 +63,12 @@ std::uint32_t GetName(WPARAM virtualKey) {
     return WINDOW_KEY_OTHER;
 }
 
-void TellPressed(CWindowEvents& events, const MSG& message) {
+void TellPressed(CWindowEvents& events, const MSG& message, const MSG& character) {
     std::uint32_t modifiers = GetModifiers();
     std::uint32_t key = GetName(message.wParam);
     if (key == WINDOW_KEY_OTHER) {
         constexpr std::uint32_t kAltGr = WINDOW_MODIFIER_CONTROL | WINDOW_MODIFIER_ALT;
-        key = GetMadeCharacter(message);
+        key = static_cast<std::uint32_t>(character.wParam) & 0xFFFF;
         if (key < ' ')
             key = GetPlainCharacter(message.wParam, modifiers);
         else if ((modifiers & kAltGr) == kAltGr)
@@ -79,11 +79,15 @@ void TellPressed(CWindowEvents& events, const MSG& message) {
 
 } // namespace
 
-void TellKeys(CWindowEvents& events, const MSG& message) {
-    if (message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN)
-        TellPressed(events, message);
-    else if (message.message == WM_KEYUP || message.message == WM_SYSKEYUP)
+MSG TellKey(CWindowEvents& events, const MSG& message) {
+    MSG character{};
+    if (message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN) {
+        character = TakeCharacter(message);
+        TellPressed(events, message, character);
+    } else if (message.message == WM_KEYUP || message.message == WM_SYSKEYUP) {
         events.TellReleased(GetCode(message), GetModifiers());
+    }
+    return character;
 }
 
 } // namespace vorlund
