@@ -50,12 +50,9 @@ void CAudioDeviceInfo::Set(const TSdlDeviceInfo& info, TAudioDirection direction
 
 CSdlAudioSystem::CSdlAudioSystem() {
     try {
-        sdl_.Acquire();
-        sdl_->Run([&] {
-            sdl_->AddWatcher(change_);
-            sdl_->Begin();
-        });
-    } catch (const CFailedException&) {
+        CSdlThread& sdl = UseSdl();
+        sdl.Run([&] { sdl.Begin(); });
+    } catch (...) {
         // `EnumerateDevices` says why.
     }
 }
@@ -64,9 +61,28 @@ CSdlAudioSystem::~CSdlAudioSystem() {
     if (sdl_) sdl_->Run([&] { sdl_->RemoveWatcher(change_); });
 }
 
+CSdlThread& CSdlAudioSystem::UseSdl() {
+    const std::scoped_lock lock(mutex_);
+    if (!sdl_) {
+        sdl_.Acquire();
+        try {
+            sdl_->Run([&] { sdl_->AddWatcher(change_); });
+        } catch (...) {
+            sdl_.Release();
+            throw;
+        }
+    }
+    return *sdl_.Get();
+}
+
 const wchar* CSdlAudioSystem::GetName() {
     const char* driver = nullptr;
-    if (sdl_) sdl_->Run([&] { driver = sdl_->GetDriver(); });
+    try {
+        CSdlThread& sdl = UseSdl();
+        sdl.Run([&] { driver = sdl.GetDriver(); });
+    } catch (const CFailedException&) {
+        // There is none.
+    }
     for (const TDriverName& row : kDriverNames) {
         if (driver && row.driver == driver) return row.name;
     }
@@ -75,12 +91,12 @@ const wchar* CSdlAudioSystem::GetName() {
 
 IObjectList* CSdlAudioSystem::EnumerateDevices(TAudioDirection direction) {
     if (direction > AUDIO_DIRECTION_LOOPBACK) Raise<CInvalidParameterException>(kUnknownDirection);
-    sdl_.Acquire();
+    CSdlThread& sdl = UseSdl();
     std::vector<TSdlDeviceInfo> devices;
-    sdl_->Run([&] {
-        sdl_->Begin();
+    sdl.Run([&] {
+        sdl.Begin();
         change_.SetState(false);
-        devices = sdl_->List(direction != AUDIO_DIRECTION_OUTPUT);
+        devices = sdl.List(direction != AUDIO_DIRECTION_OUTPUT);
     });
     auto list = CreateAs<IObjectList>(classid::CObjectList);
     for (const TSdlDeviceInfo& device : devices) {

@@ -6,6 +6,7 @@
 #include <vorlund/AudioSystem.h>
 #include <vorlund/ObjectImpl.h>
 
+#include <mutex>
 #include <string>
 
 class CAudioDeviceInfo : public vorlund::CObjectImpl<vorlund::IAudioDeviceInfo> {
@@ -49,6 +50,10 @@ protected:
     ~CSdlAudioSystem();
 
 private:
+    /// Has the thread run, and tell of changes. Raises what `CSdlUse::Acquire` raises.
+    CSdlThread& UseSdl();
+
     vorlund::CEvent change_;
+    std::mutex mutex_;
     CSdlUse sdl_;
 };

@@ -16,14 +16,22 @@ namespace {
 
 constexpr std::uint32_t kUsualPeriod = 2048;
 
-/// The power of two that is nearest to the wish, within what SDL can count. Some drivers take no other
-/// number, and SDL 2.26 then gives them more frames than their buffer holds.
-Uint16 ChoosePeriod(std::uint32_t wish) {
-    if (wish == 0) return kUsualPeriod;
-    constexpr std::uint32_t kMin = 32;
-    constexpr std::uint32_t kMax = 32768;
-    const std::uint32_t below = std::bit_floor(std::clamp(wish, kMin, kMax));
-    return static_cast<Uint16>(below < kMax && wish - below > below * 2 - wish ? below * 2 : below);
+/// What the client wishes to lie before the device, in frames; 0 when it leaves that to the device.
+std::uint64_t GetWishedFrames(const TAudioPortFormat& wish) {
+    return std::uint64_t{wish.periodFrames} * wish.periods;
+}
+
+/// Half of the wish, because one block is played while another one is made: the power of two that is nearest,
+/// within what SDL can count. Some drivers take no other number, and SDL 2.26 then gives them more frames
+/// than their buffer holds.
+Uint16 ChoosePeriod(const TAudioPortFormat& wish) {
+    constexpr std::uint64_t kMin = 32;
+    constexpr std::uint64_t kMax = 32768;
+    const std::uint64_t half = GetWishedFrames(wish) / 2;
+    if (half == 0) return kUsualPeriod;
+    if (half >= kMax) return kMax;
+    const std::uint64_t below = std::bit_floor(std::max(half, kMin));
+    return static_cast<Uint16>(half > below + below / 2 ? below * 2 : below);
 }
 
 SDL_AudioFormat ToSdl(std::uint32_t sampleFormat) {
@@ -86,7 +94,7 @@ TAudioPortFormat CSdlPort::Open(const TAudioPortFormat& wish, IAudioPortClient& 
     spec_.freq = static_cast<int>(wish.samplesPerSec);
     spec_.format = ToSdl(wish.sampleFormat);
     spec_.channels = static_cast<Uint8>(std::clamp<std::uint32_t>(wish.channels, 1, 8));
-    spec_.samples = ChoosePeriod(wish.periodFrames);
+    spec_.samples = ChoosePeriod(wish);
     spec_.callback = &OnFrames;
     spec_.userdata = this;
     lastCall_ = 0;
@@ -103,8 +111,10 @@ TAudioPortFormat CSdlPort::Open(const TAudioPortFormat& wish, IAudioPortClient& 
         sdl_.Release();
         throw;
     }
+    // What of a long wish SDL cannot keep lies with the client.
+    const auto wished = static_cast<std::uint32_t>(GetWishedFrames(wish) / spec_.samples);
     return {FromSdl(spec_.format), spec_.channels, static_cast<std::uint32_t>(spec_.freq), spec_.samples,
-            std::max(periods, wish.periods)};
+            std::max(periods, wished)};
 }
 
 void CSdlPort::Close() {

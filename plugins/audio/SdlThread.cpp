@@ -99,7 +99,8 @@ CSdlThread::~CSdlThread() {
 void CSdlThread::Run(const std::function<void()>& task) {
     TJob job{&task, {}};
     std::unique_lock lock(mutex_);
-    jobs_.push_back(&job);
+    *nextJob_ = &job;
+    nextJob_ = &job.next;
     asked_.notify_one();
     answered_.wait(lock, [&] { return job.isDone; });
     if (job.failure) std::rethrow_exception(job.failure);
@@ -116,10 +117,11 @@ void CSdlThread::Do(TJob& job) {
 void CSdlThread::Work() {
     std::unique_lock lock(mutex_);
     while (!isOver_) {
-        asked_.wait_for(lock, kLook, [&] { return isOver_ || hasEvent_ || !jobs_.empty(); });
-        if (!jobs_.empty()) {
-            TJob& job = *jobs_.front();
-            jobs_.pop_front();
+        asked_.wait_for(lock, kLook, [&] { return isOver_ || hasEvent_ || firstJob_; });
+        if (firstJob_) {
+            TJob& job = *firstJob_;
+            firstJob_ = job.next;
+            if (!firstJob_) nextJob_ = &firstJob_;
             lock.unlock();
             Do(job);
             lock.lock();
@@ -157,6 +159,7 @@ void CSdlThread::Begin() {
     // SDL calls it on the thread that finds the change, so nobody needs to take events out of its queue.
     library_.AddEventWatch(&OnEvent, this);
     server_ = ConnectSoundServer(library_.GetCurrentAudioDriver());
+    isCompared_ = false;
     // Who lists devices makes SDL begin anew, and must not be told each time.
     if (GetNames() != names_) TellWatchers();
     for (const bool isInput : {false, true}) defaults_[isInput] = FindDefault(isInput);

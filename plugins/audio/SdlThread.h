@@ -9,7 +9,6 @@
 #include <vorlund/Event.h>
 
 #include <condition_variable>
-#include <deque>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -75,6 +74,8 @@ private:
         const std::function<void()>* task;
         std::exception_ptr failure;
         bool isDone = false;
+        /// The one behind it.
+        TJob* next = nullptr;
     };
 
     explicit CSdlThread(const TSdlLibrary& library) : library_(library) {}
@@ -98,7 +99,9 @@ private:
     std::mutex mutex_;
     std::condition_variable asked_;
     std::condition_variable answered_;
-    std::deque<TJob*> jobs_;
+    /// A chain of those that wait, because closing must not need memory.
+    TJob* firstJob_ = nullptr;
+    TJob** nextJob_ = &firstJob_;
     bool hasEvent_ = false;
     bool isOver_ = false;
 
@@ -133,6 +136,7 @@ public:
     void Release();
     explicit operator bool() const { return thread_ != nullptr; }
     CSdlThread* operator->() const { return thread_; }
+    CSdlThread* Get() const { return thread_; }
 
 private:
     CSdlThread* thread_ = nullptr;

@@ -12,7 +12,8 @@ namespace vorlund::test {
 namespace {
 
 constexpr const wchar* kFile = VRL_L("src/vorlund/devices/audio/AudioOutput");
-constexpr TFailure kWritePlaying{VRL_L("vorlund::CAudioOutput::Write"), kFile, 8, VRL_L("A stream is playing")};
+constexpr TFailure kWritePlaying{VRL_L("vorlund::CAudioOutput::Write"), kFile, 8,
+                                 VRL_L("A stream is playing")};
 constexpr TFailure kNoStream{VRL_L("vorlund::CAudioOutput::Play"), kFile, 10, VRL_L("stream is NULL")};
 constexpr TFailure kBadStream{VRL_L("vorlund::CAudioOutput::Play"), kFile, 11,
                               VRL_L("Unsupported format in decoded stream")};
@@ -232,10 +233,9 @@ TEST_F(AudioOutputPlay, StreamsWithoutAnEnd) {
 TEST_F(AudioOutputPlay, WhatIsNoSoundIsRefused) {
     ExpectRaises<CNullPtrException>(kNoStream, [&] { output_->Play(nullptr); });
     for (const TDataFormat_AudioPcm& format :
-         {TDataFormat_AudioPcm(7, 2, 48000), TDataFormat_AudioPcm(1, 0, 48000), TDataFormat_AudioPcm(1, 9, 48000),
-          TDataFormat_AudioPcm(1, 1, 0)})
-        ExpectRaises<CDataFormatException>(kBadStream,
-                                           [&] { output_->Play(MakeKept(format, TBytes(100))); });
+         {TDataFormat_AudioPcm(7, 2, 48000), TDataFormat_AudioPcm(1, 0, 48000),
+          TDataFormat_AudioPcm(1, 9, 48000), TDataFormat_AudioPcm(1, 1, 0)})
+        ExpectRaises<CDataFormatException>(kBadStream, [&] { output_->Play(MakeKept(format, TBytes(100))); });
     EXPECT_EQ(output_->GetPlayingStreams(), 0u);
 }
 

@@ -199,8 +199,9 @@ TEST_F(AudioOutput, LatenciesAreWholePeriods) {
 TEST_F(AudioOutput, ImpossibleWishesAreRefused) {
     const auto output = CreateOutput();
     for (const TDataFormat_AudioPcm& format :
-         {TDataFormat_AudioPcm(4, 2, 48000), TDataFormat_AudioPcm(1, 0, 48000), TDataFormat_AudioPcm(1, 9, 48000),
-          TDataFormat_AudioPcm(1, 2, 999), TDataFormat_AudioPcm(1, 2, 768001)}) {
+         {TDataFormat_AudioPcm(4, 2, 48000), TDataFormat_AudioPcm(1, 0, 48000),
+          TDataFormat_AudioPcm(1, 9, 48000), TDataFormat_AudioPcm(1, 2, 999),
+          TDataFormat_AudioPcm(1, 2, 768001)}) {
         output->Open();
         ExpectRaises<CDataFormatException>(kBadFormat, [&] { output->OpenOutput(format, 0.1); });
         EXPECT_EQ(output->GetState(), AUDIO_STATE_CLOSED);

@@ -50,9 +50,8 @@ TEST_F(AudioRates, StreamsBecomeWhatTheFiltersMakeOfThem) {
     EXPECT_EQ(output_->GetFormat().samplesPerSec, 44100u);
     EXPECT_EQ(output_->GetDeviceFormat().samplesPerSec, 48000u);
     TBytes all;
-    for (const TDataFormat_AudioPcm& format :
-         {kSlow, TDataFormat_AudioPcm(SAMPLE_FORMAT_32BIT, 6, 96000), TDataFormat_AudioPcm(SAMPLE_FORMAT_8BIT, 1, 8000),
-          kDevice}) {
+    for (const TDataFormat_AudioPcm& format : {kSlow, TDataFormat_AudioPcm(SAMPLE_FORMAT_32BIT, 6, 96000),
+                                               TDataFormat_AudioPcm(SAMPLE_FORMAT_8BIT, 1, 8000), kDevice}) {
         const TBytes sound = MakeSound(format, 5000);
         output_->Play(MakeKept(format, sound));
         all = Joined(all, format.samplesPerSec == 48000 ? sound : Convert(format, sound));
@@ -131,8 +130,8 @@ TEST_F(AudioRates, FlushDropsWhatTheResamplerHas) {
     audio_.Step(4000);
     const TBytes played = GetPlayed();
     const TBytes expected = Convert(kSlow, next);
-    EXPECT_NE(std::search(played.begin() + static_cast<std::ptrdiff_t>(before), played.end(), expected.begin(),
-                          expected.end()),
+    EXPECT_NE(std::search(played.begin() + static_cast<std::ptrdiff_t>(before), played.end(),
+                          expected.begin(), expected.end()),
               played.end());
 }
 

@@ -36,7 +36,8 @@ protected:
             const auto info = object.Query<IAudioDeviceInfo>();
             EXPECT_EQ(info->GetDirection(), direction);
             text += Narrow(info->GetId()) + (info->IsDefault() ? "* " : " ") +
-                    std::to_string(info->GetChannels()) + " " + std::to_string(info->GetSamplesPerSec()) + "\n";
+                    std::to_string(info->GetChannels()) + " " + std::to_string(info->GetSamplesPerSec()) +
+                    "\n";
         }
         return text;
     }
@@ -235,10 +236,12 @@ TEST_F(SteppedAudio, OtherDevicesAreRefused) {
     expect(VRL_L("vorlund::CSteppedAudio::GetPlayedSize"), 8, [&] { audio_.GetPlayedSize(kC); });
     expect(VRL_L("vorlund::CSteppedAudio::ForgetPlayed"), 9, [&] { audio_.ForgetPlayed(kC); });
     expect(VRL_L("vorlund::CSteppedAudio::SetInput"), 10, [&] { audio_.SetInput(kC, nullptr, 0); });
-    ExpectRaises<CNullPtrException>({VRL_L("vorlund::CSteppedAudio::GetPlayed"), kFile, 12, VRL_L("buffer is NULL")},
-                                    [&] { audio_.GetPlayed(kA, 0, nullptr, 1); });
-    ExpectRaises<CNullPtrException>({VRL_L("vorlund::CSteppedAudio::SetInput"), kFile, 13, VRL_L("buffer is NULL")},
-                                    [&] { audio_.SetInput(kA, nullptr, 1); });
+    ExpectRaises<CNullPtrException>(
+        {VRL_L("vorlund::CSteppedAudio::GetPlayed"), kFile, 12, VRL_L("buffer is NULL")},
+        [&] { audio_.GetPlayed(kA, 0, nullptr, 1); });
+    ExpectRaises<CNullPtrException>(
+        {VRL_L("vorlund::CSteppedAudio::SetInput"), kFile, 13, VRL_L("buffer is NULL")},
+        [&] { audio_.SetInput(kA, nullptr, 1); });
 }
 
 } // namespace

@@ -22,7 +22,7 @@ TEST_F(DiskDriver, WritesWhatIsPlayedInEachFormat) {
             const TBytes sound = MakeNoise(format, 10000, sampleFormat * 10 + channels);
             const auto output = MakeOutput();
             // Everything is queued before the file gets it, so that no gap is in it.
-            output->OpenOutput(format, 1);
+            output->OpenOutput(format, 0.5);
             output->SetPaused(true);
             EXPECT_EQ(output->GetDeviceFormat().sampleFormat, sampleFormat);
             EXPECT_EQ(output->Write(sound.data(), sound.size()), sound.size());
