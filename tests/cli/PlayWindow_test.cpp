@@ -88,7 +88,7 @@ TEST_F(PlayWindow, KeysAreThoseOfTheTerminal) {
     if (!CanShowWindows()) GTEST_SKIP() << "no display";
     const std::string first = MakeLoud("vorlund-window-1.wav");
     const std::string second =
-        MakeWav("vorlund-window-2.wav", TBytes(600 * 1000, 128), {.samplesPerSec = 1000, .bits = 8});
+        MakeWav("vorlund-window-2.wav", TBytes(600 * 8000, 128), {.samplesPerSec = 8000, .bits = 8});
     CChildProcess program("vorlund", PlayInWindow({first, second}));
     void* const window = WaitForWindow("vorlund-window-1.wav");
     EXPECT_TRUE(WaitUntil([&] { return HasWaveAbove(window, 100); }));

@@ -135,6 +135,27 @@ TEST_F(Play, EndlessListOfNothingEnds) {
     EXPECT_EQ(std::count(end.errors.begin(), end.errors.end(), '\n'), 3) << end.errors;
 }
 
+TEST_F(Play, EndlessListOfEmptyFilesEnds) {
+    const std::string empty = MakeWav("empty.wav", {}, kStereo);
+    const TChildEnd end = RunPlay({empty, empty, "--loop", "--device", "null"});
+    EXPECT_TRUE(end.IsSuccess()) << end.errors;
+    EXPECT_NE(end.output.find("Played    0.000 s"), std::string::npos) << end.output;
+}
+
+TEST_F(Play, EndlessListIsNotPlayedIntoAFile) {
+    const std::string file = MakeWav("file.wav", Ramp(400));
+    const TChildEnd end = RunPlay({file, "--loop", "--device", "file:" + At("out.wav")});
+    EXPECT_EQ(end.exitCode, 1u);
+    EXPECT_EQ(end.errors, "vorlund: A list without an end does not fit into a file; use --loop=COUNT\n");
+    EXPECT_EQ(List(), std::vector<std::string>{"file.wav"});
+}
+
+TEST_F(Play, DecodersApartPlayTheSame) {
+    const std::string one = MakeWav("one.wav", Ramp(40004), kStereo);
+    const std::string two = MakeWav("two.wav", Ramp(400, 9), kStereo);
+    EXPECT_EQ(PlayIntoFile({one, two, "--isolate"}), Join({Ramp(40004), Ramp(400, 9)}));
+}
+
 TEST_F(Play, FileThatEndsEarlyPlaysAsFarAsItGoes) {
     // It declares more than it has.
     const std::string cut =

@@ -61,6 +61,8 @@ void CheckFiles(const TPlayOptions& options) {
         throw TProgramError{VRL_L("The standard input can be played once only; save it to a file")};
     const auto output = GetFileOfDevice(options.device);
     if (!output) return;
+    if (options.times == 0)
+        throw TProgramError{VRL_L("A list without an end does not fit into a file; use --loop=COUNT")};
     for (const std::string& file : options.files) {
         std::error_code none;
         if (fs::equivalent(ToPath(file), ToPath(*output), none))

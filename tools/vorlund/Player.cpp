@@ -89,6 +89,9 @@ std::unique_ptr<CPlayedFile> CPlayer::OpenNext() {
             const double from = std::exchange(list_.from, 0);
             if (place == 0 && from > 0)
                 file->Seek(static_cast<std::uint64_t>(std::llround(from * file->GetFormat().samplesPerSec)));
+            // Nor does one of nothing but empty files play for ever.
+            empty_ = file->GetFrames() == 0U ? empty_ + 1 : 0;
+            if (list_.times == 0 && empty_ > list_.files.size()) return {};
             return file;
         } catch (const TProgramError& error) {
             Fail(number, error.text);

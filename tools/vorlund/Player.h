@@ -124,6 +124,8 @@ private:
     std::unique_ptr<CPlayedFile> first_;
     /// The place that `OpenNext` opens.
     std::uint64_t next_ = 0;
+    /// Files without sound that were opened last.
+    std::size_t empty_ = 0;
     /// The first one is heard, or was the last to be.
     std::deque<TGiven> given_;
 };

@@ -52,9 +52,11 @@ std::string FormatTime(double seconds) {
 
 std::string FormatLevel(float peak, int width) {
     const double level = peak > 0 ? 20 * std::log10(static_cast<double>(peak)) : kLowestText;
+    // A sum with 0 has no sign when it is 0.
+    const double shown = std::round(std::max(level, kLowestText) * 10) / 10 + 0.0;
     const double share = std::clamp((level - kFloor) / -kFloor, 0.0, 1.0);
     const std::string bar(static_cast<std::size_t>(std::lround(share * width)), '#');
     char text[160];
-    std::snprintf(text, sizeof text, "[%-*s] %5.1f dB", width, bar.c_str(), std::max(level, kLowestText));
+    std::snprintf(text, sizeof text, "[%-*s] %5.1f dB", width, bar.c_str(), shown);
     return text;
 }
