@@ -85,7 +85,7 @@ TEST_F(EventWaits, ListsThatNoWaitTakesFailAtOnce) {
     EXPECT_FALSE(WaitAll(tooMany));
 }
 
-TEST(EventWaitTimes, AreRoundedUpToWholeMilliseconds) {
+TEST(EventWaitsTimes, AreRoundedUpToWholeMilliseconds) {
     using eventwaits::MillisecondsOf;
     EXPECT_EQ(MillisecondsOf(1us), 1);
     EXPECT_EQ(MillisecondsOf(1ms), 1);

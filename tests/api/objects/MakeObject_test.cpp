@@ -31,12 +31,12 @@ private:
     std::string name_;
 };
 
-class MakingObjects : public testing::Test {
+class MakeObjects : public testing::Test {
 protected:
     std::optional<CLibraryScope> library_{std::in_place};
 };
 
-TEST_F(MakingObjects, ForwardsTheArguments) {
+TEST_F(MakeObjects, ForwardsTheArguments) {
     const auto object = MakeObject<CNamedProbe>("n", std::make_unique<int>(3));
     EXPECT_EQ(object->GetName(), "n3");
     EXPECT_EQ(ReferencesOf(object.Get()), 1);
@@ -45,13 +45,13 @@ TEST_F(MakingObjects, ForwardsTheArguments) {
     EXPECT_GT(object->GetObjectNumber(), 0);
 }
 
-TEST_F(MakingObjects, NeedsNoArguments) {
+TEST_F(MakeObjects, NeedsNoArguments) {
     const CRefPtr<CProbe> object = MakeObject<CProbe>();
     EXPECT_EQ(CProbe::alive, 1);
     EXPECT_EQ(ReferencesOf(object.Get()), 1);
 }
 
-TEST_F(MakingObjects, PointersBecomeThoseOfInterfacesAndCompare) {
+TEST_F(MakeObjects, PointersBecomeThoseOfInterfacesAndCompare) {
     const CRefPtr<CProbe> probe = MakeObject<CProbe>();
     const CRefPtr<IObject> object = probe;
     EXPECT_EQ(ReferencesOf(object.Get()), 2);
@@ -63,7 +63,7 @@ TEST_F(MakingObjects, PointersBecomeThoseOfInterfacesAndCompare) {
     static_assert(!std::is_constructible_v<CRefPtr<CProbe>, CRefPtr<IObject>>);
 }
 
-TEST_F(MakingObjects, ContainersHoldSafePointers) {
+TEST_F(MakeObjects, ContainersHoldSafePointers) {
     std::vector<CSafeRefPtr<IObject>> objects;
     for (int i = 0; i < 20; ++i) objects.emplace_back(MakeObject<CProbe>());
     EXPECT_EQ(CProbe::alive, 20);
@@ -79,7 +79,7 @@ TEST_F(MakingObjects, ContainersHoldSafePointers) {
     EXPECT_TRUE(CSafeRefPtr<IObject>() == nullptr);
 }
 
-TEST_F(MakingObjects, SafePointersRaiseNothingAfterTheEndOfTheLibrary) {
+TEST_F(MakeObjects, SafePointersRaiseNothingAfterTheEndOfTheLibrary) {
     {
         std::vector<CSafeRefPtr<IObject>> objects;
         objects.emplace_back(MakeObject<CProbe>());
@@ -93,7 +93,7 @@ concept TClassName = requires(const CClassStore& store, TName name) {
     store.CreateObject(name);
 };
 
-TEST_F(MakingObjects, NarrowNamesAreRefusedByTheCompiler) {
+TEST_F(MakeObjects, NarrowNamesAreRefusedByTheCompiler) {
     static_assert(TClassName<const wchar*>);
     static_assert(TClassName<CId>);
     static_assert(TClassName<std::nullptr_t>);
