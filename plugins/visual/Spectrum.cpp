@@ -124,12 +124,18 @@ void CSpectrum::DrawGround(CCanvas& canvas) const {
     }
 }
 
-/// At every other line, and on top of the bars, which are often high there.
+/// At every other line, each on a piece of the ground, because bars are often high there.
 void CSpectrum::DrawLevels(CCanvas& canvas) const {
+    const int pad = 2 * textScale_;
+    const int height = CCanvas::GetTextHeight(textScale_);
     for (int level = settings_.highestLevel - 2 * kLevelStep; level > settings_.lowestLevel;
-         level -= 2 * kLevelStep)
-        canvas.Text(area_.x + 4 * textScale_, GetY(level * CLevels::kUnit) + 3 * textScale_,
-                    std::to_string(level), textScale_, settings_.textColour);
+         level -= 2 * kLevelStep) {
+        const std::string text = std::to_string(level);
+        const int y = GetY(level * CLevels::kUnit) - height / 2;
+        canvas.Fill({area_.x, y - pad, CCanvas::GetTextWidth(text, textScale_) + 4 * pad, height + 2 * pad},
+                    settings_.groundColour);
+        canvas.Text(area_.x + 2 * pad, y, text, textScale_, settings_.textColour);
+    }
 }
 
 void CSpectrum::Draw(CCanvas& canvas) const {

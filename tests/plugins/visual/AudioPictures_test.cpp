@@ -406,8 +406,8 @@ struct TGolden {
 
 TEST_F(AudioPictures, TheSameOnEverySystem) {
     const TGolden rows[] = {{AUDIO_PICTURE_OSCILLOSCOPE, 0x143891504B99110A},
-                            {AUDIO_PICTURE_SPECTRUM, 0x6C721064E2BA9FAA},
-                            {AUDIO_PICTURE_BOTH, 0xE4830AD00A58A304}};
+                            {AUDIO_PICTURE_SPECTRUM, 0x4D936AAA1112BEAD},
+                            {AUDIO_PICTURE_BOTH, 0xD66E0EB336855921}};
     for (const TGolden& row : rows) {
         TAudioPictureSettings settings;
         settings.kind = row.kind;
