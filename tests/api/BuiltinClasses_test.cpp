@@ -286,5 +286,11 @@ TEST(BuiltinClassesCodecs, DecoderIsTheWavDecoder) {
     EXPECT_TRUE(decoder.Query<IWavDecoder>());
 }
 
+TEST(BuiltinClassesDevices, NoDevice) {
+    const CLibraryScope library;
+    const auto devices = CRefPtr<IObjectList>::Adopt(v.GetDeviceClassStore().EnumerateDevices());
+    EXPECT_EQ(devices->GetObjectCount(), 0u);
+}
+
 } // namespace
 } // namespace vorlund::test
