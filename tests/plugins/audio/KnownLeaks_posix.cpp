@@ -1,4 +1,5 @@
-// What SDL 2.26 leaks itself: of each event of a PulseAudio server that it hears, what it asks the server then.
+// What SDL 2.26 leaks itself: of each event of a PulseAudio server that it hears, what it asks the server
+// then.
 #include <dlfcn.h>
 
 extern "C" const char* __lsan_default_suppressions();

@@ -1,5 +1,5 @@
-// Libpulse is not built for the thread sanitizer, which therefore does not see the atomic numbers by which its
-// connections hand each other freed memory.
+// Libpulse is not built for the thread sanitizer, which therefore does not see the atomic numbers by which
+// its connections hand each other freed memory.
 extern "C" const char* __tsan_default_suppressions();
 
 extern "C" const char* __tsan_default_suppressions() {
