@@ -44,11 +44,12 @@ CAudioOutput::~CAudioOutput() {
     } catch (...) {
         // Already reported when it was built; `Close` tells those who want to know.
     }
-    if (!ended_.joinable()) return;
-    if (ended_.get_id() == std::this_thread::get_id())
-        ended_.detach();
-    else
-        ended_.join();
+    JoinEnded();
+    if (ended_.joinable()) ended_.detach();
+}
+
+void CAudioOutput::JoinEnded() {
+    if (ended_.joinable() && ended_.get_id() != std::this_thread::get_id()) ended_.join();
 }
 
 void CAudioOutput::SetPort(IAudioPort* port, bool reopens) {
@@ -71,7 +72,8 @@ void CAudioOutput::EndSession(COutputSession& session) {
     std::thread feeder = session.End();
     if (!feeder.joinable()) return;
     // The session was closed from inside one of its streams.
-    if (ended_.joinable()) ended_.join();
+    JoinEnded();
+    if (ended_.joinable()) ended_.detach();
     ended_ = std::move(feeder);
 }
 
@@ -84,6 +86,8 @@ void CAudioOutput::OpenOutput(const TDataFormat_AudioPcm& format, double latency
     const TDataFormat_AudioPcm wanted = format;
     slot_.Open([this](COutputSession& last) { EndSession(last); },
                [&] {
+                   // Until its stream has returned and is released.
+                   JoinEnded();
                    auto next = COutputSession::Open({port_.Get(), reopens_, wanted, latency}, common_);
                    const std::lock_guard lock(lastMutex_);
                    xruns_ = 0;

@@ -51,6 +51,7 @@ private:
     /// The open session. Raises the failure without one.
     std::shared_ptr<COutputSession> Session(const TFailure& failure);
     void EndSession(COutputSession& session);
+    void JoinEnded();
 
     CRefPtr<IAudioPort> port_;
     bool reopens_ = false;
