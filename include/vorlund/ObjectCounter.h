@@ -7,8 +7,8 @@
 namespace vorlund {
 
 /// Hands out serial numbers, and raises where objects are created or destroyed while the library is closed.
-/// Takes no lock itself: objects that are created through the class store take their numbers under the
-/// store's lock.
+/// Any number of threads may make objects at once; each gets a number of its own. `Init` and `Close` are for
+/// one thread, while no other uses it.
 ///
 /// The class identifiers are ignored: there is no count per class, no count of live objects and no report of
 /// leaked ones. Programs that want them count in listeners (`IObject::AddListener`).
