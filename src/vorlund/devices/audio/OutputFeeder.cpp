@@ -117,6 +117,8 @@ void COutputSession::Rest(TLock& lock, std::uint32_t told) {
     }
     seen_ = told;
     isResting_ = true;
+    restWaiters_ = waiters_;
+    restDrainers_ = drainers_;
     changed_.notify_all();
     const std::int64_t deadline = GetNextLook();
     lock.unlock();

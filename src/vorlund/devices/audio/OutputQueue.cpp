@@ -31,7 +31,9 @@ constexpr TFailure kDrainLost{VRL_L("vorlund::CAudioOutput::Drain"), kFile, 13, 
 
 void COutputSession::WaitForChange(TLock& lock) {
     ++waiters_;
-    signal_.Notify();
+    // A feeder that rests with this waiter in mind tells him when there is reason to; woken for each wait, it
+    // would wake him in turn, without end.
+    if (!isResting_ || waiters_ > restWaiters_ || drainers_ > restDrainers_) signal_.Notify();
     changed_.wait(lock);
     --waiters_;
 }

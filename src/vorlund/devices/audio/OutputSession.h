@@ -175,6 +175,9 @@ private:
     std::size_t dropCount_ = 0;
     std::uint32_t seen_ = 0;
     bool isResting_ = false;
+    /// Who waited when the feeder began to rest.
+    std::uint32_t restWaiters_ = 0;
+    std::uint32_t restDrainers_ = 0;
     wstring streamError_;
     /// The last one is the present one; references to the others are still in use.
     std::deque<TDataFormat_AudioPcm> deviceFormats_;
