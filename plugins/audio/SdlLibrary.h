@@ -36,3 +36,7 @@ struct TSdlLibrary {
 
 /// Loads SDL when it is asked for first; null without it, or when it is older than 2.24. Any thread.
 const TSdlLibrary* FindSdlLibrary();
+
+/// What the library below SDL would print of failures of the calling thread is not printed: SDL tells of the
+/// failure itself. Other threads, and what an application has set for them, stay as they are.
+void SilenceThisThread();

@@ -5,6 +5,7 @@
 
 #include "Module_posix.h"
 
+#include <cstdarg>
 #include <optional>
 
 namespace {
@@ -28,4 +29,14 @@ std::optional<TSdlLibrary> Load() {
 const TSdlLibrary* FindSdlLibrary() {
     static const std::optional<TSdlLibrary> library = Load();
     return library ? &*library : nullptr;
+}
+
+void SilenceThisThread() {
+    using THandler = void (*)(const char* file, int line, const char* function, int error, const char* format,
+                              va_list arguments);
+    // ALSA's library, which prints a line for each step of an opening that fails. SDL uses the same one.
+    void* const module = dlopen("libasound.so.2", RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    THandler (*setHandler)(THandler) = nullptr;
+    if (!module || !FindIn(module, "snd_lib_error_set_local", setHandler)) return;
+    setHandler([](const char*, int, const char*, int, const char*, va_list) {});
 }

@@ -9,3 +9,7 @@ const TSdlLibrary* FindSdlLibrary() {
     };
     return &library;
 }
+
+void SilenceThisThread() {
+    // Nothing is printed here.
+}

@@ -115,6 +115,7 @@ void CSdlThread::Do(TJob& job) {
 }
 
 void CSdlThread::Work() {
+    SilenceThisThread();
     std::unique_lock lock(mutex_);
     while (!isOver_) {
         asked_.wait_for(lock, kLook, [&] { return isOver_ || hasEvent_ || firstJob_; });

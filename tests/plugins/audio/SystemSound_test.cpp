@@ -8,7 +8,9 @@ class SystemSound : public CAudioPluginTest {};
 
 TEST_F(SystemSound, IsOpenedOrSaysWhyNot) {
     const auto output = MakeOutput();
+    testing::internal::CaptureStderr();
     const std::string outcome = Outcome([&] { output->Open(); });
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     if (outcome == "nothing") {
         EXPECT_EQ(output->GetState(), AUDIO_STATE_RUNNING);
         EXPECT_GE(List(AUDIO_DIRECTION_OUTPUT).size(), 1u);
