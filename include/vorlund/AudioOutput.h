@@ -28,7 +28,7 @@ inline constexpr double kDefaultAudioLatency = 0;
 
 /// Plays PCM audio. Frames are queued by `Write` or come from a stream, are brought to the rate of the device
 /// by the plug-in `resample` and to its format by the rules of AudioConversion.h, clipped and at true scale,
-/// and leave in the order in which they came.
+/// mixed at `MIX_LEVEL_SAFE` where it has other channels, and leave in the order in which they came.
 ///
 /// `Open` of `IDevice` opens for floats, two channels, 48,000 frames a second and the device's own latency;
 /// `Close` drops what is not yet played and ends every wait of other threads. Opening an open output closes

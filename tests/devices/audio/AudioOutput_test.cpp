@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <thread>
 
 namespace vorlund::test {
 namespace {
@@ -154,6 +155,7 @@ TEST_F(AudioOutput, CloseAndFlushEndTheWaitsOfOthers) {
         output->OpenOutput(kSixteenBits, kDefaultAudioLatency);
         CActor writer, drainer;
         writer.Start([&] { EXPECT_EQ(output->Write(sound.data(), sound.size()), 512u * 4); });
+        while (output->GetDelay() < 512) std::this_thread::yield();
         drainer.Start([&] { EXPECT_FALSE(output->Drain()); });
         EXPECT_TRUE(writer.StaysBusy());
         EXPECT_TRUE(drainer.StaysBusy());

@@ -35,6 +35,7 @@ protected:
         resampler->Connect(source.Get());
         TAudioTarget target{.sampleFormat = kDevice.sampleFormat};
         if (from.channels != kDevice.channels) target.layout = GetDefaultLayout(kDevice.channels);
+        target.mixLevel = MIX_LEVEL_SAFE;
         const auto converter = CRefPtr<IInputStreamFilter>::Adopt(CreateAudioConverter(target));
         converter->Connect(resampler.Get());
         TBytes bytes(static_cast<std::size_t>(converter->GetLength()));

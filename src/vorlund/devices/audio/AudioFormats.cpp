@@ -65,7 +65,7 @@ bool IsSameFormat(const TDataFormat_AudioPcm& one, const TDataFormat_AudioPcm& o
 CFrameConversion::CFrameConversion(const TDataFormat_AudioPcm& from, const TDataFormat_AudioPcm& to)
     : from_(from), to_(to) {
     if (from.channels != to.channels)
-        mix_ = MakeMixMatrix(GetDefaultLayout(from.channels), GetDefaultLayout(to.channels));
+        mix_ = MakeMixMatrix(GetDefaultLayout(from.channels), GetDefaultLayout(to.channels), MIX_LEVEL_SAFE);
 }
 
 void CFrameConversion::Convert(void* to, const void* from, std::size_t frames) const {
@@ -109,6 +109,7 @@ CFormatChain::CFormatChain(const TDataFormat_AudioPcm& from, const TDataFormat_A
     TAudioTarget target;
     target.sampleFormat = to.sampleFormat;
     if (from.channels != to.channels) target.layout = GetDefaultLayout(to.channels);
+    target.mixLevel = MIX_LEVEL_SAFE;
     converter_ = CRefPtr<IInputStreamFilter>::Adopt(CreateAudioConverter(target));
 }
 
