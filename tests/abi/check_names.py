@@ -21,8 +21,9 @@ SYSTEM = """winsock2 ws2tcpip windows windowsx shellapi shlobj shlwapi shobjidl 
 oleauto objbase winsvc setupapi richedit wincrypt winspool dsound ddraw d3d9 d3d11 d2d1 wincodec dshow mfapi mfidl
 audioclient mmdeviceapi dinput xinput wininet winhttp urlmon imm dbghelp tlhelp32 psapi lm ras sqlext uxtheme dwmapi winioctl
 dde ddeml lzexpand nb30 rpc winperf winnetwk aclapi powrprof wtsapi32 userenv iphlpapi""".split()
-STANDARD = """algorithm array atomic cmath compare cstddef cstdint cstdlib cstring exception functional iterator memory optional
-span string type_traits utility vector""".split()
+STANDARD = """algorithm array atomic chrono cmath compare concepts cstddef cstdint cstdlib cstring exception functional
+initializer_list iterator limits memory optional ostream ranges span stdexcept string string_view type_traits utility
+vector""".split()
 
 BRACKETS = ("NamesBegin", "NamesEnd")
 OWN_MACRO = re.compile(r"(VRL|VORLUND)_")

@@ -80,6 +80,9 @@ void RunSources(CResult& result);
 void RunWavWrite(CResult& result);
 void RunWavEdit(CResult& result);
 void RunWavRepair(CResult& result);
+void RunAudioOutput(CResult& result);
+void RunAudioFile(CResult& result);
+void RunAudioInput(CResult& result);
 void RunEvents(CResult& result);
 void RunAsyncWaits(CResult& result);
 void RunTimers(CResult& result);
@@ -115,6 +118,9 @@ inline const std::vector<TScenario>& GetScenarios() {
         {"wav-write", &RunWavWrite},
         {"wav-edit", &RunWavEdit},
         {"wav-repair", &RunWavRepair},
+        {"audio-output", &RunAudioOutput},
+        {"audio-file", &RunAudioFile},
+        {"audio-input", &RunAudioInput},
         {"events", &RunEvents},
         {"async-waits", &RunAsyncWaits},
         {"timers", &RunTimers},
