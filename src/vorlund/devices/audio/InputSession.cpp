@@ -46,19 +46,22 @@ std::shared_ptr<CInputSession> CInputSession::Open(const TInputOpening& opening)
 
 void CInputSession::OpenPort() {
     const TAudioPortFormat granted = port_->Open(MakePortWish(format_, latency_), *this);
+    const auto undo = [this] {
+        if (carrier_.joinable())
+            End();
+        else
+            port_->Close();
+    };
     try {
         SetDevice(granted);
         isPortOpen_ = true;
         carrier_ = std::thread([this, self = shared_from_this()] { RunCarrier(); });
         port_->Start();
     } catch (const std::system_error&) {
-        port_->Close();
+        undo();
         Raise<CFailedException>(kOpening.thread);
     } catch (...) {
-        if (carrier_.joinable())
-            End();
-        else
-            port_->Close();
+        undo();
         throw;
     }
 }

@@ -25,11 +25,10 @@ constexpr std::int64_t kLongRest = 3600 * kSecond;
 constexpr std::int64_t kShortestRest = kSecond / 2000;
 constexpr std::int64_t kLongestLook = kSecond / 50;
 
-/// What `act` raises, as a line.
-template <class TAct> wstring CatchText(TAct&& act) {
+/// The exception that is being handled, as a line.
+wstring DescribeException() {
     try {
-        act();
-        return {};
+        throw;
     } catch (const CException& exception) {
         return exception.ToString().GetBuffer();
     } catch (const std::exception& exception) {
@@ -37,6 +36,21 @@ template <class TAct> wstring CatchText(TAct&& act) {
         return wstring(text, text + std::strlen(text));
     } catch (...) {
         return VRL_L("Unknown exception");
+    }
+}
+
+/// What `act` raises, as a line. The feeder has nobody to pass an exception on to.
+template <class TAct> wstring CatchText(TAct&& act) noexcept {
+    try {
+        act();
+        return {};
+    } catch (...) {
+        try {
+            return DescribeException();
+        } catch (...) {
+            // So short that it needs no memory.
+            return VRL_L("Failed");
+        }
     }
 }
 

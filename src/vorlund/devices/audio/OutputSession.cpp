@@ -31,6 +31,12 @@ std::shared_ptr<COutputSession> COutputSession::Open(const TOutputOpening& openi
 
 void COutputSession::OpenPort() {
     const TAudioPortFormat granted = port_->Open(MakePortWish(format_, latency_), *this);
+    const auto undo = [this] {
+        if (feeder_.joinable())
+            End();
+        else
+            port_->Close();
+    };
     try {
         const TDataFormat_AudioPcm device = GetPortFormat(granted, kOutputOpening);
         queue_ = MakeQueue(device, GetRingFrames(granted));
@@ -43,13 +49,10 @@ void COutputSession::OpenPort() {
         }
         port_->Start();
     } catch (const std::system_error&) {
-        port_->Close();
+        undo();
         Raise<CFailedException>(kOutputOpening.thread);
     } catch (...) {
-        if (feeder_.joinable())
-            End();
-        else
-            port_->Close();
+        undo();
         throw;
     }
 }

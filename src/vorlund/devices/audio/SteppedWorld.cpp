@@ -153,12 +153,9 @@ void CSteppedWorld::SetInput(std::size_t device, const void* frames, std::size_t
 }
 
 void CSteppedWorld::End() {
-    {
-        const std::lock_guard lock(mutex_);
-        isEnded_ = true;
-    }
-    for (std::size_t device = 0; device < kDevices; ++device) AddFault(0, TFaultKind::Lose, device);
-    AwaitQuiet();
+    const std::lock_guard lock(mutex_);
+    isEnded_ = true;
+    for (std::size_t device = 0; device < kDevices; ++device) DoFault({0, TFaultKind::Lose, device, 0});
 }
 
 } // namespace vorlund

@@ -81,7 +81,7 @@ public:
     std::uint64_t GetPlayedSize(std::size_t device);
     void ForgetPlayed(std::size_t device, bool keeps);
     void SetInput(std::size_t device, const void* frames, std::size_t size);
-    /// All devices go for good.
+    /// All devices go for good. Needs no memory: a destructor calls it.
     void End();
     /// @}
 
