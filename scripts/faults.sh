@@ -6,7 +6,7 @@
 # far calls of a long scenario are tried here and there.
 faults_arguments() {
     case $1 in
-    linux-tsan) echo "--quick events async-waits timers locks" ;;
+    linux-tsan) echo "--quick audio events async-waits timers locks" ;;
     win* | *asan) echo "--quick" ;;
     esac
 }
