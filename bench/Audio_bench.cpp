@@ -186,3 +186,5 @@ BENCHMARK(SleepUntil)->Name("audio/periods of 128 frames/bare sleep")->UseRealTi
 
 } // namespace
 } // namespace vorlund::bench
+
+BENCHMARK_MAIN();
