@@ -14,8 +14,7 @@ namespace vorlund {
 ///
 /// The result lives as long as the record. Since version 0.1.
 template <std::derived_from<TDataFormat> TRecord> const TRecord* FormatCast(const TDataFormat& format) {
-    const TRecord plain;
-    if (format.id != plain.id || format.size < plain.size) return nullptr;
+    if (format.id != TRecord::FormatId || format.size < sizeof(TRecord)) return nullptr;
     return static_cast<const TRecord*>(&format);
 }
 

@@ -26,7 +26,7 @@ wstring CannotPlay(const wstring& path, const wstring& reason) {
 
 /// What an output says of a stream, and what helps.
 wstring AdviseOn(const wchar* reason) {
-    const wstring text = reason;
+    wstring text = reason;
     if (!text.starts_with(VRL_L("No resampler"))) return text;
     return text +
            VRL_L("; that needs the plug-in 'resample', and 'vorlund plugins' tells why it is not loaded");

@@ -14,7 +14,7 @@ public:
     CSignal() noexcept;
     CSignal(const CSignal&) = delete;
     CSignal& operator=(const CSignal&) = delete;
-    ~CSignal();
+    ~CSignal(); // NOLINT(performance-trivially-destructible): not on every system
 
     void Notify() noexcept;
 

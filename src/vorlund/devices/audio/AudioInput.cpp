@@ -23,7 +23,7 @@ constexpr std::uint32_t kUsualRate = 48000;
 
 CAudioInput::~CAudioInput() {
     try {
-        Close();
+        CAudioInput::Close();
     } catch (...) {
         // Already reported when it was built; `Close` tells those who want to know.
     }

@@ -40,7 +40,7 @@ CAudioOutput::CAudioOutput() {
 
 CAudioOutput::~CAudioOutput() {
     try {
-        Close();
+        CAudioOutput::Close();
     } catch (...) {
         // Already reported when it was built; `Close` tells those who want to know.
     }

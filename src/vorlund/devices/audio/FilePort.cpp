@@ -48,7 +48,7 @@ public:
         return format_;
     }
     void Close() override {
-        Stop();
+        CFilePort::Stop();
         if (!client_) return;
         client_->SetListener(nullptr);
         client_ = nullptr;
@@ -65,7 +65,7 @@ public:
 protected:
     ~CFilePort() {
         try {
-            Close();
+            CFilePort::Close();
         } catch (...) {
             // Already reported when it was built.
         }

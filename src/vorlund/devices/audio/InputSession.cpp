@@ -39,7 +39,7 @@ CInputSession::CInputSession(const TInputOpening& opening)
 
 std::shared_ptr<CInputSession> CInputSession::Open(const TInputOpening& opening) {
     CheckAudioWish(opening.format, opening.latency, kOpening);
-    const auto session = std::make_shared<CInputSession>(opening);
+    auto session = std::make_shared<CInputSession>(opening);
     session->OpenPort();
     return session;
 }

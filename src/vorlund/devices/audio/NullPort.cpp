@@ -39,7 +39,7 @@ public:
         return format_;
     }
     void Close() override {
-        Stop();
+        CNullPort::Stop();
         client_ = nullptr;
     }
     void Start() override {
@@ -59,7 +59,7 @@ public:
     }
 
 protected:
-    ~CNullPort() { Close(); }
+    ~CNullPort() { CNullPort::Close(); }
 
 private:
     void Run() {

@@ -24,7 +24,7 @@ COutputSession::COutputSession(const TOutputOpening& opening, const std::shared_
 std::shared_ptr<COutputSession> COutputSession::Open(const TOutputOpening& opening,
                                                      const std::shared_ptr<TOutputCommon>& common) {
     CheckAudioWish(opening.format, opening.latency, kOutputOpening);
-    const auto session = std::make_shared<COutputSession>(opening, common);
+    auto session = std::make_shared<COutputSession>(opening, common);
     session->OpenPort();
     return session;
 }

@@ -24,7 +24,7 @@ public:
     std::uint32_t GetDelay() override { return 0; }
 
 protected:
-    ~CSteppedPort() { Close(); }
+    ~CSteppedPort() { CSteppedPort::Close(); }
 
 private:
     std::shared_ptr<CSteppedWorld> world_;
