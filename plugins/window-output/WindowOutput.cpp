@@ -51,6 +51,7 @@ bool CWindowOutput::Open(const TDataFormat_VideoRgb& format, const wchar* title)
     if (!window_) return false;
     window_->SetTitle(title);
     window_->SetClientSize(static_cast<int>(image_.width), static_cast<int>(image_.height));
+    wasThere_ = false;
     SetWindowHandler(*window_.Get(), &OnWindowEvent, this);
     window_->Open();
     if (window_->GetHandle()) {
@@ -59,6 +60,8 @@ bool CWindowOutput::Open(const TDataFormat_VideoRgb& format, const wchar* title)
         surface_ = std::move(surface);
         if (surface_) return true;
     }
+    // The user may have closed it already, as `Present` tells.
+    if (wasThere_ && !window_->GetHandle()) return true;
     Close();
     return false;
 }
@@ -88,6 +91,7 @@ void CWindowOutput::SetHandler(TWindowHandler handler, void* user) {
 
 void CWindowOutput::OnWindowEvent(const TWindowEvent& event, void* user) {
     auto& self = *static_cast<CWindowOutput*>(user);
+    self.wasThere_ = true;
     if (event.type == WINDOW_EVENT_RESIZED || event.type == WINDOW_EVENT_EXPOSED) self.DrawAgain();
     const std::lock_guard lock(self.handlerMutex_);
     if (self.handler_) self.handler_(event, self.user_);

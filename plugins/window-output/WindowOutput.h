@@ -9,6 +9,7 @@
 #include <vorlund/VideoWindow.h>
 #include <vorlund/WindowedOutput.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -38,6 +39,8 @@ private:
 
     vorlund::TDataFormat_ImageRgb image_;
     vorlund::CRefPtr<vorlund::IVideoWindow> window_;
+    /// Whether the window has told of itself since it was opened.
+    std::atomic<bool> wasThere_ = false;
 
     std::mutex frameMutex_;
     /// The last frame as the surface takes it; empty before the first.
