@@ -2,6 +2,7 @@
 #include "ResamplerTest.h"
 
 #include "support/Failures.h"
+#include "support/RandomReads.h"
 
 #include <vorlund/AudioConversion.h>
 #include <vorlund/Exception.h>
@@ -31,19 +32,7 @@ protected:
         if (!bytes.empty()) std::memcpy(bytes.data(), floats.data(), bytes.size());
         return bytes;
     }
-    /// Everything from here, in random reads.
-    TBytes ReadAll(unsigned int seed, std::size_t most) {
-        std::mt19937 random(seed);
-        TBytes bytes;
-        for (;;) {
-            const std::size_t at = bytes.size();
-            const std::size_t wanted = 1 + random() % most;
-            bytes.resize(at + wanted);
-            const std::uint64_t count = resampler_->Read(bytes.data() + at, wanted);
-            bytes.resize(at + static_cast<std::size_t>(count));
-            if (count == 0) return bytes;
-        }
-    }
+    TBytes ReadAll(unsigned int seed, std::size_t most) { return ReadRandomly(*resampler_, seed, most); }
 };
 
 TEST_F(Resampler, LengthsAreRounded) {

@@ -5,6 +5,7 @@
 #include "data/file/TemporaryFolder.h"
 #include "support/ChildProcess.h"
 #include "support/LibraryScope.h"
+#include "support/RandomReads.h"
 #include "support/Streams.h"
 #include "support/Text.h"
 
@@ -39,19 +40,7 @@ protected:
         store_.Close();
     }
 
-    /// Everything from here, in reads of random sizes up to `most`.
-    TBytes ReadAll(unsigned int seed, std::size_t most) {
-        std::mt19937 random(seed);
-        TBytes bytes;
-        for (;;) {
-            const std::size_t at = bytes.size();
-            const std::size_t wanted = 1 + random() % most;
-            bytes.resize(at + wanted);
-            const std::uint64_t count = pictures_->Read(bytes.data() + at, wanted);
-            bytes.resize(at + static_cast<std::size_t>(count));
-            if (count == 0) return bytes;
-        }
-    }
+    TBytes ReadAll(unsigned int seed, std::size_t most) { return ReadRandomly(*pictures_, seed, most); }
     std::size_t GetPictureSize() {
         return static_cast<const TDataFormat_VideoRgb&>(pictures_->GetFormat()).image.GetSizeInBytes();
     }
