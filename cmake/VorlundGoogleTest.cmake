@@ -98,7 +98,7 @@ function(vorlund_part_of_tests name program)
         set(threads "")
         if(source MATCHES "_test\\.cpp$")
             # Beside it are no programs that the suites start, and in it is nothing that looks at windows.
-            file(STRINGS ${source} starts REGEX "BesideProgram|ChildProcess\\.h|TestPlugins\\.h|WindowProbe\\.h")
+            file(STRINGS ${source} starts REGEX "BesideProgram|ChildProcess\\.h|TestPlugins\\.h|WindowProbe\\.h|EventRecorder\\.h")
             if(content)
                 file(STRINGS ${source} threads REGEX "${content}")
             endif()
