@@ -26,7 +26,9 @@ std::string Grown(const char* what, std::int64_t first, std::int64_t last, std::
 } // namespace
 
 void CGrowth::Sample() {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    // Ten times what the library keeps a thread. A sanitizer's own thread comes with the run, and stays.
+    const auto patience = samples_.empty() ? std::chrono::milliseconds(200) : std::chrono::milliseconds(5000);
+    const auto limit = std::chrono::steady_clock::now() + patience;
     TUsage usage = GetUsage();
     while (usage.threads > threadsAtRest_ && std::chrono::steady_clock::now() < limit) {
         std::this_thread::yield();
