@@ -59,10 +59,11 @@ TEST_F(PlayWindow, ShowsTheSoundUntilEscape) {
         const bool hasWave = kind != std::string("spectrum");
         EXPECT_TRUE(WaitUntil(
             [&] { return hasWave ? HasWaveAbove(window, lane) : GetWindowPixels(window).has_value(); }));
-        const auto view = LookAtWindow(window);
-        ASSERT_TRUE(view);
-        EXPECT_EQ(view->width, 960);
-        EXPECT_EQ(view->height, 540);
+        // A window may be found before it has its size.
+        EXPECT_TRUE(WaitUntil([&] {
+            const auto view = LookAtWindow(window);
+            return view && view->width == 960 && view->height == 540;
+        }));
         if (!hasWave) {
             EXPECT_FALSE(HasWaveAbove(window, lane));
         }
