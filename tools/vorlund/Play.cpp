@@ -34,6 +34,9 @@ constexpr std::chrono::milliseconds kTick{50};
 constexpr std::chrono::milliseconds kQuietTick{100};
 constexpr std::chrono::milliseconds kLineInterval{100};
 
+/// How long another device may take to become the default one.
+constexpr std::chrono::seconds kDeviceWait{10};
+
 constexpr double kJump = 5;
 constexpr int kLevelWidth = 20;
 
@@ -191,7 +194,14 @@ private:
             throw TProgramError{VRL_L("The device '") + PathFromUtf8(options_.device.c_str()) +
                                 VRL_L("' is lost")};
         }
-        isLost_ = isLost;
+        if (!isLost) {
+            lostAt_.reset();
+        } else if (!lostAt_) {
+            lostAt_ = TClock::now();
+        } else if (TClock::now() - *lostAt_ > kDeviceWait) {
+            line_.Clear();
+            throw TProgramError{VRL_L("The sound device is lost, and no other has taken its place")};
+        }
     }
 
     void Show() {
@@ -203,7 +213,7 @@ private:
         if (!line_.IsEnabled() || TClock::now() < next_) return;
         next_ = TClock::now() + kLineInterval;
         const TPlaying playing = player_.GetPlaying();
-        std::string text = isLost_ ? "No device " : isPaused_ ? "Paused    " : "Playing   ";
+        std::string text = lostAt_ ? "No device " : isPaused_ ? "Paused    " : "Playing   ";
         if (options_.files.size() > 1)
             text += std::to_string(playing.number + 1) + "/" + std::to_string(options_.files.size()) + "  ";
         text += FormatTime(playing.time);
@@ -224,7 +234,8 @@ private:
     float level_ = 0;
     bool isPaused_ = false;
     bool isEnded_ = false;
-    bool isLost_ = false;
+    /// Since when there has been no device.
+    std::optional<TClock::time_point> lostAt_;
     TClock::time_point next_ = TClock::now();
 };
 
