@@ -62,3 +62,21 @@ TFoundInput MakeAudioInput(const std::string& device, bool isLoopback);
 /// Opens it; raises as `MakeAudioInput`, with the reason of the system.
 void OpenAudioInput(vorlund::IAudioInput& input, const std::string& device,
                     const vorlund::TDataFormat_AudioPcm& format, double latency);
+
+/// Closes an output or an input, which must stay there, on every way out.
+template <class TDevice> class COpenDevice {
+public:
+    explicit COpenDevice(const vorlund::CRefPtr<TDevice>& device) : device_(device) {}
+    COpenDevice(const COpenDevice&) = delete;
+    COpenDevice& operator=(const COpenDevice&) = delete;
+    ~COpenDevice() {
+        try {
+            device_->Close();
+        } catch (...) {
+            // Who wants to know has closed it.
+        }
+    }
+
+private:
+    const vorlund::CRefPtr<TDevice>& device_;
+};

@@ -92,24 +92,6 @@ TDataFormat_AudioPcm ChooseFormat(const TDataFormat_AudioPcm& first, const std::
     return format;
 }
 
-/// Closes an output on every way out.
-class COpenOutput {
-public:
-    explicit COpenOutput(const CRefPtr<IAudioOutput>& output) : output_(output) {}
-    COpenOutput(const COpenOutput&) = delete;
-    COpenOutput& operator=(const COpenOutput&) = delete;
-    ~COpenOutput() {
-        try {
-            output_->Close();
-        } catch (...) {
-            // Who wants to know has closed it.
-        }
-    }
-
-private:
-    const CRefPtr<IAudioOutput>& output_;
-};
-
 /// The list while it is played.
 class CPlaying {
 public:
@@ -267,7 +249,7 @@ void RunPlay(const TPlayOptions& options, CDiagnostics& diagnostics) {
     if (const TDataFormat_AudioPcm* const first = player.Begin()) {
         const TDataFormat_AudioPcm format = ChooseFormat(*first, options.device);
         OpenAudioOutput(*output, options.device, format, options.latency);
-        const COpenOutput open(output);
+        const COpenDevice open(output);
         player.PlayOn(*output, format.samplesPerSec);
         CPlaying(options, *output, player, line).Run();
         diagnostics.PrintField(

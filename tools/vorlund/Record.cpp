@@ -44,24 +44,6 @@ TRecordedFormat ChooseFormat(const TRecordOptions& options, const std::optional<
     return format;
 }
 
-/// Closes an input on every way out.
-class COpenInput {
-public:
-    explicit COpenInput(const CRefPtr<IAudioInput>& input) : input_(input) {}
-    COpenInput(const COpenInput&) = delete;
-    COpenInput& operator=(const COpenInput&) = delete;
-    ~COpenInput() {
-        try {
-            input_->Close();
-        } catch (...) {
-            // Everything has been read.
-        }
-    }
-
-private:
-    const CRefPtr<IAudioInput>& input_;
-};
-
 class CRecording {
 public:
     CRecording(IAudioInput& input, CRecorder& recorder, const TDataFormat_AudioPcm& format,
@@ -189,7 +171,7 @@ void RunRecord(const TRecordOptions& options, CDiagnostics& diagnostics) {
     if (options.duration) frames = static_cast<std::uint64_t>(std::llround(*options.duration * format.rate));
     // The device first: where there is none, the file that is there stays.
     OpenAudioInput(*found.input, options.device, input, options.latency);
-    const COpenInput open(found.input);
+    const COpenDevice open(found.input);
     CRecorder recorder(options.output, format, frames);
     const bool isWhole = CRecording(*found.input, recorder, input, frames).Run();
     recorder.Finish();

@@ -4,6 +4,7 @@
 #include "support/Failures.h"
 #include "support/LibraryScope.h"
 #include "support/Probes.h"
+#include "support/RandomReads.h"
 
 #include <vorlund/AudioConversion.h>
 #include <vorlund/RefPtr.h>
@@ -53,17 +54,9 @@ protected:
     }
     /// The whole result in random reads.
     static TBytes ReadAll(IInputStream& stream, unsigned int seed, std::size_t most) {
-        std::mt19937 random(seed);
-        TBytes bytes;
-        for (;;) {
-            const std::size_t at = bytes.size();
-            const std::size_t wanted = 1 + random() % most;
-            bytes.resize(at + wanted);
-            const std::uint64_t count = stream.Read(bytes.data() + at, wanted);
-            bytes.resize(at + static_cast<std::size_t>(count));
-            if (count == 0) return bytes;
+        return ReadRandomly(stream, seed, most, [&](const TBytes& bytes) {
             EXPECT_EQ(static_cast<std::size_t>(stream.Tell()), bytes.size());
-        }
+        });
     }
     static TAudioTarget MakeTarget() {
         return {.sampleFormat = SAMPLE_FORMAT_16BIT,
