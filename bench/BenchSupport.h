@@ -8,6 +8,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <thread>
 
 namespace vorlund::bench {
 
@@ -33,5 +34,16 @@ public:
     CLibrary& operator=(const CLibrary&) = delete;
     ~CLibrary() { v.Close(); }
 };
+
+/// What `main` does where rows are registered by code.
+inline int RunRows(int argc, char** argv) {
+    // Some run-time libraries leave out atomic operations until a process has had a second thread.
+    std::thread([] {}).join();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
 
 } // namespace vorlund::bench

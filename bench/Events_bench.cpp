@@ -212,10 +212,6 @@ template <template <int> class TEvents> void Register() {
 
 int main(int argc, char** argv) {
     using namespace vorlund::bench;
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    // Some run-time libraries leave out atomic operations until a process has had a second thread.
-    std::thread([] {}).join();
     Register<TVorlundEvents>();
     Register<TConditionEvents>();
 #if defined(VORLUND_BENCH_FUTEX)
@@ -228,7 +224,7 @@ int main(int argc, char** argv) {
 #else
     benchmark::AddCustomContext("glib", "not there when this was built, left out");
 #endif
-    benchmark::RegisterBenchmark("one is set/arguments/64", ListAlone<64>);
+    benchmark::RegisterBenchmark("one_is_set/limit reading the arguments/64", ListAlone<64>);
     benchmark::RegisterBenchmark("hand off by a set/vorlund/1", SetHandOff<1>)->UseManualTime();
     benchmark::RegisterBenchmark("hand off by a set/vorlund/64", SetHandOff<64>)->UseManualTime();
     benchmark::RegisterBenchmark("hand off by a set/vorlund/5000", SetHandOff<5000>)->UseManualTime();
@@ -236,7 +232,5 @@ int main(int argc, char** argv) {
     benchmark::RegisterBenchmark("start and stop/vorlund", AsyncStartAndStop)->UseRealTime();
     benchmark::RegisterBenchmark("start and stop/vorlund with a call", AsyncStartCallAndStop)->UseRealTime();
     benchmark::RegisterBenchmark("start and stop/std::thread", ThreadStartAndJoin)->UseRealTime();
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return RunRows(argc, argv);
 }

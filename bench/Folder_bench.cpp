@@ -11,7 +11,10 @@
 
 #include <filesystem>
 #include <fstream>
+#include <string>
 #include <vector>
+
+#include <dirent.h>
 
 using namespace vorlund;
 namespace fs = std::filesystem;
@@ -74,6 +77,20 @@ void ListFilesystem(benchmark::State& state) {
     NoteEntries(state, seen);
 }
 
+/// The names alone, as the system gives them.
+void ListSystem(benchmark::State& state) {
+    const CFiles files(state.range(0));
+    const std::string path = files.GetPath().string();
+    std::size_t seen = 0;
+    for (auto _ : state) {
+        DIR* const folder = opendir(path.c_str());
+        while (const dirent* const entry = readdir(folder))
+            if (entry->d_name[0] != '.') ++seen;
+        closedir(folder);
+    }
+    NoteEntries(state, seen);
+}
+
 BENCHMARK(ListFiles)
     ->Name("entries and their paths/vorlund")
     ->Arg(10)
@@ -81,6 +98,11 @@ BENCHMARK(ListFiles)
     ->Unit(benchmark::kMicrosecond);
 BENCHMARK(ListFilesystem)
     ->Name("entries and their paths/std::filesystem")
+    ->Arg(10)
+    ->Arg(1000)
+    ->Unit(benchmark::kMicrosecond);
+BENCHMARK(ListSystem)
+    ->Name("entries and their paths/limit system calls")
     ->Arg(10)
     ->Arg(1000)
     ->Unit(benchmark::kMicrosecond);

@@ -4,6 +4,7 @@
 #include "BenchSupport.h"
 #include "EventPeers.h"
 #include "EventPlaces.h"
+#include "Limits.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/ClassStore.h>
@@ -101,6 +102,35 @@ void Decoders(benchmark::State& state) {
     store.Close();
 }
 
+/// A layer that changes nothing, as authors of filters write them.
+class CLayer : public CInputFilterImpl<IInputStreamFilter> {
+public:
+    static constexpr CId ClassId{0xBE7C0000, 1, 2, 6};
+};
+
+constexpr std::size_t kLayerRead = 4096;
+
+/// 4 KiB out of memory through so many layers.
+void Layers(benchmark::State& state) {
+    const bench::CLibrary library;
+    const std::vector<char> bytes(16 * kLayerRead, 'x');
+    auto stream = CRefPtr<IInputStream>::Adopt(CreateMemoryInput(bytes.data(), bytes.size()));
+    for (std::int64_t i = 0; i < state.range(0); ++i) {
+        const auto layer = CRefPtr<IInputStreamFilter>::Adopt(new CLayer);
+        layer->Connect(stream.Get());
+        stream = layer;
+    }
+    std::vector<char> block(kLayerRead);
+    for (auto _ : state) {
+        if (stream->Read(block.data(), block.size()) != block.size()) stream->Seek(0);
+        benchmark::ClobberMemory();
+    }
+}
+
+void NoLayer(benchmark::State& state) {
+    bench::CopyBytes(state, kLayerRead);
+}
+
 /// Starts so many timers and stops them, the first one first.
 void StartAndStopTimers(benchmark::State& state) {
     std::deque<CTimer> timers;
@@ -176,6 +206,8 @@ void RegisterAll() {
     };
     Sizes(add("growth/register classes and create one of each/vorlund", Classes), {40, 400, 4000, 40000});
     Sizes(add("growth/decoders that refuse a stream/vorlund", Decoders), {10, 100, 1000});
+    Sizes(add("growth/read 4 KiB through layers/vorlund", Layers), {1, 4, 16, 64});
+    Sizes(add("growth/read 4 KiB through layers/limit copy", NoLayer), {1, 4, 16, 64});
     Sizes(add("growth/start and stop timers/vorlund", StartAndStopTimers), {1, 10, 100, 1000, 10000});
     Sizes(add("growth/running timers of 10 ms/vorlund", RunTimers)->Iterations(1), {1, 10, 100, 1000, 10000});
     Sizes(add("growth/MiB appended to a resource/vorlund", AppendMebibytes), {1, 16, 128, 1024});
@@ -187,11 +219,6 @@ void RegisterAll() {
 } // namespace
 
 int main(int argc, char** argv) {
-    // Some run-time libraries leave out atomic operations until a process has had a second thread.
-    std::thread([] {}).join();
     RegisterAll();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
+    return vorlund::bench::RunRows(argc, argv);
 }

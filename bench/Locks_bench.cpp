@@ -2,13 +2,15 @@
 // recursive locks, and both kinds of Qt's read/write lock. One benchmark per use and lock.
 // A time is that of one pair of lock and unlock. With two threads it is the wall time in which one of them
 // makes a pair while the other does the same.
+#include "BenchSupport.h"
+
 #include <vorlund/BinaryLock.h>
 #include <vorlund/ReadWriteLock.h>
 
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <mutex>
-#include <thread>
 
 #if defined(VORLUND_BENCH_QT)
 #include <QMutex>
@@ -55,6 +57,25 @@ struct TGLib {
     GRecMutex lock;
 };
 #endif
+
+/// What any lock costs at least: one atomic operation to take it, and a store to give it back.
+struct TExchange {
+    static constexpr const char* kName = "limit one atomic exchange";
+    void Lock() {
+        while (isTaken.exchange(true, std::memory_order_acquire)) {
+        }
+    }
+    void Unlock() { isTaken.store(false, std::memory_order_release); }
+    std::atomic<bool> isTaken{false};
+};
+
+/// The same for readers that are counted: an atomic operation each way.
+struct TCount {
+    static constexpr const char* kName = "limit two atomic additions";
+    void LockRead() { readers.fetch_add(1, std::memory_order_acquire); }
+    void Unlock() { readers.fetch_sub(1, std::memory_order_release); }
+    std::atomic<int> readers{0};
+};
 
 // ---- read/write locks
 
@@ -221,12 +242,9 @@ template <class TLock, bool kNests = true> void RegisterReadWriteLock() {
 } // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    // Some run-time libraries leave out atomic operations until a process has had a second thread.
-    std::thread([] {}).join();
-
     RegisterLock<TVorlund>();
+    benchmark::RegisterBenchmark(NameOf<TExchange>("lock/plain").c_str(), Plain<TExchange>);
+    benchmark::RegisterBenchmark(NameOf<TCount>("rw/read").c_str(), Read<TCount>);
     RegisterLock<TStandard>();
     RegisterReadWriteLock<TVorlundReadWrite>();
 #if defined(VORLUND_BENCH_QT)
@@ -241,7 +259,5 @@ int main(int argc, char** argv) {
 #else
     benchmark::AddCustomContext("glib", "not there when this was built, left out");
 #endif
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return vorlund::bench::RunRows(argc, argv);
 }

@@ -1,6 +1,11 @@
 // CMatrix and CVector against glm and Eigen, in single precision and in double, plain and with SIMD. Names
 // are operation/who; each iteration works through 64 matrices and counts them as items, "chain" feeds each
 // result into the next.
+#include "BenchSupport.h"
+#ifdef VORLUND_BENCH_PLAIN_LOOPS
+#include "vorlund/math/MatrixKernels.h"
+#endif
+
 #include <vorlund/Matrix.h>
 
 #include <benchmark/benchmark.h>
@@ -52,6 +57,18 @@ struct TVorlund {
     static TNumber Determinant(const TMatrix& m) { return m.Determinant(4); }
     static TMatrix Rotation(TNumber x, TNumber y, TNumber z) { return TMatrix::Rotation(x, y, z); }
 };
+
+#ifdef VORLUND_BENCH_PLAIN_LOOPS
+/// Our rules as plain loops.
+struct TPlainLoops : TVorlund {
+    static TMatrix Product(const TMatrix& a, const TMatrix& b) { return routines.multiply(a, b); }
+    static TMatrix Inverse(const TMatrix& m) { return routines.invert(m); }
+    static TNumber Determinant(const TMatrix& m) { return routines.determinant(m); }
+
+private:
+    static constexpr const vorlund::TMatrixRoutines& routines = vorlund::kScalarMatrices.routines;
+};
+#endif
 
 #ifdef VORLUND_BENCH_GLM
 template <class T> struct TGlm {
@@ -142,21 +159,31 @@ template <class T> void Chain(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kCount));
 }
 
-template <class T> void RegisterFor(const std::string& who) {
+template <class T, class TOperate>
+void RegisterRow(const char* operation, const std::string& who, TOperate operate) {
+    benchmark::RegisterBenchmark((operation + who).c_str(),
+                                 [operate](benchmark::State& state) { Run<T>(state, operate); });
+}
+
+/// What works with matrices alone.
+template <class T> void RegisterMatrices(const std::string& who) {
     using D = TData<T>;
-    const auto add = [&](const char* operation, auto operate) {
-        benchmark::RegisterBenchmark((operation + who).c_str(),
-                                     [operate](benchmark::State& state) { Run<T>(state, operate); });
-    };
+    const auto add = [&](const char* operation, auto operate) { RegisterRow<T>(operation, who, operate); };
     add("product/", [](const D& d, std::size_t i) { return T::Product(d.a[i], d.b[i]); });
     benchmark::RegisterBenchmark(("chain/" + who).c_str(), Chain<T>);
-    add("transform/", [](const D& d, std::size_t i) { return T::Transform(d.points[i], d.b[i]); });
-    // Many points by one matrix.
-    add("points/", [](const D& d, std::size_t i) { return T::Transform(d.points[i], d.b[0]); });
     // Many matrices by one.
     add("products/", [](const D& d, std::size_t i) { return T::Product(d.a[i], d.b[0]); });
     add("inverse/", [](const D& d, std::size_t i) { return T::Inverse(d.a[i]); });
     add("determinant/", [](const D& d, std::size_t i) { return T::Determinant(d.a[i]); });
+}
+
+template <class T> void RegisterFor(const std::string& who) {
+    using D = TData<T>;
+    const auto add = [&](const char* operation, auto operate) { RegisterRow<T>(operation, who, operate); };
+    RegisterMatrices<T>(who);
+    add("transform/", [](const D& d, std::size_t i) { return T::Transform(d.points[i], d.b[i]); });
+    // Many points by one matrix.
+    add("points/", [](const D& d, std::size_t i) { return T::Transform(d.points[i], d.b[0]); });
     add("rotation/", [](const D& d, std::size_t i) {
         return T::Rotation(d.points[i][0], d.points[i][1], d.points[i][2]);
     });
@@ -215,13 +242,13 @@ __attribute__((visibility("default"))) void RegisterSimdPeers() {
 int main(int argc, char** argv) {
     RegisterFor<TVorlund>("vorlund");
     RegisterArrays();
+#ifdef VORLUND_BENCH_PLAIN_LOOPS
+    RegisterMatrices<TPlainLoops>("plain loop");
+#endif
     RegisterPeers("");
 #ifdef VORLUND_BENCH_HAS_SIMD
     RegisterSimdPeers();
 #endif
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
+    return vorlund::bench::RunRows(argc, argv);
 }
 #endif

@@ -93,6 +93,8 @@ BENCHMARK_CAPTURE(CreateByName, First, 0)->Name("create by name/vorlund");
 BENCHMARK_CAPTURE(CreateByName, Last, kClasses - 1)->Name("create by name/vorlund, the last class");
 BENCHMARK(CreateQueryRelease)->Name("create, query, release/vorlund");
 BENCHMARK(NewDelete)->Name("create by identifier/limit new and delete");
+BENCHMARK(NewDelete)->Name("create by name/limit new and delete");
+BENCHMARK(NewDelete)->Name("create, query, release/limit new and delete");
 
 #ifdef VORLUND_BENCH_GLIB
 

@@ -1,6 +1,7 @@
 // Resources against what one writes without them: stdio and memcpy for loading and reading back, std::vector
 // for appending. The file is in a temporary folder and in the system's cache.
 #include "BenchSupport.h"
+#include "Limits.h"
 
 #include <vorlund/ClassIds.h>
 #include <vorlund/Path.h>
@@ -113,11 +114,27 @@ void AppendToVector(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kAppended));
 }
 
+void FillNew(benchmark::State& state) {
+    for (auto _ : state) {
+        const auto block = std::make_unique_for_overwrite<char[]>(kAppended);
+        std::memset(block.get(), 'x', kAppended);
+        benchmark::DoNotOptimize(block.get());
+        benchmark::ClobberMemory();
+    }
+}
+
+void LoadSystem(benchmark::State& state) {
+    bench::ReadFileBySystem(state, BigFile(), true);
+}
+
 BENCHMARK(LoadAndReadResource)
     ->Name("load 256 MiB and read them back/vorlund")
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(LoadAndReadStdio)
     ->Name("load 256 MiB and read them back/stdio and memcpy")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(LoadSystem)
+    ->Name("load 256 MiB and read them back/limit system calls")
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(AppendToResource)
     ->Name("append 16 MiB/vorlund")
@@ -127,6 +144,12 @@ BENCHMARK(AppendToResource)
     ->Arg(65536);
 BENCHMARK(AppendToVector)
     ->Name("append 16 MiB/std::vector")
+    ->Unit(benchmark::kMillisecond)
+    ->Arg(64)
+    ->Arg(1024)
+    ->Arg(65536);
+BENCHMARK(FillNew)
+    ->Name("append 16 MiB/limit fill of a new block")
     ->Unit(benchmark::kMillisecond)
     ->Arg(64)
     ->Arg(1024)

@@ -3,6 +3,7 @@
 // protobuf's coded streams, and plain stdio with the same calls (one a scalar, two a text). Lines go against
 // std::getline. Names are operation/stream/who. Figures are those of one record or line.
 #include "BenchSupport.h"
+#include "Limits.h"
 
 #include <vorlund/BufferedStream.h>
 #include <vorlund/ClassIds.h>
@@ -430,6 +431,29 @@ void ReadFileStdio(benchmark::State& state) {
     Finish(state);
 }
 
+/// The bytes of the records as one block: what memory gives, and the system.
+void CopyRecords(benchmark::State& state) {
+    const std::string from = RecordBytes(kRun);
+    std::vector<char> to(from.size());
+    for (auto _ : state) {
+        for (int run = 0; run < kRuns; ++run) {
+            std::memcpy(to.data(), from.data(), from.size());
+            benchmark::ClobberMemory();
+        }
+    }
+    Finish(state);
+}
+
+void WriteFileSystem(benchmark::State& state) {
+    bench::WriteFileBySystem(state, Folder().At("system"), kRecords * kRecordSize);
+    Finish(state);
+}
+
+void ReadFileSystem(benchmark::State& state) {
+    bench::ReadFileBySystem(state, RecordFile(), true);
+    Finish(state);
+}
+
 // Lines.
 
 /// In memory, or so few that the processor's caches hold them.
@@ -493,6 +517,21 @@ template <class TLine> void LineReaderVorlund(benchmark::State& state, const TTe
     });
 }
 
+/// Line for line, its bytes into a buffer.
+void CopyLines(benchmark::State& state, const TText& text, bool isWide) {
+    const std::string bytes = LineBytes(text, isWide);
+    const std::size_t size = text.length * (isWide ? 2 : 1);
+    std::vector<char> line(size);
+    ReadLines(state, [&] {
+        std::int64_t lines = 0;
+        for (std::size_t at = 0; at + size <= bytes.size(); at += size, ++lines) {
+            std::memcpy(line.data(), bytes.data() + at, size);
+            benchmark::ClobberMemory();
+        }
+        return lines;
+    });
+}
+
 /// What a program would use instead, over a buffer that is the whole text: bytes, or the units of a stream of
 /// char16_t.
 template <class TUnit> void ReadLineGetline(benchmark::State& state, const TText& text) {
@@ -520,6 +559,11 @@ void RegisterAll() {
         add("write/file/" + who, WriteFileVorlund, isBuffered);
         add("read/file/" + who, ReadFileVorlund, isBuffered);
     }
+    for (const char* const name : {"write/memory/limit copy", "read/memory/limit copy",
+                                   "write/resource/limit copy", "read/resource/limit copy"})
+        add(name, CopyRecords);
+    add("write/file/limit system calls", WriteFileSystem);
+    add("read/file/limit system calls", ReadFileSystem);
     add("write/file/stdio", WriteFileStdio);
     add("read/memory/vorlund", ReadMemoryVorlund);
     add("read/file/stdio", ReadFileStdio);
@@ -539,6 +583,8 @@ void RegisterAll() {
         add(name + "/8-bit/vorlund", LineReaderVorlund<wstring>, text, false);
         add(name + "/8-bit/vorlund into a CString", LineReaderVorlund<CString>, text, false);
         add(name + "/8-bit/vorlund CTextReader", TextReaderVorlund, text, false);
+        add(name + "/8-bit/limit copy", CopyLines, text, false);
+        add(name + "/UTF-16/limit copy", CopyLines, text, true);
         add(name + "/8-bit/std::getline", ReadLineGetline<char>, text);
         add(name + "/UTF-16/vorlund", LineReaderVorlund<wstring>, text, true);
         add(name + "/UTF-16/vorlund into a CString", LineReaderVorlund<CString>, text, true);
@@ -557,8 +603,5 @@ void RegisterAll() {
 
 int main(int argc, char** argv) {
     RegisterAll();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
+    return vorlund::bench::RunRows(argc, argv);
 }

@@ -1,6 +1,7 @@
 // CString against std::u16string and memmem: search, comparison, replacement, concatenation. Each pair gets
 // the same text; names are operation/case/who/units.
 #include "BenchSupport.h"
+#include "Limits.h"
 
 #include <vorlund/Exception.h>
 #include <vorlund/String.h>
@@ -340,10 +341,23 @@ template <class TText> void ReadUnits(benchmark::State& state, std::size_t lengt
     }
 }
 
+/// Two equal texts, byte by byte as the machine likes it.
+void CompareBytes(benchmark::State& state, std::size_t size) {
+    const std::vector<char> left(size, 'x'), right(size, 'x');
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(std::memcmp(left.data(), right.data(), size));
+        benchmark::ClobberMemory();
+    }
+}
+
 void RegisterAll() {
     const auto add = [](const std::string& name, auto function, auto... arguments) {
         benchmark::RegisterBenchmark(name.c_str(),
                                      [=](benchmark::State& state) { function(state, arguments...); });
+    };
+    // What the bytes of so many units cost at least.
+    const auto limit = [&](const std::string& what, auto function, std::size_t units) {
+        add(what, function, units * sizeof(wchar));
     };
     const auto grow = [&](const std::string& what, const std::string& who, auto function, std::size_t most) {
         for (std::size_t length = 600;
@@ -365,6 +379,10 @@ void RegisterAll() {
     grow("growth by a square rule/replace ab by ba", "vorlund", ReplaceSquare, kMostSquare);
     for (const std::size_t length : {kShort, kLong}) {
         const std::string units = '/' + std::to_string(length);
+        for (const char* const name : {"common", "rare", "bad", "worse", "from the back", "unit"})
+            limit(std::string("find/") + name + "/limit memchr" + units, bench::ScanBytes, length);
+        for (const char* const name : {"equal", "last"})
+            limit(std::string("compare/") + name + "/limit memcmp" + units, CompareBytes, length);
         for (int kind = 0; kind < kSearches; ++kind) {
             const TSearch search = MakeSearch(kind, length);
             const std::string name = std::string("find/") + search.name;
@@ -392,6 +410,7 @@ void RegisterAll() {
     for (const TReplacement& replacement : kReplacements) {
         const std::string name = std::string("replace/") + replacement.name;
         add(name + "/vorlund", ReplaceVorlund, replacement);
+        limit(name + "/limit copy into a new block", bench::CopyIntoNew, kLong);
         add(name + "/std::u16string", ReplaceU16string, replacement);
 #ifdef VORLUND_BENCH_MEMMEM
         add(name + "/memmem", ReplaceMemmem, replacement);
@@ -400,6 +419,7 @@ void RegisterAll() {
     for (const std::size_t length : {std::size_t{8}, std::size_t{24}, kLong}) {
         const std::string units = '/' + std::to_string(length);
         add("concatenate two/vorlund" + units, ConcatenateVorlund, length);
+        limit("concatenate two/limit copy into a new block" + units, bench::CopyIntoNew, 2 * length);
         add("concatenate two/std::u16string" + units, ConcatenateU16string, length);
     }
 }
@@ -408,8 +428,5 @@ void RegisterAll() {
 
 int main(int argc, char** argv) {
     RegisterAll();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
+    return vorlund::bench::RunRows(argc, argv);
 }

@@ -149,8 +149,5 @@ int main(int argc, char** argv) {
             ->Iterations(1)
             ->Repetitions(1)
             ->UseRealTime();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
+    return vorlund::bench::RunRows(argc, argv);
 }

@@ -1,6 +1,7 @@
 // Writing a WAV file of 256 MiB by `CWavWriter`, against plain fwrite of as many bytes with the same buffer:
 // one file after the other, opening and closing included, in the system's cache.
 #include "BenchSupport.h"
+#include "Limits.h"
 #include "WavFolder.h"
 
 #include <vorlund/Path.h>
@@ -55,6 +56,11 @@ void WriteStdio(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kSize));
 }
 
+/// Blocks of 64 KiB, whatever the caller's size.
+void WriteSystem(benchmark::State& state) {
+    bench::WriteFileBySystem(state, MakePath(), kSize);
+}
+
 BENCHMARK(WriteVorlund)
     ->Name("write 256 MiB/vorlund")
     ->Arg(512)
@@ -64,6 +70,13 @@ BENCHMARK(WriteVorlund)
     ->UseRealTime();
 BENCHMARK(WriteStdio)
     ->Name("write 256 MiB/stdio")
+    ->Arg(512)
+    ->Arg(4096)
+    ->Arg(65536)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK(WriteSystem)
+    ->Name("write 256 MiB/limit system calls")
     ->Arg(512)
     ->Arg(4096)
     ->Arg(65536)

@@ -1,6 +1,7 @@
 // Reading and opening WAV files, against libsndfile and plain stdio. The files are in a temporary folder and
 // in the system's cache.
 #include "BenchSupport.h"
+#include "Limits.h"
 #include "WavFolder.h"
 
 #include <vorlund/ClassIds.h>
@@ -232,6 +233,11 @@ template <bool raises> void RefusingDecoders(benchmark::State& state) {
     store.Close();
 }
 
+/// The system's calls for a file that is opened, or read to its end, and closed.
+template <bool isWhole> void SystemCalls(benchmark::State& state, const std::string CFiles::*file) {
+    bench::ReadFileBySystem(state, Files().*file, isWhole);
+}
+
 /// What an exception costs from the raise to the handler that catches it, with an empty debugger output and
 /// with the default one.
 void RaiseException(benchmark::State& state, bool hasDefaultOutput) {
@@ -268,6 +274,15 @@ BENCHMARK_CAPTURE(OpenReported, NoReport, false)->Name("open and close/vorlund w
 BENCHMARK_CAPTURE(OpenReported, Report, true)->Name("open and close/vorlund with a report");
 BENCHMARK_CAPTURE(RejectVorlund, Unknown, &CFiles::unknown)->Name("reject an unknown file/vorlund");
 BENCHMARK_CAPTURE(RejectVorlund, Bits24, &CFiles::rejected)->Name("reject a WAV file of 24 bits/vorlund");
+BENCHMARK_CAPTURE(SystemCalls<true>, Whole, &CFiles::whole)->Name("whole file of 1 MiB/limit system calls");
+BENCHMARK_CAPTURE(SystemCalls<true>, Load, &CFiles::whole)->Name("load 1 MiB decoded/limit system calls");
+BENCHMARK_CAPTURE(SystemCalls<false>, Open, &CFiles::small)->Name("open and close/limit system calls");
+BENCHMARK_CAPTURE(SystemCalls<false>, OpenChunks, &CFiles::chunks)
+    ->Name("open and close, a dozen chunks/limit system calls");
+BENCHMARK_CAPTURE(SystemCalls<false>, Unknown, &CFiles::unknown)
+    ->Name("reject an unknown file/limit system calls");
+BENCHMARK_CAPTURE(SystemCalls<false>, Bits24, &CFiles::rejected)
+    ->Name("reject a WAV file of 24 bits/limit system calls");
 BENCHMARK_TEMPLATE(RefusingDecoders, true)->Name("refusing decoders/vorlund raising")->Arg(10);
 BENCHMARK_TEMPLATE(RefusingDecoders, false)->Name("refusing decoders/vorlund")->Arg(10);
 BENCHMARK_CAPTURE(RaiseException, EmptyOutput, false)->Name("raise and catch/vorlund");
