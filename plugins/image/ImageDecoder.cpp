@@ -7,9 +7,11 @@
 #include "../support/FileInput.h"
 #include "../support/PixelForm.h"
 
+#include <vorlund/DecoderRefusal.h>
 #include <vorlund/Exception.h>
 
 #include <cstring>
+#include <optional>
 #include <utility>
 
 using namespace vorlund;
@@ -23,30 +25,33 @@ constexpr TFailure kNoPositions{kConnect, kFile, 1, VRL_L("Stream has no positio
 constexpr TFailure kDecoded{kConnect, kFile, 2, VRL_L("Stream is decoded already")};
 constexpr TFailure kUnknown{kConnect, kFile, 3, VRL_L("Not a picture of a known kind")};
 
-TPicture ReadPicture(IInputStream& stream) {
+/// Nothing if the stream is refused.
+std::optional<TPicture> ReadPicture(IInputStream& stream, const CRefusal& refusal) {
     CPictureSource source(stream);
     if (IsPng(source.GetHead())) return ReadPng(source);
     if (IsJpeg(source.GetHead())) return ReadJpeg(source);
     source.RethrowFailure();
-    Raise<CDataFormatException>(kUnknown);
+    refusal.Raise<CDataFormatException>(kUnknown);
+    return std::nullopt;
 }
 
 } // namespace
 
 void CImageDecoder::Connect(IInputStream* stream) {
+    const CRefusal refusal(*this);
     auto next = BeginConnect(stream);
     if (!next) return;
-    if (!HasPositions(*next)) Raise<CDataFormatException>(kNoPositions);
-    if (IsDecoded(*next)) Raise<CDataFormatException>(kDecoded);
+    if (!HasPositions(*next)) return refusal.Raise<CDataFormatException>(kNoPositions);
+    if (IsDecoded(*next)) return refusal.Raise<CDataFormatException>(kDecoded);
     const CFilterCalls::CCall call(calls_);
-    TPicture picture = ReadPicture(*next);
+    std::optional<TPicture> picture = ReadPicture(*next, refusal);
     // The stream may have connected or destroyed this decoder meanwhile; that holds.
-    if (!call.IsUnchanged()) return;
+    if (!picture || !call.IsUnchanged()) return;
     stream_ = std::move(next);
     format_.pixelFormat = kPixelForm;
-    format_.width = picture.width;
-    format_.height = picture.height;
-    pixels_ = std::move(picture.pixels);
+    format_.width = picture->width;
+    format_.height = picture->height;
+    pixels_ = std::move(picture->pixels);
     length_ = static_cast<std::int64_t>(pixels_.size());
 }
 

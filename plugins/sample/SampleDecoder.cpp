@@ -1,6 +1,7 @@
 #include "SampleDecoder.h"
 
 #include <vorlund/DecodeNotes.h>
+#include <vorlund/DecoderRefusal.h>
 #include <vorlund/DecoderSupport.h>
 #include <vorlund/Exception.h>
 
@@ -33,24 +34,30 @@ constexpr unsigned int kMaxChannels = 8;
 } // namespace
 
 void CSampleDecoder::Connect(IInputStream* stream) {
+    const CRefusal refusal(*this);
     TLayer::Connect(stream);
     if (!stream_) return;
     try {
-        ReadHeader();
+        if (!ReadHeader(refusal)) Disconnect();
     } catch (...) {
         Disconnect();
         throw;
     }
 }
 
-void CSampleDecoder::ReadHeader() {
+bool CSampleDecoder::ReadHeader(const CRefusal& refusal) {
+    // A search of decoders goes on to the next one, anybody else gets the exception.
+    const auto refuse = [&refusal](const TFailure& failure) {
+        refusal.Raise<CDataFormatException>(failure);
+        return false;
+    };
     constexpr std::uint32_t kNeeded = STREAM_CAPABILITY_SEEK | STREAM_CAPABILITY_TELL;
-    if ((stream_->GetCapabilities() & kNeeded) != kNeeded) Raise<CDataFormatException>(kNoPositions);
+    if ((stream_->GetCapabilities() & kNeeded) != kNeeded) return refuse(kNoPositions);
     // Another decoder may have looked at the stream before.
     stream_->Seek(0);
     std::uint8_t header[kHeaderSize];
-    if (!ReadWhole(*stream_, header, sizeof header)) Raise<CDataFormatException>(kNoFile);
-    if (std::memcmp(header, kMagic, sizeof kMagic) != 0) Raise<CDataFormatException>(kNoFile);
+    if (!ReadWhole(*stream_, header, sizeof header)) return refuse(kNoFile);
+    if (std::memcmp(header, kMagic, sizeof kMagic) != 0) return refuse(kNoFile);
 
     NoteContainer(VRL_L("VSA"));
     const unsigned int channels = header[kChannelsAt];
@@ -62,7 +69,7 @@ void CSampleDecoder::ReadHeader() {
         NoteValue(VRL_L("channels"), channels);
         NoteValue(VRL_L("bits"), bits);
         NoteValue(VRL_L("reserved"), LoadLittleEndian16(header + kReservedAt));
-        Raise<CDataFormatException>(kInvalidHeader);
+        return refuse(kInvalidHeader);
     }
     format_ = {bits == 8 ? SAMPLE_FORMAT_8BIT : SAMPLE_FORMAT_16BIT, channels,
                LoadLittleEndian32(header + kRateAt)};
@@ -70,6 +77,7 @@ void CSampleDecoder::ReadHeader() {
         std::int64_t{LoadLittleEndian32(header + kFramesAt)} * format_.GetBlockSize();
     length_ = std::min(declared, std::max<std::int64_t>(stream_->GetLength() - kHeaderSize, 0));
     position_ = 0;
+    return true;
 }
 
 const TDataFormat& CSampleDecoder::GetFormat() {

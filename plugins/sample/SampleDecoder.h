@@ -2,6 +2,7 @@
 #pragma once
 
 #include <vorlund/DataFormat.h>
+#include <vorlund/DecoderRefusal.h>
 #include <vorlund/StreamFilterImpl.h>
 
 #include <cstdint>
@@ -32,7 +33,8 @@ public:
     void Skip(std::uint64_t count) override;
 
 private:
-    void ReadHeader();
+    /// False when the stream is refused.
+    bool ReadHeader(const vorlund::CRefusal& refusal);
     std::uint64_t GetRest() const;
 
     vorlund::TDataFormat_AudioPcm format_;

@@ -4,6 +4,7 @@
 
 #include "../support/FileInput.h"
 
+#include <vorlund/DecoderRefusal.h>
 #include <vorlund/Exception.h>
 #include <vorlund/Path.h>
 
@@ -27,14 +28,15 @@ CSndfileDecoder::CSndfileDecoder() = default;
 CSndfileDecoder::~CSndfileDecoder() noexcept(false) = default;
 
 void CSndfileDecoder::Connect(IInputStream* stream) {
+    const CRefusal refusal(*this);
     auto next = BeginConnect(stream);
     if (!next) return;
-    if (!HasPositions(*next)) Raise<CDataFormatException>(kNoPositions);
-    if (IsDecoded(*next)) Raise<CDataFormatException>(kDecoded);
+    if (!HasPositions(*next)) return refusal.Raise<CDataFormatException>(kNoPositions);
+    if (IsDecoded(*next)) return refusal.Raise<CDataFormatException>(kDecoded);
     const CFilterCalls::CCall call(calls_);
-    auto file = std::make_shared<CSoundFile>(*next);
+    auto file = std::make_shared<CSoundFile>(*next, refusal);
     // The stream may have connected or destroyed this decoder meanwhile; that holds.
-    if (!call.IsUnchanged()) return;
+    if (!file->IsOpen() || !call.IsUnchanged()) return;
     stream_ = std::move(next);
     file_ = std::move(file);
     position_ = 0;

@@ -5,6 +5,7 @@
 #include "Notes.h"
 #include "OggPages.h"
 
+#include <vorlund/DecoderRefusal.h>
 #include <vorlund/Exception.h>
 
 #include <algorithm>
@@ -31,17 +32,21 @@ constexpr std::int64_t kShortestJump = 2;
 
 } // namespace
 
-CSoundFile::CSoundFile(IInputStream& stream) : virtualFile_(stream), scratch_(kScratchSize) {
+CSoundFile::CSoundFile(IInputStream& stream, const CRefusal& refusal)
+    : virtualFile_(stream), scratch_(kScratchSize) {
     const TContainerAt at = FindContainer(virtualFile_);
     virtualFile_.RethrowFailure();
-    if (at.container == TContainer::None) Raise<CDataFormatException>(kUnknown);
+    if (at.container == TContainer::None) return refusal.Raise<CDataFormatException>(kUnknown);
     if (at.container == TContainer::Mpeg) CompleteMpegHead(virtualFile_, at.start);
     // Before libsndfile begins: it trusts that nobody else moves the file.
     const std::int64_t lastPage = at.container == TContainer::Ogg ? CountFramesOfLastPage(virtualFile_) : -1;
     virtualFile_.RethrowFailure();
     Open();
     virtualFile_.RethrowFailure();
-    if (!file_ || info_.channels < 1 || info_.samplerate < 1) Raise<CDataFormatException>(kRefused);
+    if (!file_ || info_.channels < 1 || info_.samplerate < 1) {
+        file_.reset();
+        return refusal.Raise<CDataFormatException>(kRefused);
+    }
 
     const TSoundFormat format = GetSoundFormat(info_);
     format_ = {format.sampleFormat, static_cast<std::uint32_t>(info_.channels),

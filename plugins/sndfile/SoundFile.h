@@ -6,6 +6,7 @@
 #include "VirtualFile.h"
 
 #include <vorlund/DataFormat.h>
+#include <vorlund/DecoderRefusal.h>
 #include <vorlund/Stream.h>
 
 #include <cstdint>
@@ -14,9 +15,12 @@
 
 class CSoundFile {
 public:
-    /// Raises `CDataFormatException` when the stream holds no file of a kind that is known, or a damaged one,
-    /// and what the stream raises. The caller keeps the stream alive during each call.
-    explicit CSoundFile(vorlund::IInputStream& stream);
+    /// Refuses by `CDataFormatException` when the stream holds no file of a kind that is known, or a damaged
+    /// one, and raises what the stream raises. The caller keeps the stream alive during each call.
+    CSoundFile(vorlund::IInputStream& stream, const vorlund::CRefusal& refusal);
+
+    /// False when the stream was refused.
+    bool IsOpen() const { return file_ != nullptr; }
 
     const vorlund::TDataFormat_AudioPcm& GetFormat() const { return format_; }
     /// Frames of the whole sound. Becomes less when the file turns out to end before.
