@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vorlund/api/text/TextKernels.h"
+#include "vorlund/serial/LineKernels.h"
 
 #include <vorlund/CharFormat.h>
 #include <vorlund/Platform.h>
@@ -35,14 +36,21 @@ inline std::size_t FindStreamUnit(const std::uint8_t* bytes, std::size_t count, 
         return place ? static_cast<std::size_t>(static_cast<const std::uint8_t*>(place) - bytes) : count;
     }
     const auto* const units = static_cast<const wchar*>(static_cast<const void*>(bytes));
-    return std::min(FindFirstUnit(units, count, static_cast<wchar>(unit)), count);
+    const std::size_t place =
+        count < kLongLine ? FindFirstUnit(units, count, static_cast<wchar>(unit))
+                          : lineKernels->routines.findFirstUnit(units, count, static_cast<wchar>(unit));
+    return std::min(place, count);
 }
 
-/// Turns `count` units of a stream into UTF-16; true when `unit` is among them.
+/// Turns `count` units of a stream into UTF-16; true when `unit`, which is below 128, is among them.
 inline bool CopyUnitsAndLook(wchar* units, const std::uint8_t* bytes, std::size_t count, TCharFormat format,
                              wchar unit) {
-    if (format == CHAR_FORMAT_8BIT) return WidenBytesAndLook(units, bytes, count, unit);
-    return CopyTextAndLook(units, static_cast<const wchar*>(static_cast<const void*>(bytes)), count, unit);
+    const bool isLong = count >= kLongLine;
+    if (format == CHAR_FORMAT_8BIT)
+        return (isLong ? lineKernels->routines.widenBytesAndLook : WidenBytesAndLook)(units, bytes, count,
+                                                                                      unit);
+    const auto* const source = static_cast<const wchar*>(static_cast<const void*>(bytes));
+    return (isLong ? lineKernels->routines.copyTextAndLook : CopyTextAndLook)(units, source, count, unit);
 }
 
 } // namespace vorlund
