@@ -31,6 +31,12 @@ constexpr std::size_t kRateAt = 8;
 constexpr std::size_t kFramesAt = 12;
 constexpr unsigned int kMaxChannels = 8;
 
+/// A search of decoders goes on to the next one, anybody else gets the exception.
+bool Refuse(const CRefusal& refusal, const TFailure& failure) {
+    refusal.Raise<CDataFormatException>(failure);
+    return false;
+}
+
 } // namespace
 
 void CSampleDecoder::Connect(IInputStream* stream) {
@@ -46,18 +52,13 @@ void CSampleDecoder::Connect(IInputStream* stream) {
 }
 
 bool CSampleDecoder::ReadHeader(const CRefusal& refusal) {
-    // A search of decoders goes on to the next one, anybody else gets the exception.
-    const auto refuse = [&refusal](const TFailure& failure) {
-        refusal.Raise<CDataFormatException>(failure);
-        return false;
-    };
     constexpr std::uint32_t kNeeded = STREAM_CAPABILITY_SEEK | STREAM_CAPABILITY_TELL;
-    if ((stream_->GetCapabilities() & kNeeded) != kNeeded) return refuse(kNoPositions);
+    if ((stream_->GetCapabilities() & kNeeded) != kNeeded) return Refuse(refusal, kNoPositions);
     // Another decoder may have looked at the stream before.
     stream_->Seek(0);
     std::uint8_t header[kHeaderSize];
-    if (!ReadWhole(*stream_, header, sizeof header)) return refuse(kNoFile);
-    if (std::memcmp(header, kMagic, sizeof kMagic) != 0) return refuse(kNoFile);
+    if (!ReadWhole(*stream_, header, sizeof header)) return Refuse(refusal, kNoFile);
+    if (std::memcmp(header, kMagic, sizeof kMagic) != 0) return Refuse(refusal, kNoFile);
 
     NoteContainer(VRL_L("VSA"));
     const unsigned int channels = header[kChannelsAt];
@@ -69,7 +70,7 @@ bool CSampleDecoder::ReadHeader(const CRefusal& refusal) {
         NoteValue(VRL_L("channels"), channels);
         NoteValue(VRL_L("bits"), bits);
         NoteValue(VRL_L("reserved"), LoadLittleEndian16(header + kReservedAt));
-        return refuse(kInvalidHeader);
+        return Refuse(refusal, kInvalidHeader);
     }
     format_ = {bits == 8 ? SAMPLE_FORMAT_8BIT : SAMPLE_FORMAT_16BIT, channels,
                LoadLittleEndian32(header + kRateAt)};
