@@ -1,6 +1,7 @@
 // Events and asynchronous waits beside what an application would use instead. One benchmark per use and peer.
 // A hand-off is half of a round trip between two threads that set each other's events; on two processors it
 // is bimodal on a virtual machine, so the counters tell its distribution.
+#include "BenchSupport.h"
 #include "EventPeers.h"
 #include "EventPlaces.h"
 

@@ -36,7 +36,10 @@ CSoundFile::CSoundFile(IInputStream& stream, const CRefusal& refusal)
     : virtualFile_(stream), scratch_(kScratchSize) {
     const TContainerAt at = FindContainer(virtualFile_);
     virtualFile_.RethrowFailure();
-    if (at.container == TContainer::None) return refusal.Raise<CDataFormatException>(kUnknown);
+    if (at.container == TContainer::None) {
+        refusal.Raise<CDataFormatException>(kUnknown);
+        return;
+    }
     if (at.container == TContainer::Mpeg) CompleteMpegHead(virtualFile_, at.start);
     // Before libsndfile begins: it trusts that nobody else moves the file.
     const std::int64_t lastPage = at.container == TContainer::Ogg ? CountFramesOfLastPage(virtualFile_) : -1;
@@ -45,7 +48,8 @@ CSoundFile::CSoundFile(IInputStream& stream, const CRefusal& refusal)
     virtualFile_.RethrowFailure();
     if (!file_ || info_.channels < 1 || info_.samplerate < 1) {
         file_.reset();
-        return refusal.Raise<CDataFormatException>(kRefused);
+        refusal.Raise<CDataFormatException>(kRefused);
+        return;
     }
 
     const TSoundFormat format = GetSoundFormat(info_);
