@@ -12,6 +12,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdlib>
 #include <filesystem>
@@ -20,6 +21,7 @@
 #include <mutex>
 #include <shared_mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #ifdef VORLUND_BENCH_MALLINFO
@@ -92,11 +94,18 @@ double StatusOf(const std::string& what) {
     return 0;
 }
 
+/// The threads of waits that were stopped stay for a moment, and would serve the next ones.
+void AwaitSingleThread() {
+    for (int i = 0; i < 1000 && StatusOf("Threads") > 1; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+}
+
 /// What 100 asynchronous waits take of the system, by a line of /proc/self/status.
 void AsyncWaits(benchmark::State& state, const char* what, const char* unit) {
     constexpr int kWaits = 100;
     CEvent event;
     for (auto _ : state) {
+        AwaitSingleThread();
         const double before = StatusOf(what);
         std::vector<unsigned int> waits;
         for (int i = 0; i < kWaits; ++i)
