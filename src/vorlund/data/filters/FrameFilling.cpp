@@ -1,9 +1,13 @@
 #include "vorlund/data/filters/FrameFilling.h"
 
+#include "vorlund/data/filters/AudioPcmChannelNumberConverter.h"
+#include "vorlund/data/filters/AudioPcmSampleFormatConverter.h"
+
 #include <vorlund/AudioPcmConverters.h>
 #include <vorlund/DecoderSupport.h>
 
 #include <algorithm>
+#include <typeinfo>
 
 namespace vorlund {
 namespace pcm {
@@ -71,8 +75,26 @@ std::uint64_t CFrameFilling::ReadSource(std::byte* bytes, std::uint64_t size) {
 
 } // namespace pcm
 
+namespace {
+
+/// The stream as an object of `TClass`, if it is one of the class store.
+template <class TClass> IFrameInput* AsFramesOf(IInputStream& stream) {
+    using TObject = CFinalObject<TClass>;
+    return &typeid(stream) == &typeid(TObject) ? static_cast<TObject*>(&stream) : nullptr;
+}
+
+/// The stream if it fills buffers, else null. A dynamic cast takes longer than the rest of a small call, so
+/// the usual ones are recognised first.
+IFrameInput* AsFrames(IInputStream& stream) {
+    if (auto* const samples = AsFramesOf<CAudioPcmSampleFormatConverter>(stream)) return samples;
+    if (auto* const channels = AsFramesOf<CAudioPcmChannelNumberConverter>(stream)) return channels;
+    return dynamic_cast<IFrameInput*>(&stream);
+}
+
+} // namespace
+
 std::uint64_t ReadFrames(IInputStream& stream, void* buffer, std::uint64_t size) {
-    if (auto* const frames = dynamic_cast<IFrameInput*>(&stream)) return frames->ReadFrames(buffer, size);
+    if (auto* const frames = AsFrames(stream)) return frames->ReadFrames(buffer, size);
     const auto held = CRefPtr<IInputStream>::Share(&stream);
     auto* const bytes = static_cast<std::byte*>(buffer);
     std::uint64_t filled = 0;
