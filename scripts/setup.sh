@@ -25,12 +25,16 @@ vorlund_packages() {
     local codecs="bzip2 make patch pkgconf xz-utils"
     # Checks of form and of the binary interface.
     local checks="clang-format clang-tidy abigail-tools xz-utils git"
+    # The site, and what looks at it.
+    local site="doxygen doxygen-awesome-css python3" browser="chromium chromium-driver fonts-dejavu-core python3-selenium"
     # What ./run --bench compares with.
     local peers="libcereal-dev libeigen3-dev libglib2.0-dev libglm-dev libprotobuf-dev libsamplerate0-dev libsdl2-dev"
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
     # A display for the tests of windows, and what windows on Linux are built with.
     local windows="openbox xvfb libxcb1-dev libxcb-xtest0-dev"
     case $1 in
+    site) echo "$site" ;;
+    site-pictures) echo "$site $browser" ;;
     run-linux) echo "$build" ;;
     run-linux-codecs) echo "$sounds" ;;
     run-win32-codecs) echo "$codecs" ;;
@@ -45,7 +49,7 @@ vorlund_packages() {
     win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
     linux-arm64) echo "$tests $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
-    linux) echo "$tests $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks" ;;
+    linux) echo "$tests $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks $site" ;;
     linux-asan | linux-tsan) echo "$tests $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools" ;;
     linux32-asan) echo "$tests $video_tools libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
     linux-coverage) echo "$tests $recordings $windows $video_tools gcovr" ;;

@@ -342,6 +342,8 @@ test_target() {
         step failures tests/abi/check_failures.py
         step pages tests/docs/check_pages.py
         step readme tests/docs/check_readme.py "$folder"
+        step "code in pages" tests/docs/check_blocks.py "$folder"
+        step site scripts/site.sh
         step "test names" tests/check_names.py
         step "benchmarks' table" tests/bench/check_bench.py
         step abi scripts/abi.sh --check "$folder"
