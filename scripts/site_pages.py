@@ -90,7 +90,9 @@ class Site:
         # What is written for people is no command of Doxygen, except in code, which it does not look into.
         pieces = CODE.split(re.sub(r"<!--.*?-->", "", text, flags=re.DOTALL))
         pieces[::2] = [re.sub(r"([\\@])", r"\\\1", piece) for piece in pieces[::2]]
-        text = LINK.sub(lambda match: self.convert_link(page, *match.groups()), "".join(pieces))
+        # A percent sign before a word would go.
+        text = re.sub(r"%(?=\w)", "%%", "".join(pieces))
+        text = LINK.sub(lambda match: self.convert_link(page, *match.groups()), text)
         return HEADING.sub(lambda match: self.convert_heading(page, *match.groups()), text)
 
     def convert_heading(self, page, level, title):
