@@ -96,6 +96,8 @@ class Site:
         return HEADING.sub(lambda match: self.convert_heading(page, *match.groups()), text)
 
     def convert_heading(self, page, level, title):
+        # A heading takes no code.
+        title = title.replace("`", "")
         return f"{level} {title} {{#{label(page, '' if level == '#' else slug(title))}}}"
 
     def convert_link(self, page, mark, text, target):

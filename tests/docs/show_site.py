@@ -16,7 +16,14 @@ from selenium.webdriver.support.ui import WebDriverWait
 WIDTHS = (1280, 420)
 HEIGHT = 900
 # Beside all pages, what the reference is made of.
-REFERENCE = ("annotated.html", "files.html", "namespacemembers.html", "classvorlund_1_1CFrameReader.html", "RefPtr_8h.html", "tree/CMakeLists.txt.html")
+REFERENCE = (
+    "annotated.html",
+    "files.html",
+    "namespacemembers.html",
+    "classvorlund_1_1CFrameReader.html",
+    "RefPtr_8h.html",
+    "tree/CMakeLists.txt.html",
+)
 LIMIT = 60
 
 
