@@ -90,6 +90,8 @@ class Site:
         # What is written for people is no command of Doxygen, except in code, which it does not look into.
         pieces = CODE.split(re.sub(r"<!--.*?-->", "", text, flags=re.DOTALL))
         pieces[::2] = [re.sub(r"([\\@])", r"\\\1", piece) for piece in pieces[::2]]
+        # Code with a quotation mark takes two backticks on each side.
+        pieces[1::2] = [f"`{piece}`" if "'" in piece else piece for piece in pieces[1::2]]
         # A percent sign before a word would go.
         text = re.sub(r"%(?=\w)", "%%", "".join(pieces))
         text = LINK.sub(lambda match: self.convert_link(page, *match.groups()), text)
