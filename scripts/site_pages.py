@@ -12,7 +12,8 @@ import sys
 
 from pages import FENCE, HEADING, ROOT, folders_and_files, is_external, read, resolve, slug
 
-CODE = re.compile(r"(```.*?```|`[^`\n]+`)", re.DOTALL)
+# Inline code, which may go on in the next line.
+CODE = re.compile(r"(`[^`\n]+(?:\n[^`\n]+)?`)")
 LINK = re.compile(r"(!?)\[([^\]]*)\]\(([^)\s]+)\)")
 INDEX = "docs/README.md"
 HEADERS = "include/vorlund"
@@ -91,6 +92,7 @@ class Site:
         pieces = CODE.split(re.sub(r"<!--.*?-->", "", text, flags=re.DOTALL))
         pieces[::2] = [re.sub(r"([\\@])", r"\\\1", piece) for piece in pieces[::2]]
         # Code with a quotation mark takes two backticks on each side.
+        pieces[1::2] = [piece.replace("\n", " ") for piece in pieces[1::2]]
         pieces[1::2] = [f"`{piece}`" if "'" in piece else piece for piece in pieces[1::2]]
         # A percent sign before a word would go.
         text = re.sub(r"%(?=\w)", "%%", "".join(pieces))
