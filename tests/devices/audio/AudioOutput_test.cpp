@@ -166,6 +166,32 @@ TEST_F(AudioOutput, CloseAndFlushEndTheWaitsOfOthers) {
     EXPECT_EQ(output->GetState(), AUDIO_STATE_CLOSED);
 }
 
+TEST_F(AudioOutput, WritersFollowEachOther) {
+    const auto output = CreateOutput();
+    output->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    const TBytes first = MakeSound(kSixteenBits, 1000);
+    const TBytes second = MakeSound(kSixteenBits, 1000, 2);
+    const TBytes third = MakeSound(kSixteenBits, 700, 3);
+    CActor writer, other;
+    writer.Start([&] { EXPECT_EQ(output->Write(first.data(), first.size()), first.size()); });
+    while (output->GetDelay() < 512) std::this_thread::yield();
+    EXPECT_EQ(output->GetWritable(), 0u);
+    other.Start([&] { EXPECT_EQ(output->Write(second.data(), second.size()), second.size()); });
+    EXPECT_TRUE(other.StaysBusy());
+    audio_.Step(2000);
+    EXPECT_TRUE(writer.Finishes());
+    EXPECT_TRUE(other.Finishes());
+    EXPECT_EQ(GetPlayed(), Joined(first, second));
+    // Who waits for another writer is dropped with him.
+    writer.Start([&] { EXPECT_EQ(output->Write(third.data(), third.size()), 512u * 4); });
+    while (output->GetDelay() < 512) std::this_thread::yield();
+    other.Start([&] { EXPECT_EQ(output->Write(third.data(), third.size()), 0u); });
+    EXPECT_TRUE(other.StaysBusy());
+    output->Flush();
+    EXPECT_TRUE(writer.Finishes());
+    EXPECT_TRUE(other.Finishes());
+}
+
 TEST_F(AudioOutput, DrainWaitsForTheLastFrame) {
     const auto output = CreateOutput();
     output->OpenOutput(kSixteenBits, kDefaultAudioLatency);
