@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -207,18 +208,21 @@ TEST_F(AudioOutputPlay, AStreamMayFlushAndCloseTheOutput) {
 }
 
 TEST_F(AudioOutputPlay, AStreamMayReleaseTheOutput) {
-    const auto stream = Make<CCallingStream>();
-    stream->bytes = MakeSound(kSixteenBits, 1000);
-    stream->format = kSixteenBits;
-    CEvent released;
-    bool isDone = false;
-    stream->call = [&] {
-        if (std::exchange(isDone, true)) return;
-        output_.Reset();
-        released.SetState(true);
-    };
-    output_->Play(Keep(stream));
-    released.Wait();
+    CEvent isAlone, isGone;
+    {
+        const auto stream = Make<CCallingStream>();
+        stream->bytes = MakeSound(kSixteenBits, 1000);
+        stream->format = kSixteenBits;
+        const std::shared_ptr<void> end(nullptr, [&](void*) { isGone.SetState(true); });
+        stream->call = [&, end] {
+            isAlone.Wait();
+            output_.Reset();
+        };
+        output_->Play(stream.Get());
+    }
+    // The output alone counts its stream now.
+    isAlone.SetState(true);
+    isGone.Wait();
     // Another output gets the device as soon as that one has let go of it.
     output_ = CreateOutput();
     output_->OpenOutput(kSixteenBits, kDefaultAudioLatency);

@@ -3,6 +3,8 @@
 
 #include <vorlund/AudioPort.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <thread>
@@ -176,12 +178,21 @@ TEST_F(AudioOutput, WritersFollowEachOther) {
     writer.Start([&] { EXPECT_EQ(output->Write(first.data(), first.size()), first.size()); });
     while (output->GetDelay() < 512) std::this_thread::yield();
     EXPECT_EQ(output->GetWritable(), 0u);
-    other.Start([&] { EXPECT_EQ(output->Write(second.data(), second.size()), second.size()); });
+    std::atomic<bool> isDone = false;
+    other.Start([&] {
+        EXPECT_EQ(output->Write(second.data(), second.size()), second.size());
+        isDone = true;
+    });
     EXPECT_TRUE(other.StaysBusy());
-    audio_.Step(2000);
+    while (!isDone || output->GetDelay() > 0) audio_.Step(100);
     EXPECT_TRUE(writer.Finishes());
     EXPECT_TRUE(other.Finishes());
-    EXPECT_EQ(GetPlayed(), Joined(first, second));
+    // The device does not wait between the two.
+    const TBytes played = GetPlayed();
+    EXPECT_EQ(Part(played, 0, first.size()), first);
+    EXPECT_NE(std::search(played.begin() + static_cast<std::ptrdiff_t>(first.size()), played.end(),
+                          second.begin(), second.end()),
+              played.end());
     // Who waits for another writer is dropped with him.
     writer.Start([&] { EXPECT_EQ(output->Write(third.data(), third.size()), 512u * 4); });
     while (output->GetDelay() < 512) std::this_thread::yield();
