@@ -342,6 +342,7 @@ test_target() {
         step failures tests/abi/check_failures.py
         step pages tests/docs/check_pages.py
         step readme tests/docs/check_readme.py "$folder"
+        step "program pages" tests/cli/check_program_pages.py "$folder"
         step "test names" tests/check_names.py
         step "benchmarks' table" tests/bench/check_bench.py
         step abi scripts/abi.sh --check "$folder"

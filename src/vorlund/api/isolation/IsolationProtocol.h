@@ -65,9 +65,8 @@ public:
         return PutBytes(text, length * sizeof(wchar));
     }
     CMessage& PutBytes(const void* bytes, std::size_t size) {
-        const std::size_t at = bytes_.size();
-        bytes_.resize(at + size);
-        if (size > 0) std::memcpy(bytes_.data() + at, bytes, size);
+        const auto* const first = static_cast<const std::uint8_t*>(bytes);
+        bytes_.insert(bytes_.end(), first, first + size);
         return *this;
     }
 
