@@ -8,7 +8,8 @@ void PrintLevels(const std::string& path) {
     const CInputStreamSelector file(PathFromUtf8(path.c_str()).c_str());
     CFrameReader sound(CRefPtr<IInputStream>::Adopt(file.DecodeStream(TDataFormat_AudioPcm::FormatId)));
     std::vector<float> second(sound.GetFormat().samplesPerSec * sound.GetChannels());
-    for (int number = 0; const std::size_t frames = sound.Read(second); ++number) {
+    std::size_t frames = 0;
+    for (int number = 0; (frames = sound.Read(second)) > 0; ++number) {
         double sum = 0;
         for (const float sample : std::span(second).first(frames * sound.GetChannels()))
             sum += double{sample} * sample;

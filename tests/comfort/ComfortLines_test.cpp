@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-TEST(ComfortText, ComparisonsOfTwoTextsThatMayChangeCompile) {
+TEST(ComfortLines, ComparisonsOfTwoTextsThatMayChangeCompile) {
     CString a(VRL_L("a"));
     CString b(VRL_L("b"));
     EXPECT_TRUE(a < b);
@@ -33,7 +33,7 @@ TEST(ComfortText, ComparisonsOfTwoTextsThatMayChangeCompile) {
     EXPECT_TRUE(a == VRL_L("a"));
 }
 
-TEST(ComfortText, UnitsAndPositionsOfEveryKindCompile) {
+TEST(ComfortLines, UnitsAndPositionsOfEveryKindCompile) {
     CString s(VRL_L("x"));
     EXPECT_TRUE(s == wchar('x'));
     s += wchar('y');
@@ -52,7 +52,7 @@ TEST(ComfortText, UnitsAndPositionsOfEveryKindCompile) {
     EXPECT_EQ(CString(nullptr).Length(), 0u);
 }
 
-TEST(ComfortText, TextsComeFromUtf8AndGoThere) {
+TEST(ComfortLines, TextsComeFromUtf8AndGoThere) {
     const std::string utf8 = "\u00e9\u20ac\U0001F3B5";
     const wstring wide = TextFromUtf8(utf8);
     EXPECT_EQ(wide, VRL_L("\u00e9\u20ac\U0001F3B5"));
@@ -69,7 +69,7 @@ TEST(ComfortText, TextsComeFromUtf8AndGoThere) {
     EXPECT_EQ(units, 4u);
 }
 
-TEST(ComfortText, ContainersHoldTexts) {
+TEST(ComfortLines, ContainersHoldTexts) {
     const CString a(VRL_L("a"));
     std::unordered_set<CString> hashed{a, CString(VRL_L("b")), CString(VRL_L("a"))};
     EXPECT_EQ(hashed.size(), 2u);
@@ -78,7 +78,7 @@ TEST(ComfortText, ContainersHoldTexts) {
     EXPECT_EQ(std::hash<CString>()(a), std::hash<CString>()(CString(VRL_L("a"))));
 }
 
-TEST(ComfortEvents, ListsWithWholeSecondsAndPlainZerosCompile) {
+TEST(ComfortLines, ListsWithWholeSecondsAndPlainZerosCompile) {
     CEvent a;
     CEvent b;
     b.SetState(true);
@@ -96,7 +96,7 @@ TEST(ComfortEvents, ListsWithWholeSecondsAndPlainZerosCompile) {
     CEvent::StopAsync(0);
 }
 
-TEST(ComfortEvents, WaitsTakeTypedListsAndTimesAndReturnWhatHappened) {
+TEST(ComfortLines, WaitsTakeTypedListsAndTimesAndReturnWhatHappened) {
     CEvent a;
     CEvent b;
     EXPECT_FALSE(WaitFor(a, 1ms));
@@ -109,53 +109,53 @@ TEST(ComfortEvents, WaitsTakeTypedListsAndTimesAndReturnWhatHappened) {
 }
 
 /// What a program writes for a class of its own.
-class CNamed : public CObjectImpl<IObject> {
+class CComfortNamed : public CObjectImpl<IObject> {
 public:
     static constexpr CId ClassId{0x6E2B7A10, 0x3F9C4D58, 0xA1D40B72, 0x95C8E36F};
     const std::string& GetName() const { return name_; }
 
 protected:
-    CNamed(std::string name, int number) : name_(std::move(name) + std::to_string(number)) {}
-    ~CNamed() = default;
+    CComfortNamed(std::string name, int number) : name_(std::move(name) + std::to_string(number)) {}
+    ~CComfortNamed() = default;
 
 private:
     std::string name_;
 };
 
 template <class TName>
-concept CCreatable = requires(const TName* name) {
+concept CCreatableByName = requires(const TName* name) {
     v.GetClassStore().CreateObject(name);
 };
 
-TEST(ComfortObjects, NarrowNamesOfClassesAreRefusedByTheCompiler) {
-    static_assert(!CCreatable<char>);
-    static_assert(CCreatable<wchar>);
+TEST(ComfortLines, NarrowNamesOfClassesAreRefusedByTheCompiler) {
+    static_assert(!CCreatableByName<char>);
+    static_assert(CCreatableByName<wchar>);
     const CSession session(false);
-    CRefPtr<IObject>::Adopt(v.GetClassStore().CreateObject(VRL_L("vorlund::CObject")));
-    CRefPtr<IObject>::Adopt(v.GetClassStore().CreateObject(classid::CObject));
+    EXPECT_TRUE(CRefPtr<IObject>::Adopt(v.GetClassStore().CreateObject(VRL_L("vorlund::CObject"))));
+    EXPECT_TRUE(CRefPtr<IObject>::Adopt(v.GetClassStore().CreateObject(classid::CObject)));
 }
 
-TEST(ComfortObjects, PointersGoUpCompareAndLieInContainers) {
+TEST(ComfortLines, PointersGoUpCompareAndLieInContainers) {
     const CSession session(false);
-    const CRefPtr<CNamed> named = MakeObject<CNamed>("n", 3);
+    const CRefPtr<CComfortNamed> named = MakeObject<CComfortNamed>("n", 3);
     EXPECT_EQ(named->GetName(), "n3");
     const CRefPtr<IObject> object = named;
     EXPECT_TRUE(object == named);
     EXPECT_TRUE(object != nullptr);
-    std::vector<CSafeRefPtr<IObject>> held{named, object, MakeObject<CNamed>("m", 4)};
+    std::vector<CSafeRefPtr<IObject>> held{named, object, MakeObject<CComfortNamed>("m", 4)};
     std::erase_if(held, [&](const CSafeRefPtr<IObject>& one) { return one == held.front(); });
     EXPECT_LT(held.size(), 3u);
-    std::map<std::string, CSafeRefPtr<CNamed>> byName{{"n", named}};
+    std::map<std::string, CSafeRefPtr<CComfortNamed>> byName{{"n", named}};
     EXPECT_EQ(byName.at("n")->GetName(), "n3");
 }
 
-TEST(ComfortObjects, ListsAndStoresAreRanges) {
+TEST(ComfortLines, ListsAndStoresAreRanges) {
     const CSession session(false);
     const auto list = CreateAs<IObjectList>(classid::CObjectList);
     const CRefPtr<IStringObject> text = CreateAs<IStringObject>(classid::CStringObject);
     text->SetString(VRL_L("one"));
     list->AddObject(text.Get());
-    list->AddObject(MakeObject<CNamed>("no text", 0).Get());
+    list->AddObject(MakeObject<CComfortNamed>("no text", 0).Get());
     std::vector<std::string> texts;
     for (const CRefPtr<IStringObject>& each : Each<IStringObject>(list))
         texts.push_back(ToUtf8(each->GetString()));
@@ -169,17 +169,17 @@ TEST(ComfortObjects, ListsAndStoresAreRanges) {
     EXPECT_TRUE(names.contains(VRL_L("vorlund::CObjectList")));
 }
 
-TEST(ComfortObjects, ASessionClosesWhateverHappens) {
+TEST(ComfortLines, ASessionClosesWhateverHappens) {
     try {
         const CSession session(false);
-        const auto kept = MakeObject<CNamed>("kept", 1);
+        const auto kept = MakeObject<CComfortNamed>("kept", 1);
         throw std::runtime_error("stop");
     } catch (const std::runtime_error&) {
     }
-    EXPECT_THROW(MakeObject<CNamed>("after", 1), CBugException);
+    EXPECT_THROW(MakeObject<CComfortNamed>("after", 1), CBugException);
 }
 
-TEST(ComfortStreams, SoundIsReadByFramesSecondsAndSpans) {
+TEST(ComfortLines, SoundIsReadByFramesSecondsAndSpans) {
     const CSession session(false);
     const TBytes wav = PlainWav({.channels = 2, .samplesPerSec = 1000}, Ramp(4000));
     const auto file = CRefPtr<IInputStream>::Adopt(CreateMemoryInput(wav.data(), wav.size()));
@@ -206,7 +206,7 @@ TEST(ComfortStreams, SoundIsReadByFramesSecondsAndSpans) {
     EXPECT_EQ(sound.Read(frame), 1u);
 }
 
-TEST(ComfortExceptions, OnlyTheAdapterThrowsStandardOnes) {
+TEST(ComfortLines, OnlyTheAdapterThrowsStandardOnes) {
     const CSession session(false);
     EXPECT_THROW(v.GetClassStore().CreateObject(VRL_L("none")), CClassNotFoundException);
     try {
@@ -218,7 +218,7 @@ TEST(ComfortExceptions, OnlyTheAdapterThrowsStandardOnes) {
     EXPECT_EQ(AsStdExceptions([] { return 7; }), 7);
 }
 
-TEST(ComfortExceptions, ArgumentsAreUtf8) {
+TEST(ComfortLines, ArgumentsAreUtf8) {
     const char* const words[] = {"program", "a", "b"};
     // On Windows they are those of this process.
     const std::vector<std::string> arguments = GetUtf8Arguments(3, words);
