@@ -25,6 +25,8 @@ vorlund_packages() {
     local codecs="bzip2 make patch pkgconf xz-utils"
     # Checks of form and of the binary interface.
     local checks="clang-format clang-tidy abigail-tools xz-utils git"
+    # What reads the manual pages and the completions of the program.
+    local readers="fish man-db mandoc zsh"
     # What ./run --bench compares with.
     local peers="libcereal-dev libeigen3-dev libglib2.0-dev libglm-dev libprotobuf-dev libsamplerate0-dev libsdl2-dev"
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
@@ -45,7 +47,7 @@ vorlund_packages() {
     win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
     linux-arm64) echo "$tests $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
-    linux) echo "$tests $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks" ;;
+    linux) echo "$tests $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks $readers" ;;
     linux-asan | linux-tsan) echo "$tests $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools" ;;
     linux32-asan) echo "$tests $video_tools libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
     linux-coverage) echo "$tests $recordings $windows $video_tools gcovr" ;;

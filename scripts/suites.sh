@@ -185,10 +185,12 @@ real_files() {
 
 replay_corpus() { on_target "$folder/bin/fuzz_$1$exe" "fuzz/corpus/$1"; }
 
-# Runs an example in the folder of its data.
+# Runs an example in the folder of its data, and compares what it prints with what it should, where that is kept.
 example() {
-    local folder=$PWD/$folder
-    (cd examples/data && on_target "$folder/bin/example_$1$exe" </dev/null)
+    local folder=$PWD/$folder printed
+    printed=$(cd examples/data && on_target "$folder/bin/example_$1$exe" </dev/null) || return
+    echo "$printed"
+    [[ ! -e examples/$1/expected.txt ]] || diff "examples/$1/expected.txt" <(tr -d '\r' <<<"$printed")
 }
 
 # ctest has an entry for every case of the test programs and more, and its entries work.
@@ -342,6 +344,8 @@ test_target() {
         step failures tests/abi/check_failures.py
         step pages tests/docs/check_pages.py
         step readme tests/docs/check_readme.py "$folder"
+        step comfort tests/comfort/check_examples.py "$folder"
+        step "program pages" tests/cli/check_program_pages.py "$folder"
         step "test names" tests/check_names.py
         step "benchmarks' table" tests/bench/check_bench.py
         step abi scripts/abi.sh --check "$folder"
