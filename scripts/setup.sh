@@ -44,7 +44,7 @@ vorlund_packages() {
     run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;
     # wine64 as well: the tests' Wine prefix serves both word sizes.
     win32) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 $microsoft g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
-    win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
+    win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 $microsoft g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
     linux-arm64) echo "$tests $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
     linux) echo "$tests $pascal $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks" ;;

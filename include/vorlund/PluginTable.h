@@ -208,9 +208,9 @@ typedef struct vorlund_plugin_port_format {
     uint32_t sample_format;
     uint32_t channels;
     uint32_t samples_per_sec;
-    /// Frames of a usual call of `process`: 1 to 1048576.
+    /// Frames of a usual call of `process`: 1 to 65536.
     uint32_t period_frames;
-    /// How many of them are kept ready: 1 to 1024.
+    /// How many of them are kept ready: at least 1, and at most 1048576 frames in all.
     uint32_t periods;
 } vorlund_plugin_port_format;
 

@@ -35,25 +35,9 @@ constexpr TFailure kReadFailed{kRead, kFile, 63, VRL_L("Decoder failed")};
 /// A call of a plug-in is not asked for more at a time.
 constexpr std::uint64_t kMaxRead = std::uint64_t{1} << 30;
 
-/// The failure with the plug-in's reason, if it has one. That lies where other reasons of the moment lie.
-TFailure WithReason(const TFailure& failure, const wstring& reason) {
-    TFailure result = failure;
-    if (!reason.empty()) result.reason = PathReason(VRL_L("%s"), reason.c_str());
-    return result;
-}
-
-const TFailure& FindFailure(std::int32_t code) {
-    switch (code) {
-    case VORLUND_PLUGIN_OTHER_DATA:
-        return kOtherData;
-    case VORLUND_PLUGIN_DAMAGED:
-    case VORLUND_PLUGIN_NOT_SUPPORTED:
-        return kDamaged;
-    case VORLUND_PLUGIN_UNREADABLE:
-        return kUnreadable;
-    default:
-        return kNotOpened;
-    }
+/// With the plug-in's reason, if it has one. That lies where other reasons of the moment lie.
+template <class TException> [[noreturn]] void RaiseExplained(const TFailure& failure, const wstring& reason) {
+    Raise<TException>(failure, reason.empty() ? failure.reason : PathReason(VRL_L("%s"), reason.c_str()));
 }
 
 } // namespace
@@ -74,10 +58,19 @@ void CTableDecoder::Connect(IInputStream* stream) {
     const TAnswer answer = instance->Open();
     // The stream may have destroyed the filter, or connected it to another one.
     if (!call.IsUnchanged()) return;
-    if (answer.code != VORLUND_PLUGIN_OK) {
-        const TFailure failure = WithReason(FindFailure(answer.code), answer.reason);
-        if (answer.code == VORLUND_PLUGIN_UNREADABLE) return refusal.Raise<CIOException>(failure);
-        return refusal.Raise<CDataFormatException>(failure);
+    switch (answer.code) {
+    case VORLUND_PLUGIN_OK:
+        break;
+    case VORLUND_PLUGIN_OTHER_DATA:
+        // What most decoders say of most files.
+        return refusal.Raise<CDataFormatException>(kOtherData);
+    case VORLUND_PLUGIN_UNREADABLE:
+        RaiseExplained<CIOException>(kUnreadable, answer.reason);
+    case VORLUND_PLUGIN_DAMAGED:
+    case VORLUND_PLUGIN_NOT_SUPPORTED:
+        RaiseExplained<CDataFormatException>(kDamaged, answer.reason);
+    default:
+        RaiseExplained<CDataFormatException>(kNotOpened, answer.reason);
     }
     SetFormat(instance->GetOpened().format);
     position_ = 0;
@@ -118,7 +111,7 @@ const TDataFormat& CTableDecoder::GetFormat() {
 std::int64_t CTableDecoder::GetLength() {
     if (!instance_) return TLayer::GetLength();
     const std::int64_t length = instance_->GetOpened().length;
-    if (length < 0) vorlund::Raise<COperationNotSupportedException>(kLengthNotKnown);
+    if (length < 0) Raise<COperationNotSupportedException>(kLengthNotKnown);
     return length;
 }
 
@@ -130,11 +123,11 @@ std::uint64_t CTableDecoder::GetRest() const {
 
 void CTableDecoder::Seek(std::int64_t position) {
     if (!instance_) return TLayer::Seek(position);
-    if (position < 0) vorlund::Raise<CIOException>(kNegative);
+    if (position < 0) Raise<CIOException>(kNegative);
     const std::int64_t length = instance_->GetOpened().length;
     const std::int64_t wanted = length < 0 ? position : std::min(position, length);
     if (wanted == position_) return;
-    if (!instance_->HasPositions()) vorlund::Raise<COperationNotSupportedException>(kNoPositions);
+    if (!instance_->HasPositions()) Raise<COperationNotSupportedException>(kNoPositions);
     position_ = wanted;
     hasEnded_ = false;
 }
@@ -142,21 +135,20 @@ void CTableDecoder::Seek(std::int64_t position) {
 bool CTableDecoder::GoToPosition(const std::shared_ptr<CTableInstance>& instance,
                                  const CFilterCalls::CCall& call) {
     if (pluginPosition_ == position_) return true;
-    if (!instance->HasPositions()) vorlund::Raise<CIOException>(kReadFailed);
+    if (!instance->HasPositions()) RaiseExplained<CIOException>(kReadFailed, {});
     const std::int64_t wanted = position_;
     pluginPosition_ = -1;
     const TAnswer answer = instance->Seek(wanted);
     if (!call.IsUnchanged()) return false;
-    if (answer.code != VORLUND_PLUGIN_OK)
-        vorlund::Raise<CIOException>(WithReason(kReadFailed, answer.reason));
+    if (answer.code != VORLUND_PLUGIN_OK) RaiseExplained<CIOException>(kReadFailed, answer.reason);
     pluginPosition_ = wanted;
     return true;
 }
 
 std::uint64_t CTableDecoder::Read(void* buffer, std::uint64_t size) {
     if (!buffer || !instance_) return TLayer::Read(buffer, size);
-    if (!instance_->IsAlive()) vorlund::Raise<CInvalidStateException>(kReadClosed);
-    if (instance_->IsBusy()) vorlund::Raise<CInvalidStateException>(kBusy);
+    if (!instance_->IsAlive()) Raise<CInvalidStateException>(kReadClosed);
+    if (instance_->IsBusy()) Raise<CInvalidStateException>(kBusy);
     const std::uint64_t wanted = std::min({size, GetRest(), kMaxRead});
     if (wanted == 0 || hasEnded_) return 0;
     const CFilterCalls::CCall call(calls_);
@@ -166,8 +158,7 @@ std::uint64_t CTableDecoder::Read(void* buffer, std::uint64_t size) {
     std::uint32_t count = 0;
     const TAnswer answer = instance->Read(buffer, static_cast<std::uint32_t>(wanted), count);
     if (!call.IsUnchanged()) return count;
-    if (answer.code != VORLUND_PLUGIN_OK)
-        vorlund::Raise<CIOException>(WithReason(kReadFailed, answer.reason));
+    if (answer.code != VORLUND_PLUGIN_OK) RaiseExplained<CIOException>(kReadFailed, answer.reason);
     hasEnded_ = count == 0;
     pluginPosition_ = from + count;
     position_ = pluginPosition_;

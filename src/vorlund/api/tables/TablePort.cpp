@@ -25,8 +25,8 @@ constexpr TFailure kClosed{kOpen, kFile, 23, VRL_L("Plug-in is closed")};
 constexpr TFailure kStartFailed{VRL_L("vorlund::CTablePort::Start"), kFile, 31,
                                 VRL_L("Device does not start")};
 
-constexpr std::uint32_t kMaxPeriodFrames = 1 << 20;
-constexpr std::uint32_t kMaxPeriods = 1024;
+constexpr std::uint32_t kMaxPeriodFrames = 1 << 16;
+constexpr std::uint32_t kMaxFrames = 1 << 20;
 /// A device that tells more has miscounted: ten seconds of the highest rate.
 constexpr std::uint32_t kMaxDelay = 10 * 192000;
 
@@ -94,9 +94,9 @@ TAudioPortFormat CTablePort::Open(const TAudioPortFormat& wish, IAudioPortClient
     const TDataFormat_AudioPcm frames(format.sample_format, format.channels, format.samples_per_sec);
     frameSize_ = frames.GetBlockSize();
     silence_ = frames.GetZeroByte();
-    return {format.sample_format, format.channels, format.samples_per_sec,
-            std::clamp<std::uint32_t>(format.period_frames, 1, kMaxPeriodFrames),
-            std::clamp<std::uint32_t>(format.periods, 1, kMaxPeriods)};
+    const std::uint32_t period = std::clamp<std::uint32_t>(format.period_frames, 1, kMaxPeriodFrames);
+    return {format.sample_format, format.channels, format.samples_per_sec, period,
+            std::clamp<std::uint32_t>(format.periods, 1, kMaxFrames / period)};
 }
 
 void CTablePort::Close() {
