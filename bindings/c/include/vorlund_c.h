@@ -8,8 +8,11 @@
 #define VORLUND_C_H
 
 #include "vorlund_c/base.h"
+#include "vorlund_c/convert.h"
 #include "vorlund_c/decode.h"
 #include "vorlund_c/session.h"
+#include "vorlund_c/sink.h"
 #include "vorlund_c/stream.h"
+#include "vorlund_c/write.h"
 
 #endif

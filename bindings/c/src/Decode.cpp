@@ -2,7 +2,8 @@
 
 #include "vorlund_c/decode.h"
 
-#include "Guard.h"
+#include "Calls.h"
+#include "Files.h"
 #include "Records.h"
 #include "StreamObject.h"
 #include "Texts.h"
@@ -79,10 +80,12 @@ std::int32_t DecodeFile(const char* function, const TUnit* path, const std::uint
                         vorlund_stream* stream) noexcept {
     return Guarded(function, [&] {
         RequirePointer(stream);
+        const CId format = WantedOf(wanted);
         const wstring name = TakePath(path);
         WithReport(options, report, [&](const TDecoderChoice& choice) {
-            auto decoded = CRefPtr<IInputStream>::Adopt(
-                v.GetCodecClassStore().DecodeFile(name.c_str(), WantedOf(wanted), choice));
+            const auto file = OpenInputFile(name);
+            auto decoded =
+                CRefPtr<IInputStream>::Adopt(v.GetCodecClassStore().DecodeStream(file.Get(), format, choice));
             MakeHandle<CStreamObject>(stream, std::move(decoded));
         });
     });

@@ -130,6 +130,8 @@ std::int32_t GiveErrorText(std::int32_t field, TUnit* text, std::uint32_t room,
 std::int32_t RecordFailure(const char* function) noexcept {
     try {
         throw;
+    } catch (const CRecorded&) {
+        return lastFailure.code;
     } catch (const CFailure& failure) {
         Begin(failure.GetCode(), "", function);
         Set(lastFailure.reason, failure.GetReason());

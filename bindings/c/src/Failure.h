@@ -32,6 +32,9 @@ private:
     std::uint32_t systemCode_;
 };
 
+/// A failure that is in the record of the thread already.
+class CRecorded {};
+
 /// Checks an argument of a function.
 inline void Require(bool isRight, const char* reason) {
     if (!isRight) throw CFailure(VORLUND_ERROR_ARGUMENT, reason);
@@ -40,6 +43,11 @@ inline void Require(bool isRight, const char* reason) {
 /// Checks a pointer that a result goes to, or that something comes from.
 inline void RequirePointer(const void* pointer) {
     Require(pointer != nullptr, "A pointer is null");
+}
+
+/// Checks a buffer, which may be null where it has no room.
+inline void RequireBuffer(const void* buffer, std::uint64_t room) {
+    Require(buffer || room == 0, "A buffer of some room is null");
 }
 
 /// Fills the record of this thread from the exception that is being handled. Returns its code.

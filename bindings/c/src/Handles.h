@@ -98,7 +98,7 @@ template <class TObject> class CUse {
 public:
     explicit CUse(const void* handle) : CUse(Find<TObject>(handle)) {}
     explicit CUse(std::shared_ptr<TObject> object) : object_(std::move(object)), chain_(object_->GetChain()) {
-        if (chain_->Begin()) return;
+        if (!chain_ || chain_->Begin()) return;
         chain_->Drop(std::move(object_));
         RaiseBusy();
     }
@@ -106,6 +106,7 @@ public:
     CUse& operator=(const CUse&) = delete;
     ~CUse() {
         // Where the handle was freed meanwhile, this is the last reference.
+        if (!chain_) return;
         chain_->Drop(std::move(object_));
         chain_->End();
     }

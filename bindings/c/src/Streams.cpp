@@ -3,14 +3,14 @@
 #include "vorlund_c/stream.h"
 
 #include "CallbackStream.h"
-#include "Guard.h"
+#include "Calls.h"
+#include "Files.h"
 #include "StreamObject.h"
 #include "Texts.h"
 
 #include <vorlund/Blob.h>
 #include <vorlund/MakeObject.h>
 #include <vorlund/MemoryStream.h>
-#include <vorlund/StreamSelector.h>
 
 #include <cstring>
 
@@ -20,8 +20,7 @@ namespace {
 
 template <class TUnit> void OpenFile(const TUnit* path, vorlund_stream* stream) {
     RequirePointer(stream);
-    const CInputStreamSelector file(TakePath(path).c_str());
-    MakeHandle<CStreamObject>(stream, CRefPtr<IInputStream>::Adopt(file.GetInputStream()));
+    MakeHandle<CStreamObject>(stream, OpenInputFile(TakePath(path)));
 }
 
 /// Reads bytes of its own.
@@ -38,20 +37,6 @@ private:
     std::vector<std::byte> bytes_;
 };
 
-/// `work` with the stream of a handle.
-template <class TWork> void WithStream(const void* handle, TWork&& work) {
-    const CUse<CStreamObject> stream(handle);
-    work(*stream);
-}
-
-template <class TResult, class TWork>
-std::int32_t Ask(const char* function, const void* handle, TResult* result, TWork&& work) noexcept {
-    return Guarded(function, [&] {
-        RequirePointer(result);
-        WithStream(handle, [&](CStreamObject& stream) { *result = work(stream); });
-    });
-}
-
 /// The byte at which a frame begins.
 std::int64_t ByteOf(std::uint64_t frame, std::uint32_t frameSize) {
     Require(frame <= static_cast<std::uint64_t>(INT64_MAX) / frameSize, "There is no such frame");
@@ -59,29 +44,26 @@ std::int64_t ByteOf(std::uint64_t frame, std::uint32_t frameSize) {
 }
 
 std::int32_t Seek(const char* function, vorlund_stream stream, const std::int64_t* position) noexcept {
-    return Guarded(function, [&] {
+    return On<CStreamObject>(function, stream, [&](CStreamObject& object) {
         RequirePointer(position);
-        WithStream(stream, [&](CStreamObject& object) { object.Get().Seek(*position); });
+        object.Get().Seek(*position);
     });
 }
 
 std::int32_t SeekFrame(const char* function, vorlund_stream stream, const std::uint64_t* frame) noexcept {
-    return Guarded(function, [&] {
+    return On<CStreamObject>(function, stream, [&](CStreamObject& object) {
         RequirePointer(frame);
-        WithStream(stream, [&](CStreamObject& object) {
-            object.Get().Seek(ByteOf(*frame, object.GetPcm().GetBlockSize()));
-        });
+        object.Get().Seek(ByteOf(*frame, object.GetPcm().GetBlockSize()));
     });
 }
 
 std::int32_t ReadFrames(const char* function, vorlund_stream stream, std::uint32_t sampleFormat,
                         void* samples, std::uint32_t frames, std::uint32_t* count) noexcept {
-    return Guarded(function, [&] {
+    return On<CStreamObject>(function, stream, [&](CStreamObject& object) {
         RequirePointer(count);
-        Require(samples || frames == 0, "A buffer of some room is null");
+        RequireBuffer(samples, frames);
         Require(sampleFormat <= VORLUND_SAMPLE_24BIT, "Unknown sample format");
-        WithStream(stream,
-                   [&](CStreamObject& object) { object.ReadFrames(sampleFormat, samples, frames, count); });
+        object.ReadFrames(sampleFormat, samples, frames, count);
     });
 }
 
@@ -104,7 +86,7 @@ int32_t VORLUND_CALL vorlund_stream_open_file16(const uint16_t* path, vorlund_st
 int32_t VORLUND_CALL vorlund_stream_open_memory(const void* bytes, uint32_t count, vorlund_stream* stream) {
     return Guarded(__func__, [&] {
         RequirePointer(stream);
-        Require(bytes || count == 0, "A buffer of some room is null");
+        RequireBuffer(bytes, count);
         const auto copy = std::make_shared<CBytesStream>(bytes, count);
         auto memory = CRefPtr<vorlund::IMemoryInputStream>::Adopt(
             vorlund::CreateMemoryInput(copy->GetBytes().data(), copy->GetBytes().size()));
@@ -122,10 +104,10 @@ int32_t VORLUND_CALL vorlund_stream_create(const vorlund_stream_callbacks* callb
 
 int32_t VORLUND_CALL vorlund_stream_read(vorlund_stream stream, void* buffer, uint32_t size,
                                          uint32_t* count) {
-    return Guarded(__func__, [&] {
+    return On<CStreamObject>(__func__, stream, [&](CStreamObject& object) {
         RequirePointer(count);
-        Require(buffer || size == 0, "A buffer of some room is null");
-        WithStream(stream, [&](CStreamObject& object) { object.Read(buffer, size, count); });
+        RequireBuffer(buffer, size);
+        object.Read(buffer, size, count);
     });
 }
 
@@ -138,42 +120,41 @@ int32_t VORLUND_CALL vorlund_stream_seek_ptr(vorlund_stream stream, const int64_
 }
 
 int32_t VORLUND_CALL vorlund_stream_tell(vorlund_stream stream, int64_t* position) {
-    return Ask(__func__, stream, position, [](CStreamObject& object) { return object.Get().Tell(); });
+    return Ask<CStreamObject>(__func__, stream, position,
+                              [](CStreamObject& object) { return object.Get().Tell(); });
 }
 
 int32_t VORLUND_CALL vorlund_stream_length(vorlund_stream stream, int64_t* length) {
-    return Ask(__func__, stream, length, [](CStreamObject& object) { return object.Get().GetLength(); });
+    return Ask<CStreamObject>(__func__, stream, length,
+                              [](CStreamObject& object) { return object.Get().GetLength(); });
 }
 
 int32_t VORLUND_CALL vorlund_stream_eof(vorlund_stream stream, int32_t* is_at_end) {
-    return Ask(__func__, stream, is_at_end, [](CStreamObject& object) { return object.Get().Eof() ? 1 : 0; });
+    return Ask<CStreamObject>(__func__, stream, is_at_end,
+                              [](CStreamObject& object) { return object.Get().Eof() ? 1 : 0; });
 }
 
 int32_t VORLUND_CALL vorlund_stream_capabilities(vorlund_stream stream, uint32_t* capabilities) {
-    return Ask(__func__, stream, capabilities,
-               [](CStreamObject& object) { return object.Get().GetCapabilities(); });
+    return Ask<CStreamObject>(__func__, stream, capabilities,
+                              [](CStreamObject& object) { return object.Get().GetCapabilities(); });
 }
 
 int32_t VORLUND_CALL vorlund_stream_close(vorlund_stream stream) {
-    return Guarded(__func__,
-                   [&] { WithStream(stream, [](CStreamObject& object) { object.Get().Close(); }); });
+    return On<CStreamObject>(__func__, stream, [](CStreamObject& object) { object.Get().Close(); });
 }
 
 int32_t VORLUND_CALL vorlund_stream_format_id(vorlund_stream stream, uint32_t* id) {
-    return Guarded(__func__, [&] {
-        RequirePointer(id);
-        WithStream(stream, [&](CStreamObject& object) { GiveId(object.Get().GetFormat().id, id); });
-    });
+    return On<CStreamObject>(__func__, stream,
+                             [&](CStreamObject& object) { GiveId(object.Get().GetFormat().id, id); });
 }
 
 int32_t VORLUND_CALL vorlund_stream_audio_format(vorlund_stream stream, vorlund_audio_format* format) {
-    return Guarded(__func__, [&] {
-        WithStream(stream, [&](CStreamObject& object) { GiveFormat(object.GetPcm(), format); });
-    });
+    return On<CStreamObject>(__func__, stream,
+                             [&](CStreamObject& object) { GiveFormat(object.GetPcm(), format); });
 }
 
 int32_t VORLUND_CALL vorlund_stream_frames(vorlund_stream stream, uint64_t* count) {
-    return Ask(__func__, stream, count, [](CStreamObject& object) {
+    return Ask<CStreamObject>(__func__, stream, count, [](CStreamObject& object) {
         const std::uint32_t frame = object.GetPcm().GetBlockSize();
         return static_cast<std::uint64_t>(object.Get().GetLength()) / frame;
     });
@@ -188,7 +169,7 @@ int32_t VORLUND_CALL vorlund_stream_seek_frame_ptr(vorlund_stream stream, const 
 }
 
 int32_t VORLUND_CALL vorlund_stream_tell_frame(vorlund_stream stream, uint64_t* frame) {
-    return Ask(__func__, stream, frame, [](CStreamObject& object) {
+    return Ask<CStreamObject>(__func__, stream, frame, [](CStreamObject& object) {
         const std::uint32_t size = object.GetPcm().GetBlockSize();
         return static_cast<std::uint64_t>(object.Get().Tell()) / size;
     });

@@ -23,7 +23,7 @@ std::size_t WholeUnits(std::basic_string_view<wchar> text, std::size_t room) {
 
 /// Tells the length; true when there is a buffer to fill.
 bool GiveLength(std::size_t units, const void* buffer, std::uint32_t room, std::uint32_t* length) {
-    Require(buffer || room == 0, "A buffer of some room is null");
+    RequireBuffer(buffer, room);
     if (length) *length = static_cast<std::uint32_t>(units);
     return room > 0;
 }
