@@ -16,6 +16,8 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace vorlund::capi {
 
@@ -81,6 +83,40 @@ void ShowBoxes(bool isWanted) {
     SetHandlers(DEBUG_MESSAGE_BOX);
 }
 
+/// Adds the folder of the installed plug-ins for one session.
+class CInstalledPlugins {
+public:
+    void Add() {
+        const unsigned int before = v.GetPluginStore().GetPluginPathCount();
+        AddInstalledPlugins();
+        isAdded_ = v.GetPluginStore().GetPluginPathCount() > before;
+        if (isAdded_) place_ = before;
+    }
+    /// The other folders stay as they are. The store forgets folders only all at once.
+    void Remove() {
+        if (!std::exchange(isAdded_, false)) return;
+        CPluginStore& store = v.GetPluginStore();
+        std::vector<CString> others;
+        for (unsigned int i = 0; i < store.GetPluginPathCount(); ++i) {
+            if (i != place_) others.push_back(store.GetPluginPath(i));
+        }
+        store.ClearPluginPaths();
+        for (const CString& path : others) store.AddPluginPath(path);
+    }
+
+private:
+    bool isAdded_ = false;
+    unsigned int place_ = 0;
+};
+CInstalledPlugins installedPlugins;
+
+/// Back to what was before the session.
+void EndSession() {
+    v.Abandon();
+    ShowBoxes(true);
+    installedPlugins.Remove();
+}
+
 /// Closes what a program leaves open when it ends.
 struct TEnd {
     ~TEnd() {
@@ -126,11 +162,10 @@ int32_t VORLUND_CALL vorlund_open(uint32_t flags) {
         if (openings == 0) {
             ShowBoxes((flags & VORLUND_OPEN_WITHOUT_BOXES) == 0);
             try {
-                if ((flags & VORLUND_OPEN_INSTALLED_PLUGINS) != 0) vorlund::AddInstalledPlugins();
+                if ((flags & VORLUND_OPEN_INSTALLED_PLUGINS) != 0) installedPlugins.Add();
                 vorlund::v.Init();
             } catch (...) {
-                vorlund::v.Abandon();
-                ShowBoxes(true);
+                EndSession();
                 throw;
             }
             entries.fetch_sub(kClosed);
@@ -148,10 +183,11 @@ int32_t VORLUND_CALL vorlund_close(void) {
             if (!entries.compare_exchange_strong(none, kClosed))
                 throw CFailure(VORLUND_ERROR_BUSY, "Another function is under way");
             FreeAllHandles();
-            vorlund::v.Abandon();
-            ShowBoxes(true);
+            openings = 0;
+            EndSession();
+        } else {
+            --openings;
         }
-        --openings;
     });
 }
 
