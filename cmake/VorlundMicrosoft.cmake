@@ -15,14 +15,32 @@ else()
     set(VORLUND_MICROSOFT_MACHINE i386)
 endif()
 
-# vorlund_add_microsoft(<name> <output> <source in C> [DEFINITION <file.def>] [IMPORTS <library.def>...]
+# vorlund_add_import_library(<output.lib> <file.def> <file.dll>): the import library of that DLL for Microsoft's linkers, as
+# a file that others depend on. The definition has the names as 32-bit Windows decorates functions that are __stdcall; the
+# DLL exports them without.
+function(vorlund_add_import_library output definition dll)
+    get_filename_component(title ${output} NAME_WE)
+    get_filename_component(folder ${output} DIRECTORY)
+    file(READ ${definition} names)
+    if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+        string(REGEX REPLACE "@[0-9]+" "" names "${names}")
+    endif()
+    set(own ${CMAKE_CURRENT_BINARY_DIR}/${title}.microsoft.def)
+    file(CONFIGURE OUTPUT ${own} CONTENT "${names}" @ONLY)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${definition})
+    add_custom_command(OUTPUT ${output}
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${folder}
+        COMMAND ${LLVM_DLLTOOL_EXECUTABLE} -m ${VORLUND_MICROSOFT_MACHINE} -k -D ${dll} -d ${own} -l ${output}
+        DEPENDS ${own}
+        VERBATIM)
+endfunction()
+
+# vorlund_add_microsoft(<name> <output> <source in C> [DEFINITION <file.def>] [LIBRARIES <file.lib>...]
 #                       [INCLUDES <folder>...] [DEPENDS <file>...]):
-# a library with a DEFINITION, or a console program that begins at start(), as the target <name>. An import library is
-# made from each IMPORTS, whose functions are __stdcall.
+# a library with a DEFINITION, or a console program that begins at start(), as the target <name>.
 function(vorlund_add_microsoft name output source)
-    cmake_parse_arguments(PARSE_ARGV 3 arg "" "DEFINITION" "IMPORTS;INCLUDES;DEPENDS")
+    cmake_parse_arguments(PARSE_ARGV 3 arg "" "DEFINITION" "LIBRARIES;INCLUDES;DEPENDS")
     set(work ${CMAKE_CURRENT_BINARY_DIR}/${name})
-    set(commands "")
     set(link /nodefaultlib /opt:ref /timestamp:0)
     if(CMAKE_SIZEOF_VOID_P EQUAL 4)
         list(APPEND link /safeseh:no)
@@ -32,21 +50,14 @@ function(vorlund_add_microsoft name output source)
     else()
         list(APPEND link /subsystem:console /entry:start)
     endif()
-    foreach(import IN LISTS arg_IMPORTS)
-        get_filename_component(title ${import} NAME_WE)
-        list(APPEND commands COMMAND ${LLVM_DLLTOOL_EXECUTABLE} -m ${VORLUND_MICROSOFT_MACHINE} -k
-            -d ${import} -l ${work}/${title}.lib)
-        list(APPEND link ${work}/${title}.lib)
-    endforeach()
     list(TRANSFORM arg_INCLUDES PREPEND -I)
     get_filename_component(folder ${output} DIRECTORY)
     add_custom_command(OUTPUT ${output}
         COMMAND ${CMAKE_COMMAND} -E make_directory ${work} ${folder}
-        ${commands}
         COMMAND ${CLANG_EXECUTABLE} --target=${VORLUND_MICROSOFT_TARGET} -ffreestanding -std=c99 -O2 -Wall -Wextra
             ${arg_INCLUDES} -c ${source} -o ${work}/${name}.obj
-        COMMAND ${LLD_LINK_EXECUTABLE} ${link} /out:${output} ${work}/${name}.obj
-        DEPENDS ${source} ${arg_DEFINITION} ${arg_IMPORTS} ${arg_DEPENDS}
+        COMMAND ${LLD_LINK_EXECUTABLE} ${link} /out:${output} ${work}/${name}.obj ${arg_LIBRARIES}
+        DEPENDS ${source} ${arg_DEFINITION} ${arg_LIBRARIES} ${arg_DEPENDS}
         VERBATIM)
     add_custom_target(${name} ALL DEPENDS ${output})
 endfunction()

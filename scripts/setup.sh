@@ -23,8 +23,8 @@ vorlund_packages() {
     local levels="libebur128-dev"
     # What scripts/codecs.sh builds libraries for Windows with.
     local codecs="bzip2 make patch pkgconf xz-utils"
-    # The plug-in sample-pascal, and plug-ins of compilers with the binary interface of Microsoft's.
-    local pascal="fp-compiler" microsoft="clang lld llvm"
+    # Clients and plug-ins in Pascal and C#, and those of compilers with the binary interface of Microsoft's.
+    local others="fp-compiler mono-mcs mono-runtime" microsoft="clang lld llvm"
     # Checks of form and of the binary interface.
     local checks="clang-format clang-tidy abigail-tools xz-utils git"
     # What ./run --bench compares with.
@@ -47,10 +47,10 @@ vorlund_packages() {
     win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 $microsoft g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
     linux-arm64) echo "$tests $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
-    linux) echo "$tests $pascal $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks" ;;
+    linux) echo "$tests $others $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks" ;;
     linux-asan | linux-tsan) echo "$tests $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools" ;;
     linux32-asan) echo "$tests $video_tools libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
-    linux-coverage) echo "$tests $pascal $recordings $windows $video_tools gcovr" ;;
+    linux-coverage) echo "$tests $others $recordings $windows $video_tools gcovr" ;;
     linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev $pictures" ;;
     *) return 1 ;;
     esac
