@@ -18,8 +18,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <functional>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace vorlund::test {
 namespace {
@@ -43,6 +47,23 @@ public:
     using CMemoryInputStream::Read;
     std::uint64_t Read(void* buffer, std::uint64_t size) override {
         if (calls-- <= 0) Raise<CTimeoutException>(streamfailures::kCannotRead);
+        return CMemoryInputStream::Read(buffer, size);
+    }
+};
+
+/// Does something once inside of one of its reads, the one after `calls` others.
+class CTableActingStream : public CMemoryInputStream {
+public:
+    static constexpr CId ClassId{0x1D7E5713, 0xA15D1C0A, 0x960B8F3E, 0x7AB1E011};
+
+    int calls = 0;
+    std::function<void()> act;
+
+    using CMemoryInputStream::Read;
+    std::uint64_t Read(void* buffer, std::uint64_t size) override {
+        if (calls-- == 0) {
+            if (const auto once = std::exchange(act, nullptr)) once();
+        }
         return CMemoryInputStream::Read(buffer, size);
     }
 };
@@ -265,6 +286,51 @@ TEST_F(PluginTable, WhatTheStreamRaisesGoesOnBehindThePlugin) {
         static_cast<IInputStreamFilter*>(v.GetClassStore().CreateObject(kDecoder)));
     EXPECT_THROW(filter->Connect(stream.Get()), CTimeoutException);
     EXPECT_FALSE(CRefPtr<IInputStream>::Adopt(filter->GetInputStream()));
+}
+
+TEST_F(PluginTable, StreamMayUseTheDecoderInsideOfItsCalls) {
+    Load(0);
+    const auto make = [] {
+        return CRefPtr<IInputStreamFilter>::Adopt(
+            static_cast<IInputStreamFilter*>(v.GetClassStore().CreateObject(kDecoder)));
+    };
+    const auto stream = Make<CTableActingStream>();
+    stream->bytes = {'T', 's', 1, 2, 3};
+    std::uint8_t byte = 0;
+    // A read inside of a read: the plug-in is not called from inside of its own call.
+    auto filter = make();
+    filter->Connect(stream.Get());
+    stream->calls = 0;
+    stream->act = [&] { EXPECT_THROW(filter->Read(&byte, 1), CInvalidStateException); };
+    EXPECT_EQ(filter->Read(&byte, 1), 1U);
+    EXPECT_EQ(byte, 1);
+    // It is disconnected, and destroyed, while the plug-in reads.
+    stream->calls = 0;
+    stream->act = [&] { filter->Disconnect(); };
+    EXPECT_EQ(filter->Read(&byte, 1), 1U);
+    EXPECT_TRUE(filter->Eof());
+    filter->Connect(stream.Get());
+    IInputStreamFilter* dying = filter.Detach();
+    stream->calls = 0;
+    stream->act = [&] { EXPECT_EQ(dying->Release(), 0); };
+    EXPECT_EQ(dying->Read(&byte, 1), 1U);
+    // And while it opens.
+    dying = make().Detach();
+    stream->calls = 0;
+    stream->act = [&] { EXPECT_EQ(dying->Release(), 0); };
+    dying->Connect(stream.Get());
+    // Connected to another stream meanwhile, it stays with that.
+    filter = make();
+    const auto other = Bytes("Tg");
+    stream->calls = 0;
+    stream->act = [&] { filter->Connect(other.Get()); };
+    filter->Connect(stream.Get());
+    EXPECT_EQ(filter->GetLength(), 1000);
+    EXPECT_TRUE(CRefPtr<IInputStream>::Adopt(filter->GetInputStream()).Get() == other.Get());
+    filter->Disconnect();
+    // Nobody holds the stream any more.
+    EXPECT_EQ(stream->AddRef(), 2);
+    stream->Release();
 }
 
 TEST_F(PluginTable, StreamWithoutPositionsGoesForward) {

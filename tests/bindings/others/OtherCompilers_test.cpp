@@ -1,5 +1,5 @@
-// The C interface from programs of other compilers: calls, records, callbacks, 64-bit numbers by value and by address, and
-// texts of both forms.
+// The C interface from programs of other compilers: calls, records, callbacks, 64-bit numbers by value and by
+// address, and texts of both forms.
 #include "support/ChildProcess.h"
 
 #include <gtest/gtest.h>
