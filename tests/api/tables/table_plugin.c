@@ -14,6 +14,7 @@ typedef struct instance {
     const vorlund_plugin_input* input;
     int64_t position;
     char mode;
+    char rest[100];
 } instance;
 
 static void set_audio(vorlund_plugin_format* format) {
@@ -28,7 +29,9 @@ static int32_t VORLUND_PLUGIN_CALL open_test(const vorlund_plugin_decoder* decod
     uint32_t count = 0;
     int64_t value = -5;
     int32_t result = input->read(input, head, 2, &count);
-    (void)decoder;
+    uint32_t i = 0;
+    for (i = 0; i < decoder->instance_size; ++i)
+        if (((const uint8_t*)opened->instance)[i] != 0) return VORLUND_PLUGIN_FAILED;
     if (result != VORLUND_PLUGIN_OK) return result;
     if (count < 2 || head[0] != 'T') return VORLUND_PLUGIN_OTHER_DATA;
     self->input = input;

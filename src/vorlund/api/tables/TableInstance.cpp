@@ -84,13 +84,12 @@ TAnswer CTableInstance::Open() {
     // The plug-in may keep the address, so what it has filled in is copied.
     vorlund_plugin_opened filled = {};
     filled.size = sizeof filled;
-    block_.resize((decoder.instance_size + sizeof(std::max_align_t) - 1) / sizeof(std::max_align_t));
-    void* const block = block_.empty() ? nullptr : block_.data();
-    filled.instance = block;
+    if (decoder.instance_size > 0) block_ = std::make_unique<std::byte[]>(decoder.instance_size);
+    filled.instance = block_.get();
     TAnswer answer = Run([&] { return decoder.open(record, input_.Get(), &filled); });
     if (answer.code != VORLUND_PLUGIN_OK) return answer;
     opened_ = filled;
-    if (block) opened_.instance = block;
+    if (block_) opened_.instance = block_.get();
     isOpen_ = true;
     answer.reason = CheckFormat(opened_.format, ToId(decoder.result_format));
     if (!answer.reason.empty()) answer.code = VORLUND_PLUGIN_FAILED;

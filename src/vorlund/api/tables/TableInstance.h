@@ -5,7 +5,7 @@
 #include "vorlund/api/tables/TableInput.h"
 
 #include <cstddef>
-#include <vector>
+#include <memory>
 
 namespace vorlund::tables {
 
@@ -47,7 +47,7 @@ private:
     vorlund_plugin_opened opened_ = {};
     bool isOpen_ = false;
     /// With an `instance_size`.
-    std::vector<std::max_align_t> block_;
+    std::unique_ptr<std::byte[]> block_;
 };
 
 /// Why the format of `opened` is none that a decoder of `wanted` may have; empty when it is one.
