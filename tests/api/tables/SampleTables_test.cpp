@@ -73,29 +73,8 @@ TEST_P(SampleTables, RefusesWithItsReason) {
     EXPECT_EQ(Narrow(entry->values), "channels 2, bits 24");
 }
 
-TEST(DocumentedPlugin, LoadsAndDecodes) {
-    const CLibraryScope library;
-    CPluginStore store;
-    store.LoadPluginFile(ToVorlund(PluginFile("tone")).c_str());
-    EXPECT_EQ(Narrow(store.GetReport(0).Explain()), "loaded");
-    EXPECT_EQ(Narrow(store.GetReport(0).name), "tone");
-    {
-        const auto stream = Make<CMemoryInputStream>();
-        stream->bytes = {'T', 'O', 'N', 'E'};
-        const auto decoded = CRefPtr<IInputStream>::Adopt(
-            v.GetCodecClassStore().DecodeStream(stream.Get(), TDataFormat_AudioPcm::FormatId));
-        EXPECT_EQ(decoded->GetLength(), 8000);
-        decoded->Seek(5);
-        TBytes bytes(8000);
-        EXPECT_EQ(decoded->Read(bytes.data(), bytes.size()), 7995U);
-        EXPECT_EQ(bytes[4], 64);
-        EXPECT_EQ(bytes[5], 192);
-    }
-    store.Close();
-}
-
 INSTANTIATE_TEST_SUITE_P(Languages, SampleTables, testing::Values(VORLUND_TEST_SAMPLES),
-                         [](const auto& info) { return std::string(info.param).substr(7); });
+                         [](const auto& sample) { return std::string(sample.param).substr(7); });
 
 } // namespace
 } // namespace vorlund::test

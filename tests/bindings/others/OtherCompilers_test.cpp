@@ -27,7 +27,7 @@ TEST_P(OtherCompilers, ClientSeesWhatAllSee) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Clients, OtherCompilers, testing::Values(VORLUND_TEST_CLIENTS),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& client) { return std::string(client.param); });
 
 } // namespace
 } // namespace vorlund::test
