@@ -33,8 +33,8 @@ TPictures PicturesOf(CStreamObject& stream) {
 
 /// A channel of a pixel as a byte; what has no bits is full.
 unsigned char ChannelOf(std::uint32_t pixel, std::uint32_t bits, std::uint32_t shift) {
-    if (bits == 0 || bits > 8 || shift > 31) return 255;
-    const std::uint32_t most = (1U << bits) - 1;
+    if (bits == 0 || bits > 31 || shift > 31) return 255;
+    const std::uint64_t most = (std::uint64_t{1} << bits) - 1;
     return static_cast<unsigned char>(((pixel >> shift) & most) * 255 / most);
 }
 
