@@ -7,12 +7,18 @@
 #ifndef VORLUND_C_H
 #define VORLUND_C_H
 
+#include "vorlund_c/audio.h"
 #include "vorlund_c/base.h"
+#include "vorlund_c/classes.h"
 #include "vorlund_c/convert.h"
 #include "vorlund_c/decode.h"
+#include "vorlund_c/event.h"
+#include "vorlund_c/plugin.h"
+#include "vorlund_c/resource.h"
 #include "vorlund_c/session.h"
 #include "vorlund_c/sink.h"
 #include "vorlund_c/stream.h"
+#include "vorlund_c/video.h"
 #include "vorlund_c/write.h"
 
 #endif

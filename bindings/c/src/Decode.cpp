@@ -81,9 +81,9 @@ std::int32_t DecodeFile(const char* function, const TUnit* path, const std::uint
     return Guarded(function, [&] {
         RequirePointer(stream);
         const CId format = WantedOf(wanted);
-        const wstring name = TakePath(path);
+        if (report) *report = nullptr;
+        const auto file = OpenInputFile(TakePath(path));
         WithReport(options, report, [&](const TDecoderChoice& choice) {
-            const auto file = OpenInputFile(name);
             auto decoded =
                 CRefPtr<IInputStream>::Adopt(v.GetCodecClassStore().DecodeStream(file.Get(), format, choice));
             MakeHandle<CStreamObject>(stream, std::move(decoded));

@@ -1,5 +1,6 @@
 #include "Failure.h"
 
+#include "Guard.h"
 #include "Records.h"
 #include "Texts.h"
 
@@ -152,6 +153,11 @@ std::int32_t RecordFailure(const char* function) noexcept {
         Set(lastFailure.reason, "Unknown exception");
     }
     return lastFailure.code;
+}
+
+TThreadState& ThreadState() noexcept {
+    thread_local TThreadState state;
+    return state;
 }
 
 void NoteCallbackCode(std::int32_t code) noexcept {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Failure.h"
+#include "Handles.h"
 
 #include <cfenv>
 #include <cstdint>
@@ -33,6 +34,14 @@ public:
     ~CEntry();
 };
 
+/// Where a thread is: how many functions of this interface, and how many calls of the host that the library
+/// has made on a thread of its own.
+struct TThreadState {
+    int functions = 0;
+    int callsOnOwnThread = 0;
+};
+TThreadState& ThreadState() noexcept;
+
 /// Ends what a raising factory has left locked.
 void GiveBackLocks() noexcept;
 
@@ -41,12 +50,15 @@ void GiveBackLocks() noexcept;
 template <class TWork> std::int32_t GuardedAlways(const char* function, TWork&& work) noexcept {
     const CArithmetic arithmetic;
     const std::int32_t outerCode = ExchangeCallbackCode(0);
+    TThreadState& state = ThreadState();
+    if (state.functions++ == 0 && state.callsOnOwnThread == 0) DropPostponed();
     std::int32_t code = VORLUND_OK;
     try {
         std::forward<TWork>(work)();
     } catch (...) {
         code = RecordFailure(function);
     }
+    --state.functions;
     ExchangeCallbackCode(outerCode);
     return code;
 }
@@ -69,6 +81,9 @@ template <class TWork> std::int32_t Guarded(const char* function, TWork&& work) 
 template <class TCall> std::int32_t CallHost(TCall&& call) noexcept {
     std::fenv_t library;
     std::fegetenv(&library);
+    TThreadState& state = ThreadState();
+    const int ownThread = state.functions == 0 ? 1 : 0;
+    state.callsOnOwnThread += ownThread;
     std::int32_t code = VORLUND_ERROR_UNKNOWN;
     try {
         code = std::forward<TCall>(call)();
@@ -76,6 +91,7 @@ template <class TCall> std::int32_t CallHost(TCall&& call) noexcept {
         // The code says so.
     }
     std::fesetenv(&library);
+    state.callsOnOwnThread -= ownThread;
     if (code != VORLUND_OK) NoteCallbackCode(code);
     return code;
 }

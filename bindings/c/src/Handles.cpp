@@ -1,7 +1,8 @@
 #include "Handles.h"
 
-#include "Failure.h"
+#include "Guard.h"
 
+#include <atomic>
 #include <deque>
 
 namespace vorlund::capi {
@@ -123,7 +124,16 @@ std::shared_ptr<CHandleObject> TakeHandle(const void* handle) {
     return std::move(place->object);
 }
 
+void ForgetHandle(const void* handle) noexcept {
+    try {
+        Drop(TakeHandle(handle));
+    } catch (...) {
+        // Freed before.
+    }
+}
+
 void FreeAllHandles() noexcept {
+    DropPostponed();
     TTable& table = Table();
     std::vector<std::shared_ptr<CHandleObject>> objects;
     std::size_t next = 0;
@@ -158,9 +168,46 @@ std::uint32_t CountHandles() {
     return table.count;
 }
 
+/// What must be destroyed by another thread.
+class CPostponed {
+public:
+    static void Add(std::shared_ptr<CHandleObject> object) {
+        const std::lock_guard lock(mutex_);
+        // One that waits already is held by the list.
+        if (object->isDropped_) return object.reset();
+        object->isDropped_ = true;
+        object->nextDropped_ = std::move(first_);
+        first_ = std::move(object);
+        isThere_ = true;
+    }
+    static void Drop() {
+        while (isThere_) {
+            // Destroyed behind the lock.
+            std::shared_ptr<CHandleObject> object;
+            const std::lock_guard lock(mutex_);
+            object.swap(first_);
+            if (object) {
+                first_ = std::move(object->nextDropped_);
+                object->isDropped_ = false;
+            }
+            isThere_ = first_ != nullptr;
+        }
+    }
+
+private:
+    inline static std::mutex mutex_;
+    inline static std::atomic<bool> isThere_ = false;
+    inline static std::shared_ptr<CHandleObject> first_;
+};
+
 void Drop(std::shared_ptr<CHandleObject> object) noexcept {
     if (!object) return;
-    if (const std::shared_ptr<CChain> chain = object->GetChain()) chain->Drop(std::move(object));
+    if (const std::shared_ptr<CChain> chain = object->GetChain()) return chain->Drop(std::move(object));
+    if (ThreadState().callsOnOwnThread > 0) CPostponed::Add(std::move(object));
+}
+
+void DropPostponed() noexcept {
+    CPostponed::Drop();
 }
 
 void RaiseBusy() {

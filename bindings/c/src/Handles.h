@@ -26,6 +26,7 @@ enum class TKind : unsigned char {
 };
 
 class CChain;
+class CPostponed;
 
 /// What a handle stands for. It lives as long as its handle, an operation on it, or what was made from it.
 class CHandleObject {
@@ -44,6 +45,8 @@ protected:
 
 private:
     friend class CChain;
+    friend class CPostponed;
+    class CPostponed;
     const TKind kind_;
     std::shared_ptr<CHandleObject> nextDropped_;
     bool isDropped_ = false;
@@ -72,12 +75,17 @@ void* NewHandle(std::shared_ptr<CHandleObject> object);
 std::shared_ptr<CHandleObject> FindHandle(const void* handle, TKind kind);
 /// Takes a handle out of the table. The object is given back; raises as `FindHandle`.
 std::shared_ptr<CHandleObject> TakeHandle(const void* handle);
+/// Takes a handle out of the table whose object others go on using; nothing when it is there no more.
+void ForgetHandle(const void* handle) noexcept;
 /// Frees all handles, the newest first.
 void FreeAllHandles() noexcept;
 std::uint32_t CountHandles();
 
-/// Destroys what is no longer needed, when its chain allows it.
+/// Destroys what is no longer needed, when its chain allows it. What has threads of its own waits for those,
+/// and so it is not destroyed by one of them: that is postponed.
 void Drop(std::shared_ptr<CHandleObject> object) noexcept;
+/// Destroys what was postponed. Not for threads of the library.
+void DropPostponed() noexcept;
 
 /// The object of a handle as its class.
 template <class TObject> std::shared_ptr<TObject> Find(const void* handle) {
@@ -106,7 +114,10 @@ public:
     CUse& operator=(const CUse&) = delete;
     ~CUse() {
         // Where the handle was freed meanwhile, this is the last reference.
-        if (!chain_) return;
+        if (!chain_) {
+            capi::Drop(std::move(object_));
+            return;
+        }
         chain_->Drop(std::move(object_));
         chain_->End();
     }

@@ -4,6 +4,7 @@
 
 #include "Guard.h"
 #include "Handles.h"
+#include "OwnDecoders.h"
 #include "Records.h"
 
 #include <vorlund/Debug.h>
@@ -90,7 +91,7 @@ public:
         const unsigned int before = v.GetPluginStore().GetPluginPathCount();
         AddInstalledPlugins();
         isAdded_ = v.GetPluginStore().GetPluginPathCount() > before;
-        if (isAdded_) place_ = before;
+        if (isAdded_) path_ = v.GetPluginStore().GetPluginPath(before);
     }
     /// The other folders stay as they are. The store forgets folders only all at once.
     void Remove() {
@@ -98,7 +99,7 @@ public:
         CPluginStore& store = v.GetPluginStore();
         std::vector<CString> others;
         for (unsigned int i = 0; i < store.GetPluginPathCount(); ++i) {
-            if (i != place_) others.push_back(store.GetPluginPath(i));
+            if (store.GetPluginPath(i) != path_) others.push_back(store.GetPluginPath(i));
         }
         store.ClearPluginPaths();
         for (const CString& path : others) store.AddPluginPath(path);
@@ -106,7 +107,7 @@ public:
 
 private:
     bool isAdded_ = false;
-    unsigned int place_ = 0;
+    CString path_;
 };
 CInstalledPlugins installedPlugins;
 
@@ -115,6 +116,7 @@ void EndSession() {
     v.Abandon();
     ShowBoxes(true);
     installedPlugins.Remove();
+    ForgetOwnDecoders();
 }
 
 /// Closes what a program leaves open when it ends.

@@ -242,8 +242,9 @@ static void reports_tell_why(void) {
     C_CHECK(strcmp(text, "sndfile") == 0);
     C_OK(vorlund_report_furthest(report, &furthest));
     C_CHECK(furthest == -1);
-    C_CODE(VORLUND_ERROR_FILE_ACCESS, vorlund_decode_file("no such file", NULL, NULL, NULL, &stream));
     C_OK(vorlund_release(report));
+    C_CODE(VORLUND_ERROR_FILE_ACCESS, vorlund_decode_file("no such file", NULL, NULL, &report, &stream));
+    C_CHECK(report == NULL);
     C_OK(vorlund_release(source));
 }
 

@@ -51,8 +51,8 @@ typedef struct vorlund_decode_options {
  * \param wanted   the identifier of the format that is wanted; null for PCM; four zeros for whatever the
  *                 decoders make of it
  * \param options  may be null
- * \param report   gets a report, also when nothing decodes the file; may be null. A failure that comes before
- *                 the search, for example that there is no file, leaves it null or with an empty report.
+ * \param report   gets a report, also when nothing decodes the file; may be null. Null after a
+ *                 failure that comes before the search, for example that there is no file.
  *
  * VORLUND_ERROR_DATA_FORMAT when no decoder takes it; the report says why.
  */
