@@ -52,7 +52,8 @@ enum {
     VORLUND_PLUGIN_OTHER_MACHINE = 12,
     VORLUND_PLUGIN_CUT = 13,
     VORLUND_PLUGIN_MISSING_LIBRARY = 14,
-    VORLUND_PLUGIN_INCOMPATIBLE = 15
+    VORLUND_PLUGIN_INCOMPATIBLE = 15,
+    VORLUND_PLUGIN_BAD_TABLE = 16
 };
 
 /** Loads one file, while the library is open; `outcome` gets one of VORLUND_PLUGIN_. */
