@@ -25,6 +25,8 @@ install(FILES ${PROJECT_BINARY_DIR}/VorlundConfig.cmake ${PROJECT_BINARY_DIR}/Vo
 install(FILES
     ${PROJECT_SOURCE_DIR}/cmake/VorlundPlugin.cmake ${PROJECT_SOURCE_DIR}/cmake/VorlundPlugin.def
     ${PROJECT_SOURCE_DIR}/cmake/VorlundPlugin.ld ${PROJECT_SOURCE_DIR}/cmake/VorlundPlugin.map
+    ${PROJECT_SOURCE_DIR}/cmake/VorlundPluginTable.def ${PROJECT_SOURCE_DIR}/cmake/VorlundPluginTable.ld
+    ${PROJECT_SOURCE_DIR}/cmake/VorlundPluginTable.map
     DESTINATION ${package_dir})
 
 # The file finds its own prefix, so that an installed tree may be moved.

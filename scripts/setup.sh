@@ -23,6 +23,8 @@ vorlund_packages() {
     local levels="libebur128-dev"
     # What scripts/codecs.sh builds libraries for Windows with.
     local codecs="bzip2 make patch pkgconf xz-utils"
+    # Clients and plug-ins in Pascal and C#, and those of compilers with the binary interface of Microsoft's.
+    local others="fp-compiler mono-mcs mono-runtime" microsoft="clang lld llvm"
     # Checks of form and of the binary interface.
     local checks="clang-format clang-tidy abigail-tools xz-utils git"
     # What reads the manual pages and the completions of the program.
@@ -43,14 +45,14 @@ vorlund_packages() {
     bench-win32) echo "$build $codecs g++-mingw-w64-i686-posix wine wine32:i386 python3 util-linux" ;;
     run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;
     # wine64 as well: the tests' Wine prefix serves both word sizes.
-    win32) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
-    win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
+    win32) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 $microsoft g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
+    win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 $microsoft g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
     linux-arm64) echo "$tests $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
-    linux) echo "$tests $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks $readers" ;;
+    linux) echo "$tests $others $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks $readers" ;;
     linux-asan | linux-tsan) echo "$tests $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools" ;;
     linux32-asan) echo "$tests $video_tools libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
-    linux-coverage) echo "$tests $recordings $windows $video_tools gcovr" ;;
+    linux-coverage) echo "$tests $others $recordings $windows $video_tools gcovr" ;;
     linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev $pictures" ;;
     *) return 1 ;;
     esac

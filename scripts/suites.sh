@@ -11,7 +11,7 @@
 part_targets=(linux-tsan win64 linux-arm64 linux32-asan)
 # And those that a longer run takes whole.
 part_targets_unless_all=(linux-asan)
-part_programs=(vorlund_smoke vorlund_part_tests fuzz/all)
+part_programs=(vorlund_smoke vorlund_part_tests vorlund_c_tests fuzz/all)
 # Of the sanitizers the inner suites too; of the others, which are released, what users have.
 part_programs_sanitized=(vorlund_internal_part_tests vorlund_soak)
 part_programs_released=(vorlund_real_files examples/all)
@@ -302,17 +302,18 @@ test_target() {
     step smoke on_target "$folder/bin/vorlund_smoke$exe" examples/data/strings.wav
     if [[ $target == win* ]]; then step "windows names" on_target "$folder/bin/vorlund_windows_names$exe"; fi
     if takes_part "$target"; then
-        programs=(vorlund_part_tests)
+        programs=(vorlund_part_tests vorlund_c_tests)
         if is_sanitized "$target"; then
             programs+=(vorlund_internal_part_tests)
         fi
     else
         # The plug-ins that could be built.
-        for program in vorlund_audio_tests vorlund_image_tests vorlund_measure_tests vorlund_resample_tests vorlund_sndfile_tests vorlund_system_codecs_tests vorlund_visual_tests vorlund_y4m_tests; do
+        for program in vorlund_audio_tests vorlund_c_tests vorlund_image_tests vorlund_measure_tests vorlund_resample_tests vorlund_sndfile_tests vorlund_system_codecs_tests vorlund_visual_tests vorlund_y4m_tests; do
             [[ ! -e $folder/bin/$program$exe ]] || programs+=("$program")
         done
     fi
     gtest_programs "${programs[@]}"
+    [[ ! -e $folder/bin/vorlund_c_plain ]] || step "C by Clang" on_target "$folder/bin/vorlund_c_plain"
     # What the tests of the encoders have written.
     [[ ! -d $folder/bin/sndfile-encoded ]] || step encoded tests/plugins/sndfile/check_encoded.py "$folder/bin/sndfile-encoded"
     # The emulator's own memory, which grows with the code that it translates, is that of the process.
@@ -327,6 +328,7 @@ test_target() {
         done <"$folder/examples.txt"
         step "real files" real_files
         step exports scripts/exports.sh --check "$target" "$folder"
+        step "C interface" tests/bindings/c/check_interface.py "$target" "$folder"
     fi
     if takes_part "$target"; then
         row "a part, built in $built s, tested in $((SECONDS - start)) s"
