@@ -16,6 +16,13 @@ if(PROJECT_IS_TOP_LEVEL)
     set(CMAKE_COMPILE_WARNING_AS_ERROR ${VORLUND_WARNINGS_AS_ERRORS})
 endif()
 
+if(VORLUND_PACKAGING)
+    # No name of a folder of the building machine; of two that match, the later one counts.
+    add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+    # Stripped by the linker: `strip` writes the time into files for Windows.
+    add_link_options(-s)
+endif()
+
 # Interface target with the language level and the arithmetic rules. Results of float arithmetic are part of the
 # behaviour and equal on every target, so contraction to fused operations is off everywhere.
 add_library(vorlund_build INTERFACE)

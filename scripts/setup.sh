@@ -30,7 +30,12 @@ vorlund_packages() {
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
     # A display for the tests of windows, and what windows on Linux are built with.
     local windows="openbox xvfb libxcb1-dev libxcb-xtest0-dev"
+    # What is in every package, and the compiler of each zip.
+    local packages="$build python3 git" mingw32="g++-mingw-w64-i686-posix" mingw64="g++-mingw-w64-x86-64-posix"
     case $1 in
+    package-deb) echo "$packages dpkg-dev file $sounds $rates $sound_output $pictures $levels libxcb1-dev" ;;
+    package-win32) echo "$packages $codecs llvm $mingw32" ;;
+    package-win64) echo "$packages $codecs llvm $mingw64" ;;
     run-linux) echo "$build" ;;
     run-linux-codecs) echo "$sounds" ;;
     run-win32-codecs) echo "$codecs" ;;
@@ -41,8 +46,8 @@ vorlund_packages() {
     bench-win32) echo "$build $codecs g++-mingw-w64-i686-posix wine wine32:i386 python3 util-linux" ;;
     run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;
     # wine64 as well: the tests' Wine prefix serves both word sizes.
-    win32) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
-    win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
+    win32) echo "$tests $recordings $sound_tools $picture_tools $codecs llvm libsndfile1 g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
+    win64) echo "$tests $recordings $sound_tools $picture_tools $codecs llvm libsndfile1 g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
     linux-arm64) echo "$tests $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
     linux) echo "$tests $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks" ;;
