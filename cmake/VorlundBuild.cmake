@@ -4,6 +4,8 @@ if(PROJECT_IS_TOP_LEVEL)
     set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
     if(NOT CMAKE_BUILD_TYPE)
         set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+        # As in the presets.
+        set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG" CACHE STRING "" FORCE)
     endif()
     # One folder for programs and shared libraries: Windows programs find their DLLs beside themselves, and on
     # ELF a run path of $ORIGIN does the same.
@@ -17,8 +19,6 @@ if(PROJECT_IS_TOP_LEVEL)
 endif()
 
 if(VORLUND_PACKAGING)
-    # No name of a folder of the building machine; of two that match, the later one counts.
-    add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
     # Stripped by the linker: `strip` writes the time into files for Windows.
     add_link_options(-s)
 endif()

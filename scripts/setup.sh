@@ -36,6 +36,11 @@ vorlund_packages() {
     package-deb) echo "$packages dpkg-dev file $sounds $rates $sound_output $pictures $levels libxcb1-dev" ;;
     package-win32) echo "$packages $codecs llvm $mingw32" ;;
     package-win64) echo "$packages $codecs llvm $mingw64" ;;
+    packages)
+        # Both word sizes of Windows under Wine, and what makes roots of Debian.
+        echo "$packages dpkg-dev file $sounds $rates $sound_output $pictures $levels libxcb1-dev $codecs llvm $mingw32 $mingw64"
+        echo "ccache debootstrap flac lame lintian wine wine32:i386 wine64 xvfb"
+        ;;
     run-linux) echo "$build" ;;
     run-linux-codecs) echo "$sounds" ;;
     run-win32-codecs) echo "$codecs" ;;

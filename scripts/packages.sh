@@ -1,0 +1,35 @@
+# shellcheck shell=bash
+# ./test --packages: makes all packages and tests each in a root or prefix where nothing of Vorlund is. Sourced by ./test,
+# after scripts/suites.sh.
+
+# packages_target: packages, what is in them, and that a second build makes the same; the other forms of the library.
+packages_target() {
+    target=packages
+    local passed=0 failed=0 skipped_total=0 start=$SECONDS kind out=build/packages
+    echo "== $target"
+    step recipes tests/packages/check_recipes.py
+    for kind in deb win32 win64; do
+        step "package $kind" ./package "$kind"
+        if [[ $kind == deb ]]; then
+            step "installed deb" tests/packages/check_deb.sh "$out" "$logs"
+        else
+            step "unpacked $kind" tests/packages/check_zip.sh "$kind" "$out" "$logs"
+        fi
+    done
+    step "same contents" tests/packages/check_contents.py same $out/vorlund-*-win32.zip $out/vorlund-*-win64.zip
+    step "sources inside" sources_inside
+    step "fresh clone" tests/packages/check_clone.sh
+    for kind in deb win32; do step "twice $kind" tests/packages/check_twice.sh "$kind" "$out"; done
+    row "made and tested in $((SECONDS - start)) s"
+}
+
+# The library as a part of somebody else's project, on Linux in the root with a compiler.
+sources_inside() {
+    local work status=0
+    work=$(mktemp -d)
+    # shellcheck source=tests/packages/roots.sh
+    source tests/packages/roots.sh
+    tests/install/embedded.sh "$PWD" "$work" win32 && in_root build "$PWD" /mnt/tests/install/embedded.sh /mnt /tmp/embedded || status=1
+    rm -rf "$work"
+    return "$status"
+}
