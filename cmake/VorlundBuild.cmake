@@ -21,6 +21,10 @@ endif()
 if(VORLUND_PACKAGING)
     # Stripped by the linker: `strip` writes the time into files for Windows.
     add_link_options(-s)
+    if(NOT WIN32)
+        # As Debian's own packages are linked.
+        add_link_options(LINKER:-z,relro,-z,now)
+    endif()
 endif()
 
 # Interface target with the language level and the arithmetic rules. Results of float arithmetic are part of the

@@ -1,30 +1,21 @@
-# Installation, in three components, each a package of its own where packages are divided:
-#   runtime      the shared libraries, on Windows with the compiler's
+# Installation, in components, each a package of its own where packages are divided:
+#   runtime      the shared library, on Windows with the compiler's
+#   c            the shared library of the C interface, where it is built
 #   development  what programs are compiled with, and the pages: what install() takes here when it says nothing else
 #   program      the program and the plug-ins: what it takes in tools and plugins
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Vorlund)
 
-# vorlund_install_library(<target>...): shared libraries as part of the CMake package; in plain sight on Windows, with
-# import libraries for the linkers of GCC and, where llvm-dlltool is there, of others.
-function(vorlund_install_library)
-    install(TARGETS ${ARGN} EXPORT VorlundTargets
-        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
-        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-    if(WIN32)
-        foreach(target IN LISTS ARGN)
-            vorlund_install_import_library(${target})
-        endforeach()
-    endif()
-endfunction()
-
+install(TARGETS vorlund EXPORT VorlundTargets
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(WIN32)
     include(VorlundImportLibrary)
+    vorlund_install_import_library(vorlund)
     install(FILES ${VORLUND_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 endif()
-vorlund_install_library(vorlund)
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/vorlund DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
     FILES_MATCHING PATTERN "*.h")

@@ -9,6 +9,7 @@ import hashlib
 import os
 import pathlib
 import shutil
+import subprocess
 import sys
 
 import spdx
@@ -59,7 +60,7 @@ def changelog(facts):
     when = email.utils.formatdate(EPOCH)
     return (
         f"vorlund ({facts['version']}) unstable; urgency=medium\n\n  * CHANGES.md in libvorlund-dev tells what is new.\n\n"
-        f" -- The Vorlund developers <vorlund@localhost.localdomain>  {when}\n"
+        f" -- {facts['contact']}  {when}\n"
     )
 
 
@@ -71,7 +72,21 @@ def write_sums(stage, file):
     file.write_text("".join(lines))
 
 
+def follow_policy(stage):
+    """What Debian wants otherwise: pages of manuals compressed, completions for zsh in the folder of packages, no sections that
+    nobody reads."""
+    for page in (stage / "usr/share/man").rglob("*.[1-9]"):
+        page.with_name(page.name + ".gz").write_bytes(gzip.compress(page.read_bytes(), 9, mtime=0))
+        page.unlink()
+    if (stage / "usr/share/zsh/site-functions").is_dir():
+        (stage / "usr/share/zsh/site-functions").rename(stage / "usr/share/zsh/vendor-completions")
+    for path in stage.rglob("*"):
+        if path.is_file() and not path.is_symlink() and third_party.is_elf(path):
+            subprocess.run(["strip", "--remove-section=.comment", "--remove-section=.note", path], check=True)
+
+
 def complete_debian(stage, name, facts):
+    follow_policy(stage)
     doc = stage / "usr/share/doc" / name
     doc.mkdir(parents=True, exist_ok=True)
     parts = third_party.collect(facts, stage)

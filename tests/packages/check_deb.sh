@@ -11,14 +11,18 @@ source "$here/roots.sh"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# What lintian says is said in the file of reasons, and the other way round.
+# Nothing but what has a reason in the list.
 lintian --no-cfg --display-info --pedantic --tag-display-limit 0 --allow-root "$folder"/*.deb >"$logs/lintian.log" 2>&1 || true
 sed -n 's/^\([EWIP]\): \(\S*\): \(\S*\).*/\2\t\3/p' "$logs/lintian.log" | sort -u >"$work/said"
 sed '/^#/d' "$sources/packaging/debian/lintian-accepted.tsv" | cut -f1,2 | sort -u >"$work/accepted"
-diff "$work/accepted" "$work/said" || { echo "lintian says something else than packaging/debian/lintian-accepted.tsv"; exit 1; }
-echo "   lintian: nothing but $(wc -l <"$work/said") accepted tags"
+if [[ -n $(comm -13 "$work/accepted" "$work/said") ]]; then
+    echo "lintian says what packaging/debian/lintian-accepted.tsv does not have:"
+    comm -13 "$work/accepted" "$work/said"
+    exit 1
+fi
+echo "   lintian: nothing but $(wc -l <"$work/said") of $(wc -l <"$work/accepted") accepted tags"
 
-mkdir "$work/packages"
+mkdir "$work/packages" "$work/stage"
 cp "$folder"/*.deb "$work/packages"
 for package in "$work"/packages/*.deb; do dpkg-deb -x "$package" "$work/stage/$(dpkg-deb -f "$package" Package)"; done
 "$here/check_contents.py" deb "$work"/stage/*
