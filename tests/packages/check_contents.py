@@ -7,6 +7,7 @@ Each has a list of third parties in the form of SPDX, whose every library that c
 sources' recipe, and a sum of each file. The links of the pages lead to files. The library and the C library ask for nothing but
 the system and the compiler's own libraries.
 """
+import fnmatch
 import hashlib
 import json
 import pathlib
@@ -126,8 +127,10 @@ def check_pages(package, doc):
 
 
 def check_wanted(package, names):
+    # Links too, whose files another package has.
+    present = [path.relative_to(package).as_posix() for path in package.rglob("*")]
     for name in names:
-        if not any(package.glob(name)):
+        if not fnmatch.filter(present, name):
             complain(package, f"{name} is missing")
 
 
