@@ -25,10 +25,12 @@ def sources_text(name, facts, parts):
     lines = [
         f"{name} {facts['version']} was built from revision {facts['revision'] or 'unknown'} of Vorlund by ./package.",
         "",
-        "Of others, by the names and versions of Debian's source packages, which `apt-get source NAME=VERSION` gets:",
+        "Of others, by the names of Debian's source packages, which `apt-get source NAME` gets, and the versions used:",
         "",
     ]
-    lines += [f"    {part.name} {part.version}, {part.licence}: {HOW[part.kind]}" for part in parts]
+    for part in parts:
+        plain = "" if "-" in part.version else ", without Debian's corrections"
+        lines.append(f"    {part.name} {part.version}, {part.licence}: {HOW[part.kind]}{plain}")
     if any(part.archive for part in parts):
         lines += ["", "Those with an archive were built for Windows by codecs.sh, in the folders of the plug-ins here:", ""]
         lines += [f"    {part.archive}\n        SHA-256 {part.sha256}" for part in parts if part.archive]

@@ -9,6 +9,9 @@ HERE = pathlib.Path(__file__).resolve().parent
 # Loaded or started at run time, so no file names them.
 LOADED = ("libsdl2-2.0-0", "libsoxr0", "libpulse0", "libxcb1")
 
+# Sources whose DLL is named otherwise.
+DLLS = {"libjpeg-turbo": "libjpeg", "libpng1.6": "libpng", "libsdl2": "SDL2"}
+
 
 @dataclasses.dataclass(order=True)
 class Part:
@@ -79,7 +82,7 @@ def of_folders(folders, staged):
     for folder in folders:
         rows = (folder / "licences/sources.tsv").read_text().splitlines()
         for name, version, archive, sha256, licence in (row.split("\t") for row in rows):
-            own = {path.name for path in (folder / "bin").glob(f"{name.rstrip('0123456789.')}*.dll")}
+            own = {path.name for path in (folder / "bin").glob(f"{DLLS.get(name, name)}*.dll")}
             if own and not own & staged:
                 continue
             kind = "beside" if own else "static"
@@ -96,7 +99,7 @@ def collect(facts, stage):
         parts += [debian_part(owner(header), "static") for header in facts["headers"].split(";")]
     if facts["system"] == "Windows":
         parts += [debian_part(owner(path), "beside") for path in facts["runtime"].split(";")]
-        parts += of_folders([pathlib.Path(folder) for folder in facts["libraries"].split(";")], names)
+        parts += of_folders([pathlib.Path(folder) for folder in facts["libraries"].split(";") if folder], names)
     else:
         elf = [path for path in files if is_elf(path)]
         own = {name for path in elf for name in re.findall(r"\(SONAME\).*\[(.*?)\]", tell("readelf", "-d", str(path)))}

@@ -88,7 +88,8 @@ def check_spdx(package, file, doc):
             complain(package, f"{file.name}: {part['name']} has no version, licence or relation")
         if kinds[key] == "DESCRIBES":
             continue
-        if "-" not in part["versionInfo"]:
+        line = re.search(rf"^    {re.escape(part['name'])} \S+, .*$", sources, re.MULTILINE)
+        if "-" not in part["versionInfo"] and not (line and "without Debian's corrections" in line[0]):
             complain(package, f"{file.name}: {part['name']} has no patch level of Debian")
         if f"{part['name']} {part['versionInfo']}" not in sources:
             complain(package, f"SOURCES.txt does not name {part['name']} {part['versionInfo']}")
