@@ -1,4 +1,4 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034,SC2154
 # ./test --packages: makes all packages and tests each in a root or prefix where nothing of Vorlund is. Sourced by ./test,
 # after scripts/suites.sh.
 
@@ -23,13 +23,13 @@ packages_target() {
     row "made and tested in $((SECONDS - start)) s"
 }
 
-# The library as a part of somebody else's project, on Linux in the root with a compiler.
+# The library as a part of somebody else's project.
 sources_inside() {
     local work status=0
     work=$(mktemp -d)
-    # shellcheck source=tests/packages/roots.sh
-    source tests/packages/roots.sh
-    tests/install/embedded.sh "$PWD" "$work" win32 && in_root build "$PWD" /mnt/tests/install/embedded.sh /mnt /tmp/embedded || status=1
+    vorlund_wine_env build/wine-test
+    vorlund_wine_prefix || return
+    { tests/install/embedded.sh "$PWD" "$work/linux" && tests/install/embedded.sh "$PWD" "$work/win32" win32; } || status=1
     rm -rf "$work"
     return "$status"
 }

@@ -8,13 +8,14 @@ exe="" launcher=() options=()
 if [[ $target != linux ]]; then
     exe=.exe launcher=(wine) options=(-DCMAKE_TOOLCHAIN_FILE="$sources/cmake/toolchains/$target.cmake")
 fi
-# Both ways compile the same files.
+# Both ways compile the same files, in the same folder and with the options of the presets.
 if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=ccache; fi
 
 for way in add_subdirectory FetchContent; do
-    build=$work/$way
+    build=$work/build
+    rm -rf "$build"
     cmake -G Ninja -S "$sources/tests/install/embedded" -B "$build" -DWAY="$way" -DVORLUND_SOURCES="$sources" \
-        -DCMAKE_BUILD_TYPE=Release "${options[@]}"
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O2 -DNDEBUG" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON "${options[@]}"
     cmake --build "$build" -j "$(nproc)"
     if [[ $target != linux ]]; then
         WINEPATH=$(sed 's/^/Z:/' "$build/places.txt" | paste -sd ';')

@@ -13,6 +13,7 @@ trap 'rm -rf "$work"' EXIT
 mkdir "$work/vorlund"
 (cd "$sources" && git ls-files -co --exclude-standard -z | xargs -0 cp --parents -t "$work/vorlund")
 # The block of README.md, whose first line installs.
+# shellcheck disable=SC2016
 sed -n '/^## Get it/,/^## /{/^```console clone/,/^```/s/^\$ //p}' "$sources/README.md" >"$work/lines"
 grep -q '^cmake --build' "$work/lines"
 lame --quiet "$sources/examples/data/strings.wav" "$work/vorlund/song.mp3"
@@ -20,7 +21,7 @@ cat >"$work/run.sh" <<'RUN'
 set -euo pipefail
 apt-get update >/dev/null
 sudo() { "$@"; }
-export DEBIAN_FRONTEND=noninteractive
+export DEBIAN_FRONTEND=noninteractive CMAKE_BUILD_PARALLEL_LEVEL=2
 cd /mnt/vorlund
 eval "$(grep '^sudo ' /mnt/lines | sed 's/ install / install -y /')" >/mnt/apt.log 2>&1
 times >/mnt/before

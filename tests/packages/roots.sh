@@ -33,6 +33,7 @@ in_root() {
     work=$(mktemp -d)
     mkdir -p "$work/upper" "$work/work" "$work/root" "$roots/ccache"
     # The mounts go with their namespace.
+    # shellcheck disable=SC2016
     unshare --mount sh -euc '
         root=$1 work=$2 folder=$3 cache=$4
         shift 4
