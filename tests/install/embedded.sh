@@ -12,7 +12,7 @@ fi
 if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=ccache; fi
 
 for way in add_subdirectory FetchContent; do
-    build=$work/build
+    build=$work/embedded-$target
     rm -rf "$build"
     cmake -G Ninja -S "$sources/tests/install/embedded" -B "$build" -DWAY="$way" -DVORLUND_SOURCES="$sources" \
         -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="-O2 -DNDEBUG" -DCMAKE_COMPILE_WARNING_AS_ERROR=ON "${options[@]}"
