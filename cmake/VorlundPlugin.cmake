@@ -8,14 +8,13 @@
 #
 # A plug-in is unloaded when the library is closed. Symbols of the kind "unique", which constants of headers would
 # become, keep a module in the process for ever, and a visible symbol may be used by others; so there are neither.
-set(VORLUND_PLUGIN_FILES ${CMAKE_CURRENT_LIST_DIR}/VorlundPlugin)
-
 function(vorlund_add_plugin name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "TABLE" "OUTPUT_DIRECTORY" "")
+    # Also where a project that has this one inside calls it.
+    set(files ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/VorlundPlugin)
     add_library(${name} MODULE ${arg_UNPARSED_ARGUMENTS})
-    set(files ${VORLUND_PLUGIN_FILES})
     if(arg_TABLE)
-        set(files ${VORLUND_PLUGIN_FILES}Table)
+        string(APPEND files Table)
         target_include_directories(${name} PRIVATE
             $<TARGET_PROPERTY:Vorlund::vorlund,INTERFACE_INCLUDE_DIRECTORIES>)
     else()

@@ -34,7 +34,17 @@ vorlund_packages() {
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
     # A display for the tests of windows, and what windows on Linux are built with.
     local windows="openbox xvfb libxcb1-dev libxcb-xtest0-dev"
+    # What is in every package, and the compiler of each zip.
+    local packages="$build python3 git" mingw32="g++-mingw-w64-i686-posix" mingw64="g++-mingw-w64-x86-64-posix"
     case $1 in
+    package-deb) echo "$packages dpkg-dev file $sounds $rates $sound_output $pictures $levels libxcb1-dev" ;;
+    package-win32) echo "$packages $codecs llvm $mingw32" ;;
+    package-win64) echo "$packages $codecs llvm $mingw64" ;;
+    packages)
+        # Both word sizes of Windows under Wine, and what makes roots of Debian.
+        echo "$packages dpkg-dev file $sounds $rates $sound_output $pictures $levels libxcb1-dev $codecs llvm $mingw32 $mingw64"
+        echo "ccache debootstrap flac lame lintian wine wine32:i386 wine64 xvfb"
+        ;;
     run-linux) echo "$build" ;;
     run-linux-codecs) echo "$sounds" ;;
     run-win32-codecs) echo "$codecs" ;;

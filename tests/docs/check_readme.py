@@ -2,9 +2,10 @@
 """Does what README.md says, against a build of the preset linux. usage: tests/docs/check_readme.py BUILD-FOLDER
 
 The blocks marked "console" and the commands of the table are run in their order, in an empty folder with a home of its
-own that has `examples` and `build/linux`; what they print is compared with what README.md prints. The blocks marked
+own that has `examples`, `build/linux` and a song as MP3; what they print is compared with what README.md prints. The blocks marked
 "cpp" and "cmake" become decode.cpp and CMakeLists.txt there. Two kinds of command would take too long and are stood in for:
-./run, by the program that it builds, and the build of the whole tree, by a configuration and a dry run.
+./run, by the program that it builds, and the build of the whole tree, by a configuration and a dry run. So is what installs
+packages: their names are compared with what ./package makes and with scripts/setup.sh; ./test --packages installs them.
 """
 import os
 import pathlib
@@ -15,7 +16,7 @@ import sys
 import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$|^\| `(build/linux/bin/[^`]+)` \|", re.MULTILINE | re.DOTALL)
+BLOCK = re.compile(r"^```(\w+)(?: \w+)?\n(.*?)^```$|^\| `(build/linux/bin/[^`]+)` \|", re.MULTILINE | re.DOTALL)
 # As in scripts/suites.sh: a hang fails instead of blocking.
 LIMIT = 300
 
@@ -43,6 +44,17 @@ def run(command, folder, environment):
     return result.stdout, result.returncode
 
 
+def check_packages(names):
+    """What an `apt install` names: packages of ours in this version, or some that scripts/setup.sh installs for them."""
+    version = re.search(r"project\(Vorlund VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text())[1]
+    minor = version.rsplit(".", 1)[0]
+    ours = {f"./{name}_{version}_amd64.deb" for name in (f"libvorlund{minor}", "libvorlund-dev", "vorlund")}
+    needed = run("source scripts/setup.sh && vorlund_packages package-deb", ROOT, os.environ)[0].split()
+    for name in names:
+        if name not in ours and name not in needed:
+            complain(f"apt install {name}: there is no such package of ours, and scripts/setup.sh does not need it")
+
+
 class Sandbox:
     def __init__(self, folder, build):
         self.folder = folder
@@ -54,6 +66,13 @@ class Sandbox:
         (folder / "build/linux").symlink_to(build)
         (folder / "examples").symlink_to(ROOT / "examples")
 
+    def has_song(self):
+        """Makes the MP3 that is decoded, once."""
+        song = self.folder / "song.mp3"
+        if not song.exists() and shutil.which("lame") and (self.folder / "build/linux/bin/vorlund-plugins/sndfile.so").exists():
+            run(f"lame --quiet {ROOT}/examples/data/strings.wav {song}", self.folder, self.environment)
+        return song.exists()
+
     def play(self, command, expected):
         """Runs one command; `expected` is what it prints, or None when README.md does not say."""
         global commands
@@ -63,12 +82,19 @@ class Sandbox:
             for name, value in (word.split("=") for word in match[1].split()):
                 self.environment[name] = value.replace("$HOME", self.environment["HOME"])
             return
-        if command.startswith("cmake --preset"):
+        if match := re.fullmatch(r"sudo apt install (.*)", command):
+            check_packages(match[1].split())
+            return
+        if " song.mp3 " in command and not self.has_song():
+            print("(left out: no lame, or no plug-in sndfile)")
+            return
+        command = re.sub(r"^(build/release/bin/)?vorlund ", "build/linux/bin/vorlund ", command)
+        if re.match(r"cmake (--preset|-G Ninja -B build/release)", command):
             # The tree that is configured is the real one; its build folder is not.
             tree = self.folder / "configured"
             shutil.rmtree(tree, ignore_errors=True)
-            output, status = run(f"{command} -B {tree}", ROOT, self.environment)
-        elif command == "cmake --build --preset linux":
+            output, status = run(f"{command.replace(' -B build/release', '')} -B {tree}", ROOT, self.environment)
+        elif command in ("cmake --build --preset linux", "cmake --build build/release"):
             output, status = run(f"cmake --build {self.folder}/configured -- -n", ROOT, self.environment)
         else:
             command = re.sub(r"^\./run ", "build/linux/bin/vorlund decode ", command)
