@@ -97,6 +97,7 @@ struct TAudioConversion {
 ///
 /// \param destination, source  room for `frames` frames each; null only with a count of 0
 /// \param frames  of any number; nothing is allocated
+/// \param conversion  from what to what; read during the call only
 /// \param firstFrame  which frame of the whole sound the first one is; only dither asks for it
 /// \return how many samples of the result were clipped: those beyond -1.0 or 1.0 before dither, and those
 /// that were no

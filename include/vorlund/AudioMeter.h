@@ -106,6 +106,7 @@ public:
     /// Measures the next frames: interleaved samples, 1.0 at full scale; larger ones count as they are.
     ///
     /// \param samples  `frames` times the number of channels; null only with 0 frames
+    /// \param frames   how many, for each channel
     ///
     /// Raises `CBugException` "Not started", `CNullPtrException` and `std::bad_alloc`.
     virtual void Write(const float* samples, std::size_t frames) = 0;
@@ -119,7 +120,9 @@ public:
 
     /// Where the silences or the clipped runs are, in order; runs of several channels that touch are one.
     ///
+    /// \param finding silences or clipped runs
     /// \param ranges  room for `room` of them; null only with a room of 0
+    /// \param room    in ranges
     /// \return how many there are, at most `kMaxRanges`; the first of them, up to `room`, are in `ranges`
     ///
     /// Raises `CBugException` "Not started", `CInvalidParameterException` for another finding, and

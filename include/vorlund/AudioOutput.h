@@ -44,6 +44,7 @@ public:
 
     /// Opens the device for frames of `format`.
     ///
+    /// \param format   of the frames that `Write` takes
     /// \param latency  wished seconds between a frame's being queued last and its being heard, 0.001 to 10,
     /// of
     ///                 which the device makes what it can; `kDefaultAudioLatency` leaves it to the device

@@ -89,7 +89,9 @@ protected:
 /// counts on whole frames. Of an input that ends inside a frame, the part is left out. Any other stream, and
 /// a converter that hands its bytes through, is read until the buffer is full.
 ///
+/// \param stream  any; nobody else uses it meanwhile
 /// \param buffer  room for `size` bytes; null raises as `Read` does
+/// \param size  in bytes; what is over a whole number of frames is not used
 /// \return the bytes that were delivered: less than the whole frames of `size` only at the end, or when the
 /// stream
 ///         below has used the converter meanwhile; 0 also for frames of more than 8,192 bytes

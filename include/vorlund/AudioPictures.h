@@ -111,6 +111,7 @@ public:
     /// copies them and no more, so it may be called by a thread that plays sound, while another one draws.
     ///
     /// \param samples  `frames` times the number of channels; null only with 0 frames
+    /// \param frames   how many, for each channel
     ///
     /// Raises `CBugException` "Not started" and `CNullPtrException` "samples is NULL".
     virtual void Write(const float* samples, std::size_t frames) = 0;

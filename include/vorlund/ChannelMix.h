@@ -93,6 +93,7 @@ enum TMixLevel : std::uint32_t {
 /// left and right but no centre, goes to both with weight 1.
 ///
 /// \param from, to  masks of 1 to `kMaxMixChannels` channels
+/// \param level     whether loud channels may add up to more than full scale
 ///
 /// Raises `CInvalidParameterException` "A layout must have 1 to 8 channels". Any thread. Since version 0.1.
 VRL_API TMixMatrix MakeMixMatrix(std::uint32_t from, std::uint32_t to, TMixLevel level = MIX_LEVEL_STANDARD);

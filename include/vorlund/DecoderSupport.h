@@ -12,7 +12,9 @@ namespace vorlund {
 /// Reads exactly `size` bytes into `buffer`, by as many reads as it takes: a stream may deliver less than it
 /// was asked for before its end, and only 0 means the end.
 ///
+/// \param stream  is read from where it is
 /// \param buffer  room for `size` bytes; null only with a size of 0
+/// \param size    in bytes
 /// \return false when the stream ends before, or claims more than it was asked for; the stream is then
 ///         behind what it delivered, and only the bytes before that are valid
 ///

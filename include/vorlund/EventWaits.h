@@ -23,6 +23,9 @@ inline constexpr std::uint32_t kWaitFailed = 0xFFFFFFFF;
 
 /// Waits for any or all of `count` events.
 ///
+/// \param events        `count` of them; they must live until this returns
+/// \param count         1 to `kMaxWaitedEvents`
+/// \param isForAll      whether all of them must be set at the same time
 /// \param milliseconds  at most so long; below 0 without limit
 /// \return the lowest position of an event that is set, 0 when all were waited for; `kWaitTimedOut`; and
 ///         `kWaitFailed` for no events, more than `kMaxWaitedEvents`, a null one, and those that the system

@@ -43,6 +43,7 @@ struct TIsolation {
 /// \param stream    the source; held and read, in blocks and ahead of the decoder, as long as the result
 ///                  lives. Its length counts as it is now.
 /// \param formatId  the wanted format, not null
+/// \param isolation  the limits of the process, its folders of plug-ins, and the report
 /// \return a new stream with one reference for the caller, over `stream`. It reads in blocks of 64 KiB; a
 ///         query finds none of the further interfaces of the decoder. Its format is one of the library's
 ///         media formats with possible values, or one of another kind as the decoder gave it.

@@ -89,6 +89,7 @@ public:
     /// say why. The other process knows the library's own classes only, not those of the application or of
     /// other plug-ins.
     ///
+    /// \param mode    a `TPluginScanMode`
     /// \param helper  the full path of the program `vorlund-plugin-scan`; null for the one beside the
     ///                process's executable, or else beside the library or in the folder of programs that the
     ///                library was installed with. Without one no plug-in is loaded.

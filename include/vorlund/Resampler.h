@@ -75,6 +75,8 @@ public:
     ///
     /// \param destination  room for `GetResampledFrames(frames, ...)` frames of floats
     /// \param source  `frames` frames of floats, channels interleaved; the two must not overlap
+    /// \param frames  of the source
+    /// \param resampling  both rates, the channels and the quality
     ///
     /// Raises `CInvalidParameterException` "Unknown quality", "Rates or channels cannot be resampled" and
     /// `CNullPtrException` "buffer is NULL", which is for buffers with at least one frame.

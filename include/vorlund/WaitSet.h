@@ -53,6 +53,7 @@ public:
 
     /// Adds an entry: `cb` is called whenever `event` is set. The same event may be there several times.
     ///
+    /// \param event  the entry is for the event that this is now
     /// \param cb    runs on a thread of the set; null calls nothing
     /// \param data  handed to the callback as `userData`
     /// \return the number of the entry in this set: 0 for the first one, then 1, and so on; `kNoWaitNumber`,

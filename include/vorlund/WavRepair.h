@@ -22,6 +22,7 @@ struct TWavRepair {
 /// file of more than 4 GiB becomes an RF64 when room was kept for that. No byte of the sound is moved or
 /// written; at most one byte of padding comes behind the file.
 ///
+/// \param path     the file, which is changed in place
 /// \param isTrial  only tells what it would change
 ///
 /// Raises `CFileAccessException` "Cannot open '...' for writing" ("for reading" for a trial),

@@ -84,6 +84,8 @@ public:
     /// Writes the header. Holds a reference to the stream until it ends.
     ///
     /// \param output  a stream, a resource, or the name of a file, which is emptied
+    /// \param format   sample format, channels and rate
+    /// \param options  metadata, room that is kept, and what is known of the length
     ///
     /// Raises `CNullPtrException` "There is no stream to write to", `CInvalidParameterException` "The sample
     /// format is unknown", "The number of channels is impossible", "The rate is 0", "The file would be too

@@ -14,11 +14,10 @@ import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-FENCE = re.compile(r"^```.*?^```$", re.MULTILINE | re.DOTALL)
-LINK = re.compile(r"\[[^\]]*\]\(([^)\s]+)\)")
+sys.path.insert(0, str(ROOT / "scripts"))
+from pages import FENCE, SKIPPED, anchors, folders_and_files, links, read  # noqa: E402
+
 NAMED_LINK = re.compile(r"((?:`[\w:~ ]+`(?:,| and)?\s+)+)in\s+\[[^\]]*\]\(([^)\s#]+)\)")
-# What is not part of the tree.
-SKIPPED = {".git", "build", "__pycache__"}
 # What a hosted machine lacks and a developer's has; other commands of the workflow are those of README.md.
 PREPARATION = re.compile(r"apt-get |git config ")
 MAX_LINKS = 3
@@ -37,34 +36,6 @@ NOT_ON_WINDOWS = "tested under wine, not on windows"
 WINDOWS_PAGES = ("README.md", "docs/performance.md", "docs/reliability.md", "docs/testing-on-windows.md")
 
 complaints = []
-
-
-def read(path):
-    return (ROOT / path).read_text()
-
-
-def folders_and_files():
-    for top, folders, names in os.walk(ROOT):
-        folders[:] = [name for name in folders if name not in SKIPPED]
-        folder = pathlib.Path(top).relative_to(ROOT)
-        yield folder.as_posix(), [(folder / name).as_posix() for name in names]
-
-
-def anchors(page):
-    """The anchors of a page's headings, as hosting sites make them."""
-    headings = re.findall(r"^#+ (.*)$", FENCE.sub("", read(page)), re.MULTILINE)
-    return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
-
-
-def links(page):
-    """The link targets of a page: path from the root (or None), anchor, and the target as written."""
-    for target in LINK.findall(FENCE.sub("", read(page))):
-        if re.match(r"[a-z]+:", target):
-            continue
-        path, _, anchor = target.partition("#")
-        file = (ROOT / page).parent / path if path else ROOT / page
-        file = pathlib.Path(os.path.normpath(file))
-        yield (file.relative_to(ROOT).as_posix() if file.exists() else None), anchor, target
 
 
 def check_links(pages):

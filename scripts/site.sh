@@ -1,0 +1,24 @@
+#!/bin/bash
+# Builds the site of the pages and of the headers into build/site/html, and checks its links. A warning of Doxygen fails.
+# usage: scripts/site.sh [--pictures]
+# With --pictures, Chromium shows every page in two widths: build/site/pictures, and errors of scripts fail.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+theme=/usr/share/doxygen-awesome-css
+site=build/site
+rm -rf "$site/pages" "$site/html"
+mkdir -p "$site/html"
+scripts/site_pages.py "$site/pages" "$site/html"
+version=$(sed -nE 's/^ *VERSION ([0-9.]+).*/\1/p' CMakeLists.txt | head -n 1)
+sed "s/@PROJECT_VERSION@/$version/" include/vorlund/Version.h.in >"$site/Version.h"
+{
+    cat docs/site/Doxyfile
+    echo "PROJECT_NUMBER = $version"
+    echo "OUTPUT_DIRECTORY = $site"
+    echo "INPUT = $site/pages include/vorlund"
+    echo "USE_MDFILE_AS_MAINPAGE = $site/pages/page_readme.md"
+    echo "HTML_EXTRA_STYLESHEET = $theme/doxygen-awesome.css $theme/doxygen-awesome-sidebar-only.css docs/site/site.css"
+} >"$site/Doxyfile"
+doxygen "$site/Doxyfile"
+tests/docs/check_site.py "$site/html"
+[[ ${1-} != --pictures ]] || tests/docs/show_site.py "$site/html" "$site/pictures"

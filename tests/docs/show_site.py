@@ -1,0 +1,91 @@
+#!/usr/bin/env python3
+"""Shows every page of the site in Chromium. usage: tests/docs/show_site.py HTML-FOLDER PICTURES-FOLDER
+
+Makes a picture of each page in two widths, dark ones of the first page, and tries the search. It fails for a script or a
+file that fails, for a page that is wider than its window, and for a search without a result.
+"""
+import pathlib
+import sys
+
+from selenium import webdriver
+from selenium.webdriver.chrome.options import Options
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
+from selenium.webdriver.support.ui import WebDriverWait
+
+WIDTHS = (1280, 420)
+HEIGHT = 900
+# Beside all pages, what the reference is made of.
+REFERENCE = ("annotated.html", "files.html", "namespacemembers.html", "classvorlund_1_1CFrameReader.html", "RefPtr_8h.html")
+LIMIT = 60
+
+
+def start():
+    options = Options()
+    options.binary_location = "/usr/bin/chromium"
+    for argument in ("--headless", "--no-sandbox", "--disable-gpu", "--hide-scrollbars", "--allow-file-access-from-files"):
+        options.add_argument(argument)
+    options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+    return webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+
+
+def set_width(browser, width):
+    metrics = {"width": width, "height": HEIGHT, "deviceScaleFactor": 1, "mobile": width < 768}
+    browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", metrics)
+
+
+def open_page(browser, file):
+    """Opens a page and returns what went wrong."""
+    browser.get(file.as_uri())
+    WebDriverWait(browser, LIMIT).until(lambda it: it.execute_script("return document.readyState") == "complete")
+    faults = [entry["message"] for entry in browser.get_log("browser") if entry["level"] in ("SEVERE", "WARNING")]
+    width, room = browser.execute_script("return [document.documentElement.scrollWidth, window.innerWidth]")
+    if width > room:
+        faults.append(f"{width} pixels wide in a window of {room}")
+    return faults
+
+
+def search(browser, site, text):
+    browser.get((site / "index.html").as_uri())
+    browser.execute_script("document.getElementById('MSearchField').focus()")
+    browser.find_element(By.ID, "MSearchField").send_keys(text)
+
+    def results(it):
+        frames = it.find_elements(By.CSS_SELECTOR, "#MSearchResults .SRResult .SRSymbol")
+        return [frame.text for frame in frames if frame.is_displayed()]
+
+    return WebDriverWait(browser, LIMIT).until(results)
+
+
+def main():
+    site, pictures = (pathlib.Path(name).resolve() for name in sys.argv[1:3])
+    pictures.mkdir(parents=True, exist_ok=True)
+    names = sorted(file.name for file in site.glob("page_*.html") if not file.name.endswith("_8md.html"))
+    faults = 0
+    taken = 0
+    browser = start()
+    try:
+        for width in WIDTHS:
+            set_width(browser, width)
+            for name in ("index.html", *names, *REFERENCE):
+                for fault in open_page(browser, site / name):
+                    print(f"{name} at {width}: {fault}")
+                    faults += 1
+                browser.save_screenshot(str(pictures / f"{pathlib.Path(name).stem}-{width}.png"))
+                taken += 1
+            dark = [{"name": "prefers-color-scheme", "value": "dark"}]
+            browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": dark})
+            open_page(browser, site / "index.html")
+            browser.save_screenshot(str(pictures / f"index-dark-{width}.png"))
+            browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": []})
+        set_width(browser, WIDTHS[0])
+        found = search(browser, site, "CFrameReader")
+        browser.save_screenshot(str(pictures / "search.png"))
+        print(f"the search finds {found[0]!r}")
+    finally:
+        browser.quit()
+    print(f"{taken} pictures in {pictures}, {faults} faults")
+    return 1 if faults or not names else 0
+
+
+sys.exit(main())
