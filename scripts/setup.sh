@@ -25,8 +25,8 @@ vorlund_packages() {
     local codecs="bzip2 make patch pkgconf xz-utils"
     # Clients and plug-ins in Pascal and C#, and those of compilers with the binary interface of Microsoft's.
     local others="fp-compiler mono-mcs mono-runtime" microsoft="clang lld llvm"
-    # Checks of form and of the binary interface.
-    local checks="clang-format clang-tidy abigail-tools xz-utils git"
+    # Checks of form and of the binary interface, and the other compiler of the C interface.
+    local checks="clang clang-format clang-tidy abigail-tools xz-utils git"
     # What ./run --bench compares with.
     local peers="libcereal-dev libeigen3-dev libglib2.0-dev libglm-dev libprotobuf-dev libsamplerate0-dev libsdl2-dev"
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
