@@ -25,8 +25,8 @@ vorlund_packages() {
     local codecs="bzip2 make patch pkgconf xz-utils"
     # Clients and plug-ins in Pascal and C#, and those of compilers with the binary interface of Microsoft's.
     local others="fp-compiler mono-mcs mono-runtime" microsoft="clang lld llvm"
-    # Checks of form and of the binary interface.
-    local checks="clang-format clang-tidy abigail-tools xz-utils git"
+    # Checks of form and of the binary interface, and the other compiler of the C interface.
+    local checks="clang clang-format clang-tidy abigail-tools xz-utils git"
     # What reads the manual pages and the completions of the program.
     local readers="fish man-db mandoc zsh"
     # What ./run --bench compares with.

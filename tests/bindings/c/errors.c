@@ -192,6 +192,76 @@ static void every_thread_has_its_record(void) {
     C_CHECK(strcmp(error.method, "vorlund_release") == 0);
 }
 
+/* What several threads do to one stream, which the last of them frees. */
+struct user_of_stream {
+    vorlund_stream stream;
+    int frees;
+    int wrong;
+};
+
+static void use_in_thread(void* data) {
+    struct user_of_stream* const user = (struct user_of_stream*)data;
+    float samples[200];
+    uint32_t count = 0;
+    int i;
+    for (i = 0; i < 300; ++i) {
+        const int32_t code = i % 7 == 0 ? vorlund_stream_seek_frame(user->stream, (uint32_t)i)
+                                        : vorlund_stream_read_float(user->stream, samples, 100, &count);
+        /* One of them has the source, whose bytes are no frames. */
+        if (code != VORLUND_OK && code != VORLUND_ERROR_BUSY && code != VORLUND_ERROR_HANDLE &&
+            code != VORLUND_ERROR_DATA_FORMAT)
+            ++user->wrong;
+        if (user->frees && i == 200) vorlund_release(user->stream);
+    }
+}
+
+static void threads_on_one_stream(void) {
+    struct user_of_stream users[4];
+    vorlund_stream source = NULL;
+    vorlund_stream stream = NULL;
+    int i;
+    open_library();
+    C_OK(vorlund_stream_open_file(C_RECORDING, &source));
+    C_OK(vorlund_decode_stream(source, NULL, NULL, NULL, &stream));
+    memset(users, 0, sizeof(users));
+    for (i = 0; i < 4; ++i) users[i].stream = stream;
+    users[2].stream = source;
+    users[3].frees = 1;
+    c_run_threads(use_in_thread, users, sizeof(users[0]), 4);
+    for (i = 0; i < 4; ++i) C_CHECK(users[i].wrong == 0);
+    C_CODE(VORLUND_ERROR_HANDLE, vorlund_release(stream));
+    C_OK(vorlund_release(source));
+}
+
+static void make_and_free_in_thread(void* data) {
+    struct user_of_stream* const user = (struct user_of_stream*)data;
+    vorlund_stream streams[10];
+    int i;
+    int j;
+    for (i = 0; i < 100; ++i) {
+        for (j = 0; j < 10; ++j) {
+            if (vorlund_stream_open_memory("bytes", 5, &streams[j]) != VORLUND_OK) ++user->wrong;
+        }
+        for (j = 0; j < 10; ++j) {
+            int64_t length = 0;
+            if (vorlund_stream_length(streams[j], &length) != VORLUND_OK || length != 5) ++user->wrong;
+            if (vorlund_release(streams[j]) != VORLUND_OK) ++user->wrong;
+        }
+    }
+}
+
+static void threads_with_streams_of_their_own(void) {
+    struct user_of_stream users[4];
+    uint32_t count = 9;
+    int i;
+    memset(users, 0, sizeof(users));
+    open_library();
+    c_run_threads(make_and_free_in_thread, users, sizeof(users[0]), 4);
+    for (i = 0; i < 4; ++i) C_CHECK(users[i].wrong == 0);
+    C_OK(vorlund_handle_count(&count));
+    C_CHECK(count == 0);
+}
+
 static void versions(void) {
     int32_t library = 0;
     int32_t c_interface = 0;
@@ -220,6 +290,8 @@ static const struct c_case cases[] = {
     {"HandlesAreChecked", handles_are_checked},
     {"TextsInBothForms", texts_in_both_forms},
     {"EveryThreadHasItsRecord", every_thread_has_its_record},
+    {"ThreadsOnOneStream", threads_on_one_stream},
+    {"ThreadsWithStreamsOfTheirOwn", threads_with_streams_of_their_own},
     {"Versions", versions},
     {"MessagesComeToTheProgram", messages_come_to_the_program},
 };

@@ -5,6 +5,10 @@
 #include <stdlib.h>
 #include <string.h>
 
+#ifdef __SSE__
+#include <xmmintrin.h>
+#endif
+
 static void open_library(void) {
     C_OK(vorlund_open(VORLUND_OPEN_WITHOUT_BOXES));
 }
@@ -344,6 +348,34 @@ static void buffers_are_converted(void) {
     C_CODE(VORLUND_ERROR_ARGUMENT, vorlund_resample(mixed, 1, floats, 2, 2, 8000, 8000, 3));
 }
 
+/* Programs of some languages unmask the traps of float operations. */
+static void traps_of_the_program_stay(void) {
+#ifdef __SSE__
+    static const unsigned int masks = _MM_MASK_INVALID | _MM_MASK_DIV_ZERO | _MM_MASK_OVERFLOW;
+    const unsigned int before = _mm_getcsr();
+    vorlund_stream stream = NULL;
+    float floats[2] = {0, 0};
+    int16_t shorts[2] = {1, 1};
+    uint32_t count = 0;
+    int32_t code;
+    open_library();
+    /* No number, and an infinity. */
+    floats[0] = (float)(HUGE_VAL - HUGE_VAL);
+    floats[1] = (float)HUGE_VAL;
+    C_OK(vorlund_decode_file(C_RECORDING, NULL, NULL, NULL, &stream));
+    _mm_setcsr((before & ~masks) & ~0x3FU);
+    code = vorlund_convert_samples(shorts, VORLUND_SAMPLE_16BIT, floats, VORLUND_SAMPLE_FLOAT, 1, 2, NULL);
+    C_CHECK((_mm_getcsr() & masks) == 0);
+    if (code == VORLUND_OK) code = vorlund_stream_read_float(stream, floats, 1, &count);
+    C_CHECK((_mm_getcsr() & masks) == 0);
+    _mm_setcsr(before);
+    C_CHECK(code == VORLUND_OK && shorts[0] == 0 && shorts[1] == 32767);
+    C_OK(vorlund_release(stream));
+#else
+    C_OK(vorlund_open(0));
+#endif
+}
+
 /* With the plug-ins of the build, as far as there are such. */
 static void plugins_write_and_resample(void) {
     vorlund_writer writer = NULL;
@@ -404,6 +436,7 @@ static const struct c_case cases[] = {
     {"ASinkThatFailsAndFrees", a_sink_that_fails_and_frees},
     {"StreamsAreConverted", streams_are_converted},
     {"BuffersAreConverted", buffers_are_converted},
+    {"TrapsOfTheProgramStay", traps_of_the_program_stay},
     {"PluginsWriteAndResample", plugins_write_and_resample},
 };
 
