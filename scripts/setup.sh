@@ -29,6 +29,8 @@ vorlund_packages() {
     local checks="clang clang-format clang-tidy abigail-tools xz-utils git"
     # What reads the manual pages and the completions of the program.
     local readers="fish man-db mandoc zsh"
+    # The site, and what looks at it.
+    local site="doxygen doxygen-awesome-css python3" browser="chromium chromium-driver fonts-dejavu-core python3-selenium"
     # What ./run --bench compares with.
     local peers="libcereal-dev libeigen3-dev libglib2.0-dev libglm-dev libprotobuf-dev libsamplerate0-dev libsdl2-dev"
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
@@ -45,6 +47,8 @@ vorlund_packages() {
         echo "$packages dpkg-dev file $sounds $rates $sound_output $pictures $levels libxcb1-dev $codecs llvm $mingw32 $mingw64"
         echo "ccache debootstrap flac lame lintian wine wine32:i386 wine64 xvfb"
         ;;
+    site) echo "$site" ;;
+    site-pictures) echo "$site $browser" ;;
     run-linux) echo "$build" ;;
     run-linux-codecs) echo "$sounds" ;;
     run-win32-codecs) echo "$codecs" ;;
@@ -59,7 +63,7 @@ vorlund_packages() {
     win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 $microsoft g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
     linux-arm64) echo "$tests $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
-    linux) echo "$tests $others $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks $readers" ;;
+    linux) echo "$tests $others $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks $readers $site" ;;
     linux-asan | linux-tsan) echo "$tests $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools" ;;
     linux32-asan) echo "$tests $video_tools libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
     linux-coverage) echo "$tests $others $recordings $windows $video_tools gcovr" ;;

@@ -20,5 +20,8 @@ sed "s/@PROJECT_VERSION@/$version/" include/vorlund/Version.h.in >"$site/Version
     echo "HTML_EXTRA_STYLESHEET = $theme/doxygen-awesome.css $theme/doxygen-awesome-sidebar-only.css docs/site/site.css"
 } >"$site/Doxyfile"
 doxygen "$site/Doxyfile"
+# Doxygen 1.9.4 links to lists of private classes, which it leaves out.
+grep -LZ 'name="nested-classes"' "$site"/html/*.html |
+    xargs -0 sed -i -E 's,<a href="#nested-classes">[^<]*</a>( &\#124;)?,,'
 tests/docs/check_site.py "$site/html"
 [[ ${1-} != --pictures ]] || tests/docs/show_site.py "$site/html" "$site/pictures"

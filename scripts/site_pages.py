@@ -27,6 +27,8 @@ SOURCE = """<!DOCTYPE html>
 
 def label(page, anchor=""):
     """What Doxygen calls a page, or a heading on it."""
+    if page == INDEX:
+        return f"chapter_{anchor}" if anchor else "page_all"
     name = re.sub(r"\W", "_", page.removesuffix(".md").removeprefix("docs/")).lower()
     return f"page_{name}--{anchor}" if anchor else f"page_{name}"
 
@@ -52,12 +54,23 @@ class Site:
         for page in sorted(self.pages - set(queue)):
             print(f"site: no page links to {page}", file=sys.stderr)
             return 1
+        texts[INDEX] = self.split_index(texts[INDEX])
         for page, text in texts.items():
             self.write(self.output / (label(page) + ".md"), text)
         for path in sorted(self.sources):
             self.copy(path)
         print(f"{len(texts)} pages, {len(self.sources)} copies of other files")
         return 0
+
+    def split_index(self, text):
+        """Makes a page of each section, so that the navigation has chapters. Returns the page above them."""
+        beginning, *sections = re.split(r"^## ", text, flags=re.MULTILINE)
+        chapters = []
+        for section in sections:
+            title, name = re.match(r"(.*) \{#(\w[\w-]*)\}$", section, re.MULTILINE).groups()
+            self.write(self.output / (name + ".md"), "# " + section)
+            chapters.append(f'- @subpage {name} "{title}"\n')
+        return beginning + "".join(chapters)
 
     def convert(self, page):
         parts = []
@@ -88,7 +101,7 @@ class Site:
             return f"[{text}]({target})"
         path, anchor = resolve(page, target)
         if mark:
-            return f"![{text}]({pathlib.PurePath(path).name})"
+            return f"![{text.replace('`', '')}]({pathlib.PurePath(path).name})"
         if path in self.pages:
             if path not in self.placed and not anchor:
                 self.placed.add(path)

@@ -348,6 +348,8 @@ test_target() {
         step readme tests/docs/check_readme.py "$folder"
         step comfort tests/comfort/check_examples.py "$folder"
         step "program pages" tests/cli/check_program_pages.py "$folder"
+        step "code in pages" tests/docs/check_blocks.py "$folder"
+        step site scripts/site.sh
         step "test names" tests/check_names.py
         step "benchmarks' table" tests/bench/check_bench.py
         step abi scripts/abi.sh --check "$folder"

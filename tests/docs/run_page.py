@@ -7,8 +7,8 @@
 - A block of another kind whose paragraph before it ends with a colon and names a file of that kind in backticks
   ("Call it `loudest.cpp`") becomes that file.
 - Any other block marked "cpp" with a `main` is built and run, and prints what the block marked "text" behind it says.
-- Any other block marked "cpp" is a fragment and must compile: as declarations, or as the body of a function. What it uses
-  is declared in a comment before it, which readers do not see: <!-- cpp ... -->.
+- Any other block marked "cpp" is a fragment and must compile, as the body of a function. What it uses is declared in a comment
+  before it, <!-- cpp DECLARATIONS -->, which readers do not see. With a line "..." in that, the fragment stands there instead.
 
 Two kinds of command would take too long and are stood in for: ./run, by the program that it builds, and the build of the
 whole tree, by a configuration and a dry run. So is what installs packages: their names are compared with what ./package
@@ -25,7 +25,7 @@ ROOT = Path(__file__).resolve().parents[2]
 # As in scripts/suites.sh: a hang fails instead of blocking.
 LIMIT = 300
 BLOCK = re.compile(r"^```(\w+)(?: \w+)?\n(.*?)^```$|^\| `(build/linux/bin/[^`]+)` \|", re.MULTILINE | re.DOTALL)
-HIDDEN = re.compile(r"<!-- cpp\n(.*?)-->\s*\Z", re.DOTALL)
+HIDDEN = re.compile(r"<!-- cpp\n((?:(?!-->).)*)-->\s*\Z", re.DOTALL)
 ENDINGS = {"cpp": ".cpp", "c": ".c", "cmake": "CMakeLists.txt", "python": ".py"}
 FAILURES = ("Exception: ", "vorlund: Cannot ")
 
@@ -121,7 +121,7 @@ class Sandbox:
         """Compiles a source with the headers of the tree and of the build."""
         source = self.folder / "block.cpp"
         source.write_text(code)
-        folders = f"-I{ROOT}/include -I{self.build}/include"
+        folders = f"-I{ROOT}/include -I{self.build}/include -I{ROOT}"
         output, status = self.run(f"g++ -std=c++20 {folders} {source} {options}")
         if status != 0:
             self.complain(f"{what} does not compile:\n{output}\n{code}")
@@ -144,12 +144,12 @@ class Sandbox:
         self.commands += len(fragments)
         parts = []
         for number, (declared, code) in enumerate(fragments):
-            # What stands at the left edge and opens a body, or registers something, is a declaration.
-            is_body = not re.search(r"^(?:[\w:<>&*]+ )+[\w:]+\(.*\) (?:const )?\{$|^VRL_PLUGIN_INFO|^class ", code, re.MULTILINE)
-            includes = re.findall(r"^#include .*\n", code, re.MULTILINE)
+            if not re.search(r"^\.\.\.$", declared, re.MULTILINE):
+                declared += "void Fragment() {\n...\n}\n"
+            code = re.sub(r"^\.\.\.$", lambda _: code, declared, flags=re.MULTILINE)
+            includes = "".join(re.findall(r"^#include .*\n", code, re.MULTILINE))
             code = re.sub(r"^#include .*\n|^using namespace .*\n", "", code, flags=re.MULTILINE)
-            body = f"void Fragment() {{\n{code}}}\n" if is_body else code
-            parts.append(f"{''.join(includes)}namespace fragment{number} {{\nusing namespace vorlund;\n{declared}{body}}}\n")
+            parts.append(f"{includes}namespace fragment{number} {{\nusing namespace vorlund;\n{code}}}\n")
         before = "#include <vorlund/All.h>\n#include <cstdio>\n#include <atomic>\n"
         self.compile(before + "".join(parts), f"a fragment of {what}", "-fsyntax-only")
 

@@ -1,8 +1,8 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Shows every page of the site in Chromium. usage: tests/docs/show_site.py HTML-FOLDER PICTURES-FOLDER
 
 Makes a picture of each page in two widths, dark ones of the first page, and tries the search. It fails for a script or a
-file that fails, for a page that is wider than its window, and for a search without a result.
+file that fails, for a page that is wider than its window, and for a search without a result. Selenium is that of Debian.
 """
 import pathlib
 import sys
@@ -51,8 +51,9 @@ def search(browser, site, text):
     browser.find_element(By.ID, "MSearchField").send_keys(text)
 
     def results(it):
-        frames = it.find_elements(By.CSS_SELECTOR, "#MSearchResults .SRResult .SRSymbol")
-        return [frame.text for frame in frames if frame.is_displayed()]
+        it.switch_to.default_content()
+        it.switch_to.frame(it.find_element(By.ID, "MSearchResults"))
+        return [row.text for row in it.find_elements(By.CSS_SELECTOR, ".SRResult .SRSymbol") if row.is_displayed()]
 
     return WebDriverWait(browser, LIMIT).until(results)
 
