@@ -35,6 +35,7 @@ set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "${about}This package has the library. It d
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "vorlund (= ${PROJECT_VERSION}), libxcb1")
 vorlund_shared_library_package(RUNTIME libvorlund ${VORLUND_SOVERSION})
 if(TARGET vorlund_c)
+    get_target_property(VORLUND_C_SOVERSION vorlund_c SOVERSION)
     list(APPEND VORLUND_DEBIAN_NAMES c:libvorlund-c${VORLUND_C_SOVERSION})
     set(CPACK_DEBIAN_C_PACKAGE_NAME libvorlund-c${VORLUND_C_SOVERSION})
     set(CPACK_DEBIAN_C_PACKAGE_SECTION libs)

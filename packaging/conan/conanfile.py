@@ -9,6 +9,7 @@ from conan.tools.files import copy
 
 # The options of the recipe, what each needs, and what CMake calls them.
 PARTS = {
+    "c": ("VORLUND_BUILD_C", []),
     "tools": ("VORLUND_BUILD_TOOLS", ["cli11/2.3.2", "eigen/3.4.0", "stb/cci.20230920"]),
     "plugins": ("VORLUND_BUILD_PLUGINS", []),
     "xcb": ("VORLUND_WITH_XCB", ["xorg/system"]),

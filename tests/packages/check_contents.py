@@ -22,12 +22,14 @@ SYSTEM = {
     "win32": r"(kernel32|user32|winmm|advapi32|ole32|shell32|msvcrt)\.dll|lib(stdc\+\+-6|gcc_s_dw2-1|winpthread-1)\.dll|vorlund\.dll",
 }
 SYSTEM["win64"] = SYSTEM["win32"].replace("dw2", "seh")
-CORE = re.compile(r"(lib)?vorlund(-c)?(\.so\.[\d.]+|\.dll)")
+CORE = re.compile(r"(lib)?vorlund(-c(-\d+)?)?(\.so\.[\d.]+|\.dll)")
 # Of each package, or of the zip: files that must be there.
 WANTED = {
     "deb": {
         "libvorlund0.1": ["usr/lib/*/libvorlund.so.0.1", "usr/lib/*/libvorlund.so.0.1.0"],
+        "libvorlund-c1": ["usr/lib/*/libvorlund-c.so.1"],
         "libvorlund-dev": [
+            "usr/include/vorlund_c.h", "usr/include/vorlund_c/base.h", "usr/lib/*/libvorlund-c.so", "usr/lib/*/pkgconfig/vorlund-c.pc",
             "usr/include/vorlund/Vorlund.h", "usr/include/vorlund/Version.h", "usr/lib/*/libvorlund.so",
             "usr/lib/*/cmake/Vorlund/VorlundConfig.cmake", "usr/lib/*/cmake/Vorlund/VorlundPlugin.cmake",
             "usr/lib/*/pkgconfig/vorlund.pc", "usr/share/doc/libvorlund-dev/examples/hello/hello.cpp",
@@ -38,7 +40,8 @@ WANTED = {
            ("audio", "image", "measure", "resample", "sndfile", "system-codecs", "visual", "window-output", "y4m")],
     },
     "zip": ["bin/vorlund.exe", "bin/vorlund.dll", "bin/vorlund-plugin-scan.exe", "bin/libstdc++-6.dll",
-            "lib/libvorlund.dll.a", "lib/vorlund.lib", "lib/cmake/Vorlund/toolchain.cmake", "lib/pkgconfig/vorlund.pc",
+            "lib/libvorlund.dll.a", "lib/vorlund.lib",
+            "bin/vorlund-c-1.dll", "lib/libvorlund-c.dll.a", "lib/vorlund-c.lib", "lib/vorlund_c.def", "include/vorlund_c.h", "lib/cmake/Vorlund/toolchain.cmake", "lib/pkgconfig/vorlund.pc",
             "include/vorlund/Vorlund.h", "doc/README.md", "doc/docs/packages.md", "doc/examples/hello/hello.cpp", "README.txt"]
     + [f"lib/vorlund/plugins/{name}.dll" for name in
        ("audio", "image", "measure", "resample", "sndfile", "system-codecs", "visual", "window-output", "y4m",

@@ -3,6 +3,7 @@
 get_filename_component(SOURCE_PATH "${CURRENT_PORT_DIR}/../../.." ABSOLUTE)
 
 vcpkg_check_features(OUT_FEATURE_OPTIONS features FEATURES
+    c VORLUND_BUILD_C
     tools VORLUND_BUILD_TOOLS
     plugins VORLUND_BUILD_PLUGINS
     xcb VORLUND_WITH_XCB
