@@ -4,6 +4,8 @@ if(PROJECT_IS_TOP_LEVEL)
     set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
     if(NOT CMAKE_BUILD_TYPE)
         set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+        # As in the presets.
+        set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG" CACHE STRING "" FORCE)
     endif()
     # One folder for programs and shared libraries: Windows programs find their DLLs beside themselves, and on
     # ELF a run path of $ORIGIN does the same.
@@ -14,6 +16,15 @@ if(PROJECT_IS_TOP_LEVEL)
     set(CMAKE_CXX_EXTENSIONS OFF)
     # Another compiler or level of optimisation warns of other things: a stranger's build goes on.
     set(CMAKE_COMPILE_WARNING_AS_ERROR ${VORLUND_WARNINGS_AS_ERRORS})
+endif()
+
+if(VORLUND_PACKAGING)
+    # Stripped by the linker: `strip` writes the time into files for Windows.
+    add_link_options(-s)
+    if(NOT WIN32)
+        # As Debian's own packages are linked.
+        add_link_options(LINKER:-z,relro,-z,now)
+    endif()
 endif()
 
 # Interface target with the language level and the arithmetic rules. Results of float arithmetic are part of the

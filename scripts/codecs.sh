@@ -36,7 +36,7 @@ fi
 [[ -z $cached ]] || exit 1
 
 # Sets `libraries`, what is built in a few words; `packages`, the source packages; `sources`, a row for each: its name, its
-# archive and the archive's sum; and `build_libraries`.
+# archive, the archive's sum and its licence in the words of SPDX; and `build_libraries`.
 # shellcheck source=scripts/codecs/sounds.sh
 source "$recipe"
 
@@ -73,20 +73,30 @@ apt_source() {
 has_archives() {
     local name archive sum
     for row in "${sources[@]}"; do
-        read -r name archive sum <<<"$row"
+        read -r name archive sum _ <<<"$row"
         sha256sum --status --check <<<"$sum  $cache/codec-sources/$archive" 2>/dev/null || return 1
     done
 }
 
+# note_source NAME ARCHIVE SUM LICENCE PATCHES: a row of the list of what the libraries are made from: name, version with
+# the revision of Debian whose corrections were applied, archive, sum, licence.
+note_source() {
+    local version=${2#*_} patches=${5##*/}
+    version=${version%.orig.*}
+    if [[ -n $patches ]]; then version=${patches#*_} version=${version%.debian.tar.*}; fi
+    printf '%s\t%s\t%s\t%s\t%s\n' "$1" "$version" "$2" "$3" "$4" >>"$result/licences/sources.tsv"
+}
+
 # unpack NAME: the sources of a package in $work/NAME.
 unpack() {
-    local row name archive sum patches
+    local row name archive sum licence patches
     for row in "${sources[@]}"; do
-        read -r name archive sum <<<"$row"
+        read -r name archive sum licence <<<"$row"
         [[ $name == "$1" ]] || continue
         mkdir "$work/$name"
         tar -xf "$cache/codec-sources/$archive" --strip-components=1 -C "$work/$name"
         patches=$(find "$cache/codec-sources" -name "${archive%.orig.*}-*.debian.tar.*" | sort -V | tail -n 1)
+        note_source "$name" "$archive" "$sum" "$licence" "$patches"
         if [[ -z $patches ]]; then
             echo "codecs: without Debian's corrections of $name, which the mirror lacks"
             continue
@@ -99,7 +109,9 @@ unpack() {
     done
 }
 
-flags="-O2 -g0 -fno-stack-protector -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=0"
+# Neither the folder nor the time of the build goes into the libraries.
+flags="-O2 -g0 -fno-stack-protector -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=0 -ffile-prefix-map=$work=."
+export SOURCE_DATE_EPOCH=1686355200
 jobs=$(nproc)
 
 # by_cmake FOLDER OPTION...
@@ -136,11 +148,11 @@ TOOLCHAIN
     has_archives || apt_source "${packages[@]}"
     has_archives || { echo "codecs: the source packages cannot be had"; return 1; }
     local row name
+    mkdir -p "$result/licences"
     for row in "${sources[@]}"; do unpack "${row%% *}"; done
 
     build_libraries
 
-    mkdir -p "$result/licences"
     local file
     for row in "${sources[@]}"; do
         name=${row%% *}

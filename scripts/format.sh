@@ -12,5 +12,5 @@ if [[ $version != 14 ]]; then
     exit 1
 fi
 # Groups small enough that the last one does not leave a processor waiting.
-find bench examples fuzz include plugins src tests tools \( -name '*.h' -o -name '*.cpp' \) -print0 |
+find bench bindings examples fuzz include plugins src tests tools \( -name '*.h' -o -name '*.cpp' \) -print0 |
     xargs -0 -P "$(nproc)" -n 40 clang-format "${options[@]}"

@@ -23,8 +23,12 @@ vorlund_packages() {
     local levels="libebur128-dev"
     # What scripts/codecs.sh builds libraries for Windows with.
     local codecs="bzip2 make patch pkgconf xz-utils"
-    # Checks of form and of the binary interface.
-    local checks="clang-format clang-tidy abigail-tools xz-utils git"
+    # Clients and plug-ins in Pascal and C#, and those of compilers with the binary interface of Microsoft's.
+    local others="fp-compiler mono-mcs mono-runtime" microsoft="clang lld llvm"
+    # Checks of form and of the binary interface, and the other compiler of the C interface.
+    local checks="clang clang-format clang-tidy abigail-tools xz-utils git"
+    # What reads the manual pages and the completions of the program.
+    local readers="fish man-db mandoc zsh"
     # The site, and what looks at it.
     local site="doxygen doxygen-awesome-css python3" browser="chromium chromium-driver fonts-dejavu-core python3-selenium"
     # What ./run --bench compares with.
@@ -32,7 +36,17 @@ vorlund_packages() {
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
     # A display for the tests of windows, and what windows on Linux are built with.
     local windows="openbox xvfb libxcb1-dev libxcb-xtest0-dev"
+    # What is in every package, and the compiler of each zip.
+    local packages="$build python3 git" mingw32="g++-mingw-w64-i686-posix" mingw64="g++-mingw-w64-x86-64-posix"
     case $1 in
+    package-deb) echo "$packages dpkg-dev file $sounds $rates $sound_output $pictures $levels libxcb1-dev" ;;
+    package-win32) echo "$packages $codecs llvm $mingw32" ;;
+    package-win64) echo "$packages $codecs llvm $mingw64" ;;
+    packages)
+        # Both word sizes of Windows under Wine, and what makes roots of Debian.
+        echo "$packages dpkg-dev file $sounds $rates $sound_output $pictures $levels libxcb1-dev $codecs llvm $mingw32 $mingw64"
+        echo "ccache debootstrap flac lame lintian wine wine32:i386 wine64 xvfb"
+        ;;
     site) echo "$site" ;;
     site-pictures) echo "$site $browser" ;;
     run-linux) echo "$build" ;;
@@ -45,14 +59,14 @@ vorlund_packages() {
     bench-win32) echo "$build $codecs g++-mingw-w64-i686-posix wine wine32:i386 python3 util-linux" ;;
     run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;
     # wine64 as well: the tests' Wine prefix serves both word sizes.
-    win32) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
-    win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
+    win32) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 $microsoft g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
+    win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 $microsoft g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
     linux-arm64) echo "$tests $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
-    linux) echo "$tests $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks $site" ;;
+    linux) echo "$tests $others $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks $readers $site" ;;
     linux-asan | linux-tsan) echo "$tests $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools" ;;
     linux32-asan) echo "$tests $video_tools libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;
-    linux-coverage) echo "$tests $recordings $windows $video_tools gcovr" ;;
+    linux-coverage) echo "$tests $others $recordings $windows $video_tools gcovr" ;;
     linux-fuzz) echo "g++ cmake ninja-build clang libclang-rt-14-dev $pictures" ;;
     *) return 1 ;;
     esac

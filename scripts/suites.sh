@@ -11,7 +11,7 @@
 part_targets=(linux-tsan win64 linux-arm64 linux32-asan)
 # And those that a longer run takes whole.
 part_targets_unless_all=(linux-asan)
-part_programs=(vorlund_smoke vorlund_part_tests fuzz/all)
+part_programs=(vorlund_smoke vorlund_part_tests vorlund_c_tests fuzz/all)
 # Of the sanitizers the inner suites too; of the others, which are released, what users have.
 part_programs_sanitized=(vorlund_internal_part_tests vorlund_soak)
 part_programs_released=(vorlund_real_files examples/all)
@@ -185,10 +185,12 @@ real_files() {
 
 replay_corpus() { on_target "$folder/bin/fuzz_$1$exe" "fuzz/corpus/$1"; }
 
-# Runs an example in the folder of its data.
+# Runs an example in the folder of its data, and compares what it prints with what it should, where that is kept.
 example() {
-    local folder=$PWD/$folder
-    (cd examples/data && on_target "$folder/bin/example_$1$exe" </dev/null)
+    local folder=$PWD/$folder printed
+    printed=$(cd examples/data && on_target "$folder/bin/example_$1$exe" </dev/null) || return
+    echo "$printed"
+    [[ ! -e examples/$1/expected.txt ]] || diff "examples/$1/expected.txt" <(tr -d '\r' <<<"$printed")
 }
 
 # ctest has an entry for every case of the test programs and more, and its entries work.
@@ -300,17 +302,18 @@ test_target() {
     step smoke on_target "$folder/bin/vorlund_smoke$exe" examples/data/strings.wav
     if [[ $target == win* ]]; then step "windows names" on_target "$folder/bin/vorlund_windows_names$exe"; fi
     if takes_part "$target"; then
-        programs=(vorlund_part_tests)
+        programs=(vorlund_part_tests vorlund_c_tests)
         if is_sanitized "$target"; then
             programs+=(vorlund_internal_part_tests)
         fi
     else
         # The plug-ins that could be built.
-        for program in vorlund_audio_tests vorlund_image_tests vorlund_measure_tests vorlund_resample_tests vorlund_sndfile_tests vorlund_system_codecs_tests vorlund_visual_tests vorlund_y4m_tests; do
+        for program in vorlund_audio_tests vorlund_c_tests vorlund_image_tests vorlund_measure_tests vorlund_resample_tests vorlund_sndfile_tests vorlund_system_codecs_tests vorlund_visual_tests vorlund_y4m_tests; do
             [[ ! -e $folder/bin/$program$exe ]] || programs+=("$program")
         done
     fi
     gtest_programs "${programs[@]}"
+    [[ ! -e $folder/bin/vorlund_c_plain ]] || step "C by Clang" on_target "$folder/bin/vorlund_c_plain"
     # What the tests of the encoders have written.
     [[ ! -d $folder/bin/sndfile-encoded ]] || step encoded tests/plugins/sndfile/check_encoded.py "$folder/bin/sndfile-encoded"
     # The emulator's own memory, which grows with the code that it translates, is that of the process.
@@ -325,6 +328,7 @@ test_target() {
         done <"$folder/examples.txt"
         step "real files" real_files
         step exports scripts/exports.sh --check "$target" "$folder"
+        step "C interface" tests/bindings/c/check_interface.py "$target" "$folder"
     fi
     if takes_part "$target"; then
         row "a part, built in $built s, tested in $((SECONDS - start)) s"
@@ -342,6 +346,8 @@ test_target() {
         step failures tests/abi/check_failures.py
         step pages tests/docs/check_pages.py
         step readme tests/docs/check_readme.py "$folder"
+        step comfort tests/comfort/check_examples.py "$folder"
+        step "program pages" tests/cli/check_program_pages.py "$folder"
         step "code in pages" tests/docs/check_blocks.py "$folder"
         step site scripts/site.sh
         step "test names" tests/check_names.py

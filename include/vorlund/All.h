@@ -67,6 +67,7 @@
 #include <vorlund/PluginInfo.h>
 #include <vorlund/PluginReport.h>
 #include <vorlund/PluginStore.h>
+#include <vorlund/PluginTable.h>
 #include <vorlund/PropertyPage.h>
 #include <vorlund/PtrObject.h>
 #include <vorlund/RandomGenerator.h>

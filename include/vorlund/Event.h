@@ -82,6 +82,17 @@ public:
     /// The same for at most `seconds`. Raises `CTimeoutException` "Timeout".
     static void WaitAll(float seconds, int count, ...);
 
+    /// The same two with whole seconds, which would be ambiguous: `WaitOne(1, 2, &a, &b)`. Since version 0.1.
+    template <std::integral TSeconds, std::integral TCount, std::convertible_to<CEvent*>... TEvents>
+    requires(sizeof...(TEvents) > 0) static unsigned int WaitOne(TSeconds seconds, TCount count,
+                                                                 TEvents... events) {
+        return WaitOne(static_cast<float>(seconds), static_cast<int>(count), static_cast<CEvent*>(events)...);
+    }
+    template <std::integral TSeconds, std::integral TCount, std::convertible_to<CEvent*>... TEvents>
+    requires(sizeof...(TEvents) > 0) static void WaitAll(TSeconds seconds, TCount count, TEvents... events) {
+        WaitAll(static_cast<float>(seconds), static_cast<int>(count), static_cast<CEvent*>(events)...);
+    }
+
     /// Starts an asynchronous wait for this event: a thread of its own calls `cb` whenever the event is set,
     /// again and again while it stays set, until the wait is stopped. So a callback resets the event or stops
     /// the wait.

@@ -13,6 +13,7 @@ namespace vorlund {
 
 class CClassStore;
 class CCodecClassStore;
+class CDeviceClassStore;
 class IObject;
 struct TFailure;
 
@@ -33,6 +34,13 @@ VRL_API CClassStore& ClassStore();
 
 /// `v`'s codec class store.
 VRL_API CCodecClassStore& CodecClassStore();
+
+/// Registers a class with `v`'s class store, as `CClassStore::RegisterClassVrl` does. Not exported, as the
+/// next one: for the classes that plug-ins bring in tables.
+void RegisterClass(const CId& classId, const wchar* name, IObject* (*factory)());
+
+/// `v`'s device class store.
+CDeviceClassStore& DeviceClassStore();
 
 /// The calling thread's number, which is 0 for no thread. Since version 0.1.
 VRL_API unsigned int ThreadNumber();

@@ -23,7 +23,8 @@ struct alignas(8) TPluginInfoRecord {
     char mark[8];
     /// Of the record, in bytes.
     std::uint32_t size;
-    /// `VORLUND_VERSION` of the headers that the plug-in was compiled with.
+    /// `VORLUND_VERSION` of the headers that the plug-in was compiled with; 0 for one that uses nothing of
+    /// the library but a table (PluginTable.h).
     std::int32_t libraryVersion;
     /// UTF-8, each ended by a zero: the plug-in's name, its own version, and its licence as SPDX names it.
     char name[64];
@@ -36,12 +37,13 @@ inline constexpr std::string_view kPluginInfoMark{"VRLINFO\0", 8};
 
 /// Whether a plug-in that was built for version `plugin` of the library runs with version `library`; both
 /// as `VORLUND_MAKE_VERSION` makes them. It does when the major numbers are equal, and while these are 0 the
-/// minor numbers too, and `plugin` is not the later one. Since version 0.1.
+/// minor numbers too, and `plugin` is not the later one. 0 stands for a plug-in with a table alone, which has
+/// a version of its own: it runs with every version. Since version 0.1.
 constexpr bool IsPluginCompatible(std::int32_t plugin, std::int32_t library) noexcept {
     constexpr std::int32_t kMajor = VORLUND_MAKE_VERSION(1, 0, 0);
     constexpr std::int32_t kMinor = VORLUND_MAKE_VERSION(0, 1, 0);
     const std::int32_t unit = library < kMajor ? kMinor : kMajor;
-    return plugin >= 0 && plugin <= library && plugin / unit == library / unit;
+    return plugin == 0 || (plugin > 0 && plugin <= library && plugin / unit == library / unit);
 }
 
 /// The record of a plug-in; a text that is too long does not compile. For `VRL_PLUGIN_INFO`. Since version

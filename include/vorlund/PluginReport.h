@@ -41,7 +41,7 @@ enum TPluginOutcome {
     /// The system does not load it. `code`: the system's error number on Windows, 0 elsewhere. `detail`: the
     /// system's own reason.
     PLUGIN_NOT_LOADABLE,
-    /// It lacks an entry. `detail`: which.
+    /// It lacks an entry, or has a table (PluginTable.h) and neither of them. `detail`: which.
     PLUGIN_NO_ENTRY,
     /// Its init entry returned false.
     PLUGIN_DECLINED,
@@ -70,6 +70,8 @@ enum TPluginOutcome {
     /// It was built for a version of the library that does not fit this one (`IsPluginCompatible`). `detail`:
     /// for which.
     PLUGIN_INCOMPATIBLE,
+    /// Its table (PluginTable.h) cannot be used; nothing of it is registered. `detail`: why.
+    PLUGIN_BAD_TABLE,
 };
 
 /// What a plug-in can register. Since version 0.1.
@@ -109,7 +111,8 @@ struct TPluginReport {
     CString name;
     CString version;
     CString licence;
-    /// The version of the library that it was built for, as `VORLUND_MAKE_VERSION` makes it.
+    /// The version of the library that it was built for, as `VORLUND_MAKE_VERSION` makes it; 0 when it uses
+    /// nothing of it but a table (PluginTable.h).
     std::int32_t libraryVersion = 0;
     /// The libraries that its init entry has named, separated by ", ".
     CString libraries;

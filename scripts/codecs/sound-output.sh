@@ -2,7 +2,7 @@
 # SDL 2 with nothing but its audio, a DLL. Sourced by scripts/codecs.sh.
 libraries="SDL 2"
 packages=(libsdl2)
-sources=("libsdl2 libsdl2_2.26.5+dfsg.orig.tar.gz b3f2c822151804125d08db94c65852f711c2e5df2145a59da120748dc32eb9c3")
+sources=("libsdl2 libsdl2_2.26.5+dfsg.orig.tar.gz b3f2c822151804125d08db94c65852f711c2e5df2145a59da120748dc32eb9c3 Zlib")
 
 build_libraries() {
     local part

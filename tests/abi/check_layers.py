@@ -36,6 +36,7 @@ FLOORS = {
     "devices": "AudioClip Bitmap Device DeviceClassStore MediaControl MediaObjects PropertyPage VideoClip VideoOutput VideoWindow WindowEvents WindowedOutput",
     "devices/audio": "AudioDevices AudioInput AudioOutput AudioPort AudioSystem MediaClock",
     "serial": "BufferedReader CharFormat LineReader Reader TextReader TextWriter VarReader VarWriter Writer",
+    "api/tables": "PluginTable",
     "api/plugins": "Plugin PluginInfo PluginReport PluginStore",
     "api/isolation": "IsolatedDecoder",
     "api": "All ClassStore ObjectServices Session Vorlund",

@@ -31,7 +31,8 @@ TEST_F(RecordOnTerminal, EveryEndLeavesAWholeFile) {
     for (const auto& end : ends) {
         CChildProcess program("vorlund", RecordNull());
         const std::string before = program.GetFirstTerminalSettings();
-        ASSERT_TRUE(program.WaitForTerminal("Recording  0:00.5"));
+        // A machine with much to do leaves out tenths.
+        ASSERT_TRUE(program.WaitForTerminal("Recording  0:01."));
         ExpectRaw(program, before);
         end(program);
         const TChildEnd done = program.Wait();
@@ -47,7 +48,7 @@ TEST_F(RecordOnTerminal, EveryEndLeavesAWholeFile) {
 
 TEST_F(RecordOnTerminal, ShowsTimeAndLevel) {
     CChildProcess program("vorlund", RecordNull());
-    ASSERT_TRUE(program.WaitForTerminal("Recording  0:00.3"));
+    ASSERT_TRUE(program.WaitForTerminal("Recording  0:00."));
     program.Type(" ");
     ASSERT_TRUE(program.WaitForTerminal("Paused     0:00."));
     const std::size_t paused = program.GetTerminal().size();
@@ -72,7 +73,7 @@ TEST_F(RecordOnTerminal, KilledItLeavesAllButTheLastSecond) {
 
 TEST_F(RecordOnTerminal, InterruptedPipeHasItsSound) {
     CChildProcess program("vorlund", OnTerminal({"record", "--device", "null", "-o", "-", "--rate", "8000"}));
-    ASSERT_TRUE(program.WaitForTerminal("Recording  0:00.5"));
+    ASSERT_TRUE(program.WaitForTerminal("Recording  0:01."));
     program.Type("q");
     const TChildEnd end = program.Wait();
     EXPECT_TRUE(end.IsSuccess());

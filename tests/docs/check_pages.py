@@ -116,7 +116,7 @@ def check_index(pages):
 def check_suites():
     """The table of suites has every suite that ./test runs, and no other."""
     page = "docs/test-times.md"
-    scripts = read("scripts/suites.sh") + re.search(r"^soak_steps\(\) {.*?^}", read("scripts/soak.sh"), re.M | re.S)[0]
+    scripts = read("scripts/suites.sh") + read("scripts/packages.sh") + re.search(r"^soak_steps\(\) {.*?^}", read("scripts/soak.sh"), re.M | re.S)[0]
     steps = re.findall(r"^[^#\n]*\b(?:step) (\"[^\"]+\"|[\w-]+)", scripts, re.MULTILINE)
     # What every target runs, and what some add.
     lists = re.findall(r"^ +(?:(?:local -a )?programs\+?=\((.*)\)|for program in (.*); do)$", scripts, re.MULTILINE)

@@ -11,7 +11,8 @@
   before it, <!-- cpp DECLARATIONS -->, which readers do not see. With a line "..." in that, the fragment stands there instead.
 
 Two kinds of command would take too long and are stood in for: ./run, by the program that it builds, and the build of the
-whole tree, by a configuration and a dry run.
+whole tree, by a configuration and a dry run. So is what installs packages: their names are compared with what ./package
+makes and with scripts/setup.sh; ./test --packages installs them. A song as MP3 is made where a command wants one.
 """
 import os
 import re
@@ -23,7 +24,7 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 # As in scripts/suites.sh: a hang fails instead of blocking.
 LIMIT = 300
-BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$|^\| `(build/linux/bin/[^`]+)` \|", re.MULTILINE | re.DOTALL)
+BLOCK = re.compile(r"^```(\w+)(?: \w+)?\n(.*?)^```$|^\| `(build/linux/bin/[^`]+)` \|", re.MULTILINE | re.DOTALL)
 HIDDEN = re.compile(r"<!-- cpp\n((?:(?!-->).)*)-->\s*\Z", re.DOTALL)
 ENDINGS = {"cpp": ".cpp", "c": ".c", "cmake": "CMakeLists.txt", "python": ".py"}
 FAILURES = ("Exception: ", "vorlund: Cannot ")
@@ -65,6 +66,23 @@ class Sandbox:
     def can_show(self):
         return "DISPLAY" in os.environ and any((self.build / "bin/vorlund-plugins").glob("window-output.*"))
 
+    def check_packages(self, names):
+        """What an `apt install` names: packages of ours in this version, or some that scripts/setup.sh installs for them."""
+        version = re.search(r"project\(Vorlund VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text())[1]
+        minor = version.rsplit(".", 1)[0]
+        ours = {f"./{name}_{version}_amd64.deb" for name in (f"libvorlund{minor}", "libvorlund-dev", "vorlund")}
+        needed = self.run("source scripts/setup.sh && vorlund_packages package-deb", ROOT)[0].split()
+        for name in names:
+            if name not in ours and name not in needed:
+                self.complain(f"apt install {name}: there is no such package of ours, and scripts/setup.sh does not need it")
+
+    def has_song(self):
+        """Makes the MP3 that is decoded, once."""
+        song = self.folder / "song.mp3"
+        if not song.exists() and shutil.which("lame") and (self.build / "bin/vorlund-plugins/sndfile.so").exists():
+            self.run(f"lame --quiet {ROOT}/examples/data/strings.wav {song}")
+        return song.exists()
+
     def play(self, command, expected):
         """Runs one command; `expected` is what it prints, or None when the page does not say."""
         if " window" in command and not self.can_show():
@@ -75,12 +93,19 @@ class Sandbox:
             for name, value in (word.split("=") for word in match[1].split()):
                 self.environment[name] = value.replace("$HOME", self.environment["HOME"])
             return
-        if command.startswith("cmake --preset"):
+        if match := re.fullmatch(r"sudo apt install (.*)", command):
+            self.check_packages(match[1].split())
+            return
+        if " song.mp3 " in command and not self.has_song():
+            print("(left out: no lame, or no plug-in sndfile)")
+            return
+        command = re.sub(r"^(build/release/bin/)?vorlund ", "build/linux/bin/vorlund ", command)
+        if re.match(r"cmake (--preset|-G Ninja -B build/release)", command):
             # The tree that is configured is the real one; its build folder is not.
             tree = self.folder / "configured"
             shutil.rmtree(tree, ignore_errors=True)
-            output, status = self.run(f"{command} -B {tree}", ROOT)
-        elif command == "cmake --build --preset linux":
+            output, status = self.run(f"{command.replace(' -B build/release', '')} -B {tree}", ROOT)
+        elif command in ("cmake --build --preset linux", "cmake --build build/release"):
             output, status = self.run(f"cmake --build {self.folder}/configured -- -n", ROOT)
         else:
             command = re.sub(r"^\./run ", "build/linux/bin/vorlund decode ", command)

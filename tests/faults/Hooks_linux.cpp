@@ -169,10 +169,11 @@ const std::set<std::string> kUnfailing{
     "___tls_get_addr", "__stack_chk_fail",
     // Values.
     "__libc_single_threaded", "__divdi3", "__moddi3", "__udivdi3", "__umoddi3", "__errno_location",
-    "clock_gettime", "__clock_gettime64", "dirfd", "fileno", "fmod", "frexp", "ldexp", "sqrt", "getpgrp",
-    "tcgetpgrp", "ioctl", "memchr", "memcmp", "memcpy", "memmove", "memset", "strcmp", "strlen", "snprintf",
-    "wcrtomb", "pthread_self", "sigaddset", "sigemptyset", "stderr", "stdout", "setvbuf", "fwide", "fcntl",
-    "fcntl64", "__fcntl_time64", "environ", "ferror", "geteuid", "getpid", "towupper", "sigfillset",
+    "clock_gettime", "__clock_gettime64", "dirfd", "fileno", "fmod", "frexp", "ldexp", "lround", "llround",
+    "sqrt", "getpgrp", "tcgetpgrp", "ioctl", "memchr", "memcmp", "memcpy", "memmove", "memset", "strcmp",
+    "strlen", "snprintf", "wcrtomb", "pthread_self", "sigaddset", "sigemptyset", "stderr", "stdout",
+    "setvbuf", "fwide", "fcntl", "fcntl64", "__fcntl_time64", "environ", "ferror", "geteuid", "getpid",
+    "towupper", "sigfillset",
     // Waiting and ending.
     "flockfile", "funlockfile", "nanosleep", "__nanosleep64", "poll", "pthread_join", "pthread_mutex_lock",
     "pthread_mutex_unlock", "pthread_sigmask", "raise", "syscall", "syslog", "closedir", "remove", "dlclose",

@@ -118,6 +118,10 @@ std::vector<THook> MakeHooks() {
                 Thread, FALSE, ERROR_NOT_ENOUGH_MEMORY),
             Failing<"CreateThreadpoolWork", decltype(&CreateThreadpoolWork)>(
                 Thread, static_cast<PTP_WORK>(nullptr), ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"CreateThreadpoolWait", decltype(&CreateThreadpoolWait)>(
+                Thread, static_cast<PTP_WAIT>(nullptr), ERROR_NOT_ENOUGH_MEMORY),
+            Failing<"CreateNamedPipeW", decltype(&CreateNamedPipeW)>(Process, INVALID_HANDLE_VALUE,
+                                                                     ERROR_NOT_ENOUGH_MEMORY),
             Failing<"CreateProcessW", decltype(&CreateProcessW)>(Process, FALSE, ERROR_NOT_ENOUGH_MEMORY),
             Failing<"InitializeProcThreadAttributeList", decltype(&InitializeProcThreadAttributeList)>(
                 Process, FALSE, ERROR_NOT_ENOUGH_MEMORY),
@@ -160,17 +164,19 @@ const std::set<std::string> kUnfailing{
     "DisableThreadLibraryCalls", "VirtualProtect", "VirtualQuery", "TlsGetValue", "RtlAddFunctionTable",
     "RtlCaptureContext", "RtlLookupFunctionEntry", "RtlUnwindEx", "RtlVirtualUnwind",
     // Values.
-    "__divdi3", "__udivdi3", "__udivmoddi4", "__mb_cur_max", "_errno", "_iob", "__iob_func", "_fileno",
-    "_get_osfhandle", "_isatty", "atoi", "fputc", "localeconv", "setlocale", "memchr", "memcmp", "memcpy",
-    "memmove", "memset", "setvbuf", "strchr", "strerror", "strlen", "strncmp", "vfprintf", "wcslen",
-    "_strdup", "_lock_file", "_unlock_file", "___lc_codepage_func", "___mb_cur_max_func",
-    "GetConsoleOutputCP", "GetCurrentProcess", "GetCurrentThreadId", "GetFileType", "GetLastError",
-    "FormatMessageW", "GetModuleHandleA", "GetModuleHandleW", "GetModuleHandleExW", "IsDBCSLeadByteEx",
-    "MultiByteToWideChar", "WideCharToMultiByte", "OutputDebugStringW", "DebugBreak", "SetThreadErrorMode",
-    "AdjustWindowRect", "SetWindowLongW", "SetWindowLongPtrW", "SetWindowPos", "SetWindowTextW", "ShowWindow",
-    "UpdateWindow", "UnregisterClassW", "MessageBoxW", "SendMessageW", "DefWindowProcW", "DestroyWindow",
-    "PostQuitMessage", "LoadLibraryA", "SetUnhandledExceptionFilter", "__doserrno", "ferror", "fputwc",
-    "fwprintf", "towupper", "GetExitCodeProcess",
+    "__divdi3", "__udivdi3", "__udivmoddi4", "__divmoddi4", "__umoddi3", "GetCommandLineW",
+    "GetCurrentProcessId", "GetTickCount", "QueryPerformanceCounter", "QueryPerformanceFrequency",
+    "pthread_self", "CharLowerW", "GetClientRect", "GetKeyState", "MapVirtualKeyW", "__mb_cur_max", "_errno",
+    "_iob", "__iob_func", "_fileno", "_get_osfhandle", "_isatty", "atoi", "fputc", "localeconv", "setlocale",
+    "memchr", "memcmp", "memcpy", "memmove", "memset", "setvbuf", "strchr", "strerror", "strlen", "strncmp",
+    "vfprintf", "wcslen", "_strdup", "_lock_file", "_unlock_file", "___lc_codepage_func",
+    "___mb_cur_max_func", "GetConsoleOutputCP", "GetCurrentProcess", "GetCurrentThreadId", "GetFileType",
+    "GetLastError", "FormatMessageW", "GetModuleHandleA", "GetModuleHandleW", "GetModuleHandleExW",
+    "IsDBCSLeadByteEx", "MultiByteToWideChar", "WideCharToMultiByte", "OutputDebugStringW", "DebugBreak",
+    "SetThreadErrorMode", "AdjustWindowRect", "SetWindowLongW", "SetWindowLongPtrW", "SetWindowPos",
+    "SetWindowTextW", "ShowWindow", "UpdateWindow", "UnregisterClassW", "MessageBoxW", "SendMessageW",
+    "DefWindowProcW", "DestroyWindow", "PostQuitMessage", "LoadLibraryA", "SetUnhandledExceptionFilter",
+    "__doserrno", "ferror", "fputwc", "fwprintf", "towupper", "GetExitCodeProcess",
     // Waiting and ending.
     "CloseHandle", "FindClose", "FreeLibrary", "FreeLibraryAndExitThread", "AcquireSRWLockExclusive",
     "ReleaseSRWLockExclusive", "SleepConditionVariableSRW", "WakeConditionVariable",
@@ -182,7 +188,10 @@ const std::set<std::string> kUnfailing{
     "timeBeginPeriod", "timeEndPeriod", "timeKillEvent", "pthread_mutex_trylock", "sched_yield",
     "CloseThreadpool", "CloseThreadpoolWork", "SetThreadpoolThreadMaximum", "SubmitThreadpoolWork",
     "WaitForThreadpoolWorkCallbacks", "DeleteProcThreadAttributeList", "ResumeThread", "TerminateJobObject",
-    "TerminateProcess"};
+    "TerminateProcess", "LocalFree", "PeekMessageW", "CloseThreadpoolWait", "SetThreadpoolWait",
+    "WaitForThreadpoolWaitCallbacks",
+    // Of a transfer that has begun: it is the pipe that fails.
+    "CancelIoEx", "GetOverlappedResult"};
 
 } // namespace
 

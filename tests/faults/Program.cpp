@@ -1,9 +1,9 @@
 // The subcommands of the program. A run under fault either gives the whole output and 0, or says that it
 // failed and leaves no output behind; all of it only when its report could not be printed.
-#include "faults/Program.h"
+#include "faults/ProgramRun.h"
 
 #include "faults/FaultPoints.h"
-#include "faults/Scenario.h"
+#include "faults/Program.h"
 #include "support/ChildProcess.h"
 #include "support/DebugRecorder.h"
 
@@ -72,8 +72,10 @@ int RunMain(int count, char** arguments) {
     }
 }
 
-/// Runs the program. The file that it writes goes into the result; `output` names it, or is empty.
-void Run(CResult& result, const std::vector<std::string>& words, const std::string& output) {
+} // namespace
+
+void RunProgram(CResult& result, const std::vector<std::string>& words, const std::string& output,
+                TOutputUse use) {
     std::vector<std::string> arguments;
     std::vector<char*> pointers;
     const fs::path path = files.folder / output;
@@ -86,7 +88,7 @@ void Run(CResult& result, const std::vector<std::string>& words, const std::stri
         arguments.insert(arguments.end(), words.begin(), words.end());
         for (std::string& argument : arguments) pointers.push_back(argument.data());
         pointers.push_back(nullptr);
-        if (!output.empty()) fs::remove(path);
+        if (!output.empty() && use != TOutputUse::Changed) fs::remove(path);
     }
     const int code = RunMain(static_cast<int>(arguments.size()), pointers.data());
     const bool wasArmed = IsArmed();
@@ -104,7 +106,7 @@ void Run(CResult& result, const std::vector<std::string>& words, const std::stri
     }
     if (!IsLibraryClosed()) throw TBroken{"the program ends with the library open"};
     if (code != 0 && !(wasArmed && failed)) throw TBroken{"the program fails without a fault"};
-    const bool mayStay = GetArmedKind() == TFaultKind::Write && isWhole;
+    const bool mayStay = use != TOutputUse::Made || (GetArmedKind() == TFaultKind::Write && isWhole);
     if (code != 0 && !output.empty() && fs::exists(path) && !mayStay) {
         throw TBroken{"a failed run leaves its output"};
     }
@@ -113,35 +115,36 @@ void Run(CResult& result, const std::vector<std::string>& words, const std::stri
     }
 }
 
-std::string In(const char* name) {
+std::string InFolder(const char* name) {
     return (files.folder / name).string();
 }
 
-} // namespace
-
 void RunProgramDecode(CResult& result) {
-    Run(result, {"decode", In("input.wav"), "-o", In("decoded.wav")}, "decoded.wav");
+    RunProgram(result, {"decode", InFolder("input.wav"), "-o", InFolder("decoded.wav")}, "decoded.wav");
 }
 
 void RunProgramDecodeConverted(CResult& result) {
-    Run(result, {"decode", In("input.wav"), "-o", In("converted.raw"), "--format", "s32", "--channels", "1"},
-        "converted.raw");
+    RunProgram(result,
+               {"decode", InFolder("input.wav"), "-o", InFolder("converted.raw"), "--format", "s32",
+                "--channels", "1"},
+               "converted.raw");
 }
 
 void RunProgramRandom(CResult& result) {
-    Run(result, {"random", "100000", "--seed", "3", "-o", In("random.bin")}, "random.bin");
+    RunProgram(result, {"random", "100000", "--seed", "3", "-o", InFolder("random.bin")}, "random.bin");
 }
 
 void RunProgramPlasma(CResult& result) {
-    Run(result, {"plasma", "--size", "40x30", "--frames", "3", "-o", In("plasma.y4m")}, "plasma.y4m");
+    RunProgram(result, {"plasma", "--size", "40x30", "--frames", "3", "-o", InFolder("plasma.y4m")},
+               "plasma.y4m");
 }
 
 void RunProgramWindow(CResult& result) {
-    Run(result, {"window", "--size", "40x30", "--frames", "2"}, "");
+    RunProgram(result, {"window", "--size", "40x30", "--frames", "2"}, "");
 }
 
 void RunProgramHelp(CResult& result) {
-    Run(result, {"--help"}, "");
+    RunProgram(result, {"--help"}, "");
 }
 
 } // namespace vorlund::faults

@@ -10,6 +10,15 @@ bool IsErrorTerminal() {
     return false;
 }
 
+int GetErrorColumns() {
+    return 80;
+}
+
+std::FILE* GetBinaryInput() {
+    _setmode(_fileno(stdin), _O_BINARY);
+    return stdin;
+}
+
 std::FILE* GetBinaryOutput() {
     _setmode(_fileno(stdout), _O_BINARY);
     return stdout;

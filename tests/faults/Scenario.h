@@ -93,6 +93,14 @@ void RunProgramDecodeConverted(CResult& result);
 void RunProgramRandom(CResult& result);
 void RunProgramPlasma(CResult& result);
 void RunProgramWindow(CResult& result);
+void RunProgramConvert(CResult& result);
+void RunProgramInfo(CResult& result);
+void RunProgramPlay(CResult& result);
+void RunProgramRecord(CResult& result);
+void RunProgramDevices(CResult& result);
+void RunProgramPlugins(CResult& result);
+void RunProgramRepair(CResult& result);
+void RunProgramTag(CResult& result);
 void RunProgramHelp(CResult& result);
 
 /// How the results of a program begin that reports success.
@@ -129,6 +137,14 @@ inline const std::vector<TScenario>& GetScenarios() {
         {"program-decode-converted", &RunProgramDecodeConverted, true, kProgramSuccess},
         {"program-random", &RunProgramRandom, true, kProgramSuccess},
         {"program-plasma", &RunProgramPlasma, true, kProgramSuccess},
+        {"program-convert", &RunProgramConvert, true, kProgramSuccess},
+        {"program-info", &RunProgramInfo, true, kProgramSuccess},
+        {"program-play", &RunProgramPlay, true, kProgramSuccess},
+        {"program-record", &RunProgramRecord, true, kProgramSuccess},
+        {"program-devices", &RunProgramDevices, true, kProgramSuccess},
+        {"program-plugins", &RunProgramPlugins, true, kProgramSuccess},
+        {"program-repair", &RunProgramRepair, true, kProgramSuccess},
+        {"program-tag", &RunProgramTag, true, kProgramSuccess},
 #ifdef VORLUND_FAULTS_HAVE_WINDOWS
         {"window", &RunWindow},
         {"program-window", &RunProgramWindow, true, kProgramSuccess, true},

@@ -17,6 +17,11 @@ prefix=$work/prefix
 version=$(sed -n 's/^project(Vorlund VERSION \([0-9.]*\).*/\1/p' "$here/../../CMakeLists.txt")
 minor=${version%.*}
 
+# The pages come along, with all that README.md links to.
+for link in $(sed -n '/^```/,/^```/!s/[^(]*\](\([^)#:]*\)[^)]*)/\1\n/gp' "$prefix/share/doc/Vorlund/README.md" | grep -E '^[A-Za-z./-]+$'); do
+    test -e "$prefix/share/doc/Vorlund/$link"
+done
+
 # What a plug-in exports is these two names and nothing else.
 entries=$'?VrlClosePlugin@@YAXXZ\n?VrlInitPlugin@@YA_NXZ'
 
@@ -58,10 +63,13 @@ win*)
     fi
     test -f "$prefix/lib/vorlund/plugins/visual.dll"
     test -f "$prefix/lib/vorlund/plugins/y4m.dll"
-    cmake "${options[@]}" -DVorlund_DIR="$prefix/lib/cmake/Vorlund" "$toolchain"
+    # The toolchain file looks for packages in its roots alone, and takes the prefix for one.
+    cmake "${options[@]}" -DCMAKE_PREFIX_PATH="$prefix" "$toolchain"
     cmake --build "$work/build"
     # The program lies elsewhere: the loader finds the library, and with it the compiler's, by the path.
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/consumer.exe" "$recording"
+    test "$(stat -c %s "$prefix/bin/libstdc++-6.dll")" -lt 4000000
+    timeout 120 wine "$prefix/bin/vorlund.exe" decode "$recording" -o "$work/program.wav"
     test "$($objdump -p "$work/build/plugins/consumer_plugin.dll" |
         sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] //p' | LC_ALL=C sort)" = "$entries"
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/plugin_host.exe"
@@ -83,11 +91,12 @@ linux | linux-arm64)
     if [[ $target == linux-arm64 ]]; then
         compiler=aarch64-linux-gnu-g++ nm=aarch64-linux-gnu-nm
         target_launcher emulated "$folder"
-        options+=(-DVorlund_DIR="$prefix/lib/cmake/Vorlund" "$toolchain")
+        options+=("$toolchain")
     fi
     cmake "${options[@]}"
     cmake --build "$work/build"
     "${launcher[@]}" "$work/build/consumer" "$recording"
+    "${launcher[@]}" "$prefix/bin/vorlund" decode "$recording" -o "$work/program.wav"
     # While the major version is 0, each minor version has a library file of its own.
     [[ $version == 0.* ]] && soversion=$minor || soversion=${version%%.*}
     readelf -d "$prefix/lib/libvorlund.so" | grep -F "Library soname: [libvorlund.so.$soversion]"

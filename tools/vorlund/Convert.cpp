@@ -20,6 +20,7 @@
 #include <new>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace vorlund;
@@ -40,16 +41,21 @@ class CConverting {
 public:
     CConverting(const TConvertPlan& plan, const TConvertTarget& target)
         : plan_(plan), target_(target),
-          done_(std::make_unique<std::atomic<std::uint64_t>[]>(plan.jobs.size())) {}
+          done_(std::make_unique<std::atomic<std::uint64_t>[]>(plan.jobs.size())) {
+        // A thread that has no memory can tell so.
+        errors_.reserve(plan.jobs.size());
+    }
 
     /// Converts files until there are none left. Raises nothing.
     void Work() {
         for (;;) {
             const std::size_t number = next_.fetch_add(1);
             if (number >= plan_.jobs.size() || isStopped_) break;
-            const wstring error = Convert(number);
-            const std::lock_guard lock(mutex_);
-            if (!error.empty()) errors_.push_back(error);
+            try {
+                Convert(number);
+            } catch (...) {
+                Fail(Describe(plan_.jobs[number]));
+            }
         }
         const std::lock_guard lock(mutex_);
         ++ended_;
@@ -67,11 +73,8 @@ public:
         for (std::size_t i = 0; i < plan_.jobs.size(); ++i) done += done_[i];
         return done;
     }
-    /// What went wrong since the last call.
-    std::vector<wstring> TakeErrors() {
-        const std::lock_guard lock(mutex_);
-        return std::exchange(errors_, {});
-    }
+    /// What went wrong; an empty text when memory has ended even for that. After the threads.
+    const std::vector<wstring>& GetErrors() const { return errors_; }
     std::size_t GetFailed() const { return failed_; }
     std::size_t GetSkipped() const { return skipped_; }
     std::size_t GetConverted() const { return converted_; }
@@ -80,18 +83,8 @@ public:
 private:
     struct TStopped {};
 
-    /// Why the file was not converted; nothing when it was.
-    wstring Convert(std::size_t number) {
+    void Convert(std::size_t number) {
         const TConvertJob& job = plan_.jobs[number];
-        const auto fail = [this](const wstring& reason) {
-            ++failed_;
-            // What the failure has left locked must not be in the way of other threads.
-            v.GiveBackLocks();
-            return reason;
-        };
-        const auto behind = [&job](const wchar* reason) {
-            return VRL_L("Cannot convert '") + PathFromUtf8(job.input.c_str()) + VRL_L("': ") + reason;
-        };
         try {
             const TConverted converted = ConvertFile(job, *plan_.type, target_, [&](double share) {
                 done_[number] = static_cast<std::uint64_t>(share * static_cast<double>(GetWork(job)));
@@ -100,19 +93,43 @@ private:
             done_[number] = GetWork(job);
             ++(converted.isSkipped ? skipped_ : converted_);
             clipped_ += converted.clipped;
-            return {};
         } catch (const TStopped&) {
+            // Whoever has stopped it tells why.
+        }
+    }
+
+    void Fail(wstring reason) {
+        ++failed_;
+        // What the failure has left locked must not be in the way of other threads.
+        v.GiveBackLocks();
+        const std::lock_guard lock(mutex_);
+        errors_.push_back(std::move(reason));
+    }
+
+    /// The exception that is being handled, as a line; an empty one when there is no memory for it.
+    static wstring Describe(const TConvertJob& job) noexcept {
+        try {
+            return DescribeFailure(job);
+        } catch (...) {
             return {};
+        }
+    }
+    static wstring DescribeFailure(const TConvertJob& job) {
+        const auto behind = [&job](const wchar* reason) {
+            return VRL_L("Cannot convert '") + PathFromUtf8(job.input.c_str()) + VRL_L("': ") + reason;
+        };
+        try {
+            throw;
         } catch (const TProgramError& error) {
-            return fail(error.text);
+            return error.text;
         } catch (const CFileAccessException& error) {
-            return fail(error.GetReason() + DescribeCause(error));
+            return error.GetReason() + DescribeCause(error);
         } catch (const CException& error) {
-            return fail(behind(error.GetReason()));
+            return behind(error.GetReason());
         } catch (const std::bad_alloc&) {
-            return fail(behind(VRL_L("Out of memory")));
+            return behind(VRL_L("Out of memory"));
         } catch (const std::exception& error) {
-            return fail(behind(PathFromUtf8(error.what()).c_str()));
+            return behind(PathFromUtf8(error.what()).c_str());
         }
     }
 
@@ -181,7 +198,8 @@ void RunConvert(const TConvertOptions& options, CDiagnostics& diagnostics) {
             progress.Show(converting.GetDone());
         }
     }
-    for (const wstring& error : converting.TakeErrors()) diagnostics.PrintError(error.c_str());
+    for (const wstring& error : converting.GetErrors())
+        diagnostics.PrintError(error.empty() ? VRL_L("Out of memory") : error.c_str());
 
     diagnostics.PrintField("Converted", Counted(converting.GetConverted(), VRL_L("file"), VRL_L("files")));
     if (converting.GetSkipped() > 0)

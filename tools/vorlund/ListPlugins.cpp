@@ -17,12 +17,12 @@ namespace {
 
 /// By the number of the outcome; for scripts.
 constexpr const char* kOutcomes[] = {
-    "begun",         "loaded",        "no-plugin",       "not-loadable",
-    "no-entry",      "declined",      "raised",          "scan-no-helper",
-    "scan-died",     "scan-too-late", "scan-garbled",    "folder-open",
-    "other-machine", "cut",           "missing-library", "incompatible",
+    "begun",        "loaded",      "no-plugin",      "not-loadable", "no-entry",
+    "declined",     "raised",      "scan-no-helper", "scan-died",    "scan-too-late",
+    "scan-garbled", "folder-open", "other-machine",  "cut",          "missing-library",
+    "incompatible", "bad-table",
 };
-static_assert(std::size(kOutcomes) == PLUGIN_INCOMPATIBLE + 1);
+static_assert(std::size(kOutcomes) == PLUGIN_BAD_TABLE + 1);
 
 /// By the number of the kind.
 constexpr const char* kKinds[] = {"class", "decoder", "encoder", "device"};

@@ -21,6 +21,13 @@ CCodecClassStore& CodecClassStore() {
     return v.GetCodecClassStore();
 }
 
+void RegisterClass(const CId& classId, const wchar* name, IObject* (*factory)()) {
+    v.GetClassStore().RegisterClassVrl({classId, name, factory});
+}
+CDeviceClassStore& DeviceClassStore() {
+    return v.GetDeviceClassStore();
+}
+
 const wchar* FindClassName(const CId& classId) {
     return v.GetClassStore().GetClassInfo(classId)->name;
 }

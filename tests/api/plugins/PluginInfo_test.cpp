@@ -36,6 +36,9 @@ TEST(PluginInfo, PluginRunsWithTheVersionsThatDoNotBreakIt) {
         {VORLUND_MAKE_VERSION(1, 2, 3), VORLUND_MAKE_VERSION(1, 9, 0), true},
         {VORLUND_MAKE_VERSION(1, 9, 0), VORLUND_MAKE_VERSION(1, 2, 0), false},
         {VORLUND_MAKE_VERSION(1, 2, 3), VORLUND_MAKE_VERSION(2, 0, 0), false},
+        // One that uses nothing of the library but its table.
+        {0, VORLUND_MAKE_VERSION(0, 1, 0), true},
+        {0, VORLUND_MAKE_VERSION(2, 0, 0), true},
         {-1, VORLUND_MAKE_VERSION(0, 1, 0), false},
         {INT32_MIN, VORLUND_MAKE_VERSION(0, 1, 0), false},
         {INT32_MAX, VORLUND_MAKE_VERSION(0, 1, 0), false},

@@ -70,6 +70,13 @@ TEST(PluginLifecycle, HostRecoversFromAPluginThatCannotStart) {
                   closed + "box " + closed + "find raised\n");
 }
 
+TEST(PluginLifecycle, ASessionThatCannotBeginLeavesTheLibraryClosed) {
+    const std::string start = "Exception: type=CInvalidStateException | method=VrlInitPlugin | "
+                              "file=tests/plugins/raising | line=7 | reason=Plug-in cannot start\n";
+    EXPECT_EQ(RunHost("session", {"raising"}),
+              "output " + start + "session raised\nfirst number 1\nsession done\n");
+}
+
 TEST(PluginLifecycle, EntriesMayUseTheStore) {
     const std::string text = RunHost("names", {"nesting"});
     EXPECT_NE(text.find("output init nesting\noutput end of init nesting\n"), std::string::npos) << text;

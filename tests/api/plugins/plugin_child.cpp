@@ -8,6 +8,7 @@
 #include <vorlund/ObjectList.h>
 #include <vorlund/Path.h>
 #include <vorlund/RefPtr.h>
+#include <vorlund/Session.h>
 #include <vorlund/StringObject.h>
 #include <vorlund/Vorlund.h>
 
@@ -84,6 +85,15 @@ int Run(std::string_view mode, const char* folder) {
         TellFirstNumber();
         Try("recovery", &CloseOneByOne);
         Try("find", [] { v.GetClassStore().GetClassInfo(classid::CObject); });
+        return 0;
+    }
+    if (mode == "session") {
+        Try("session", [] { const CSession session(false); });
+        v.GetPluginStore().ClearPluginPaths();
+        Try("session", [] {
+            const CSession session(false);
+            TellFirstNumber();
+        });
         return 0;
     }
     if (mode == "late") {

@@ -55,6 +55,8 @@ TEST(Text, EachByteThatIsNoCharacterIsReplaced) {
         {"\xC0\x80", 2},         // too long a form
         {"\xE0\x80\x80", 3},     // the same
         {"\xED\xA0\x80", 3},     // half of a pair
+        {"\xED\xB0\x80", 3},     // the other half
+        {"\xF0\x9F", 2},         // the text ends inside
         {"\xF4\x90\x80\x80", 4}, // above the last number
         {"\xF8\x88\x80\x80\x80", 5},
         {"\xE2\x82", 2},

@@ -47,6 +47,7 @@ TEST_F(AudioInput, EachFormatIsReadAsItWasHeard) {
         EXPECT_EQ(given.samplesPerSec, format.samplesPerSec);
         audio_.Step(100);
         input->Stop();
+        EXPECT_EQ(input->GetState(), AUDIO_STATE_PAUSED);
         const std::uint64_t frames = input->GetPosition();
         EXPECT_EQ(input->GetReadable(), frames * format.GetBlockSize());
         const TBytes heard = Joined(sound, Silence(format, 10000));
@@ -66,6 +67,7 @@ TEST_F(AudioInput, ReadWaitsUntilTheBufferIsFull) {
     input->OpenInput(kSixteenBits, kDefaultAudioLatency);
     const auto stream = GetStream(input);
     EXPECT_EQ(GetStream(input).Get(), stream.Get());
+    EXPECT_EQ(stream->GetCapabilities(), STREAM_CAPABILITY_TELL | STREAM_CAPABILITY_READ);
     CActor reader;
     TBytes first, second;
     reader.Start([&] { first = Read(stream, 1001); });
@@ -202,6 +204,7 @@ TEST_F(AudioInput, RefusesWhatCannotBe) {
     const auto stream = GetStream(input);
     ExpectRaises<COperationNotSupportedException>(kNoLength, [&] { stream->GetLength(); });
     ExpectRaises<COperationNotSupportedException>(kNoPositions, [&] { stream->Seek(0); });
+    EXPECT_THROW(stream->Read(nullptr, 4), CNullPtrException);
 }
 
 } // namespace

@@ -1,10 +1,12 @@
 // Outputs that play streams.
+#include "devices/audio/CallingStream.h"
 #include "devices/audio/SteppedTest.h"
 
 #include "support/Text.h"
 
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -33,20 +35,6 @@ protected:
     TBytes GetSound(std::size_t frames) { return Part(GetPlayed(), 0, frames * 4); }
 
     CRefPtr<IAudioOutput> output_ = CreateOutput();
-};
-
-/// Calls a function of the test in each `Read`.
-class CCallingStream : public CFaultyInputStream {
-public:
-    static constexpr CId ClassId{0x7E57571A, 0x8D31E2C7, 0x5A90F64B, 0x51B3A8D1};
-
-    std::function<void()> call;
-
-    using CFaultyInputStream::Read;
-    std::uint64_t Read(void* buffer, std::uint64_t size) override {
-        if (call) call();
-        return CFaultyInputStream::Read(buffer, size);
-    }
 };
 
 TEST_F(AudioOutputPlay, StreamsFollowWithoutAGap) {
@@ -153,6 +141,8 @@ TEST_F(AudioOutputPlay, AStreamThatRaisesEndsThere) {
     EXPECT_EQ(output_->GetStreamError(few, 4), 17u);
     EXPECT_EQ(Narrow(few), "Unk");
     EXPECT_EQ(output_->GetStreamError(nullptr, 0), 17u);
+    EXPECT_EQ(output_->GetStreamError(few, 0), 17u);
+    EXPECT_EQ(Narrow(few), "Unk");
     output_->Close();
     EXPECT_EQ(output_->GetStreamError(few, 4), 17u);
     output_->Open();
@@ -217,6 +207,31 @@ TEST_F(AudioOutputPlay, AStreamMayFlushAndCloseTheOutput) {
     EXPECT_EQ(output_->GetPlayingStreams(), 0u);
 }
 
+TEST_F(AudioOutputPlay, AStreamMayReleaseTheOutput) {
+    CEvent isAlone, isGone;
+    {
+        const auto stream = Make<CCallingStream>();
+        stream->bytes = MakeSound(kSixteenBits, 1000);
+        stream->format = kSixteenBits;
+        const std::shared_ptr<void> end(nullptr, [&](void*) { isGone.SetState(true); });
+        stream->call = [&, end] {
+            isAlone.Wait();
+            output_.Reset();
+        };
+        output_->Play(stream.Get());
+    }
+    // The output alone counts its stream now.
+    isAlone.SetState(true);
+    isGone.Wait();
+    // Another output gets the device as soon as that one has let go of it.
+    output_ = CreateOutput();
+    output_->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    const TBytes sound = MakeSound(kSixteenBits, 100, 2);
+    output_->Write(sound.data(), sound.size());
+    audio_.Step(100);
+    EXPECT_EQ(GetPlayed(), sound);
+}
+
 TEST_F(AudioOutputPlay, StreamsWithoutAnEnd) {
     const auto stream = Make<CCallingStream>();
     stream->bytes = MakeSound(kSixteenBits, 100);
@@ -236,6 +251,9 @@ TEST_F(AudioOutputPlay, WhatIsNoSoundIsRefused) {
          {TDataFormat_AudioPcm(7, 2, 48000), TDataFormat_AudioPcm(1, 0, 48000),
           TDataFormat_AudioPcm(1, 9, 48000), TDataFormat_AudioPcm(1, 1, 0)})
         ExpectRaises<CDataFormatException>(kBadStream, [&] { output_->Play(MakeKept(format, TBytes(100))); });
+    TDataFormat_AudioPcm longer = kSixteenBits;
+    longer.size += 4;
+    ExpectRaises<CDataFormatException>(kBadStream, [&] { output_->Play(MakeKept(longer, TBytes(100))); });
     EXPECT_EQ(output_->GetPlayingStreams(), 0u);
 }
 

@@ -3,6 +3,8 @@
 
 #include <vorlund/AudioPort.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <thread>
@@ -164,6 +166,41 @@ TEST_F(AudioOutput, CloseAndFlushEndTheWaitsOfOthers) {
         EXPECT_TRUE(drainer.Finishes());
     }
     EXPECT_EQ(output->GetState(), AUDIO_STATE_CLOSED);
+}
+
+TEST_F(AudioOutput, WritersFollowEachOther) {
+    const auto output = CreateOutput();
+    output->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    const TBytes first = MakeSound(kSixteenBits, 1000);
+    const TBytes second = MakeSound(kSixteenBits, 1000, 2);
+    const TBytes third = MakeSound(kSixteenBits, 700, 3);
+    CActor writer, other;
+    writer.Start([&] { EXPECT_EQ(output->Write(first.data(), first.size()), first.size()); });
+    while (output->GetDelay() < 512) std::this_thread::yield();
+    EXPECT_EQ(output->GetWritable(), 0u);
+    std::atomic<bool> isDone = false;
+    other.Start([&] {
+        EXPECT_EQ(output->Write(second.data(), second.size()), second.size());
+        isDone = true;
+    });
+    EXPECT_TRUE(other.StaysBusy());
+    while (!isDone || output->GetDelay() > 0) audio_.Step(100);
+    EXPECT_TRUE(writer.Finishes());
+    EXPECT_TRUE(other.Finishes());
+    // The device does not wait between the two.
+    const TBytes played = GetPlayed();
+    EXPECT_EQ(Part(played, 0, first.size()), first);
+    EXPECT_NE(std::search(played.begin() + static_cast<std::ptrdiff_t>(first.size()), played.end(),
+                          second.begin(), second.end()),
+              played.end());
+    // Who waits for another writer is dropped with him.
+    writer.Start([&] { EXPECT_EQ(output->Write(third.data(), third.size()), 512u * 4); });
+    while (output->GetDelay() < 512) std::this_thread::yield();
+    other.Start([&] { EXPECT_EQ(output->Write(third.data(), third.size()), 0u); });
+    EXPECT_TRUE(other.StaysBusy());
+    output->Flush();
+    EXPECT_TRUE(writer.Finishes());
+    EXPECT_TRUE(other.Finishes());
 }
 
 TEST_F(AudioOutput, DrainWaitsForTheLastFrame) {

@@ -123,6 +123,17 @@ TEST_F(AudioPort, ALostDeviceIsOpenedAgain) {
     EXPECT_EQ(output->GetPosition(), 300u);
 }
 
+TEST_F(AudioPort, XrunsOfAnInputStayBehindIt) {
+    const auto input = CRefPtr<IAudioInput>::Adopt(CreateAudioInput(port_.Get()));
+    input->OpenInput(kSixteenBits, kDefaultAudioLatency);
+    port_->client->NoteXruns(2);
+    EXPECT_EQ(input->GetXruns(), 2u);
+    input->Close();
+    EXPECT_EQ(input->GetXruns(), 2u);
+    input->OpenInput(kSixteenBits, kDefaultAudioLatency);
+    EXPECT_EQ(input->GetXruns(), 0u);
+}
+
 TEST_F(AudioPort, AnInputThatIsLostCannotBePlayed) {
     const auto input = CRefPtr<IAudioInput>::Adopt(CreateAudioInput(port_.Get()));
     input->OpenInput(kSixteenBits, kDefaultAudioLatency);

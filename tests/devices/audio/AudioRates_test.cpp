@@ -19,6 +19,10 @@ constexpr TFailure kNoResampler{VRL_L("vorlund::CAudioOutput::OpenOutput"), kFil
 constexpr TFailure kNoPlayResampler{VRL_L("vorlund::CAudioOutput::Play"), kFile, 12,
                                     VRL_L("No resampler: the device plays at another rate")};
 
+constexpr TFailure kNoInputResampler{VRL_L("vorlund::CAudioInput::OpenInput"),
+                                     VRL_L("src/vorlund/devices/audio/AudioInput"), 4,
+                                     VRL_L("No resampler: the device records at another rate")};
+
 class AudioRates : public CSteppedRateTest {
 protected:
     AudioRates() {
@@ -28,9 +32,10 @@ protected:
     ~AudioRates() noexcept override { output_.Reset(); }
 
     /// What the filters make of a whole sound.
-    static TBytes Convert(const TDataFormat_AudioPcm& from, const TBytes& sound) {
+    static TBytes Convert(const TDataFormat_AudioPcm& from, const TBytes& sound,
+                          std::uint32_t rate = kDevice.samplesPerSec) {
         const auto resampler = CreateAs<IResampler>(kResamplerClassId);
-        resampler->SetTarget(kDevice.samplesPerSec);
+        resampler->SetTarget(rate);
         const auto source = MakeStream(from, sound);
         resampler->Connect(source.Get());
         TAudioTarget target{.sampleFormat = kDevice.sampleFormat};
@@ -153,6 +158,51 @@ TEST_F(AudioRates, TheDefaultChangesItsRate) {
     output_->Write(written.data(), written.size());
     audio_.Step(20000);
     EXPECT_NEAR(static_cast<double>(output_->GetPosition()), 12400, 4);
+}
+
+TEST_F(AudioRates, WhatWasWrittenGoesFromDeviceToDevice) {
+    audio_.SetDeviceFormat(VRL_L("b"), {SAMPLE_FORMAT_16BIT, 2, 24000});
+    output_->OpenOutput(kSlow, kDefaultAudioLatency);
+    const TBytes sound = Silence(kSlow, 4000);
+    output_->Write(sound.data(), sound.size());
+    audio_.SetDefaultAt(300, VRL_L("b"));
+    // The other one has not yet heard what the first one has left.
+    audio_.SetDefaultAt(310, VRL_L("a"));
+    audio_.Step(20000);
+    EXPECT_EQ(output_->GetState(), AUDIO_STATE_RUNNING);
+    EXPECT_NEAR(static_cast<double>(output_->GetPosition()), 4000, 4);
+    EXPECT_EQ(output_->GetDelay(), 0u);
+    output_->Write(sound.data(), sound.size());
+    audio_.Step(20000);
+    EXPECT_NEAR(static_cast<double>(output_->GetPosition()), 8000, 8);
+}
+
+TEST_F(AudioRates, InputsAreHeardAtTheirRate) {
+    const TBytes sound = MakeSound(kDevice, 24000);
+    const TBytes expected = Convert(kDevice, sound, kSlow.samplesPerSec);
+    for (const bool isLost : {false, true}) {
+        audio_.SetInput(VRL_L("a"), sound.data(), sound.size());
+        const auto input = CreateInput(VRL_L("a"));
+        input->OpenInput(kSlow, kDefaultAudioLatency);
+        EXPECT_EQ(input->GetDeviceFormat().samplesPerSec, 48000u);
+        const auto stream = CRefPtr<IInputStream>::Adopt(input->GetStream());
+        audio_.Step(12000);
+        audio_.Step(12000);
+        isLost ? audio_.LoseAt(0, VRL_L("a")) : input->Stop();
+        TBytes heard(2 * expected.size());
+        heard.resize(static_cast<std::size_t>(stream->Read(heard.data(), heard.size())));
+        EXPECT_EQ(heard, expected);
+        EXPECT_TRUE(stream->Eof());
+        EXPECT_EQ(input->GetXruns(), 0u);
+    }
+}
+
+TEST_F(AudioRates, InputsNeedThePluginToo) {
+    store_.Close();
+    v.GetClassStore().Clear();
+    const auto input = CreateInput(VRL_L("a"));
+    ExpectRaises<CFailedException>(kNoInputResampler, [&] { input->OpenInput(kSlow, kDefaultAudioLatency); });
+    EXPECT_EQ(input->GetState(), AUDIO_STATE_CLOSED);
 }
 
 TEST_F(AudioRates, ThePluginMayBeMissing) {

@@ -19,6 +19,7 @@ public:
     IAudioPortClient* client = nullptr;
     std::function<void(TAudioPortFormat&)> change;
     std::function<void()> start;
+    std::function<void()> close;
     std::atomic<std::uint32_t> delay{0};
     std::atomic<int> openings{0};
     int closings = 0;
@@ -35,6 +36,7 @@ public:
     void Close() override {
         if (client) ++closings;
         client = nullptr;
+        if (close) close();
     }
     void Start() override {
         if (start) start();

@@ -39,6 +39,9 @@ TEST_F(MediaClock, BySystemsClockItRunsWhenItIsStarted) {
     const double stopped = clock.GetTime();
     EXPECT_GE(stopped, time);
     EXPECT_EQ(clock.GetTime(), stopped);
+    clock.Stop();
+    EXPECT_EQ(clock.GetTime(), stopped);
+    clock.Start();
     clock.Start();
     EXPECT_GE(clock.GetTime(), stopped);
     clock.SetTime(1);
@@ -75,6 +78,19 @@ TEST_F(MediaClock, ByAnOutputItIsExact) {
     clock.Start();
     clock.Stop();
     EXPECT_EQ(clock.GetTime(), 61);
+}
+
+TEST_F(MediaClock, ByAnOutputItNeedsNoStart) {
+    const auto output = CreateOutput();
+    CMediaClock clock(output.Get());
+    output->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    const TBytes sound = MakeSound(kSixteenBits, 480);
+    output->Write(sound.data(), sound.size());
+    clock.Stop();
+    audio_.Step(240);
+    EXPECT_EQ(clock.GetTime(), 0.005);
+    clock.Start();
+    EXPECT_EQ(clock.GetTime(), 0.005);
 }
 
 TEST_F(MediaClock, ByTheNullOutputItIsRightWithinAPeriod) {

@@ -40,6 +40,9 @@ protected:
             const auto object = CRefPtr<IObject>::Adopt(list->GetObject(i));
             const auto info = object.Query<IAudioDeviceInfo>();
             EXPECT_EQ(info->GetDirection(), direction);
+            EXPECT_EQ(wstring(info->GetName()) +
+                          (direction == AUDIO_DIRECTION_LOOPBACK ? VRL_L(".loopback") : VRL_L("")),
+                      info->GetId());
             text += Narrow(info->GetId()) + (info->IsDefault() ? "* " : " ") +
                     std::to_string(info->GetChannels()) + " " + std::to_string(info->GetSamplesPerSec()) +
                     "\n";
@@ -113,6 +116,75 @@ TEST_F(SteppedAudio, AStalledDeviceSaysSo) {
     EXPECT_EQ(output->GetPosition(), 101u);
     audio_.Step(1899);
     EXPECT_EQ(GetPlayed(), sound);
+}
+
+TEST_F(SteppedAudio, OthersDoNotNoticeAStall) {
+    const auto output = CreateOutput(kA);
+    const auto other = CreateOutput(kB);
+    output->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    other->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    const TBytes sound = MakeSound(kSixteenBits, 500);
+    output->Play(MakeKept(kSixteenBits, sound));
+    other->Play(MakeKept(kSixteenBits, sound));
+    audio_.StallAt(100, kA, 50);
+    audio_.Step(300);
+    EXPECT_EQ(output->GetPosition(), 250u);
+    EXPECT_EQ(output->GetXruns(), 1u);
+    EXPECT_EQ(other->GetPosition(), 300u);
+    EXPECT_EQ(other->GetXruns(), 0u);
+}
+
+TEST_F(SteppedAudio, WithoutAnyDeviceOutputsWait) {
+    const auto output = CreateOutput(VRL_L(""));
+    output->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    const TBytes sound = MakeSound(kSixteenBits, 500);
+    output->Write(sound.data(), sound.size());
+    audio_.LoseAt(100, kB);
+    audio_.LoseAt(200, kA);
+    audio_.ReturnAt(300, kB);
+    audio_.Step(200);
+    EXPECT_EQ(output->GetState(), AUDIO_STATE_LOST);
+    EXPECT_EQ(output->GetPosition(), 200u);
+    audio_.Step(400);
+    EXPECT_EQ(output->GetState(), AUDIO_STATE_RUNNING);
+    EXPECT_EQ(output->GetPosition(), 500u);
+    EXPECT_EQ(GetPlayed(kA), Part(sound, 0, 800));
+    EXPECT_EQ(GetPlayed(kB), Part(sound, 800, 2000));
+}
+
+TEST_F(SteppedAudio, WhatIsForgottenIsCountedOnly) {
+    const auto output = CreateOutput();
+    output->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    const TBytes sound = MakeSound(kSixteenBits, 500);
+    output->Write(sound.data(), sound.size());
+    audio_.Step(100);
+    audio_.ForgetPlayed(kA, false);
+    audio_.Step(100);
+    audio_.ForgetPlayed(kA);
+    audio_.Step(100);
+    EXPECT_EQ(audio_.GetPlayedSize(kA), 1200u);
+    TBytes bytes(1200);
+    EXPECT_EQ(audio_.GetPlayed(kA, 0, bytes.data(), bytes.size()), 0u);
+    EXPECT_EQ(audio_.GetPlayed(kA, 1200, bytes.data(), bytes.size()), 0u);
+    EXPECT_EQ(audio_.GetPlayed(kA, 800, bytes.data(), bytes.size()), 400u);
+    EXPECT_EQ(Part(bytes, 0, 400), Part(sound, 800, 1200));
+}
+
+TEST_F(SteppedAudio, ALoopbackOfAnotherRateHearsSilence) {
+    const auto output = CreateOutput();
+    const auto input = CreateInput(VRL_L("a.loopback"));
+    const TDataFormat_AudioPcm slow(SAMPLE_FORMAT_16BIT, 2, 24000);
+    // What is opened first gives the steps their rate.
+    output->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    input->OpenInput(slow, kDefaultAudioLatency);
+    const TBytes sound = MakeSound(kSixteenBits, 400);
+    output->Write(sound.data(), sound.size());
+    audio_.Step(400);
+    input->Stop();
+    const auto stream = CRefPtr<IInputStream>::Adopt(input->GetStream());
+    TBytes heard(2000, 1);
+    heard.resize(static_cast<std::size_t>(stream->Read(heard.data(), heard.size())));
+    EXPECT_EQ(heard, Silence(slow, 200));
 }
 
 TEST_F(SteppedAudio, ALostDeviceStaysLost) {
@@ -220,7 +292,8 @@ TEST_F(SteppedAudio, ClocksDrift) {
     audio_.Step(100000);
     EXPECT_EQ(one->GetPosition(), 150000u);
     EXPECT_EQ(other->GetPosition(), 140005u);
-    ExpectRaises<CInvalidParameterException>(kBadDrift, [&] { audio_.SetDriftAt(0, kB, 100001); });
+    for (const std::int32_t drift : {-100001, 100001})
+        ExpectRaises<CInvalidParameterException>(kBadDrift, [&] { audio_.SetDriftAt(0, kB, drift); });
 }
 
 TEST_F(SteppedAudio, ADevicePlaysOneOutputAtATime) {

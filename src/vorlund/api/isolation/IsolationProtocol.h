@@ -52,7 +52,11 @@ constexpr std::int64_t kNoLength = -1;
 /// A message that is being written.
 class CMessage {
 public:
-    explicit CMessage(TKind kind) : bytes_(sizeof(THeader)), kind_(kind) {}
+    explicit CMessage(TKind kind) : kind_(kind) {
+        // Most messages are no longer.
+        bytes_.reserve(64);
+        bytes_.resize(sizeof(THeader));
+    }
 
     template <class TValue> CMessage& Put(const TValue& value) {
         static_assert(std::is_trivially_copyable_v<TValue> && !std::is_pointer_v<TValue>);
@@ -65,9 +69,8 @@ public:
         return PutBytes(text, length * sizeof(wchar));
     }
     CMessage& PutBytes(const void* bytes, std::size_t size) {
-        const std::size_t at = bytes_.size();
-        bytes_.resize(at + size);
-        if (size > 0) std::memcpy(bytes_.data() + at, bytes, size);
+        const auto* const first = static_cast<const std::uint8_t*>(bytes);
+        bytes_.insert(bytes_.end(), first, first + size);
         return *this;
     }
 

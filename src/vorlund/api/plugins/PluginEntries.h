@@ -26,4 +26,9 @@ struct TPluginEntryName {
 inline constexpr TPluginEntryName kInitEntryName("?VrlInitPlugin@@YA_NXZ");
 inline constexpr TPluginEntryName kCloseEntryName("?VrlClosePlugin@@YAXXZ");
 
+/// The table of a plug-in (PluginTable.h) as data, and the function that returns its address; the same names
+/// on every system, without a version on ELF.
+inline constexpr std::string_view kTableName("vorlund_plugin_v1");
+inline constexpr std::string_view kTableFunctionName("vorlund_get_plugin_v1");
+
 } // namespace vorlund

@@ -11,6 +11,7 @@
 #include <iterator>
 #include <limits>
 #include <string>
+#include <utility>
 
 namespace vorlund {
 namespace {
@@ -40,10 +41,12 @@ bool CImageFile::Has(std::uint64_t offset, std::uint64_t size) const {
 
 TImageLook CImageFile::LookForNames(const TRange& range, const char* first, const char* second) const {
     if (range.size > kMaxNames) return {TImageKind::NoLibrary};
-    const std::string wanted[] = {std::string(first) + '\0', std::string(second) + '\0'};
+    const std::string wanted[] = {std::string(first) + '\0', std::string(second) + '\0',
+                                  std::string(kTableName) + '\0', std::string(kTableFunctionName) + '\0'};
     bool isFound[std::size(wanted)] = {};
     // What a name that goes on in the next piece may have in this one.
-    const std::size_t overlap = std::max(wanted[0].size(), wanted[1].size()) - 1;
+    std::size_t overlap = 0;
+    for (const std::string& name : wanted) overlap = std::max(overlap, name.size() - 1);
     std::string piece;
     for (std::uint64_t done = 0; done < range.size && !(isFound[0] && isFound[1]);) {
         if (piece.size() > overlap) piece.erase(0, piece.size() - overlap);
@@ -56,8 +59,14 @@ TImageLook CImageFile::LookForNames(const TRange& range, const char* first, cons
             isFound[i] = isFound[i] || piece.find(wanted[i]) != std::string::npos;
     }
     if (isFound[0] && isFound[1]) return {TImageKind::Plugin};
-    if (!isFound[0] && !isFound[1]) return {TImageKind::OtherLibrary};
-    return {TImageKind::OneEntry, isFound[0] ? kCloseEntryName.whole : kInitEntryName.whole};
+    if (isFound[0] || isFound[1])
+        return {TImageKind::OneEntry, isFound[0] ? kCloseEntryName.whole : kInitEntryName.whole};
+    if (isFound[2] || isFound[3]) {
+        std::string lack = "it has a table, but neither ";
+        lack.append(kInitEntryName.whole).append(" nor ").append(kCloseEntryName.whole);
+        return {TImageKind::OneEntry, std::move(lack)};
+    }
+    return {TImageKind::OtherLibrary};
 }
 
 TImageLook CImageFile::LackOfBytes(const TRange& range) const {

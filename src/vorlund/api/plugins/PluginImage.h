@@ -23,7 +23,7 @@ enum class TImageKind {
     OtherMachine, ///< a shared library for another kind of machine
     Cut,          ///< a shared library that lacks bytes that its headers tell of
     OtherLibrary, ///< a shared library with neither entry
-    OneEntry,     ///< a shared library with one of the two entries
+    OneEntry,     ///< a shared library with one of the two entries, or with a table alone
 };
 
 /// The answer of a look; `detail` names the machine, the bytes that are there and those that should be, or
@@ -66,8 +66,8 @@ private:
     bool Read(std::uint64_t offset, void* buffer, std::size_t size) const;
     /// Whether the file has the bytes.
     bool Has(std::uint64_t offset, std::uint64_t size) const;
-    /// `Plugin`, `OneEntry` or `OtherLibrary`, by the names in a part of the file, at most 64 MiB long, each
-    /// followed by a zero; `NoLibrary` when that cannot be read.
+    /// `Plugin`, `OneEntry` or `OtherLibrary`, by the names of the entries and of the table in a part of the
+    /// file, at most 64 MiB long, each followed by a zero; `NoLibrary` when that cannot be read.
     TImageLook LookForNames(const TRange& range, const char* first, const char* second) const;
     /// `Cut`, because the file lacks bytes of this part.
     TImageLook LackOfBytes(const TRange& range) const;

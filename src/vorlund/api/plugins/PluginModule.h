@@ -4,6 +4,7 @@
 #pragma once
 
 #include <vorlund/Platform.h>
+#include <vorlund/PluginTable.h>
 
 namespace vorlund::pluginmodule {
 
@@ -14,6 +15,7 @@ extern const wchar* const kExtension;
 
 using TInitEntry = bool (*)();
 using TCloseEntry = void (*)();
+using TTableFunction = const vorlund_plugin_table*(VORLUND_PLUGIN_CALL*)();
 
 /// The full path of the process's executable file; empty when it is not known, or longer than 255 units where
 /// the system has that limit.
@@ -46,6 +48,10 @@ void* Load(const wchar* path, TRefusal& refusal);
 /// The entry points of a loaded plug-in, or null.
 TInitEntry FindInitEntry(void* module);
 TCloseEntry FindCloseEntry(void* module);
+
+/// The table of a loaded plug-in, or null. It runs the function that returns it, if there is one instead.
+/// Only what the file itself exports counts, not what the libraries do that it needs.
+const vorlund_plugin_table* FindTable(void* module);
 
 /// Gives back one `Load`.
 void Unload(void* module);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include <dlfcn.h>
+#include <link.h>
 #include <unistd.h>
 
 namespace vorlund::pluginmodule {
@@ -29,6 +30,18 @@ void Explain(const char* error, std::string_view path, TRefusal& refusal) {
     else if (object.size() < text.size() && object.find('/') == std::string_view::npos)
         refusal.missing = pathcodec::Decode(object);
     refusal.text = pathcodec::Decode(text);
+}
+
+/// A symbol of the module itself. The search goes on in the libraries that it needs.
+void* FindOwn(void* module, const char* name) {
+    void* const found = dlsym(module, name);
+    link_map* own = nullptr;
+    Dl_info info;
+    void* owner = nullptr;
+    if (!found || dlinfo(module, RTLD_DI_LINKMAP, &own) != 0 ||
+        dladdr1(found, &info, &owner, RTLD_DL_LINKMAP) == 0)
+        return nullptr;
+    return owner == own ? found : nullptr;
 }
 
 } // namespace
@@ -72,6 +85,13 @@ TInitEntry FindInitEntry(void* module) {
 
 TCloseEntry FindCloseEntry(void* module) {
     return reinterpret_cast<TCloseEntry>(dlvsym(module, kCloseEntryName.symbol, kCloseEntryName.version));
+}
+
+const vorlund_plugin_table* FindTable(void* module) {
+    if (const void* const table = FindOwn(module, kTableName.data()))
+        return static_cast<const vorlund_plugin_table*>(table);
+    const auto get = reinterpret_cast<TTableFunction>(FindOwn(module, kTableFunctionName.data()));
+    return get ? get() : nullptr;
 }
 
 void Unload(void* module) {

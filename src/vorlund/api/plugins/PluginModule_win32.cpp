@@ -142,6 +142,13 @@ TCloseEntry FindCloseEntry(void* module) {
     return Find<TCloseEntry>(module, kCloseEntryName.whole);
 }
 
+const vorlund_plugin_table* FindTable(void* module) {
+    if (const void* const table = Find<const void*>(module, kTableName.data()))
+        return static_cast<const vorlund_plugin_table*>(table);
+    const auto get = Find<TTableFunction>(module, kTableFunctionName.data());
+    return get ? get() : nullptr;
+}
+
 void Unload(void* module) {
     FreeLibrary(static_cast<HMODULE>(module));
 }

@@ -1,7 +1,7 @@
 #include "vorlund/api/plugins/PluginReports.h"
 
+#include "vorlund/api/text/Printable.h"
 #include "vorlund/api/text/TextFormat.h"
-#include "vorlund/api/text/Utf8.h"
 
 #include <vorlund/Path.h>
 
@@ -32,17 +32,12 @@ constexpr const wchar* kReasons[] = {
     VRL_L("it was cut short"),
     VRL_L("a library that it needs is missing"),
     VRL_L("it was built for another version of the library"),
+    VRL_L("its table cannot be used"),
 };
-static_assert(std::size(kReasons) == PLUGIN_INCOMPATIBLE + 1);
+static_assert(std::size(kReasons) == PLUGIN_BAD_TABLE + 1);
 
 const wchar* OrEmpty(const wchar* text) {
     return text ? text : VRL_L("");
-}
-
-/// Whether a unit of UTF-16 would control a terminal, or the direction of the text around it.
-bool IsControl(wchar unit) {
-    return unit < 0x20 || (unit >= 0x7F && unit <= 0x9F) || (unit >= 0x2028 && unit <= 0x202E) ||
-           (unit >= 0x2066 && unit <= 0x2069);
 }
 
 /// The name of a class, which its registration has told if it was the plug-in's own.
@@ -54,16 +49,6 @@ CString FindName(const std::vector<registrations::TItem>& items, const CId& clas
 }
 
 } // namespace
-
-wstring MakePrintable(wstring text) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (IsHighSurrogate(text[i]) && i + 1 < text.size() && IsLowSurrogate(text[i + 1]))
-            ++i;
-        else if (IsControl(text[i]) || IsHighSurrogate(text[i]) || IsLowSurrogate(text[i]))
-            text[i] = VRL_L('?');
-    }
-    return text;
-}
 
 TPluginResult DescribeRaised() {
     TPluginResult result{PLUGIN_RAISED};
@@ -114,6 +99,7 @@ void CPluginReports::SetInfo(std::size_t place, const TPluginInfoRecord& record)
 
 void CPluginReports::SetNotes(std::size_t place, const registrations::TNotes& notes) {
     TPluginReport& report = items_[place];
+    report.items.clear();
     report.libraries = notes.libraries.c_str();
     for (const registrations::TItem& item : notes.items)
         report.items.push_back(

@@ -49,9 +49,6 @@ private:
 /// The outcome in words.
 const wchar* DescribeOutcome(TPluginOutcome outcome);
 
-/// Text of others, which may hold anything, for people: what would control a terminal becomes "?".
-wstring MakePrintable(wstring text);
-
 /// The version in words: "0.1.0".
 wstring DescribeVersion(std::int32_t number);
 

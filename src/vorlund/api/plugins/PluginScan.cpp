@@ -6,6 +6,7 @@
 #include "vorlund/api/plugins/ChildProcess.h"
 #include "vorlund/api/plugins/PluginModule.h"
 #include "vorlund/api/plugins/ScanProtocol.h"
+#include "vorlund/api/text/Printable.h"
 #include "vorlund/data/file/FileSystem.h"
 
 #include <algorithm>
@@ -44,7 +45,7 @@ public:
                 return {PLUGIN_SCAN_GARBLED};
         }
         if ((message.outcome < PLUGIN_LOADED || message.outcome > PLUGIN_RAISED) &&
-            message.outcome != PLUGIN_MISSING_LIBRARY)
+            message.outcome != PLUGIN_MISSING_LIBRARY && message.outcome != PLUGIN_BAD_TABLE)
             return {PLUGIN_SCAN_GARBLED};
         return {static_cast<TPluginOutcome>(message.outcome), message.code, ReadText(message.detail),
                 static_cast<TExceptionType>(message.exceptionType), ReadText(message.exceptionMethod)};

@@ -18,6 +18,7 @@
 #include "vorlund/api/plugins/PluginModule.h"
 #include "vorlund/api/plugins/PluginReports.h"
 #include "vorlund/api/plugins/PluginScan.h"
+#include "vorlund/api/tables/TableClasses.h"
 #include "vorlund/data/file/EntryObject.h"
 #include "vorlund/data/file/PathText.h"
 
@@ -33,6 +34,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string_view>
@@ -68,6 +70,8 @@ struct TPlugin {
     void* module;
     pluginmodule::TInitEntry init;
     pluginmodule::TCloseEntry close;
+    /// Null without a table.
+    std::shared_ptr<tables::TLife> table;
     /// The name under which it was loaded.
     CString name;
 };
@@ -264,15 +268,23 @@ private:
             reports.SetNotes(place, notes);
             return {PLUGIN_DECLINED};
         }
+        std::shared_ptr<tables::TLife> table;
+        wstring badTable;
         try {
             reports.SetNotes(place, notes);
-            plugins.push_back({module, init, close, name});
+            table = OpenTable(module, place, notes, badTable);
+            if (badTable.empty()) plugins.push_back({module, init, close, table, name});
         } catch (...) {
+            if (table) table->isOpen = false;
             close();
             pluginmodule::Unload(module);
             throw;
         }
-        return {PLUGIN_LOADED};
+        if (badTable.empty()) return {PLUGIN_LOADED};
+        close();
+        // What it has registered itself points into it.
+        if (failureMode == PLUGIN_FAILURE_PASSES_ON || notes.items.empty()) pluginmodule::Unload(module);
+        return {PLUGIN_BAD_TABLE, 0, badTable};
     }
 
     /// Calls the init entry, and takes what it notes.
@@ -288,6 +300,17 @@ private:
             }
             throw;
         }
+    }
+
+    /// Registers what the table of an initialised plug-in has, if it has one; why not, in `refusal`.
+    std::shared_ptr<tables::TLife> OpenTable(void* module, std::size_t place, registrations::TNotes notes,
+                                             wstring& refusal) {
+        const vorlund_plugin_table* const found = pluginmodule::FindTable(module);
+        if (!found) return nullptr;
+        const registrations::CTaker taker(notes);
+        auto table = tables::Open(*found, refusal);
+        reports.SetNotes(place, notes);
+        return table;
     }
 
     TPluginResult Scan(const CString& path) const {
@@ -328,6 +351,8 @@ void CPluginStore::Close() {
     for (std::size_t i = 0; i < data_->plugins.size(); ++i) {
         void* const module = std::exchange(data_->plugins[i].module, nullptr);
         if (!module) continue;
+        // Objects of its table that are still there do not call it any more.
+        if (const auto& table = data_->plugins[i].table) table->isOpen = false;
         data_->plugins[i].close();
         pluginmodule::Unload(module);
     }

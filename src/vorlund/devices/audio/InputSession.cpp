@@ -152,7 +152,8 @@ std::uint64_t CInputSession::GetPosition() {
 TAudioState CInputSession::GetState() {
     const TLock lock(mutex_);
     if (isEnded_) return AUDIO_STATE_CLOSED;
-    if (wasLost_ || isLost_ || !isPortOpen_) return AUDIO_STATE_LOST;
+    // Who stops it closes the port without having lost the device.
+    if (wasLost_ || isLost_ || (!isPortOpen_ && !isStopped_)) return AUDIO_STATE_LOST;
     return isPaused_ || isStopped_ ? AUDIO_STATE_PAUSED : AUDIO_STATE_RUNNING;
 }
 
