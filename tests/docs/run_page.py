@@ -2,7 +2,8 @@
 
 - A page is done in an empty folder with a home of its own that has `examples` and `build/linux`.
 - Blocks marked "console" are commands behind "$ ", each with what it prints below it, or nothing when it does not matter. An
-  exit code other than 0 is a fault, unless what is printed is a failure that the page tells.
+  exit code other than 0 is a fault, unless what is printed is a failure that the page tells. A word behind "console" names
+  another place to do them ("console windows"): they are not done here.
   A row of a table that begins with a command of build/linux/bin is one too.
 - A block of another kind whose paragraph before it ends with a colon and names a file of that kind in backticks
   ("Call it `loudest.cpp`") becomes that file.
