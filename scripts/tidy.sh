@@ -15,7 +15,7 @@ mkdir -p "$state/quiet"
 
 # Clang stops at this option of GCC.
 sed 's/ -fno-gnu-unique//' "$folder/compile_commands.json" >"$state/compile_commands.json"
-sources=$(sed -nE "s|^ *\"file\": \"$PWD/((src\|tools\|plugins\|examples)/[^\"]*)\".*|\1|p" "$state/compile_commands.json" | sort -u)
+sources=$(sed -nE "s|^ *\"file\": \"$PWD/((src\|tools\|plugins\|examples\|bindings)/[^\"]*\.cpp)\".*|\1|p" "$state/compile_commands.json" | sort -u)
 
 changed_files() {
     local base
@@ -53,7 +53,7 @@ case ${1-} in
 *) files=$(printf '%s\n' "$@" | wanted) ;;
 esac
 
-common=$({ find include src tools plugins examples -name '*.h' -print0 | sort -z | xargs -0 cat; cat .clang-tidy; } | sha256sum)
+common=$({ find include src tools plugins examples bindings -name '*.h' -print0 | sort -z | xargs -0 cat; cat .clang-tidy; } | sha256sum)
 check() {
     local key
     key=$state/quiet/$({ echo "$common $1"; cat "$1"; } | sha256sum | cut -c1-40)

@@ -33,6 +33,8 @@
 extern "C" {
 #endif
 
+// NOLINTBEGIN(modernize-use-using,readability-identifier-naming): it is C
+
 /// The version of the table below.
 #define VORLUND_PLUGIN_TABLE_VERSION 1u
 
@@ -306,6 +308,8 @@ typedef struct vorlund_plugin_info {
     extern const vorlund_plugin_info vorlund_plugin_info_record;                                             \
     __attribute__((used, section(".vrlinfo")))
 #endif
+
+// NOLINTEND(modernize-use-using,readability-identifier-naming)
 
 #ifdef __cplusplus
 }

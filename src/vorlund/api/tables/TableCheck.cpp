@@ -89,7 +89,7 @@ wstring Add(std::vector<TTableClass>& classes, const TRecord* record, const TRec
 
 TCheckedTable Check(const vorlund_plugin_table& table) {
     TCheckedTable checked;
-    vorlund_plugin_table known;
+    vorlund_plugin_table known{};
     checked.refusal = Copy(&table, known);
     if (!checked.refusal.empty()) return checked;
     if (known.version != VORLUND_PLUGIN_TABLE_VERSION)
@@ -102,12 +102,14 @@ TCheckedTable Check(const vorlund_plugin_table& table) {
         checked.refusal = VRL_L("it has no list of decoders");
     else if (known.device_count > 0 && !known.devices)
         checked.refusal = VRL_L("it has no list of devices");
-    for (std::uint32_t i = 0; checked.refusal.empty() && i < known.decoder_count; ++i) {
+    const std::uint32_t decoders = known.decoders ? known.decoder_count : 0;
+    const std::uint32_t devices = known.devices ? known.device_count : 0;
+    for (std::uint32_t i = 0; checked.refusal.empty() && i < decoders; ++i) {
         const wstring refusal =
             Add(checked.classes, known.decoders[i], &TTableClass::decoderRecord, &TTableClass::decoder);
         if (!refusal.empty()) checked.refusal = Format(VRL_L("decoder %u: %s"), i, refusal.c_str());
     }
-    for (std::uint32_t i = 0; checked.refusal.empty() && i < known.device_count; ++i) {
+    for (std::uint32_t i = 0; checked.refusal.empty() && i < devices; ++i) {
         const wstring refusal =
             Add(checked.classes, known.devices[i], &TTableClass::deviceRecord, &TTableClass::device);
         if (!refusal.empty()) checked.refusal = Format(VRL_L("device %u: %s"), i, refusal.c_str());

@@ -101,7 +101,7 @@ TAudioPortFormat CTablePort::Open(const TAudioPortFormat& wish, IAudioPortClient
 
 void CTablePort::Close() {
     if (!isOpen_) return;
-    Stop();
+    CTablePort::Stop();
     isOpen_ = false;
     if (IsAlive()) class_->device.close(std::exchange(instance_, nullptr));
 }

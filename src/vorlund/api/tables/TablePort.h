@@ -23,7 +23,7 @@ public:
     std::uint32_t GetDelay() override;
 
 protected:
-    ~CTablePort() { Close(); }
+    ~CTablePort() { CTablePort::Close(); }
 
 private:
     struct TRecord : vorlund_plugin_client {
