@@ -21,6 +21,15 @@ constexpr std::uint64_t kMaxNames = std::uint64_t{64} << 20;
 /// How many of them are held at a time.
 constexpr std::size_t kPiece = std::size_t{64} << 10;
 
+/// Without the two entries, by which a plug-in begins and ends.
+TImageLook TableAlone() {
+    TImageLook look{TImageKind::OneEntry, "it has a table, but neither "};
+    look.detail += kInitEntryName.whole;
+    look.detail += " nor ";
+    look.detail += kCloseEntryName.whole;
+    return look;
+}
+
 } // namespace
 
 CImageFile::CImageFile(const wchar* path) : file_(filesystem::OpenInput(path, length_)) {}
@@ -61,11 +70,7 @@ TImageLook CImageFile::LookForNames(const TRange& range, const char* first, cons
     if (isFound[0] && isFound[1]) return {TImageKind::Plugin};
     if (isFound[0] || isFound[1])
         return {TImageKind::OneEntry, isFound[0] ? kCloseEntryName.whole : kInitEntryName.whole};
-    if (isFound[2] || isFound[3]) {
-        std::string lack = "it has a table, but neither ";
-        lack.append(kInitEntryName.whole).append(" nor ").append(kCloseEntryName.whole);
-        return {TImageKind::OneEntry, std::move(lack)};
-    }
+    if (isFound[2] || isFound[3]) return TableAlone();
     return {TImageKind::OtherLibrary};
 }
 
