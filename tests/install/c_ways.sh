@@ -1,4 +1,4 @@
-# shellcheck shell=bash disable=SC2154
+# shellcheck shell=bash disable=SC2016,SC2154
 # The ways of programs and plug-ins in C. Sourced by consumers.sh.
 
 # The first line in the blocks of a page that begins with these words.
@@ -57,7 +57,7 @@ way "C: program and plug-in by the lines of the pages"
 microsoft() {
     local client=$sources/tests/bindings/others/msvc triple=i686 bits=i386 safe=/safeseh:no library
     mkdir "$work/msvc"
-    cd "$work/msvc"
+    cd "$work/msvc" || return
     cp "$client/kernel32.def" "$prefix/lib/vorlund_c.def" .
     if [[ $target == win64 ]]; then
         triple=x86_64 bits=i386:x86-64 safe=""
