@@ -19,7 +19,7 @@ runs_c() { run "$1" "$recording" "$2" >>"$work/c.log" 2>&1 || { tail -n 5 "$work
 # The plug-in of the guide, as it is there, in a folder that has what its commands name.
 tone=$work/tone
 mkdir "$tone"
-sed -n '/^```c$/,/^```/{/^```/d;p}' "$sources/docs/plugins-in-c.md" >"$tone/tone.c"
+"$here/c/tone.sh" >"$tone/tone.c"
 ln -s "$prefix/include" "$tone/include"
 ln -s "$(dirname "$(find "$prefix/lib" -name VorlundPluginTable.def)")" "$tone/cmake"
 
