@@ -43,8 +43,8 @@ vorlund_packages() {
     package-win32) echo "$packages $codecs llvm $mingw32" ;;
     package-win64) echo "$packages $codecs llvm $mingw64" ;;
     packages)
-        # Both word sizes of Windows under Wine, and what makes roots of Debian.
-        echo "$packages dpkg-dev file $sounds $rates $sound_output $pictures $levels libxcb1-dev $codecs llvm $mingw32 $mingw64"
+        # Both word sizes of Windows under Wine, what makes roots of Debian, and clients of Microsoft's binary interface.
+        echo "$packages dpkg-dev file $sounds $rates $sound_output $pictures $levels libxcb1-dev $codecs $microsoft $mingw32 $mingw64"
         echo "ccache debootstrap flac lame lintian wine wine32:i386 wine64 xvfb"
         ;;
     site) echo "$site" ;;

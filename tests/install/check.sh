@@ -28,6 +28,10 @@ entries=$'?VrlClosePlugin@@YAXXZ\n?VrlInitPlugin@@YA_NXZ'
 # The options of the consumer's build, the compiler, and what lists names.
 options=(-G Ninja -S "$here" -B "$work/build" -DCMAKE_BUILD_TYPE=Release -DVORLUND_WANTED="$minor")
 toolchain=-DCMAKE_TOOLCHAIN_FILE=$here/../../cmake/toolchains/$target.cmake
+# A project in C, with the plug-in of docs/plugins-in-c.md.
+"$here/c/tone.sh" >"$work/tone.c"
+c_options=(-G Ninja -S "$here/c" -B "$work/c" -DCMAKE_BUILD_TYPE=Release -DVORLUND_WANTED="$minor" -DVORLUND_TONE="$work/tone.c"
+    -DCMAKE_PREFIX_PATH="$prefix")
 # shellcheck source=scripts/target.sh
 source "$here/../../scripts/target.sh"
 
@@ -73,6 +77,9 @@ win*)
     test "$($objdump -p "$work/build/plugins/consumer_plugin.dll" |
         sed -n '/^\[Ordinal\/Name Pointer\] Table/,/^$/s/^\t\[ *[0-9]*\] //p' | LC_ALL=C sort)" = "$entries"
     WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/plugin_host.exe"
+    cmake "${c_options[@]}" "$toolchain"
+    cmake --build "$work/c"
+    WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/c/c_consumer.exe" "$recording" "$work/c/plugins/tone.dll"
     if [[ -e $prefix/lib/vorlund/plugins/sndfile.dll ]]; then
         flac --totally-silent "$recording" -o "$work/recording.flac"
         WINEPATH="Z:$prefix/bin" timeout 120 wine "$work/build/installed_host.exe" "$recording" "$work/recording.flac"
@@ -92,6 +99,7 @@ linux | linux-arm64)
         compiler=aarch64-linux-gnu-g++ nm=aarch64-linux-gnu-nm
         target_launcher emulated "$folder"
         options+=("$toolchain")
+        c_options+=("$toolchain")
     fi
     cmake "${options[@]}"
     cmake --build "$work/build"
@@ -103,6 +111,9 @@ linux | linux-arm64)
     test "$($nm -D --defined-only --format=posix "$work/build/plugins/consumer_plugin.so" | sed '/ A /d; s/ .*//' |
         LC_ALL=C sort)" = "$entries"
     "${launcher[@]}" "$work/build/plugin_host"
+    cmake "${c_options[@]}"
+    cmake --build "$work/c"
+    "${launcher[@]}" "$work/c/c_consumer" "$recording" "$work/c/plugins/tone.so"
     if [[ -e $prefix/lib/vorlund/plugins/sndfile.so ]]; then
         flac --totally-silent "$recording" -o "$work/recording.flac"
         "${launcher[@]}" "$work/build/installed_host" "$recording" "$work/recording.flac"

@@ -126,6 +126,9 @@ grep -q "^Vorlund $version" "$work/hello/output"
 grep -q 'strings.wav: 4.60 seconds$' "$work/hello/output"
 way "the hello program by its line"
 
+# shellcheck source=tests/install/c_ways.sh
+source "$here/c_ways.sh"
+
 # Binary plug-ins of releases.
 for plugin in "$here"/releases/*/"$target"/vorlund_sample."$so"; do
     [[ -e $plugin ]] || continue
