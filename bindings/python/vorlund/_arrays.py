@@ -4,6 +4,7 @@ from __future__ import annotations
 from typing import Any, Optional, Tuple
 
 import numpy as np
+from numpy.typing import NDArray
 
 from ._native import ffi, lib
 
@@ -67,7 +68,7 @@ def channels_wanted(mono: bool, channels: Optional[int]) -> Optional[int]:
     return 1 if mono else channels
 
 
-def over(array: Any, columns: int, flat: bool) -> np.ndarray:
+def over(array: Any, columns: int, flat: bool) -> NDArray[Any]:
     """An array over the samples that the native part has made, which it owns from now on."""
     dtype = np.dtype(name_of(array.sample_format))
     rows = array.frames
@@ -79,7 +80,7 @@ def over(array: Any, columns: int, flat: bool) -> np.ndarray:
     return np.frombuffer(ffi.buffer(memory, size), dtype).reshape(shape)
 
 
-def taken(samples: Any) -> Tuple[np.ndarray, int, int, int]:
+def taken(samples: Any) -> Tuple[NDArray[Any], int, int, int]:
     """Samples as the native part takes them: the array, frames, channels and the sample format."""
     array = np.asarray(samples)
     if array.ndim not in (1, 2):
@@ -94,6 +95,6 @@ def taken(samples: Any) -> Tuple[np.ndarray, int, int, int]:
     return array, array.shape[0], channels, _FORMATS[array.dtype.name]
 
 
-def pointer(array: np.ndarray) -> Any:
+def pointer(array: NDArray[Any]) -> Any:
     """The memory of a contiguous array."""
     return ffi.cast("void*", array.ctypes.data)

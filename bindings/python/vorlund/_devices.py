@@ -6,6 +6,7 @@ from dataclasses import dataclass
 from typing import Any, List, Optional
 
 import numpy as np
+from numpy.typing import NDArray
 
 from . import _arrays
 from ._errors import DeviceError, check, text_of
@@ -79,8 +80,9 @@ def _format(sample_format: int, channels: int, rate: int) -> Any:
 class Playback:
     """A sound that is playing. Any thread may use it. `with` waits for the end, and stops at an exception."""
 
-    def __init__(self, output: Any, source: Any) -> None:
+    def __init__(self, output: Any, source: Optional[Stream], rate: int) -> None:
         self._output = output
+        self._rate = rate
         # What the stream reads lives as long as it plays.
         self._source = source
 
@@ -92,6 +94,9 @@ class Playback:
             code = lib.vorlund_output_wait_streams(self._output, left)
             if code == 0:
                 return self._heard(end)
+            if code == lib.VORLUND_ERROR_HANDLE:
+                # Stopped by another thread.
+                return True
             if code != lib.VORLUND_ERROR_TIMEOUT:
                 check(code)
             if end is not None and time.monotonic() >= end:
@@ -104,14 +109,12 @@ class Playback:
         while lib.vorlund_output_delay(self._output, delay) == 0 and delay[0] > 0:
             if end is not None and time.monotonic() >= end:
                 return False
-            time.sleep(min(0.01, delay[0] / self.rate))
-        if self._source is not None and self._source._place.object is not None:
-            self._source._place.object.raise_error()
+            time.sleep(min(0.01, delay[0] / self._rate))
+        if self._source is not None:
+            self._source._place.raise_error()
         if text := text_of(lib.vorlund_output_stream_error, self._output):
             raise DeviceError(text)
         return True
-
-    rate: int = 1
 
     @property
     def playing(self) -> bool:
@@ -148,8 +151,6 @@ class Playback:
         if output:
             lib.vorlund_output_close(output)
             lib.vorlund_release(output)
-            if self._source is not None:
-                self._source._place.forget()
 
     def __enter__(self) -> "Playback":
         return self
@@ -202,8 +203,7 @@ def play(sound: Any, rate: Optional[int] = None, *, device: Any = None, volume: 
     except BaseException:
         lib.vorlund_release(output)
         raise
-    playback = Playback(output, source)
-    playback.rate = form.rate
+    playback = Playback(output, source, form.rate)
     if not wait:
         return playback
     with playback:
@@ -212,7 +212,7 @@ def play(sound: Any, rate: Optional[int] = None, *, device: Any = None, volume: 
 
 
 def rec(seconds: Optional[float] = None, *, frames: Optional[int] = None, rate: int = 48000, channels: int = 1,
-        dtype: Any = "float32", device: Any = None, latency: float = 0.0) -> np.ndarray:
+        dtype: Any = "float32", device: Any = None, latency: float = 0.0) -> NDArray[Any]:
     """Records so many seconds or frames, and waits for them. Gives frames and channels.
 
     device is an input's or a loopback's Device, its id, None for the default one, or NULL_DEVICE.

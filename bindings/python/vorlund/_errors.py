@@ -3,7 +3,7 @@ from __future__ import annotations
 
 import errno
 from dataclasses import dataclass
-from typing import Any, Callable, Optional, Tuple
+from typing import Any, Callable, Dict, Optional, Tuple
 
 from ._native import ffi, lib
 
@@ -75,7 +75,7 @@ class Error(Exception):
         return str(self.args[0]) if self.args else ""
 
 
-def _rebuild(kind: type, text: str, values: dict) -> Error:
+def _rebuild(kind: type, text: str, values: Dict[str, Any]) -> Error:
     made = kind(text)
     made.__dict__.update(values)
     if isinstance(made, OSError):
@@ -190,7 +190,7 @@ def failure(code: int) -> Error:
     record = ffi.new("vorlund_error*")
     record.size = ffi.sizeof("vorlund_error")
     kind = _KINDS.get(code, Error)
-    values: dict = {"code": code}
+    values: Dict[str, Any] = {"code": code}
     # What the native part refuses by itself leaves no record.
     if lib.vorlund_last_error(record) == 0 and record.code == code:
         values.update(

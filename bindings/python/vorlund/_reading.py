@@ -6,6 +6,7 @@ from dataclasses import dataclass
 from typing import Any, Iterator, NamedTuple, Optional, Tuple
 
 import numpy as np
+from numpy.typing import NDArray
 
 from . import _arrays
 from ._errors import BusyError, ClosedError, Report, check, take_report, text_of
@@ -17,7 +18,7 @@ class Sound(NamedTuple):
     """Samples and their rate."""
 
     #: Frames and channels; only frames when they were read with mono=True.
-    samples: np.ndarray
+    samples: NDArray[Any]
     #: Frames of a second.
     rate: int
 
@@ -87,7 +88,7 @@ def info(source: Source) -> Info:
     return Info(frames, sound.rate, sound.channels, _arrays.name_of(sound.sample_format), duration, chain, found)
 
 
-def peaks(source: Source, count: int = 1000, *, mono: bool = False) -> np.ndarray:
+def peaks(source: Source, count: int = 1000, *, mono: bool = False) -> NDArray[Any]:
     """The least and the greatest sample of each of `count` equal parts, to draw a sound with.
 
     Gives float32 with three dimensions: part, channel, and least or greatest; two with mono=True. A sound of
@@ -140,7 +141,7 @@ class Stream:
         self.frames: Optional[int] = sound.frames if sound.has_frames else None
 
     @property
-    def dtype(self) -> np.dtype:
+    def dtype(self) -> np.dtype[Any]:
         """That of the samples."""
         return self._dtype
 
@@ -148,7 +149,7 @@ class Stream:
     def closed(self) -> bool:
         return not self._stream
 
-    def read(self, frames: Optional[int] = None) -> np.ndarray:
+    def read(self, frames: Optional[int] = None) -> NDArray[Any]:
         """The next frames, less only at the end; all that are left without a number."""
         if frames is None or frames == -1:
             return self._read_rest()
@@ -156,7 +157,7 @@ class Stream:
         made = np.empty((count, self.channels), self._dtype)
         return self._shaped(made[: self._fill(made, count)])
 
-    def read_into(self, out: np.ndarray) -> int:
+    def read_into(self, out: NDArray[Any]) -> int:
         """Reads into an array of the same dtype, and tells how many frames; less than its length only at the end.
 
         The array is contiguous and has the dimensions of what `read` gives.
@@ -170,7 +171,7 @@ class Stream:
             raise ValueError("the array must be contiguous and writable")
         return self._fill(out, len(out))
 
-    def blocks(self, size: int = 4096) -> Iterator[np.ndarray]:
+    def blocks(self, size: int = 4096) -> Iterator[NDArray[Any]]:
         """What is left in blocks of `size` frames, the last one shorter. Each is an array of its own."""
         count = _arrays.count_of(size, "size", 1, 2**40)
         while True:
@@ -202,7 +203,7 @@ class Stream:
     def __exit__(self, *_: Any) -> None:
         self.close()
 
-    def __iter__(self) -> Iterator[np.ndarray]:
+    def __iter__(self) -> Iterator[NDArray[Any]]:
         return self.blocks()
 
     def __del__(self) -> None:
@@ -218,13 +219,13 @@ class Stream:
                 raise ClosedError("The stream is closed")
             self._place.check(work())
 
-    def _fill(self, out: np.ndarray, frames: int) -> int:
+    def _fill(self, out: NDArray[Any], frames: int) -> int:
         count = ffi.new("uint64_t*")
         memory = _arrays.pointer(out)
         self._do(lambda: lib.engine_fill(self._stream, self._format, self.channels, memory, frames, count))
         return count[0]
 
-    def _read_rest(self) -> np.ndarray:
+    def _read_rest(self) -> NDArray[Any]:
         parts = []
         size = 65536
         if self.frames is not None:
@@ -236,7 +237,7 @@ class Stream:
             return parts[0]
         return np.concatenate(parts) if parts else self._shaped(np.empty((0, self.channels), self._dtype))
 
-    def _shaped(self, made: np.ndarray) -> np.ndarray:
+    def _shaped(self, made: np.ndarray) -> NDArray[Any]:
         return made.reshape(-1) if self._mono else made
 
     def _take(self) -> Any:
@@ -276,7 +277,7 @@ def open(source: Source, *, rate: Optional[int] = None, dtype: Any = "float32", 
 
 def blocks(source: Source, size: int = 65536, *, start: int = 0, frames: Optional[int] = None, overlap: int = 0,
            rate: Optional[int] = None, dtype: Any = "float32", mono: bool = False,
-           channels: Optional[int] = None) -> Iterator[np.ndarray]:
+           channels: Optional[int] = None) -> Iterator[NDArray[Any]]:
     """A sound in blocks of `size` frames, the last one shorter.
 
     Each block begins with the last `overlap` frames of the one before. start, frames, size and overlap are counted
@@ -288,7 +289,7 @@ def blocks(source: Source, size: int = 65536, *, start: int = 0, frames: Optiona
     with open(source, rate=rate, dtype=dtype, mono=mono, channels=channels) as stream:
         if start:
             stream.seek(start)
-        tail: Optional[np.ndarray] = None
+        tail: Optional[NDArray[Any]] = None
         while left > 0:
             wanted = min(left, size - (0 if tail is None else len(tail)))
             block = stream.read(wanted)

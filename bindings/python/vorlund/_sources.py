@@ -5,15 +5,10 @@ import atexit
 import io
 import os
 import threading
-from typing import Any, BinaryIO, Optional, Union
+from typing import Any, BinaryIO, Callable, Optional, Protocol, Set, Union
 
 from ._errors import check
 from ._native import ffi, lib
-
-try:
-    from typing import Protocol
-except ImportError:  # pragma: no cover
-    Protocol = object  # type: ignore[assignment]
 
 _opening = threading.Lock()
 _is_open = False
@@ -50,7 +45,7 @@ Source = Union[Path, bytes, bytearray, memoryview, Readable, BinaryIO]
 Target = Union[Path, Writable, BinaryIO]
 
 # The objects that streams and sinks of the library use, each through its handle, until they are freed.
-_used = set()
+_used: Set[Any] = set()
 
 
 class _Object:
@@ -71,11 +66,11 @@ class _Object:
             raise error
 
 
-def _call(handle: Any, work: Any) -> int:
+def _call(handle: Any, work: Callable[[Any], Any]) -> int:
     target = ffi.from_handle(handle)
     try:
         work(target.file)
-    except BaseException as error:  # noqa: B902 - raised by the call that is under way
+    except BaseException as error:  # raised by the call that is under way
         if target.error is None:
             target.error = error
         return 1
@@ -146,7 +141,7 @@ def _is_path(value: Any) -> bool:
 
 def _can_seek(file: Any) -> bool:
     seekable = getattr(file, "seekable", None)
-    return bool(seekable()) if seekable else hasattr(file, "seek") and hasattr(file, "tell")
+    return bool(seekable()) if callable(seekable) else hasattr(file, "seek") and hasattr(file, "tell")
 
 
 class _Place:
@@ -163,14 +158,19 @@ class _Place:
         """Whether the object has raised something."""
         return self.object is not None and self.object.error is not None
 
+    def raise_error(self) -> None:
+        """Raises what the object has raised."""
+        if self.object is not None:
+            self.object.raise_error()
+
     def check(self, code: int, report: Any = None) -> None:
         """Raises what the object has raised, or what the code says."""
-        if self.object is not None and self.object.error is not None:
+        if self.failed:
             # What the library made of it tells less.
             if report is not None and report[0]:
                 lib.vorlund_release(report[0])
                 report[0] = ffi.NULL
-            self.object.raise_error()
+            self.raise_error()
         check(code, report)
 
     def forget(self) -> None:
@@ -193,7 +193,7 @@ class SourcePlace(_Place):
         ensure_open()
         self.record = ffi.new("engine_source*")
         if _is_path(source):
-            self.kept = ffi.new("char[]", os.fsencode(source))
+            self.kept = ffi.new("char[]", os.fsencode(source))  # type: ignore[arg-type]
             self.record.path = self.kept
             return
         if hasattr(source, "read"):

@@ -6,6 +6,7 @@ import threading
 from typing import Any, List, Mapping, Optional
 
 import numpy as np
+from numpy.typing import NDArray
 
 from . import _arrays
 from ._errors import ClosedError, check
@@ -216,7 +217,7 @@ def convert(source: Source, target: Target, *, kind: Optional[str] = None, sampl
     return frames[0]
 
 
-def resample(samples: Any, from_rate: int, to_rate: int, *, quality: str = "high") -> np.ndarray:
+def resample(samples: Any, from_rate: int, to_rate: int, *, quality: str = "high") -> NDArray[Any]:
     """Samples at another rate, as float32. `quality`: "quick", "low", "medium", "high" or "best"."""
     ensure_open()
     array = np.asarray(samples)
