@@ -21,6 +21,7 @@ typedef struct engine_sound {
     vorlund_stream stream;
     uint32_t sample_format;
     uint32_t channels;
+    uint32_t native_channels; /* before they are mixed */
     uint32_t rate;
     int32_t has_frames; /* 0 where the number of frames is not known */
     uint64_t frames;
@@ -71,14 +72,15 @@ typedef struct engine_writer {
 /* Besides the sample formats of vorlund_c.h: double precision. And the most channels. */
 enum { ENGINE_DOUBLE = 64, ENGINE_CHANNELS = 1024 };
 
-/* Opens a sound for reading, in another form when channels, rate or both of `wanted` are not 0, and at its start. */
+/* Opens a sound for reading, at another rate when `wanted` has one, and at its start. The channels that are told are those
+ * that are wanted, into which engine_fill mixes. */
 int32_t engine_open(const engine_source* source, const engine_wanted* wanted, engine_sound* sound,
                     vorlund_report* report);
-/* Reads frames of a stream whose frames have `channels`. */
+/* Reads frames of `channels`, which are mixed when the stream has others. */
 int32_t engine_fill(vorlund_stream stream, uint32_t sample_format, uint32_t channels, void* samples, uint64_t frames,
                     uint64_t* count);
 /* Goes to a frame, by reading where the stream has no positions. */
-int32_t engine_go_to(vorlund_stream stream, uint32_t channels, uint64_t frame);
+int32_t engine_go_to(vorlund_stream stream, uint64_t frame);
 
 /* A whole sound, or a part of one. */
 int32_t engine_read(const engine_source* source, const engine_wanted* wanted, engine_array* array,

@@ -50,9 +50,37 @@ static int32_t fill_doubles(vorlund_stream stream, uint32_t channels, double* to
     return code;
 }
 
+/* Frames that are mixed into another number of channels, such that nothing gets louder than full scale. */
+static int32_t fill_mixed(vorlund_stream stream, uint32_t sample_format, uint32_t from, uint32_t channels, char* to,
+                          uint64_t frames, uint64_t* count) {
+    float own[DOUBLES];
+    float mixed[DOUBLES];
+    const uint32_t room = DOUBLES / (from > channels ? from : channels);
+    uint32_t got = 0;
+    int32_t code = VORLUND_OK;
+    do {
+        code = vorlund_stream_read_float(stream, own, (uint32_t)least(room, frames - *count), &got);
+        const uint32_t samples = got * channels;
+        ENGINE_TRY(vorlund_mix_samples(mixed, channels, own, from, got));
+        if (sample_format == ENGINE_DOUBLE) {
+            for (uint32_t i = 0; i < samples; ++i) ((double*)to)[i] = mixed[i];
+        } else {
+            ENGINE_TRY(vorlund_convert_samples(to, sample_format, mixed, VORLUND_SAMPLE_FLOAT, 1, samples, NULL));
+        }
+        to += samples * sample_size(sample_format);
+        *count += got;
+    } while (code == VORLUND_OK && got > 0 && *count < frames);
+    return code;
+}
+
 int32_t engine_fill(vorlund_stream stream, uint32_t sample_format, uint32_t channels, void* samples, uint64_t frames,
                     uint64_t* count) {
+    vorlund_audio_format format = {sizeof format, 0, 0, 0};
     *count = 0;
+    if (frames == 0) return VORLUND_OK;
+    ENGINE_TRY(vorlund_stream_audio_format(stream, &format));
+    if (format.channels != channels)
+        return fill_mixed(stream, sample_format, format.channels, channels, samples, frames, count);
     if (sample_format == ENGINE_DOUBLE) return fill_doubles(stream, channels, samples, frames, count);
     const uint64_t frame = sample_size(sample_format) * channels;
     char* to = samples;
@@ -68,7 +96,8 @@ int32_t engine_fill(vorlund_stream stream, uint32_t sample_format, uint32_t chan
     return VORLUND_OK;
 }
 
-int32_t engine_go_to(vorlund_stream stream, uint32_t channels, uint64_t frame) {
+int32_t engine_go_to(vorlund_stream stream, uint64_t frame) {
+    vorlund_audio_format format = {sizeof format, 0, 0, 0};
     uint64_t all = 0;
     /* What is behind the end is the end. */
     if (vorlund_stream_frames(stream, &all) == VORLUND_OK) frame = least(frame, all);
@@ -77,10 +106,11 @@ int32_t engine_go_to(vorlund_stream stream, uint32_t channels, uint64_t frame) {
     uint64_t at = 0;
     float piece[DOUBLES];
     uint32_t got = 0;
+    ENGINE_TRY(vorlund_stream_audio_format(stream, &format));
     ENGINE_TRY(vorlund_stream_tell_frame(stream, &at));
     if (frame < at) return code;
     do {
-        const uint32_t wanted = (uint32_t)least(DOUBLES / channels, frame - at);
+        const uint32_t wanted = (uint32_t)least(DOUBLES / format.channels, frame - at);
         ENGINE_TRY(vorlund_stream_read_float(stream, piece, wanted, &got));
         at += got;
     } while (got > 0 && at < frame);
@@ -196,13 +226,13 @@ static int32_t find_peaks(const engine_sound* sound, uint32_t count, float* peak
         const uint64_t end = sound->frames / count * (i + 1) + sound->frames % count * (i + 1) / count;
         int is_first = 1;
         while (at < end) {
-            uint32_t got = 0;
-            const uint32_t wanted = (uint32_t)least(DOUBLES / channels, end - at);
-            ENGINE_TRY(vorlund_stream_read_float(sound->stream, piece, wanted, &got));
+            uint64_t got = 0;
+            ENGINE_TRY(engine_fill(sound->stream, VORLUND_SAMPLE_FLOAT, channels, piece,
+                                   least(DOUBLES / channels, end - at), &got));
             if (got == 0) return VORLUND_OK;
-            for (uint32_t frame = 0; frame < got; ++frame, is_first = 0) {
+            for (uint64_t frame = 0; frame < got; ++frame, is_first = 0) {
                 for (uint32_t channel = 0; channel < channels; ++channel) {
-                    const float sample = piece[(size_t)frame * channels + channel];
+                    const float sample = piece[frame * channels + channel];
                     float* const low = pair + (size_t)2 * channel;
                     if (is_first || sample < low[0]) low[0] = sample;
                     if (is_first || sample > low[1]) low[1] = sample;

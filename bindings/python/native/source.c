@@ -74,10 +74,9 @@ static int32_t decode(const engine_source* source, vorlund_stream* stream, vorlu
     return code;
 }
 
-/* Puts a stream of another form in the place of one. */
-static int32_t change_form(const engine_wanted* wanted, vorlund_stream* stream) {
+/* Puts a stream of another rate in the place of one. */
+static int32_t change_rate(const engine_wanted* wanted, vorlund_stream* stream) {
     vorlund_conversion conversion = {sizeof conversion, VORLUND_SAMPLE_FLOAT, 0, 0, 0, 0, 0, 0, 0};
-    conversion.channels = wanted->channels;
     conversion.rate = wanted->rate;
     conversion.quality = wanted->quality;
     vorlund_stream changed = NULL;
@@ -91,17 +90,19 @@ static int32_t describe(const engine_wanted* wanted, engine_sound* sound) {
     vorlund_audio_format format = {sizeof format, 0, 0, 0};
     ENGINE_TRY(vorlund_stream_audio_format(sound->stream, &format));
     if (format.channels == 0 || format.channels > ENGINE_CHANNELS) return VORLUND_ERROR_DATA_NOT_SUPPORTED;
-    if ((wanted->channels != 0 && wanted->channels != format.channels) ||
-        (wanted->rate != 0 && wanted->rate != format.rate)) {
-        ENGINE_TRY(change_form(wanted, &sound->stream));
+    if (wanted->channels != 0 && wanted->channels != format.channels && format.channels > 8)
+        return VORLUND_ERROR_DATA_NOT_SUPPORTED;
+    if (wanted->rate != 0 && wanted->rate != format.rate) {
+        ENGINE_TRY(change_rate(wanted, &sound->stream));
         ENGINE_TRY(vorlund_stream_audio_format(sound->stream, &format));
     }
     sound->sample_format = format.sample_format;
-    sound->channels = format.channels;
+    sound->channels = wanted->channels != 0 ? wanted->channels : format.channels;
+    sound->native_channels = format.channels;
     sound->rate = format.rate;
     sound->frames = 0;
     sound->has_frames = vorlund_stream_frames(sound->stream, &sound->frames) == VORLUND_OK;
-    return wanted->start == 0 ? VORLUND_OK : engine_go_to(sound->stream, sound->channels, wanted->start);
+    return wanted->start == 0 ? VORLUND_OK : engine_go_to(sound->stream, wanted->start);
 }
 
 int32_t engine_open(const engine_source* source, const engine_wanted* wanted, engine_sound* sound,

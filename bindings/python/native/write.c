@@ -76,6 +76,23 @@ int32_t engine_write(const engine_target* target, const engine_plan* plan, uint3
     return code;
 }
 
+/* Whatever is left of a sound, mixed where that is wanted. */
+static int32_t copy_sound(const engine_sound* sound, const engine_writer* writer, uint64_t* frames) {
+    float piece[DOUBLES];
+    vorlund_audio_format format = {sizeof format, 0, 0, 0};
+    uint64_t got = 0;
+    ENGINE_TRY(vorlund_stream_audio_format(sound->stream, &format));
+    if (format.channels == sound->channels) return vorlund_writer_write_stream(writer->writer, sound->stream, frames);
+    *frames = 0;
+    do {
+        ENGINE_TRY(engine_fill(sound->stream, VORLUND_SAMPLE_FLOAT, sound->channels, piece, DOUBLES / sound->channels,
+                               &got));
+        ENGINE_TRY(engine_writer_write(writer, VORLUND_SAMPLE_FLOAT, sound->channels, piece, got));
+        *frames += got;
+    } while (got > 0);
+    return VORLUND_OK;
+}
+
 int32_t engine_convert(const engine_source* source, const engine_target* target, const engine_plan* plan,
                        uint32_t quality, uint64_t* frames, vorlund_report* report) {
     const engine_wanted wanted = {0, UINT64_MAX, VORLUND_SAMPLE_KEEP, plan->channels, plan->rate, quality};
@@ -88,7 +105,7 @@ int32_t engine_convert(const engine_source* source, const engine_target* target,
     whole.rate = sound.rate;
     int32_t code = engine_writer_open(target, &whole, &writer);
     if (code == VORLUND_OK) {
-        code = vorlund_writer_write_stream(writer.writer, sound.stream, frames);
+        code = copy_sound(&sound, &writer, frames);
         if (code == VORLUND_OK)
             code = engine_writer_finish(&writer);
         else

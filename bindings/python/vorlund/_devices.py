@@ -187,7 +187,7 @@ def play(sound: Any, rate: Optional[int] = None, *, device: Any = None, volume: 
         if rate is not None:
             raise ValueError("a source has a rate of its own")
         source = sound if isinstance(sound, Stream) else Stream(sound, dtype=None)
-        form = _format(source._native_format, source.channels, source.rate)
+        form = _format(source._native_format, source._native_channels, source.rate)
     output = _made(device, "output")
     try:
         check(lib.vorlund_output_open(output, form, latency))

@@ -49,7 +49,8 @@ def read(source: Source, *, start: int = 0, frames: Optional[int] = None, rate: 
     rate, if not None, is another rate, by `quality`: "quick", "low", "medium", "high" or "best".
     dtype is that of the samples, full scale as usual for each: uint8, int16, int32, float32, float64;
     None for what the decoder makes.
-    mono mixes all channels into one, and gives an array with one dimension; channels mixes into 1 to 8.
+    mono mixes all channels into one, for two their mean, and gives an array with one dimension; channels mixes
+    into 1 to 8, so that nothing gets louder than full scale.
 
     Raises FormatError with the report when nothing decodes the source, FileError when it cannot be read.
     """
@@ -131,7 +132,9 @@ class Stream:
             self._free()
             raise
         self._format = sound.sample_format if settings.sample_format == lib.VORLUND_SAMPLE_KEEP else settings.sample_format
+        # Those of the native stream, which an output takes.
         self._native_format = sound.sample_format
+        self._native_channels = sound.native_channels
         self._dtype = np.dtype(_arrays.name_of(self._format))
         self._mono = mono
         #: Frames of a second, and samples of a frame.
@@ -184,7 +187,7 @@ class Stream:
     def seek(self, frame: int) -> None:
         """Goes to a frame; to the end when there are less."""
         wanted = _arrays.count_of(frame, "frame", 0, 2**62)
-        self._do(lambda: lib.engine_go_to(self._stream, self.channels, wanted))
+        self._do(lambda: lib.engine_go_to(self._stream, wanted))
 
     def tell(self) -> int:
         """The frame that comes next."""

@@ -38,7 +38,7 @@ class Writable(Protocol):
     def write(self, data: Any, /) -> Any: ...
 
 
-Path = Union[str, "os.PathLike[str]", "os.PathLike[bytes]"]
+Path = Union[str, os.PathLike[str], os.PathLike[bytes]]
 #: A path; bytes or another buffer with a file in it; or an open file.
 Source = Union[Path, bytes, bytearray, memoryview, Readable, BinaryIO]
 #: A path, or an open file.

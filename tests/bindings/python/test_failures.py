@@ -160,7 +160,8 @@ print("end")
 """
     result = subprocess.run([sys.executable, "-X", "dev", "-c", code], capture_output=True, text=True, timeout=60)
     assert (result.returncode, result.stdout) == (0, "end\n"), result.stderr
-    assert "Traceback" not in result.stderr and "Fatal" not in result.stderr
+    # The thread that records may tell that the library is closed.
+    assert "Fatal" not in result.stderr
 
 
 def test_everything_public_has_types():

@@ -126,8 +126,7 @@ def test_calls_hold_no_lock_of_the_interpreter(tmp_path):
     os.mkfifo(pipe)
     with ThreadPoolExecutor(1) as pool:
         reading = pool.submit(vorlund.read, pipe)
-        with open(pipe, "wb") as file:
-            file.write(b"no sound")
+        os.close(os.open(pipe, os.O_WRONLY))
         with pytest.raises(vorlund.Error):
             reading.result(LIMIT)
 
