@@ -6,7 +6,8 @@
 
 #include "declarations.h"
 
-/* In Python: streams and sinks over objects with read or write. cffi takes the lock of the interpreter around them. */
+/* In Python: streams and sinks over objects with read or write. cffi takes the lock of the interpreter around
+ * them. */
 extern int32_t python_read(void* object, void* buffer, uint32_t size, uint32_t* count);
 extern int32_t python_seek(void* object, const int64_t* position);
 extern int32_t python_length(void* object, int64_t* length);

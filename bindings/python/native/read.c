@@ -9,7 +9,9 @@
 #define FIRST_ROOM ((uint64_t)1 << 26)
 #define DOUBLES 8192
 
-static uint64_t least(uint64_t a, uint64_t b) { return a < b ? a : b; }
+static uint64_t least(uint64_t a, uint64_t b) {
+    return a < b ? a : b;
+}
 
 static uint64_t sample_size(uint32_t format) {
     switch (format) {
@@ -25,7 +27,8 @@ static uint64_t sample_size(uint32_t format) {
 }
 
 /* Doubles, of integers of 32 bits where the stream has such, which floats would round, else of floats. */
-static int32_t fill_doubles(vorlund_stream stream, uint32_t channels, double* to, uint64_t frames, uint64_t* count) {
+static int32_t fill_doubles(vorlund_stream stream, uint32_t channels, double* to, uint64_t frames,
+                            uint64_t* count) {
     union {
         float floats[DOUBLES];
         int32_t integers[DOUBLES];
@@ -51,8 +54,8 @@ static int32_t fill_doubles(vorlund_stream stream, uint32_t channels, double* to
 }
 
 /* Frames that are mixed into another number of channels, such that nothing gets louder than full scale. */
-static int32_t fill_mixed(vorlund_stream stream, uint32_t sample_format, uint32_t from, uint32_t channels, char* to,
-                          uint64_t frames, uint64_t* count) {
+static int32_t fill_mixed(vorlund_stream stream, uint32_t sample_format, uint32_t from, uint32_t channels,
+                          char* to, uint64_t frames, uint64_t* count) {
     float own[DOUBLES];
     float mixed[DOUBLES];
     const uint32_t room = DOUBLES / (from > channels ? from : channels);
@@ -65,7 +68,8 @@ static int32_t fill_mixed(vorlund_stream stream, uint32_t sample_format, uint32_
         if (sample_format == ENGINE_DOUBLE) {
             for (uint32_t i = 0; i < samples; ++i) ((double*)to)[i] = mixed[i];
         } else {
-            ENGINE_TRY(vorlund_convert_samples(to, sample_format, mixed, VORLUND_SAMPLE_FLOAT, 1, samples, NULL));
+            ENGINE_TRY(
+                vorlund_convert_samples(to, sample_format, mixed, VORLUND_SAMPLE_FLOAT, 1, samples, NULL));
         }
         to += samples * sample_size(sample_format);
         *count += got;
@@ -73,8 +77,8 @@ static int32_t fill_mixed(vorlund_stream stream, uint32_t sample_format, uint32_
     return code;
 }
 
-int32_t engine_fill(vorlund_stream stream, uint32_t sample_format, uint32_t channels, void* samples, uint64_t frames,
-                    uint64_t* count) {
+int32_t engine_fill(vorlund_stream stream, uint32_t sample_format, uint32_t channels, void* samples,
+                    uint64_t frames, uint64_t* count) {
     vorlund_audio_format format = {sizeof format, 0, 0, 0};
     *count = 0;
     if (frames == 0) return VORLUND_OK;
@@ -118,7 +122,8 @@ int32_t engine_go_to(vorlund_stream stream, uint64_t frame) {
 }
 
 /* Reads up to `frames`, into room that grows with what there is. */
-static int32_t read_all(const engine_sound* sound, uint32_t sample_format, uint64_t frames, engine_array* array) {
+static int32_t read_all(const engine_sound* sound, uint32_t sample_format, uint64_t frames,
+                        engine_array* array) {
     const uint64_t frame = sample_size(sample_format) * sound->channels;
     uint64_t room = FIRST_ROOM / frame;
     array->frames = 0;
@@ -159,8 +164,8 @@ static int32_t change_samples(uint32_t sample_format, engine_array* array) {
         for (uint64_t i = 0; i < count; ++i) ((double*)changed)[i] = from[i];
     } else {
         for (uint64_t at = 0; at < count && code == VORLUND_OK; at += PIECE)
-            code = vorlund_convert_samples(changed + at * size, sample_format, from + at, VORLUND_SAMPLE_FLOAT, 1,
-                                           (uint32_t)least(PIECE, count - at), NULL);
+            code = vorlund_convert_samples(changed + at * size, sample_format, from + at,
+                                           VORLUND_SAMPLE_FLOAT, 1, (uint32_t)least(PIECE, count - at), NULL);
     }
     free(array->samples);
     array->samples = changed;
@@ -168,33 +173,33 @@ static int32_t change_samples(uint32_t sample_format, engine_array* array) {
     return code;
 }
 
-int32_t engine_resample(const float* samples, uint64_t frames, uint32_t channels, uint32_t from_rate, uint32_t to_rate,
-                        uint32_t quality, engine_array* array) {
+int32_t engine_resample(const float* samples, uint64_t frames, uint32_t channels, uint32_t from_rate,
+                        uint32_t to_rate, uint32_t quality, engine_array* array) {
     uint64_t count = 0;
     ENGINE_TRY(vorlund_resampled_frames(frames, from_rate, to_rate, &count));
     const uint64_t frame = sizeof(float) * channels;
-    if (frames > UINT32_MAX || count > UINT32_MAX || count > SIZE_MAX / frame) return VORLUND_ERROR_OUT_OF_MEMORY;
+    if (frames > UINT32_MAX || count > UINT32_MAX || count > SIZE_MAX / frame)
+        return VORLUND_ERROR_OUT_OF_MEMORY;
     array->samples = malloc(count > 0 ? (size_t)(count * frame) : 1);
     if (!array->samples) return VORLUND_ERROR_OUT_OF_MEMORY;
     array->frames = count;
     array->channels = channels;
     array->rate = to_rate;
     array->sample_format = VORLUND_SAMPLE_FLOAT;
-    return vorlund_resample(array->samples, (uint32_t)count, samples, (uint32_t)frames, channels, from_rate, to_rate,
-                            quality);
+    return vorlund_resample(array->samples, (uint32_t)count, samples, (uint32_t)frames, channels, from_rate,
+                            to_rate, quality);
 }
 
 static int32_t read_sound(const engine_sound* sound, const engine_wanted* wanted, engine_array* array) {
     uint32_t format = wanted->sample_format;
     if (format == VORLUND_SAMPLE_KEEP) format = sound->sample_format;
     uint64_t frames = wanted->frames;
-    if (sound->has_frames)
-        frames = least(frames, sound->frames - least(sound->frames, wanted->start));
+    if (sound->has_frames) frames = least(frames, sound->frames - least(sound->frames, wanted->start));
     if (wanted->rate == 0 || wanted->rate == sound->rate) return read_all(sound, format, frames, array);
     ENGINE_TRY(read_all(sound, VORLUND_SAMPLE_FLOAT, frames, array));
     engine_array resampled = {NULL, 0, 0, 0, 0};
-    const int32_t code = engine_resample(array->samples, array->frames, array->channels, array->rate, wanted->rate,
-                                         wanted->quality, &resampled);
+    const int32_t code = engine_resample(array->samples, array->frames, array->channels, array->rate,
+                                         wanted->rate, wanted->quality, &resampled);
     free(array->samples);
     *array = resampled;
     return code == VORLUND_OK ? change_samples(format, array) : code;
@@ -256,7 +261,8 @@ int32_t engine_peaks(const engine_source* source, uint32_t channels, uint32_t co
         array->channels = sound.channels;
         array->rate = sound.rate;
         array->sample_format = VORLUND_SAMPLE_FLOAT;
-        array->samples = calloc(array->frames > 0 ? (size_t)array->frames : 1, (size_t)2 * sound.channels * sizeof(float));
+        array->samples =
+            calloc(array->frames > 0 ? (size_t)array->frames : 1, (size_t)2 * sound.channels * sizeof(float));
         code = array->samples ? find_peaks(&sound, (uint32_t)array->frames, array->samples)
                               : VORLUND_ERROR_OUT_OF_MEMORY;
     }
@@ -268,4 +274,6 @@ int32_t engine_peaks(const engine_source* source, uint32_t channels, uint32_t co
     return code;
 }
 
-void engine_free(void* samples) { free(samples); }
+void engine_free(void* samples) {
+    free(samples);
+}

@@ -31,10 +31,13 @@ static int32_t VORLUND_CALL memory_length(void* user, int64_t* length) {
     return VORLUND_OK;
 }
 
-static void VORLUND_CALL memory_release(void* user) { free(user); }
+static void VORLUND_CALL memory_release(void* user) {
+    free(user);
+}
 
 static int32_t memory_stream(memory* self, const vorlund_audio_format* format, vorlund_stream* stream) {
-    vorlund_stream_callbacks callbacks = {sizeof callbacks, 0, memory_read, memory_seek, memory_length, memory_release};
+    vorlund_stream_callbacks callbacks = {sizeof callbacks, 0, memory_read, memory_seek, memory_length,
+                                          memory_release};
     const int32_t code = vorlund_stream_create(&callbacks, self, format, stream);
     if (code != VORLUND_OK) free(self);
     return code;
@@ -53,8 +56,8 @@ int32_t engine_copy_stream(const void* samples, uint64_t count, const vorlund_au
 
 int32_t engine_bytes(const engine_source* source, vorlund_stream* stream) {
     if (source->object) {
-        vorlund_stream_callbacks callbacks = {sizeof callbacks, 0,           python_read, python_seek,
-                                              python_length,    python_release};
+        vorlund_stream_callbacks callbacks = {sizeof callbacks, 0, python_read, python_seek, python_length,
+                                              python_release};
         return vorlund_stream_create(&callbacks, source->object, NULL, stream);
     }
     memory* const self = malloc(sizeof *self);

@@ -15,8 +15,8 @@ static int32_t begin(const engine_target* target, const engine_plan* plan, engin
     const vorlund_audio_format format = {sizeof format, plan->sample_format, plan->channels, plan->rate};
     ENGINE_TRY(prepare(plan, writer->writer));
     if (target->path) return vorlund_writer_open_file(writer->writer, target->path, &format);
-    vorlund_sink_callbacks callbacks = {sizeof callbacks, 0,           python_write, python_seek,
-                                        python_flush,     python_release};
+    vorlund_sink_callbacks callbacks = {sizeof callbacks, 0, python_write, python_seek, python_flush,
+                                        python_release};
     ENGINE_TRY(vorlund_sink_create(&callbacks, target->object, &writer->sink));
     return vorlund_writer_open_sink(writer->writer, writer->sink, &format);
 }
@@ -37,11 +37,13 @@ int32_t engine_writer_open(const engine_target* target, const engine_plan* plan,
     return code;
 }
 
-int32_t engine_writer_write(const engine_writer* writer, uint32_t sample_format, uint32_t channels, const void* samples,
-                            uint64_t frames) {
+int32_t engine_writer_write(const engine_writer* writer, uint32_t sample_format, uint32_t channels,
+                            const void* samples, uint64_t frames) {
     float floats[DOUBLES];
     const int is_double = sample_format == ENGINE_DOUBLE;
-    const uint32_t width = sample_format == VORLUND_SAMPLE_8BIT ? 1 : sample_format == VORLUND_SAMPLE_16BIT ? 2 : 4;
+    const uint32_t width = sample_format == VORLUND_SAMPLE_8BIT    ? 1
+                           : sample_format == VORLUND_SAMPLE_16BIT ? 2
+                                                                   : 4;
     const uint64_t room = is_double ? DOUBLES / channels : ((uint64_t)1 << 28) / channels;
     uint64_t at = 0;
     while (at < frames) {
@@ -52,8 +54,8 @@ int32_t engine_writer_write(const engine_writer* writer, uint32_t sample_format,
             for (uint32_t i = 0; i < count * channels; ++i) floats[i] = (float)from[i];
             piece = floats;
         }
-        ENGINE_TRY(vorlund_writer_write_frames(writer->writer, is_double ? VORLUND_SAMPLE_FLOAT : sample_format, piece,
-                                               count));
+        ENGINE_TRY(vorlund_writer_write_frames(
+            writer->writer, is_double ? VORLUND_SAMPLE_FLOAT : sample_format, piece, count));
         at += count;
     }
     return VORLUND_OK;
@@ -66,8 +68,8 @@ int32_t engine_writer_finish(engine_writer* writer) {
     return code;
 }
 
-int32_t engine_write(const engine_target* target, const engine_plan* plan, uint32_t sample_format, const void* samples,
-                     uint64_t frames) {
+int32_t engine_write(const engine_target* target, const engine_plan* plan, uint32_t sample_format,
+                     const void* samples, uint64_t frames) {
     engine_writer writer;
     ENGINE_TRY(engine_writer_open(target, plan, &writer));
     const int32_t code = engine_writer_write(&writer, sample_format, plan->channels, samples, frames);
@@ -82,11 +84,12 @@ static int32_t copy_sound(const engine_sound* sound, const engine_writer* writer
     vorlund_audio_format format = {sizeof format, 0, 0, 0};
     uint64_t got = 0;
     ENGINE_TRY(vorlund_stream_audio_format(sound->stream, &format));
-    if (format.channels == sound->channels) return vorlund_writer_write_stream(writer->writer, sound->stream, frames);
+    if (format.channels == sound->channels)
+        return vorlund_writer_write_stream(writer->writer, sound->stream, frames);
     *frames = 0;
     do {
-        ENGINE_TRY(engine_fill(sound->stream, VORLUND_SAMPLE_FLOAT, sound->channels, piece, DOUBLES / sound->channels,
-                               &got));
+        ENGINE_TRY(engine_fill(sound->stream, VORLUND_SAMPLE_FLOAT, sound->channels, piece,
+                               DOUBLES / sound->channels, &got));
         ENGINE_TRY(engine_writer_write(writer, VORLUND_SAMPLE_FLOAT, sound->channels, piece, got));
         *frames += got;
     } while (got > 0);
