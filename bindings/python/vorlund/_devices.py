@@ -220,6 +220,7 @@ def rec(seconds: Optional[float] = None, *, frames: Optional[int] = None, rate: 
     if (seconds is None) == (frames is None):
         raise ValueError("either seconds or frames are needed")
     count = _arrays.count_of(frames if frames is not None else round((seconds or 0) * rate), "frames", 0, 2**40)
+    rate = _arrays.count_of(rate, "rate", 1, 2**31 - 1)
     sample_format = _arrays.format_of(np.dtype(dtype))
     taken_as = lib.VORLUND_SAMPLE_FLOAT if sample_format == lib.ENGINE_DOUBLE else sample_format
     made = np.empty((count, _arrays.count_of(channels, "channels", 1, 8)), dtype)

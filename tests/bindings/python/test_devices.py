@@ -68,8 +68,9 @@ def test_records():
     samples = vorlund.rec(0.1, rate=8000, channels=2, device=NULL)
     assert samples.shape == (800, 2) and samples.dtype == np.float32 and not samples.any()
     assert vorlund.rec(frames=100, dtype="float64", device=NULL).shape == (100, 1)
-    with pytest.raises(ValueError):
-        vorlund.rec()
+    for wrong in ({}, {"seconds": 1, "frames": 5}, {"seconds": 0.1, "rate": 0}, {"frames": 5, "channels": 9}):
+        with pytest.raises(ValueError):
+            vorlund.rec(device=NULL, **wrong)
 
 
 def test_wrong_arguments(wav_bytes):
