@@ -5,6 +5,10 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 theme=/usr/share/doxygen-awesome-css
+if [[ ! -d $theme ]]; then
+    echo "site: there is no $theme; ./run --site installs what the site needs" >&2
+    exit 1
+fi
 site=build/site
 rm -rf "$site/pages" "$site/html"
 mkdir -p "$site/html"

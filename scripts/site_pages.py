@@ -12,7 +12,8 @@ import sys
 
 from pages import FENCE, HEADING, ROOT, folders_and_files, is_external, read, resolve, slug
 
-CODE = re.compile(r"(```.*?```|`[^`\n]+`)", re.DOTALL)
+# Inline code, which may go on in the next line.
+CODE = re.compile(r"(`[^`\n]+(?:\n[^`\n]+)?`)")
 LINK = re.compile(r"(!?)\[([^\]]*)\]\(([^)\s]+)\)")
 INDEX = "docs/README.md"
 HEADERS = "include/vorlund"
@@ -90,10 +91,17 @@ class Site:
         # What is written for people is no command of Doxygen, except in code, which it does not look into.
         pieces = CODE.split(re.sub(r"<!--.*?-->", "", text, flags=re.DOTALL))
         pieces[::2] = [re.sub(r"([\\@])", r"\\\1", piece) for piece in pieces[::2]]
-        text = LINK.sub(lambda match: self.convert_link(page, *match.groups()), "".join(pieces))
+        # Code with a quotation mark takes two backticks on each side.
+        pieces[1::2] = [piece.replace("\n", " ") for piece in pieces[1::2]]
+        pieces[1::2] = [f"`{piece}`" if "'" in piece else piece for piece in pieces[1::2]]
+        # A percent sign before a word would go.
+        text = re.sub(r"%(?=\w)", "%%", "".join(pieces))
+        text = LINK.sub(lambda match: self.convert_link(page, *match.groups()), text)
         return HEADING.sub(lambda match: self.convert_heading(page, *match.groups()), text)
 
     def convert_heading(self, page, level, title):
+        # A heading takes no code.
+        title = title.replace("`", "")
         return f"{level} {title} {{#{label(page, '' if level == '#' else slug(title))}}}"
 
     def convert_link(self, page, mark, text, target):

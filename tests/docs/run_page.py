@@ -2,7 +2,8 @@
 
 - A page is done in an empty folder with a home of its own that has `examples` and `build/linux`.
 - Blocks marked "console" are commands behind "$ ", each with what it prints below it, or nothing when it does not matter. An
-  exit code other than 0 is a fault, unless what is printed is a failure that the page tells.
+  exit code other than 0 is a fault, unless what is printed is a failure that the page tells. A word behind "console" names
+  another place to do them ("console windows"): they are not done here, but for those about packages.
   A row of a table that begins with a command of build/linux/bin is one too.
 - A block of another kind whose paragraph before it ends with a colon and names a file of that kind in backticks
   ("Call it `loudest.cpp`") becomes that file.
@@ -24,7 +25,9 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parents[2]
 # As in scripts/suites.sh: a hang fails instead of blocking.
 LIMIT = 300
-BLOCK = re.compile(r"^```(\w+)(?: \w+)?\n(.*?)^```$|^\| `(build/linux/bin/[^`]+)` \|", re.MULTILINE | re.DOTALL)
+BLOCK = re.compile(r"^```(\w+)(?: (\w+))?\n(.*?)^```$|^\| `(build/linux/bin/[^`]+)` \|", re.MULTILINE | re.DOTALL)
+# Words behind "console" whose blocks are done here as well; check_packages is part of that.
+DONE_HERE = (None, "deb", "clone")
 HIDDEN = re.compile(r"<!-- cpp\n((?:(?!-->).)*)-->\s*\Z", re.DOTALL)
 ENDINGS = {"cpp": ".cpp", "c": ".c", "cmake": "CMakeLists.txt", "python": ".py"}
 FAILURES = ("Exception: ", "vorlund: Cannot ")
@@ -173,11 +176,13 @@ def play_blocks(sandbox, page, text):
     blocks = list(BLOCK.finditer(text))
     fragments = []
     for index, block in enumerate(blocks):
-        kind, code, row = block.groups()
+        kind, place, code, row = block.groups()
         before = text[: block.start()]
         following = blocks[index + 1] if index + 1 < len(blocks) else None
         if row:
             sandbox.play(row, None)
+        elif kind == "console" and place not in DONE_HERE:
+            continue
         elif kind == "console":
             for line, output in console(code):
                 sandbox.play(line, output)
@@ -185,7 +190,7 @@ def play_blocks(sandbox, page, text):
             (sandbox.folder / name).write_text(code)
         elif kind == "cpp" and re.search(r"^int main\(", code, re.MULTILINE):
             is_told = following and following[1] == "text" and not text[block.end() : following.start()].strip()
-            sandbox.play_program(code, following[2] if is_told else None, f"a program of {page}")
+            sandbox.play_program(code, following[3] if is_told else None, f"a program of {page}")
         elif kind == "cpp":
             hidden = HIDDEN.search(before)
             fragments.append((hidden[1] if hidden else "", code))

@@ -16,7 +16,14 @@ from selenium.webdriver.support.ui import WebDriverWait
 WIDTHS = (1280, 420)
 HEIGHT = 900
 # Beside all pages, what the reference is made of.
-REFERENCE = ("annotated.html", "files.html", "namespacemembers.html", "classvorlund_1_1CFrameReader.html", "RefPtr_8h.html")
+REFERENCE = (
+    "annotated.html",
+    "files.html",
+    "namespacemembers.html",
+    "classvorlund_1_1CFrameReader.html",
+    "RefPtr_8h.html",
+    "tree/CMakeLists.txt.html",
+)
 LIMIT = 60
 
 
@@ -39,9 +46,10 @@ def open_page(browser, file):
     browser.get(file.as_uri())
     WebDriverWait(browser, LIMIT).until(lambda it: it.execute_script("return document.readyState") == "complete")
     faults = [entry["message"] for entry in browser.get_log("browser") if entry["level"] in ("SEVERE", "WARNING")]
-    width, room = browser.execute_script("return [document.documentElement.scrollWidth, window.innerWidth]")
-    if width > room:
-        faults.append(f"{width} pixels wide in a window of {room}")
+    for box in ("document.documentElement", "(document.getElementById('doc-content') ?? document.body)"):
+        width, room = browser.execute_script(f"return [{box}.scrollWidth, {box}.clientWidth]")
+        if width > room:
+            faults.append(f"{width} pixels wide in {room}")
     return faults
 
 
@@ -61,7 +69,8 @@ def search(browser, site, text):
 def main():
     site, pictures = (pathlib.Path(name).resolve() for name in sys.argv[1:3])
     pictures.mkdir(parents=True, exist_ok=True)
-    names = sorted(file.name for file in site.glob("page_*.html") if not file.name.endswith("_8md.html"))
+    made = [file.name for kind in ("page", "chapter") for file in site.glob(f"{kind}_*.html")]
+    names = sorted(name for name in made if not name.endswith("_8md.html"))
     faults = 0
     taken = 0
     browser = start()

@@ -11,6 +11,7 @@
 #include <iterator>
 #include <limits>
 #include <string>
+#include <utility>
 
 namespace vorlund {
 namespace {
@@ -60,9 +61,11 @@ TImageLook CImageFile::LookForNames(const TRange& range, const char* first, cons
     if (isFound[0] && isFound[1]) return {TImageKind::Plugin};
     if (isFound[0] || isFound[1])
         return {TImageKind::OneEntry, isFound[0] ? kCloseEntryName.whole : kInitEntryName.whole};
-    if (isFound[2] || isFound[3])
-        return {TImageKind::OneEntry, std::string("it has a table, but neither ") + kInitEntryName.whole +
-                                          " nor " + kCloseEntryName.whole};
+    if (isFound[2] || isFound[3]) {
+        std::string lack = "it has a table, but neither ";
+        lack.append(kInitEntryName.whole).append(" nor ").append(kCloseEntryName.whole);
+        return {TImageKind::OneEntry, std::move(lack)};
+    }
     return {TImageKind::OtherLibrary};
 }
 
