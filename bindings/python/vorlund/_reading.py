@@ -240,7 +240,7 @@ class Stream:
             return parts[0]
         return np.concatenate(parts) if parts else self._shaped(np.empty((0, self.channels), self._dtype))
 
-    def _shaped(self, made: np.ndarray) -> NDArray[Any]:
+    def _shaped(self, made: NDArray[Any]) -> NDArray[Any]:
         return made.reshape(-1) if self._mono else made
 
     def _take(self) -> Any:
