@@ -19,5 +19,5 @@ export PIP_DISABLE_PIP_VERSION_CHECK=1 PIP_ROOT_USER_ACTION=ignore PYTHONDONTWRI
 VORLUND_BUILD_DIR=$build "$python" -m pip install --no-build-isolation --no-deps --no-index --quiet --target "$folder/site" .
 cd "$OLDPWD"
 # What is installed is tested, and nothing of the sources.
-PYTHONPATH=$folder/site timeout -k 10 300 "$python" -X dev -W "ignore::DeprecationWarning" -m pytest -q -p no:cacheprovider \
+PYTHONPATH=$folder/site timeout -k 10 150 "$python" -X dev -W "ignore::DeprecationWarning" -m pytest -q -p no:cacheprovider -o faulthandler_timeout=60 \
     --basetemp "$folder/pytest" tests/bindings/python "$@"

@@ -1,7 +1,7 @@
 """Streams, and threads that share them."""
 import io
-import os
 import threading
+import time
 from concurrent.futures import ThreadPoolExecutor
 
 import numpy as np
@@ -120,15 +120,26 @@ def test_a_stream_used_by_its_own_source(wav_bytes):
             stream.read(10)
 
 
-def test_calls_hold_no_lock_of_the_interpreter(tmp_path):
-    # Opening a pipe waits until this thread opens its other end, which it can only do while the call lets it run.
-    pipe = tmp_path / "pipe.wav"
-    os.mkfifo(pipe)
-    with ThreadPoolExecutor(1) as pool:
-        reading = pool.submit(vorlund.read, pipe)
-        os.close(os.open(pipe, os.O_WRONLY))
-        with pytest.raises(vorlund.Error):
-            reading.result(LIMIT)
+def test_calls_hold_no_lock_of_the_interpreter():
+    """This thread runs in the middle of a call that takes a tenth of a second; with the lock held it never would."""
+
+    def record():
+        began = time.monotonic()
+        vorlund.rec(0.1, rate=8000, device=vorlund.NULL_DEVICE)
+        return began, time.monotonic()
+
+    vorlund.rec(frames=1, device=vorlund.NULL_DEVICE)
+    for _ in range(20):
+        with ThreadPoolExecutor(1) as pool:
+            recording = pool.submit(record)
+            times = []
+            while not recording.done():
+                times.append(time.monotonic())
+            began, ended = recording.result(LIMIT)
+        middle = [began + (ended - began) * part for part in (0.3, 0.7)]
+        if any(middle[0] < at < middle[1] for at in times):
+            return
+    pytest.fail("no other thread ran")
 
 
 def test_many_threads_with_streams_of_their_own(strings):
