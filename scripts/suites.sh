@@ -346,6 +346,7 @@ test_target() {
         step failures tests/abi/check_failures.py
         step pages tests/docs/check_pages.py
         step readme tests/docs/check_readme.py "$folder"
+        step python tests/bindings/python/check.sh "$folder"
         step comfort tests/comfort/check_examples.py "$folder"
         step "program pages" tests/cli/check_program_pages.py "$folder"
         step "code in pages" tests/docs/check_blocks.py "$folder"

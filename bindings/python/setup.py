@@ -1,0 +1,3 @@
+from setuptools import setup
+
+setup(cffi_modules=["build_native.py:ffi"])

@@ -1,0 +1,36 @@
+"""The page docs/python.md does what it says: its blocks run one after the other, and print what stands below them."""
+import contextlib
+import io
+import re
+
+import soundfile
+from conftest import ROOT, STRINGS
+
+BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$", re.M | re.S)
+
+
+def test_the_page_runs(tmp_path, monkeypatch):
+    samples, rate = soundfile.read(STRINGS)
+    soundfile.write(tmp_path / "song.flac", samples, rate)
+    monkeypatch.chdir(tmp_path)
+    blocks = BLOCK.findall((ROOT / "docs/python.md").read_text())
+    names = {}
+    ran = 0
+    for index, (kind, code) in enumerate(blocks):
+        if kind != "python":
+            continue
+        printed = io.StringIO()
+        with contextlib.redirect_stdout(printed):
+            exec(compile(code, f"block {index} of docs/python.md", "exec"), names)
+        following = blocks[index + 1] if index + 1 < len(blocks) else ("", "")
+        assert printed.getvalue() == (following[1] if following[0] == "text" else ""), code
+        ran += 1
+    assert ran >= 8
+    del names
+
+
+def test_it_is_installed_as_the_page_says():
+    page = (ROOT / "docs/python.md").read_text()
+    check = (ROOT / "tests/bindings/python/check.sh").read_text()
+    assert "pip install --no-build-isolation ." in page
+    assert re.search(r"pip install --no-build-isolation .* \.$", check, re.M)
