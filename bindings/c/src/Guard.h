@@ -9,19 +9,55 @@
 #include <cstdint>
 #include <utility>
 
+#ifdef __SSE__
+#include <xmmintrin.h>
+#endif
+
 namespace vorlund::capi {
+
+/// The state of the thread's float arithmetic when this was made. The functions of 64-bit MinGW leave out the
+/// vector unit, which has it all there.
+class CFloatState {
+public:
+    CFloatState() noexcept {
+        std::fegetenv(&state_);
+#ifdef __SSE__
+        vectors_ = _mm_getcsr();
+#endif
+    }
+    void Restore() const noexcept {
+        std::fesetenv(&state_);
+#ifdef __SSE__
+        _mm_setcsr(vectors_);
+#endif
+    }
+    /// From now on no operation traps.
+    static void MaskTraps() noexcept {
+        std::fenv_t before;
+        std::feholdexcept(&before);
+#ifdef __SSE__
+        _mm_setcsr((_mm_getcsr() | _MM_MASK_MASK) & ~static_cast<unsigned int>(_MM_EXCEPT_MASK));
+#endif
+    }
+
+private:
+    std::fenv_t state_;
+#ifdef __SSE__
+    unsigned int vectors_;
+#endif
+};
 
 /// The arithmetic of the library: no float operation traps. Programs of some languages unmask traps, and get
 /// theirs back at the end.
 class CArithmetic {
 public:
-    CArithmetic() noexcept { std::feholdexcept(&host_); }
+    CArithmetic() noexcept { CFloatState::MaskTraps(); }
     CArithmetic(const CArithmetic&) = delete;
     CArithmetic& operator=(const CArithmetic&) = delete;
-    ~CArithmetic() { std::fesetenv(&host_); }
+    ~CArithmetic() { host_.Restore(); }
 
 private:
-    std::fenv_t host_;
+    const CFloatState host_;
 };
 
 /// A function that is under way. While one is, the library stays open.
@@ -79,8 +115,7 @@ template <class TWork> std::int32_t Guarded(const char* function, TWork&& work) 
 /// Calls a function of the host and returns its code; what it does to the arithmetic of the thread is undone.
 /// What it throws, where host and library have the same exceptions, counts as VORLUND_ERROR_UNKNOWN.
 template <class TCall> std::int32_t CallHost(TCall&& call) noexcept {
-    std::fenv_t library;
-    std::fegetenv(&library);
+    const CFloatState library;
     TThreadState& state = ThreadState();
     const int ownThread = state.functions == 0 ? 1 : 0;
     state.callsOnOwnThread += ownThread;
@@ -90,7 +125,7 @@ template <class TCall> std::int32_t CallHost(TCall&& call) noexcept {
     } catch (...) {
         // The code says so.
     }
-    std::fesetenv(&library);
+    library.Restore();
     state.callsOnOwnThread -= ownThread;
     if (code != VORLUND_OK) NoteCallbackCode(code);
     return code;
