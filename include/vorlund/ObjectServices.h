@@ -37,7 +37,7 @@ VRL_API CCodecClassStore& CodecClassStore();
 
 /// Registers a class with `v`'s class store, as `CClassStore::RegisterClassVrl` does. Not exported, as the
 /// next one: for the classes that plug-ins bring in tables.
-void RegisterClass(const CId& classId, const wchar* name, IObject* (*factory)());
+void RegisterFactory(const CId& classId, const wchar* name, IObject* (*factory)());
 
 /// `v`'s device class store.
 CDeviceClassStore& DeviceClassStore();

@@ -21,7 +21,7 @@ CCodecClassStore& CodecClassStore() {
     return v.GetCodecClassStore();
 }
 
-void RegisterClass(const CId& classId, const wchar* name, IObject* (*factory)()) {
+void RegisterFactory(const CId& classId, const wchar* name, IObject* (*factory)()) {
     v.GetClassStore().RegisterClassVrl({classId, name, factory});
 }
 CDeviceClassStore& DeviceClassStore() {

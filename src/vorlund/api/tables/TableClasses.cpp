@@ -63,7 +63,7 @@ constexpr std::array<IObject* (*)(), kPlaces> MakeFactories(std::index_sequence<
 constexpr auto kFactories = MakeFactories(std::make_index_sequence<kPlaces>());
 
 void Register(const TTableClass& tableClass, const wchar* name, std::size_t place) {
-    services::RegisterClass(tableClass.id, name, kFactories[place]);
+    services::RegisterFactory(tableClass.id, name, kFactories[place]);
     if (tableClass.decoderRecord) {
         services::CodecClassStore().RegisterDecoder(
             {tableClass.id, ToId(tableClass.decoder.source_format), ToId(tableClass.decoder.result_format)});
