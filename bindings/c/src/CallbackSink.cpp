@@ -1,6 +1,7 @@
 #include "CallbackSink.h"
 
 #include "Guard.h"
+#include "HostUser.h"
 #include "Records.h"
 #include "SinkObject.h"
 
@@ -37,13 +38,13 @@ public:
     }
     std::int64_t GetLength() override { return length_; }
     void Flush() override {
-        if (callbacks_.flush && CallHost([&] { return callbacks_.flush(user_); }) != VORLUND_OK)
+        if (callbacks_.flush && CallHost([&] { return callbacks_.flush(user_.Get()); }) != VORLUND_OK)
             Raise<CIOException>(kFlushFailed);
     }
     void Seek(std::int64_t position) override {
         if (!callbacks_.seek) Raise<COperationNotSupportedException>(kNoPositions);
         if (position < 0) Raise<CIOException>(kNegative);
-        if (CallHost([&] { return callbacks_.seek(user_, &position); }) != VORLUND_OK)
+        if (CallHost([&] { return callbacks_.seek(user_.Get(), &position); }) != VORLUND_OK)
             Raise<CIOException>(kSeekFailed);
         position_ = position;
     }
@@ -53,7 +54,7 @@ public:
         const std::byte* next = static_cast<const std::byte*>(buffer);
         while (size > 0) {
             const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(size, kMostAtOnce));
-            if (CallHost([&] { return callbacks_.write(user_, next, count); }) != VORLUND_OK)
+            if (CallHost([&] { return callbacks_.write(user_.Get(), next, count); }) != VORLUND_OK)
                 Raise<CIOException>(kWriteFailed);
             next += count;
             size -= count;
@@ -63,27 +64,18 @@ public:
     }
 
     /// From now on the host is told of the end.
-    void Arm() { isArmed_ = true; }
+    void Arm() { user_.Arm(); }
 
 protected:
-    CCallbackSink(const vorlund_sink_callbacks& callbacks, void* user) : callbacks_(callbacks), user_(user) {}
-    ~CCallbackSink() {
-        if (!isArmed_ || !callbacks_.release) return;
-        CallHost([&] {
-            callbacks_.release(user_);
-            return VORLUND_OK;
-        });
-    }
+    CCallbackSink(const vorlund_sink_callbacks& callbacks, void* user)
+        : callbacks_(callbacks), user_(user, callbacks.release) {}
+    ~CCallbackSink() = default;
 
 private:
-    /// Fits into a signed number, which is all that some languages have.
-    static constexpr std::uint64_t kMostAtOnce = 1U << 30;
-
     const vorlund_sink_callbacks callbacks_;
-    void* const user_;
+    CHostUser user_;
     std::int64_t position_ = 0;
     std::int64_t length_ = 0;
-    bool isArmed_ = false;
 };
 
 } // namespace

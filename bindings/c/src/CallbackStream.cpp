@@ -1,6 +1,7 @@
 #include "CallbackStream.h"
 
 #include "Guard.h"
+#include "HostUser.h"
 #include "Records.h"
 #include "StreamObject.h"
 
@@ -39,14 +40,14 @@ public:
     std::int64_t GetLength() override {
         if (!callbacks_.length) Raise<COperationNotSupportedException>(kNoLength);
         std::int64_t length = 0;
-        if (CallHost([&] { return callbacks_.length(user_, &length); }) != VORLUND_OK || length < 0)
+        if (CallHost([&] { return callbacks_.length(user_.Get(), &length); }) != VORLUND_OK || length < 0)
             Raise<CIOException>(kLengthFailed);
         return length;
     }
     void Seek(std::int64_t position) override {
         if (!callbacks_.seek) Raise<COperationNotSupportedException>(kNoPositions);
         if (position < 0) Raise<CIOException>(kNegative);
-        if (CallHost([&] { return callbacks_.seek(user_, &position); }) != VORLUND_OK)
+        if (CallHost([&] { return callbacks_.seek(user_.Get(), &position); }) != VORLUND_OK)
             Raise<CIOException>(kSeekFailed);
         position_ = position;
         isAtEnd_ = false;
@@ -63,7 +64,7 @@ public:
         const auto wanted = static_cast<std::uint32_t>(std::min<std::uint64_t>(size, kMostAtOnce));
         if (wanted == 0) return 0;
         std::uint32_t count = 0;
-        if (CallHost([&] { return callbacks_.read(user_, buffer, wanted, &count); }) != VORLUND_OK)
+        if (CallHost([&] { return callbacks_.read(user_.Get(), buffer, wanted, &count); }) != VORLUND_OK)
             Raise<CIOException>(kReadFailed);
         if (count > wanted) Raise<CIOException>(kReadTooMuch);
         isAtEnd_ = count == 0;
@@ -75,32 +76,22 @@ public:
     }
 
     /// From now on the host is told of the end.
-    void Arm() { isArmed_ = true; }
+    void Arm() { user_.Arm(); }
 
 protected:
     CCallbackStream(const vorlund_stream_callbacks& callbacks, void* user, const vorlund_audio_format* format)
-        : callbacks_(callbacks), user_(user), isPcm_(format != nullptr) {
+        : callbacks_(callbacks), user_(user, callbacks.release), isPcm_(format != nullptr) {
         if (format) format_ = TakeFormat(format);
     }
-    ~CCallbackStream() {
-        if (!isArmed_ || !callbacks_.release) return;
-        CallHost([&] {
-            callbacks_.release(user_);
-            return VORLUND_OK;
-        });
-    }
+    ~CCallbackStream() = default;
 
 private:
-    /// Fits into a signed number, which is all that some languages have.
-    static constexpr std::uint64_t kMostAtOnce = 1U << 30;
-
     const vorlund_stream_callbacks callbacks_;
-    void* const user_;
+    CHostUser user_;
     const bool isPcm_;
     TDataFormat_AudioPcm format_;
     std::int64_t position_ = 0;
     bool isAtEnd_ = false;
-    bool isArmed_ = false;
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "OwnDecoders.h"
 
 #include "Guard.h"
+#include "HostUser.h"
 #include "Records.h"
 #include "StreamObject.h"
 #include "Texts.h"
@@ -150,8 +151,6 @@ protected:
     }
 
 private:
-    static constexpr std::uint64_t kMostAtOnce = 1U << 30;
-
     void EndConnection() noexcept {
         if (!std::exchange(isConnected_, false)) return;
         if (callbacks_.disconnect)
