@@ -92,9 +92,10 @@ typedef struct vorlund_decoder_callbacks {
  * Registers a decoder from raw bytes to PCM, until the library is closed. Every search tries it behind those
  * that are registered before.
  *
- * \param class_id  four words that nobody else uses
- * \param name      the name of the class, "mine::Decoder"
- * \param user      what `connect` is called with
+ * \param class_id   four words that nobody else uses
+ * \param name       the name of the class, "mine::Decoder"
+ * \param callbacks  the decoder's functions; the record is copied
+ * \param user       what `connect` is called with
  */
 VORLUND_C_API int32_t VORLUND_CALL vorlund_decoder_register(const uint32_t* class_id, const char* name,
                                                             const vorlund_decoder_callbacks* callbacks,

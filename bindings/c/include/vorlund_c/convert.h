@@ -47,8 +47,12 @@ VORLUND_C_API int32_t VORLUND_CALL vorlund_convert_stream(vorlund_stream source,
 /**
  * Converts frames of a buffer. The two buffers must not overlap.
  *
- * \param to, from  one of VORLUND_SAMPLE_
- * \param clipped   gets the number of samples that were beyond the range; may be null
+ * \param destination  room for the converted frames
+ * \param source       the frames, channels interleaved
+ * \param to, from     one of VORLUND_SAMPLE_
+ * \param channels     samples of a frame
+ * \param frames       how many frames
+ * \param clipped      gets the number of samples that were beyond the range; may be null
  */
 VORLUND_C_API int32_t VORLUND_CALL vorlund_convert_samples(void* destination, uint32_t to, const void* source,
                                                            uint32_t from, uint32_t channels, uint32_t frames,

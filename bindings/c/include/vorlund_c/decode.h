@@ -48,11 +48,13 @@ typedef struct vorlund_decode_options {
 /**
  * Decodes a file.
  *
+ * \param path     the file
  * \param wanted   the identifier of the format that is wanted; null for PCM; four zeros for whatever the
  *                 decoders make of it
  * \param options  may be null
  * \param report   gets a report, also when nothing decodes the file; may be null. Null after a
  *                 failure that comes before the search, for example that there is no file.
+ * \param stream   gets the stream of what was decoded
  *
  * VORLUND_ERROR_DATA_FORMAT when no decoder takes it; the report says why.
  */

@@ -128,7 +128,10 @@ typedef struct vorlund_stream_callbacks {
 /**
  * A stream of the program. The record is copied.
  *
- * \param format  what the bytes are; null for raw bytes, which a decoder is sought for
+ * \param callbacks  its functions
+ * \param user       what they are called with
+ * \param format     what the bytes are; null for raw bytes, which a decoder is sought for
+ * \param stream     gets the stream
  */
 VORLUND_C_API int32_t VORLUND_CALL vorlund_stream_create(const vorlund_stream_callbacks* callbacks,
                                                          void* user, const vorlund_audio_format* format,

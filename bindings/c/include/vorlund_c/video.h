@@ -45,8 +45,11 @@ enum {
 /**
  * Reads the next picture of a stream, in pixels of one kind.
  *
- * \param pitch  bytes from a row to the next, at least those of a row; negative for rows from bottom to top,
- *               `pixels` being the first byte of the top row then too
+ * \param stream   one of pictures or video
+ * \param kind     one of VORLUND_PIXELS_
+ * \param pixels   room for the picture
+ * \param pitch    bytes from a row to the next, at least those of a row; negative for rows from bottom to
+ *                 top, `pixels` being the first byte of the top row then too
  * \param is_read  gets 1, and 0 when there is no other picture; may be null
  */
 VORLUND_C_API int32_t VORLUND_CALL vorlund_stream_read_picture(vorlund_stream stream, uint32_t kind,

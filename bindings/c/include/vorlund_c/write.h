@@ -19,8 +19,11 @@ extern "C" {
 typedef struct vorlund_writer_object* vorlund_writer;
 
 /**
- * \param kind  "wav", "aiff", "flac", "mp3", "ogg" (Vorbis) or "opus". All but the first need a plug-in,
- *              sndfile for example: VORLUND_ERROR_CLASS_NOT_FOUND without it.
+ * A writer for one kind of file.
+ *
+ * \param kind    "wav", "aiff", "flac", "mp3", "ogg" (Vorbis) or "opus". All but the first need a plug-in,
+ *                sndfile for example: VORLUND_ERROR_CLASS_NOT_FOUND without it.
+ * \param writer  gets the handle
  */
 VORLUND_C_API int32_t VORLUND_CALL vorlund_writer_create(const char* kind, vorlund_writer* writer);
 VORLUND_C_API int32_t VORLUND_CALL vorlund_writer_create16(const uint16_t* kind, vorlund_writer* writer);
