@@ -11,6 +11,16 @@ struct TDataFormat_VideoRgb;
 
 /// A video device that shows frames on a surface, such as a window. `Close` takes the surface away. One
 /// thread at a time.
+///
+/// \code{.cpp}
+/// // A red window, by the plug-in window-output.
+/// const auto device = CRefPtr<IDevice>::Adopt(v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_VIDEO));
+/// const auto video = device.Query<IVideoOutput>();
+/// TDataFormat_VideoRgb format;
+/// const std::vector<std::uint32_t> frame(format.image.width * format.image.height, 0xFF0000);
+/// if (video->Open(format, VRL_L("Red"))) video->Present(frame.data());
+/// video->Close();
+/// \endcode
 class IVideoOutput : public IDevice {
 public:
     using TBase = IDevice;

@@ -2,6 +2,17 @@
  * \file
  * Classes by name and identifier, filters of any class, the lists of decoders and encoders, and decoders of
  * the program.
+ *
+ * \code{.c}
+ * vorlund_object object;
+ * uint32_t id[4];
+ * if (vorlund_class_find("vorlund::CRandomGenerator", id) != VORLUND_OK) return;
+ * if (vorlund_object_create(id, &object) == VORLUND_OK) {
+ *     vorlund_stream bytes;
+ *     if (vorlund_object_get_stream(object, &bytes) == VORLUND_OK) printf("a stream\n"); // prints a stream
+ *     vorlund_release(object);
+ * }
+ * \endcode
  */
 #ifndef VORLUND_C_CLASSES_H
 #define VORLUND_C_CLASSES_H

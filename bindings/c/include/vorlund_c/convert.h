@@ -1,6 +1,20 @@
 /**
  * \file
  * Sound in another form: sample formats, numbers of channels, rates; of streams and of plain buffers.
+ *
+ * \code{.c}
+ * vorlund_stream sound, mono;
+ * vorlund_conversion wish = {sizeof wish};
+ * int64_t length = 0;
+ * wish.sample_format = VORLUND_SAMPLE_16BIT;
+ * wish.channels = 1;
+ * if (vorlund_decode_file("strings.wav", NULL, NULL, NULL, &sound) != VORLUND_OK) return;
+ * if (vorlund_convert_stream(sound, &wish, &mono) != VORLUND_OK) return; // vorlund_close frees
+ * vorlund_stream_length(mono, &length);
+ * printf("%d bytes\n", (int)length); // prints 202860 bytes
+ * vorlund_release(mono);
+ * vorlund_release(sound);
+ * \endcode
  */
 #ifndef VORLUND_C_CONVERT_H
 #define VORLUND_C_CONVERT_H

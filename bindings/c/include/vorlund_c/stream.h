@@ -1,6 +1,16 @@
 /**
  * \file
  * Streams that are read: files, memory, the program's own, and what decoders and converters make of them.
+ *
+ * \code{.c}
+ * vorlund_stream file;
+ * char magic[4];
+ * uint32_t count;
+ * if (vorlund_stream_open_file("strings.wav", &file) != VORLUND_OK) return;
+ * if (vorlund_stream_read(file, magic, sizeof magic, &count) == VORLUND_OK)
+ *     printf("%.*s\n", (int)count, magic); // prints RIFF
+ * vorlund_release(file);
+ * \endcode
  */
 #ifndef VORLUND_C_STREAM_H
 #define VORLUND_C_STREAM_H

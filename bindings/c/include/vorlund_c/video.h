@@ -2,6 +2,18 @@
  * \file
  * Pictures and video: streams of pixels that vorlund_decode_file and its relatives give for
  * VORLUND_FORMAT_IMAGE_RGB and VORLUND_FORMAT_VIDEO_RGB. Pictures need the plug-in image, videos y4m.
+ *
+ * \code{.c}
+ * const uint32_t wanted[4] = VORLUND_FORMAT_IMAGE_RGB;
+ * vorlund_stream picture;
+ * vorlund_video_format format = {sizeof format};
+ * static unsigned char pixels[240 * 90 * 3];
+ * if (vorlund_decode_file("plasma-0001.png", wanted, NULL, NULL, &picture) != VORLUND_OK) return;
+ * vorlund_stream_video_format(picture, &format);
+ * printf("%u x %u\n", (unsigned)format.width, (unsigned)format.height); // prints 240 x 90
+ * vorlund_stream_read_picture(picture, VORLUND_PIXELS_RGB, pixels, 240 * 3, NULL);
+ * vorlund_release(picture);
+ * \endcode
  */
 #ifndef VORLUND_C_VIDEO_H
 #define VORLUND_C_VIDEO_H

@@ -1,6 +1,18 @@
 /**
  * \file
  * Writing sound files: WAV by the library itself, other kinds by the encoders of plug-ins.
+ *
+ * \code{.c}
+ * vorlund_writer writer;
+ * vorlund_audio_format format = {sizeof format, VORLUND_SAMPLE_16BIT, 1, 8000};
+ * int16_t samples[8000] = {0};
+ * if (vorlund_writer_create("wav", &writer) != VORLUND_OK) return;
+ * if (vorlund_writer_open_file(writer, "silence.wav", &format) == VORLUND_OK &&
+ *     vorlund_writer_write(writer, samples, sizeof samples) == VORLUND_OK &&
+ *     vorlund_writer_finish(writer) == VORLUND_OK)
+ *     printf("written\n"); // prints written
+ * vorlund_release(writer);
+ * \endcode
  */
 #ifndef VORLUND_C_WRITE_H
 #define VORLUND_C_WRITE_H
