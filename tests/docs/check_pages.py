@@ -35,7 +35,7 @@ ANSWERS = {
 
 # The sentence on each page that has results of Windows, and where it is looked for.
 NOT_ON_WINDOWS = "tested under wine, not on windows"
-WINDOWS_PAGES = ("README.md", "docs/performance.md", "docs/reliability.md", "docs/testing-on-windows.md")
+WINDOWS_PAGES = ("README.md", "docs/performance.md", "docs/reliability.md", "docs/testing-on-windows.md", "docs/windows-mingw.md")
 
 # Before the endings of files that know a system.
 PLATFORM_MARKS = ("_win32", "_posix", "_linux", "_xcb", "_none")

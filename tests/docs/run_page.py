@@ -1,12 +1,12 @@
 """Does what a page says, as its reader would. One set of rules for all pages:
 
-- A page is done in an empty folder with a home of its own that has `examples` and `build/linux`.
+- A page is done in an empty folder with a home of its own that has `examples` and `build/linux`, or `build/win32`.
 - Blocks marked "console" are commands behind "$ ", each with what it prints below it, or nothing when it does not matter. An
   exit code other than 0 is a fault, unless what is printed is a failure that the page tells. A word behind "console" names
-  another place to do them ("console windows"): they are not done here, but for those about packages.
-  A row of a table that begins with a command of build/linux/bin is one too.
+  another place to do them ("console windows"): they are not done here, but for those about packages, and those of "win32" with
+  a build for it. A row of a table that begins with a command of build/linux/bin is one too.
 - A block of another kind whose paragraph before it ends with a colon and names a file of that kind in backticks
-  ("Call it `loudest.cpp`") becomes that file.
+  ("Call it `loudest.cpp`") becomes that file. <!-- file loudest.cpp of docs/start-cpp.md --> brings one of another page.
 - Any other block marked "cpp" with a `main` is built and run, and prints what the block marked "text" behind it says.
 - A block marked "c" with a `main` is built and run in the same way; without one, and without a comment before it, it is a whole
   source that must compile, without warnings; with a comment <!-- c DECLARATIONS --> it is the body of a function.
@@ -30,6 +30,7 @@ LIMIT = 300
 BLOCK = re.compile(r"^```(\w+)(?: (\w+))?\n(.*?)^```$|^\| `(build/linux/bin/[^`]+)` \|", re.MULTILINE | re.DOTALL)
 # Words behind "console" whose blocks are done here as well; check_packages is part of that.
 DONE_HERE = (None, "deb", "clone")
+BORROWED = re.compile(r"^<!-- file (\S+) of (\S+) -->$", re.MULTILINE)
 HIDDEN = re.compile(r"<!-- (?:cpp|c)\n((?:(?!-->).)*)-->\s*\Z", re.DOTALL)
 ENDINGS = {"cpp": ".cpp", "c": ".c", "cmake": "CMakeLists.txt", "python": ".py"}
 FAILURE = re.compile(r"Exception: |[\w.]+: Cannot ")
@@ -41,6 +42,8 @@ class Sandbox:
     def __init__(self, folder, build):
         self.folder = folder
         self.build = build
+        # What the build is for: of a page with blocks for several systems, its own are done.
+        self.target = "win32" if (build / "bin/vorlund.dll").exists() else "linux"
         self.faults = 0
         self.commands = 0
         self.environment = dict(os.environ, HOME=str(folder / "home"))
@@ -48,7 +51,7 @@ class Sandbox:
             self.environment.pop(name, None)
         (folder / "home").mkdir()
         (folder / "build").mkdir()
-        (folder / "build/linux").symlink_to(build)
+        (folder / "build" / self.target).symlink_to(build)
         (folder / "examples").symlink_to(ROOT / "examples")
 
     def complain(self, what):
@@ -66,7 +69,7 @@ class Sandbox:
             text=True,
             timeout=LIMIT,
         )
-        return result.stdout, result.returncode
+        return result.stdout.replace("\r\n", "\n"), result.returncode
 
     def can_show(self):
         return "DISPLAY" in os.environ and any((self.build / "bin/vorlund-plugins").glob("window-output.*"))
@@ -195,8 +198,17 @@ def named_file(before, kind):
     return next((name for name in names if name.endswith(ENDINGS.get(kind, "\0"))), None) if paragraph.endswith(":") else None
 
 
+def borrow(sandbox, text):
+    """Files of other pages."""
+    for name, page in BORROWED.findall(text):
+        other = (ROOT / page).read_text()
+        blocks = [block for block in BLOCK.finditer(other) if named_file(other[: block.start()], block[1]) == name]
+        (sandbox.folder / name).write_text(blocks[0][3])
+
+
 def play_blocks(sandbox, page, text):
     """Everything of a page, in its order."""
+    borrow(sandbox, text)
     blocks = list(BLOCK.finditer(text))
     fragments = []
     for index, block in enumerate(blocks):
@@ -205,7 +217,7 @@ def play_blocks(sandbox, page, text):
         following = blocks[index + 1] if index + 1 < len(blocks) else None
         if row:
             sandbox.play(row, None)
-        elif kind == "console" and place not in DONE_HERE:
+        elif kind == "console" and place not in (*DONE_HERE, sandbox.target):
             continue
         elif kind == "console":
             for line, output in console(code):
