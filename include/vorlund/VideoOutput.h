@@ -17,7 +17,8 @@ struct TDataFormat_VideoRgb;
 /// const auto device = CRefPtr<IDevice>::Adopt(v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_VIDEO));
 /// const auto video = device.Query<IVideoOutput>();
 /// TDataFormat_VideoRgb format;
-/// const std::vector<std::uint32_t> frame(format.image.width * format.image.height, 0xFF0000);
+/// format.SetDefaults(); // 640 x 480
+/// const std::vector<std::uint32_t> frame(640 * 480, 0xFF0000);
 /// if (video->Open(format, VRL_L("Red"))) video->Present(frame.data());
 /// video->Close();
 /// \endcode
