@@ -19,7 +19,7 @@ sed "s/@PROJECT_VERSION@/$version/" include/vorlund/Version.h.in >"$site/Version
     cat docs/site/Doxyfile
     echo "PROJECT_NUMBER = $version"
     echo "OUTPUT_DIRECTORY = $site"
-    echo "INPUT = $site/pages include/vorlund"
+    echo "INPUT = $site/pages include/vorlund bindings/c/include"
     echo "USE_MDFILE_AS_MAINPAGE = $site/pages/page_readme.md"
     echo "HTML_EXTRA_STYLESHEET = $theme/doxygen-awesome.css $theme/doxygen-awesome-sidebar-only.css docs/site/site.css"
 } >"$site/Doxyfile"

@@ -17,6 +17,8 @@ CODE = re.compile(r"(`[^`\n]+(?:\n[^`\n]+)?`)")
 LINK = re.compile(r"(!?)\[([^\]]*)\]\(([^)\s]+)\)")
 INDEX = "docs/README.md"
 HEADERS = "include/vorlund"
+# What is before the names by which headers are included.
+INCLUDED = re.compile(r"^(?:include|bindings/c/include)/(?=vorlund)(.*\.h)$")
 SOURCE = """<!DOCTYPE html>
 <html lang="en"><head><meta charset="utf-8"><meta name="viewport" content="width=device-width, initial-scale=1">
 <title>{path}</title><link rel="stylesheet" href="{up}doxygen-awesome.css"><link rel="stylesheet" href="{up}site.css"></head>
@@ -115,8 +117,8 @@ class Site:
                 self.placed.add(path)
                 return f'@subpage {label(path)} "{text}"'
             return f"[{text}](@ref {label(path, anchor)})"
-        if path.startswith(HEADERS + "/"):
-            return f"[{text}](@ref {path.removeprefix('include/')})"
+        if header := INCLUDED.match(path):
+            return f"[{text}](@ref {header[1]})"
         if path == HEADERS:
             return f'<a href="files.html">{text}</a>'
         self.sources.add(path)

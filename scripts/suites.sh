@@ -340,7 +340,10 @@ test_target() {
     if [[ $target == win* ]]; then step kit tests/kit/check.sh "$target" "$folder"; fi
     # The same headers in both word sizes, and the table of imports is that of the product.
     if [[ $target == linux || $target == win32 ]]; then step headers scripts/headers.sh "$target" "$folder" ${all:+each}; fi
-    if [[ $target == win32 ]]; then step imports tests/abi/check_imports.py "$folder"; fi
+    if [[ $target == win32 ]]; then
+        step imports tests/abi/check_imports.py "$folder"
+        step "page about windows" tests/docs/check_blocks.py "$folder" docs/windows-mingw.md
+    fi
     if [[ $target == linux ]]; then
         step layers tests/abi/check_layers.py
         step failures tests/abi/check_failures.py

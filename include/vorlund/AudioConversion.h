@@ -140,6 +140,16 @@ struct TAudioTarget {
 /// matrix must have 1 to 8 channels and finite weights". `Connect` raises `CDataFormatException` "Unsupported
 /// format in decoded stream", also for a source whose number of channels cannot be mixed, and `Seek`
 /// `CIOException` "Position is negative". One thread at a time. Since version 0.1.
+///
+/// \code{.cpp}
+/// TAudioTarget target;
+/// target.sampleFormat = SAMPLE_FORMAT_16BIT;
+/// target.layout = GetDefaultLayout(1); // mono
+/// const auto mono = CRefPtr<IInputStreamFilter>::Adopt(CreateAudioConverter(target));
+/// const CInputStreamSelector file(VRL_L("strings.wav"));
+/// mono->Connect(file.GetInputStreamTmp()); // decodes the file first
+/// std::printf("%d bytes\n", static_cast<int>(mono->GetLength())); // prints 202860 bytes
+/// \endcode
 VRL_API IInputStreamFilter* CreateAudioConverter(const TAudioTarget& target);
 
 } // namespace vorlund

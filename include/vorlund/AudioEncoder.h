@@ -25,6 +25,20 @@ inline constexpr CId SOUND_FILE_OGG_VORBIS{0x5D1A2C74, 0x83E94F16, 0xA7C0B25E, 0
 /// `GetLength` and `Tell` are of the PCM that was written, in bytes. `Seek` raises
 /// `COperationNotSupportedException`. `Close` finishes, when there is something to finish, and closes the
 /// stream. `Disconnect` abandons what is not finished. Since version 0.1.
+///
+/// \code{.cpp}
+/// // Needs a plug-in that encodes FLAC, for example sndfile.
+/// const TDataFormat_AudioPcm pcm(SAMPLE_FORMAT_16BIT, 1, 8000);
+/// const auto made = CRefPtr<IObject>::Adopt(
+///     v.GetCodecClassStore().CreateEncoder(TDataFormat_AudioPcm::FormatId, SOUND_FILE_FLAC));
+/// const auto encoder = made.Query<IAudioEncoder>();
+/// const COutputStreamSelector file(VRL_L("silence.flac"));
+/// encoder->SetTag(VRL_L("title"), VRL_L("Nothing"));
+/// encoder->Connect(file.GetOutputStreamTmp());
+/// encoder->SetFormat(&pcm);
+/// encoder->Write(std::vector<std::int16_t>(8000).data(), 16000);
+/// encoder->Finish();
+/// \endcode
 class IAudioEncoder : public IOutputStreamFilter {
 public:
     using TBase = IOutputStreamFilter;

@@ -9,6 +9,15 @@ namespace vorlund {
 /// Records PCM audio. `Open` of `IDevice` opens for floats, two channels, 48,000 frames a second. What the
 /// device delivers becomes the format that was asked for, as with an output. Operations without a device
 /// raise as those of `IAudioOutput` do. Since version 0.1.
+///
+/// \code{.cpp}
+/// const auto input = CRefPtr<IAudioInput>::Adopt(CreateNullAudioInput()); // hears silence
+/// input->OpenInput({SAMPLE_FORMAT_16BIT, 1, 8000}, kDefaultAudioLatency);
+/// const auto heard = CRefPtr<IInputStream>::Adopt(input->GetStream());
+/// std::int16_t samples[80];
+/// std::printf("%d\n", ReadWhole(*heard, samples, sizeof samples)); // prints 1
+/// input->Close();
+/// \endcode
 class IAudioInput : public IDevice {
 public:
     using TBase = IDevice;

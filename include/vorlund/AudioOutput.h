@@ -37,6 +37,16 @@ inline constexpr double kDefaultAudioLatency = 0;
 /// first is open. Operations without a device raise `CInvalidStateException` "Device is not open", and those
 /// that would wait for a device that is gone, and is not followed, `CFailedException` "Device is lost". Since
 /// version 0.1.
+///
+/// \code{.cpp}
+/// const auto output = CRefPtr<IAudioOutput>::Adopt(CreateFileAudioOutput(VRL_L("played.wav")));
+/// output->OpenOutput({SAMPLE_FORMAT_16BIT, 2, 22050}, kDefaultAudioLatency);
+/// const CInputStreamSelector file(VRL_L("strings.wav"));
+/// output->Play(file.GetInputStreamTmp()); // decodes and converts it
+/// output->Drain();                        // until the last frame is heard
+/// std::printf("%d frames\n", static_cast<int>(output->GetPosition())); // prints 101430 frames
+/// output->Close();
+/// \endcode
 class IAudioOutput : public IDevice {
 public:
     using TBase = IDevice;

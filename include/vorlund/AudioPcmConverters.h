@@ -44,6 +44,14 @@ constexpr std::uint32_t kMaxPcmConverterInput = 1024;
 /// what 32 bits hold.
 ///
 /// `Connect` raises `CDataFormatException` "Unsupported format in decoded stream".
+///
+/// \code{.cpp}
+/// const auto floats = CreateAs<IAudioPcmSampleFormatConverter>(classid::CAudioPcmSampleFormatConverter);
+/// floats->SetSampleFormat(SAMPLE_FORMAT_FLOAT);
+/// const CInputStreamSelector file(VRL_L("strings.wav"));
+/// floats->Connect(file.GetInputStreamTmp()); // decodes the file first
+/// std::printf("%d bytes\n", static_cast<int>(floats->GetLength())); // prints 811440 bytes
+/// \endcode
 class IAudioPcmSampleFormatConverter : public IInputStreamFilter {
 public:
     using TBase = IInputStreamFilter;
@@ -70,6 +78,14 @@ protected:
 /// unchanged.
 ///
 /// `Connect` raises `CDataFormatException` "Unsupported data format after decoding".
+///
+/// \code{.cpp}
+/// const auto mono = CreateAs<IAudioPcmChannelNumberConverter>(classid::CAudioPcmChannelNumberConverter);
+/// mono->SetNumChannels(1);
+/// const CInputStreamSelector file(VRL_L("strings.wav"));
+/// mono->Connect(file.GetInputStreamTmp());
+/// std::printf("%d bytes\n", static_cast<int>(mono->GetLength())); // prints 202860 bytes
+/// \endcode
 class IAudioPcmChannelNumberConverter : public IInputStreamFilter {
 public:
     using TBase = IInputStreamFilter;

@@ -42,6 +42,15 @@ protected:
 };
 
 /// Lists devices, and makes outputs and inputs. Any thread. Since version 0.1.
+///
+/// \code{.cpp}
+/// CSteppedAudio audio; // for tests; programs take CreateAs<IAudioSystem>(kAudioSystemClassId)
+/// const auto system = CRefPtr<IAudioSystem>::Adopt(audio.GetSystem());
+/// for (const auto& device : Each<IAudioDeviceInfo>(system->EnumerateDevices(AUDIO_DIRECTION_OUTPUT)))
+///     std::printf("%s %d\n", TextToUtf8(device->GetId()).c_str(), device->IsDefault());
+/// // prints a 1
+/// // prints b 0
+/// \endcode
 class IAudioSystem : public IObject {
 public:
     using TBase = IObject;

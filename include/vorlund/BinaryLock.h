@@ -8,6 +8,17 @@ namespace vorlund {
 
 /// A recursive lock: one thread at a time holds it, and that thread may take it again. Any thread may call
 /// any operation, except that nobody may use a lock while it is destroyed.
+///
+/// \code{.cpp}
+/// CBinaryLock lock;
+/// {
+///     const CBinaryLockGuard guard(lock);
+///     lock.Lock(); // once more, by the same thread
+///     std::printf("%d\n", lock.GetHoldCount()); // prints 2
+///     lock.Unlock();
+/// }
+/// std::printf("%d\n", lock.GetHoldCount()); // prints 0
+/// \endcode
 class VRL_API CBinaryLock : public CClassObject {
 public:
     /// Free. Raises `COutOfMemoryException` "malloc failed" when there is no memory for its data.

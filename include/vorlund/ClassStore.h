@@ -38,6 +38,13 @@ struct TClassInfo {
 /// Registration, lookup, creation, enumeration, `Clear` and `Dump` may come from any thread. `Init` and
 /// `Close` belong to the start and the end of the library. A thread that is inside another operation while
 /// the store is closed, or waits for its lock, comes to no harm: see `Close`.
+///
+/// \code{.cpp}
+/// // An object of a class, by its name.
+/// CClassStore& store = v.GetClassStore();
+/// const auto object = CRefPtr<IObject>::Adopt(store.CreateObject(VRL_L("vorlund::CObjectList")));
+/// std::printf("%d\n", static_cast<bool>(object.Query<IObjectList>())); // prints 1
+/// \endcode
 class VRL_API CClassStore {
 public:
     /// Closed.

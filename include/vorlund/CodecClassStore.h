@@ -38,6 +38,13 @@ inline constexpr CId OTHER_MEDIA_FORMAT_ID{0x21089FFF, 0x06984E6C, 0x975010E2, 0
 /// the end of the library; a thread that is inside another operation then comes to no harm. All operations
 /// but `Init`, `Close`, the enumerations and the encoding ones raise `CBugException` "Not initialized" while
 /// the store is closed.
+///
+/// \code{.cpp}
+/// // A chain of decoders for a file; that of a WAV file is one decoder.
+/// const auto sound = CRefPtr<IInputStream>::Adopt(
+///     v.GetCodecClassStore().DecodeFile(VRL_L("strings.wav"), TDataFormat_AudioPcm::FormatId));
+/// std::printf("%d bytes of sound\n", static_cast<int>(sound->GetLength())); // prints 405720 bytes of sound
+/// \endcode
 class VRL_API CCodecClassStore {
 public:
     /// Closed.

@@ -29,6 +29,13 @@ struct TDeviceClassInfo {
 /// same time must all use `CreateDevice`, or all the class store: otherwise they can wait for each other
 /// without end. `Init` and `Close` belong to the start and the end of the library. A thread that is inside
 /// another operation while the store is closed, or waits for its lock, comes to no harm: see `Close`.
+///
+/// \code{.cpp}
+/// // The classes of devices, by their names; the plug-ins window-output and audio bring one each.
+/// const auto devices = v.GetDeviceClassStore().EnumerateDevices();
+/// for (const TDeviceClassInfo& device : EachRecord<TDeviceClassInfo>(devices))
+///     CDebug::PrintMessage(DEBUG_MESSAGE_OUTPUT, VRL_L("%s"), device.classId.ToString().c_str());
+/// \endcode
 class VRL_API CDeviceClassStore {
 public:
     /// Closed.

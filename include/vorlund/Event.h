@@ -24,6 +24,16 @@ namespace vorlund {
 /// `WaitAll` returns, and an asynchronous wait does nothing until it is stopped. An event must not be twice
 /// in a list of which all are waited for: Windows may refuse that. `WaitAny` and `WaitAll` of EventWaits.h
 /// check their lists, take times of `std::chrono` and return what a time limit raises here.
+///
+/// \code{.cpp}
+/// CEvent isReady;
+/// std::thread worker([&] { isReady.SetState(true); });
+/// isReady.Wait();                                // without limit
+/// std::printf("%d\n", isReady.GetState());       // prints 1
+/// isReady.SetState(false);                       // it stays set until somebody resets it
+/// std::printf("%d\n", WaitFor(isReady, 1ms));    // prints 0
+/// worker.join();
+/// \endcode
 class VRL_API CEvent {
 public:
     /// What the callback of an asynchronous wait is given.

@@ -63,6 +63,15 @@ struct TFailure {
 ///
 /// The three texts are not copied: they must outlive the exception. Reasons that name a path point into one
 /// buffer of the process, which the next such failure overwrites: copy them to keep them.
+///
+/// \code{.cpp}
+/// try {
+///     const CInputStreamSelector file(VRL_L("missing.wav"));
+/// } catch (const CFileAccessException& error) {
+///     std::printf("%s\n", TextToUtf8(error.GetReason()).c_str());
+///     // prints Cannot open 'missing.wav' for reading
+/// }
+/// \endcode
 class VRL_API CException {
 public:
     /// \param method  fully qualified name of the raising method

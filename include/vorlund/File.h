@@ -96,6 +96,15 @@ protected:
 };
 
 /// An existing directory by name.
+///
+/// \code{.cpp}
+/// const auto folder = CreateAs<IFolder>(classid::CFolder);
+/// folder->Initialize(VRL_L("."));
+/// int count = 0;
+/// for (const auto& file : Each<IFile>(folder->EnumerateFiles()))
+///     count += file->GetExtension() == VRL_L("wav");
+/// std::printf("%d\n", count > 0); // prints 1
+/// \endcode
 class IFolder : public IObject {
 public:
     using TBase = IObject;

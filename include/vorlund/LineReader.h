@@ -32,6 +32,14 @@ namespace vorlund {
 ///
 /// Reading into the same `wstring` again and again is fast, because its room is used again; into a `CString`
 /// each line costs a new buffer.
+///
+/// \code{.cpp}
+/// const auto bytes = CRefPtr<IMemoryInputStream>::Adopt(CreateMemoryInput("one\ntwo\n", 8));
+/// CLineReader lines(bytes.Get(), CHAR_FORMAT_8BIT);
+/// for (wstring line; lines.ReadLine(line);) std::printf("%s\n", TextToUtf8(line).c_str());
+/// // prints one
+/// // prints two
+/// \endcode
 class VRL_API CLineReader : public CReader {
 public:
     /// The most bytes that are read ahead. Since version 0.1.

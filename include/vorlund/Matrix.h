@@ -24,6 +24,12 @@ enum TAxis : int {
 /// processor has. Infinities and NaN follow the rules of IEEE 754; nothing here raises.
 ///
 /// A plain value: trivially copyable, and safe to share between threads when nobody writes to it.
+///
+/// \code{.cpp}
+/// const CMatrix turnThenMove = CMatrix::RotationZ(1.57079633f) * CMatrix::Translation(0, 0, 5);
+/// const CVector place = CVector(1, 0, 0) * turnThenMove;
+/// std::printf("%.1f %.1f %.1f\n", place.x, place.y, place.z); // prints -0.0 1.0 5.0
+/// \endcode
 class CMatrix {
 public:
     /// The identity.

@@ -15,6 +15,19 @@
 namespace vorlund {
 
 /// An ordered list that holds one reference to each member; an object may be in it several times.
+///
+/// \code{.cpp}
+/// const auto names = CreateAs<IObjectList>(classid::CObjectList);
+/// for (const wchar* name : {VRL_L("one"), VRL_L("two")}) {
+///     const auto text = CreateAs<IStringObject>(classid::CStringObject);
+///     text->SetString(name);
+///     names->AddObject(text.Get());
+/// }
+/// for (const auto& text : Each<IStringObject>(names->EnumerateObjects()))
+///     std::printf("%s\n", ToUtf8(text->GetString()).c_str());
+/// // prints one
+/// // prints two
+/// \endcode
 class IObjectList : public IObject {
 public:
     using TBase = IObject;

@@ -21,6 +21,12 @@ class CEvent;
 /// millisecond.
 ///
 /// One thread at a time; another may set the event that ends a wait. Since version 0.1.
+///
+/// \code{.cpp}
+/// CPeriodicClock clock(0.005); // seconds; it starts at once, and does not drift
+/// const std::uint64_t ticks = clock.Wait(); // how many are over, one as a rule
+/// std::printf("%d\n", ticks > 0); // prints 1
+/// \endcode
 class VRL_API CPeriodicClock {
 public:
     /// Starts: the first tick is due one period from now. Since version 0.1.

@@ -36,7 +36,8 @@ public:
     /// Calls the close entry of every loaded plug-in, in the order of loading, and unloads each after its
     /// own. For the other operations the plug-ins still count as loaded. A plug-in whose close entry raises
     /// stays in the process, because the exception may need it; it is not closed again, and another `Close`
-    /// goes on with the next one.
+    /// goes on with the next one. So do all of them when a destructor closes the store while an exception is
+    /// passing: it may be of one of them.
     void Close();
 
     /// Appends a folder, with or without a separator at its end.

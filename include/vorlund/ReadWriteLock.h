@@ -34,6 +34,16 @@ enum TLockMode : int {
 /// before it takes anything, so others are not held up by that. The lock itself is at most 64 bytes, with
 /// room for the record of a thread that finds it free; the first time that two threads meet in it, it takes
 /// less than a kibibyte more and keeps that.
+///
+/// \code{.cpp}
+/// CReadWriteLock lock;
+/// {
+///     const CReadWriteLockGuard reading(lock, LOCK_MODE_READ); // with others that read
+/// }
+/// {
+///     const CReadWriteLockGuard writing(lock, LOCK_MODE_WRITE); // alone
+/// }
+/// \endcode
 class VRL_API CReadWriteLock {
 public:
     /// Free. Raises `COutOfMemoryException` "malloc failed" when there is no memory for its data.

@@ -38,6 +38,15 @@ inline void ReleaseInDestructor(IObject* object) {
 }
 
 /// Owns one reference to an object, or nothing. One thread at a time. Not for standard containers: see above.
+///
+/// \code{.cpp}
+/// {
+///     const auto decoder = CreateAs<IInputStream>(classid::CWavDecoder); // one reference, in a CRefPtr
+///     const auto second = CRefPtr<IInputStream>::Share(decoder.Get());   // one more
+///     const auto list = decoder.Query<IObjectList>();                    // null: it is none
+///     std::printf("%d\n", static_cast<bool>(list));                      // prints 0
+/// } // both references are given back, and the decoder ends
+/// \endcode
 template <class TInterface> class CRefPtr {
 public:
     CRefPtr() = default;

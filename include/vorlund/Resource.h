@@ -24,6 +24,16 @@ class IInputStreamFilter;
 /// format, modification count 0.
 ///
 /// A resource holds up to 2^32-1 bytes (on 32-bit systems less than 2^31); there is no memory for more.
+///
+/// \code{.cpp}
+/// const auto sound = CreateAs<IResource>(classid::CAudioClip);
+/// const TDataFormat_AudioPcm pcm;
+/// sound->SetFormat(&pcm); // so that the file is decoded, not loaded as it is
+/// sound->LoadDecoded(CInputStreamSelector(VRL_L("strings.wav")));
+/// const auto* const samples = static_cast<const std::int16_t*>(sound->Lock(LOCK_MODE_READ));
+/// std::printf("%d bytes, %d\n", static_cast<int>(sound->GetSize()), samples[0]); // prints 405720 bytes, 3142
+/// sound->Unlock();
+/// \endcode
 class IResource : public IObject {
 public:
     using TBase = IObject;

@@ -9,10 +9,11 @@ namespace vorlund {
 /// Opens the library, and closes it when it goes out of scope, whatever has happened in between. One at a
 /// time, on the application's main thread:
 ///
-///     int main() {
-///         const CSession session;
-///         ...
-///     }
+/// \code{.cpp}
+/// const CSession session;
+/// // Everything else, in the scope of it.
+/// const auto list = CreateAs<IObjectList>(classid::CObjectList);
+/// \endcode
 ///
 /// Objects that are held outside of it, in statics for example, must be released before. Since version 0.1.
 class CSession {

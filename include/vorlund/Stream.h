@@ -51,6 +51,15 @@ protected:
 };
 
 /// A stream that is read.
+///
+/// \code{.cpp}
+/// const CInputStreamSelector file(VRL_L("strings.wav"));
+/// IInputStream& stream = *file.GetInputStreamTmp();
+/// char magic[4];
+/// const std::uint64_t count = stream.Read(magic, 4); // may be less: only 0 is the end
+/// std::printf("%.*s, then at %d\n", static_cast<int>(count), magic, static_cast<int>(stream.Tell()));
+/// // prints RIFF, then at 4
+/// \endcode
 class IInputStream : public IStream {
 public:
     using TBase = IStream;
@@ -80,6 +89,14 @@ protected:
 };
 
 /// A stream that is written.
+///
+/// \code{.cpp}
+/// const auto memory = CRefPtr<IMemoryOutputStream>::Adopt(CreateMemoryOutput());
+/// memory->Write("hello", 5);
+/// memory->Seek(1);
+/// memory->Write("a", 1);
+/// std::printf("%.5s\n", static_cast<const char*>(memory->GetData())); // prints hallo
+/// \endcode
 class IOutputStream : public IStream {
 public:
     using TBase = IStream;

@@ -12,6 +12,12 @@ class IResource;
 struct TDecoderChoice;
 
 /// Holds one reference to an input stream; copies share it.
+///
+/// \code{.cpp}
+/// const CInputStreamSelector file(VRL_L("strings.wav"));
+/// CFrameReader sound(CRefPtr<IInputStream>::Adopt(file.DecodeStream(TDataFormat_AudioPcm::FormatId)));
+/// std::printf("%.2f seconds\n", sound.GetSeconds()); // prints 4.60 seconds
+/// \endcode
 class VRL_API CInputStreamSelector {
 public:
     /// Holds `stream` and adds a reference. Raises `CNullPtrException` "Given input stream is NULL".
@@ -47,6 +53,12 @@ private:
 };
 
 /// Holds one reference to an output stream, or nothing; copies share it.
+///
+/// \code{.cpp}
+/// const COutputStreamSelector file(VRL_L("three.bin"));
+/// WriteValues(*file.GetOutputStreamTmp(), std::vector<std::uint16_t>{1, 2, 3});
+/// CloseOutput(*file.GetOutputStreamTmp()); // raises when not all of it has reached the file
+/// \endcode
 class VRL_API COutputStreamSelector {
 public:
     /// Holds `stream` and adds a reference. Null is accepted, unlike in the input selector, and leaves it

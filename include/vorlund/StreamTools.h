@@ -67,6 +67,14 @@ template <TPlainValues TRange> void WriteValues(IOutputStream& stream, const TRa
 
 /// Sound by frames and seconds, as floats at true scale (AudioConversion.h), of a PCM stream of any format.
 /// One thread at a time. Since version 0.1.
+///
+/// \code{.cpp}
+/// const CInputStreamSelector file(VRL_L("strings.wav"));
+/// CFrameReader sound(CRefPtr<IInputStream>::Adopt(file.DecodeStream(TDataFormat_AudioPcm::FormatId)));
+/// const std::vector<float> samples = sound.ReadRest(); // channels interleaved, full scale is 1
+/// std::printf("%zu samples of %u channels\n", samples.size(), sound.GetChannels());
+/// // prints 202860 samples of 2 channels
+/// \endcode
 class CFrameReader {
 public:
     /// Holds a reference to `pcm`, which `DecodeStream` for example has given. Raises `std::invalid_argument`

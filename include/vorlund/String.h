@@ -29,6 +29,13 @@ concept TLongInteger = std::same_as<T, long> || std::same_as<T, unsigned long> |
 /// A failed allocation raises `std::bad_alloc` and leaves the text as it was; arguments may alias the text
 /// itself. Null text arguments count as empty. One thread at a time; the cells behind out-of-range elements
 /// are shared by all texts.
+///
+/// \code{.cpp}
+/// CString text = "hello";
+/// text += VRL_L(" world");
+/// text[0] = 'H';
+/// std::printf("%s: %u units\n", ToUtf8(text).c_str(), text.Length()); // prints Hello world: 11 units
+/// \endcode
 class VRL_API CString {
 public:
     /// The empty text.

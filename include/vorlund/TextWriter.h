@@ -16,6 +16,12 @@ enum TLineBreakFormat : int {
 
 /// Writes text piece by piece; the caller supplies the line feeds. Copies share the stream. What the stream
 /// raises passes on. One thread at a time.
+///
+/// \code{.cpp}
+/// const COutputStreamSelector file(VRL_L("list.txt"));
+/// CTextWriter writer(file.GetOutputStreamTmp(), CHAR_FORMAT_8BIT, LINE_BREAK_LF);
+/// writer.Write(VRL_L("%d is %s\n"), 1, VRL_L("one"));
+/// \endcode
 class VRL_API CTextWriter : public CWriter {
 public:
     /// Writes to `stream`, which must not be null, with a reference of its own.

@@ -16,6 +16,16 @@ namespace vorlund {
 /// `Start` and `Stop` may be called from any thread, also from the callback of an asynchronous wait. No timer
 /// may run when the library is unloaded or the process ends: its end then raises `CBugException`
 /// "Timers still alive!".
+///
+/// \code{.cpp}
+/// CTimer timer(0.005f); // seconds
+/// timer.Start();
+/// for (int i = 0; i < 3; ++i) {
+///     timer.Wait();
+///     timer.SetState(false); // the timer only sets it
+/// }
+/// timer.Stop();
+/// \endcode
 class VRL_API CTimer : public CEvent {
 public:
     /// Not set and not running.

@@ -13,6 +13,17 @@ namespace vorlund {
 
 /// Reads what a `CVarWriter` (VarWriter.h) wrote, type by type in the same order. What the stream raises
 /// passes on; the end of the data raises nothing. One thread at a time.
+///
+/// \code{.cpp}
+/// const auto memory = CRefPtr<IMemoryOutputStream>::Adopt(CreateMemoryOutput());
+/// CVarWriter(memory.Get()) << 1 << CString("three");
+/// const auto bytes = CRefPtr<IMemoryInputStream>::Adopt(
+///     CreateMemoryInput(memory->GetData(), static_cast<std::uint64_t>(memory->GetLength())));
+/// int number = 0;
+/// CString text;
+/// CVarReader(bytes.Get()) >> number >> text;
+/// std::printf("%d %s\n", number, ToUtf8(text).c_str()); // prints 1 three
+/// \endcode
 class VRL_API CVarReader : public CReader {
 public:
     /// Reads from `stream`, which must not be null, with a reference of its own.

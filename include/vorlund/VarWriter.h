@@ -49,6 +49,12 @@ static_assert(sizeof(bool) == 1 && sizeof(short) == 2 && sizeof(int) == 4 && siz
 ///
 /// Other types do not compile: a cast says how many bytes are meant. What the stream raises passes on. Copies
 /// share the stream. One thread at a time.
+///
+/// \code{.cpp}
+/// const auto memory = CRefPtr<IMemoryOutputStream>::Adopt(CreateMemoryOutput());
+/// CVarWriter(memory.Get()) << 1 << 2.5 << true << CString("three");
+/// std::printf("%d bytes\n", static_cast<int>(memory->GetLength())); // prints 27 bytes
+/// \endcode
 class VRL_API CVarWriter : public CWriter {
 public:
     /// Writes to `stream`, which must not be null, with a reference of its own.

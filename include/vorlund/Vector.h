@@ -18,6 +18,13 @@ class CMatrix;
 ///
 /// A plain value: trivially copyable, usable in constant expressions, and safe to share between threads when
 /// nobody writes to it.
+///
+/// \code{.cpp}
+/// CVector v1(3, 0, 4);
+/// std::printf("%.1f\n", v1.Length()); // prints 5.0
+/// v1.Normalize();
+/// std::printf("%.1f %.1f\n", v1.x, v1.z); // prints 0.6 0.8
+/// \endcode
 class CVector {
 public:
     /// (0, 0, 0).

@@ -11,6 +11,17 @@ struct TDataFormat_VideoRgb;
 
 /// A video device that shows frames on a surface, such as a window. `Close` takes the surface away. One
 /// thread at a time.
+///
+/// \code{.cpp}
+/// // A red window, by the plug-in window-output.
+/// const auto device = CRefPtr<IDevice>::Adopt(v.GetDeviceClassStore().CreateDevice(DEVICE_TYPE_VIDEO));
+/// const auto video = device.Query<IVideoOutput>();
+/// TDataFormat_VideoRgb format;
+/// format.SetDefaults(); // 640 x 480
+/// const std::vector<std::uint32_t> frame(640 * 480, 0xFF0000);
+/// if (video->Open(format, VRL_L("Red"))) video->Present(frame.data());
+/// video->Close();
+/// \endcode
 class IVideoOutput : public IDevice {
 public:
     using TBase = IDevice;

@@ -15,6 +15,15 @@ namespace vorlund {
 /// Nothing is reported: without a display, or without the system's window libraries, `Open` returns and the
 /// handle is null. Sizes are in pixels. Where a window manager draws the frame (X11), outer size and client
 /// size are the same.
+///
+/// \code{.cpp}
+/// // DEVICE_TYPE_VIDEO devices draw on such a window; it wants a display.
+/// const auto window = CreateAs<IVideoWindow>(classid::CVideoWindow);
+/// window->SetTitle(VRL_L("Hello"));
+/// window->SetClientSize(320, 240);
+/// window->Open();
+/// window->Close();
+/// \endcode
 class IVideoWindow : public IObject {
 public:
     using TBase = IObject;

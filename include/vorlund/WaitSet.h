@@ -28,6 +28,16 @@ inline constexpr unsigned int kNoWaitNumber = 0xFFFFFFFF;
 ///
 /// Any thread may call any operation, callbacks included. Callbacks must not raise, and must not destroy
 /// their own set. Since version 0.1.
+///
+/// \code{.cpp}
+/// CEvent asked, answered;
+/// CWaitSet waits;
+/// waits.AddOnce(asked, [](CWaitSet::TCbData& it) { static_cast<CEvent*>(it.userData)->SetState(true); },
+///               &answered);
+/// asked.SetState(true);
+/// answered.Wait(); // the callback has run on a thread of the set
+/// waits.Stop();    // and none runs any more
+/// \endcode
 class VRL_API CWaitSet {
 public:
     /// What a callback is given.

@@ -31,6 +31,15 @@ struct TWavChunkInfo {
 ///
 /// `Connect` raises `CDataFormatException` "Seek unsupported", "Tell unsupported" and "Invalid header".
 /// `GetFormat` is the empty format.
+///
+/// \code{.cpp}
+/// const auto chunks = CreateAs<IWavChunkDecoder>(classid::CWavChunkDecoder);
+/// const CInputStreamSelector file(VRL_L("strings.wav"));
+/// chunks->Connect(file.GetInputStreamTmp());
+/// chunks->SelectChunk(VRL_L("data"));
+/// std::printf("%d bytes at %d\n", static_cast<int>(chunks->GetChunkSize()),
+///             static_cast<int>(chunks->GetChunkOffset())); // prints 405720 bytes at 44
+/// \endcode
 class IWavChunkDecoder : public IInputStreamFilter {
 public:
     using TBase = IInputStreamFilter;
@@ -59,6 +68,15 @@ protected:
 ///
 /// \warning `Skip` moves only the connected stream: `Tell`, `Eof` and the limit of `Read` count from where
 /// they were. Use `Seek(Tell() + count)` instead.
+///
+/// \code{.cpp}
+/// const auto sound = CreateAs<IWavDecoder>(classid::CWavDecoder);
+/// const CInputStreamSelector file(VRL_L("strings.wav"));
+/// sound->Connect(file.GetInputStreamTmp()); // raises CDataFormatException for what it does not read
+/// const auto* const format = FormatCast<TDataFormat_AudioPcm>(sound->GetFormat());
+/// std::printf("%u channels, %u Hz\n", format->channels, format->samplesPerSec);
+/// // prints 2 channels, 22050 Hz
+/// \endcode
 class IWavDecoder : public IInputStreamFilter {
 public:
     using TBase = IInputStreamFilter;

@@ -79,6 +79,18 @@ struct TWavWriterOptions {
 ///
 /// Streams that cannot seek, and those that write to their end wherever the position is (files opened to
 /// append), get their final header at once when `length` is known. One thread at a time. Since version 0.1.
+///
+/// \code{.cpp}
+/// const COutputStreamSelector file(VRL_L("square.wav"));
+/// CWavWriter writer(file, {WAV_SAMPLE_16BIT, 1, 8000});
+/// std::vector<std::int16_t> samples(8000);
+/// for (std::size_t i = 0; i < samples.size(); ++i) samples[i] = i / 10 % 2 ? 8000 : -8000;
+/// writer.Write(samples.data(), samples.size() * sizeof(std::int16_t));
+/// writer.Close(); // raises when not all of it has reached the file
+/// const CInputStreamSelector written(VRL_L("square.wav"));
+/// std::printf("%d bytes\n", static_cast<int>(written.GetInputStreamTmp()->GetLength()));
+/// // prints 16080 bytes
+/// \endcode
 class VRL_API CWavWriter {
 public:
     /// Writes the header. Holds a reference to the stream until it ends.

@@ -4,9 +4,11 @@
 Links lead to files and headings that exist, and a name in backticks before a link ("`CEvent::Wait` in [Event.cpp](...)")
 occurs in the linked file. The architecture page names every folder and draws the floors in the order in which
 tests/abi/check_layers.py holds them; the index of docs names every page there. Three questions of somebody new are
-answered within three links of README.md. Pages with figures of Wine say so until there is a report of Windows. Targets, commands and options that several places name are the same.
+answered within three links of README.md. Pages with figures of Wine say so until there is a report of Windows.
+The page about porting names every file that knows a system. Targets, commands and options that several places name are the same.
 """
 import ast
+import fnmatch
 import os
 import pathlib
 import re
@@ -33,7 +35,10 @@ ANSWERS = {
 
 # The sentence on each page that has results of Windows, and where it is looked for.
 NOT_ON_WINDOWS = "tested under wine, not on windows"
-WINDOWS_PAGES = ("README.md", "docs/performance.md", "docs/reliability.md", "docs/testing-on-windows.md")
+WINDOWS_PAGES = ("README.md", "docs/performance.md", "docs/reliability.md", "docs/testing-on-windows.md", "docs/windows-mingw.md")
+
+# Before the endings of files that know a system.
+PLATFORM_MARKS = ("_win32", "_posix", "_linux", "_xcb", "_none")
 
 complaints = []
 
@@ -157,6 +162,25 @@ def check_windows():
             complaints.append(f"{page}: does not say '{NOT_ON_WINDOWS}'")
 
 
+def check_porting():
+    """The page about porting names every pair of files, and its filters find suites."""
+    page = "docs/porting.md"
+    text = read(page)
+    pairs = set()
+    for top in ("src", "plugins", "tools"):
+        for mark in PLATFORM_MARKS:
+            pairs |= {path.stem.removesuffix(mark) for path in (ROOT / top).rglob(f"*{mark}.*")}
+    named = set(re.findall(r"`([A-Z]\w+)`", text))
+    for name in sorted(pairs - named):
+        complaints.append(f"{page}: does not name the pair {name}")
+    tests = subprocess.run(["grep", "-rhoE", r"^TEST(_F|_P)?\(\w+", ROOT / "tests"], capture_output=True, text=True, check=True)
+    suites = {line.split("(")[1] for line in tests.stdout.split()}
+    for filters in re.findall(r"--gtest_filter='([^']+)'", text):
+        for pattern in filters.split(":"):
+            if not fnmatch.filter(suites, pattern):
+                complaints.append(f"{page}: no suite is called like {pattern}")
+
+
 def check_commands():
     """README.md, the usage texts, the presets, the hosted workflow and the hooks name the same things."""
     readme = read("README.md")
@@ -222,6 +246,7 @@ def main():
     check_index(pages)
     check_promises()
     check_windows()
+    check_porting()
     check_commands()
     check_suites()
     print(*complaints, sep="\n")

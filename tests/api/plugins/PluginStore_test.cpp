@@ -246,6 +246,22 @@ TEST_F(PluginStore, PluginsAreClosedOnce) {
     EXPECT_EQ(Loaded(), (TTexts{"accepting", "accepting"}));
 }
 
+TEST_F(PluginStore, ClosedByADestructorWhileAnExceptionPassesTheyStayInTheProcess) {
+    struct TCloser {
+        CPluginStore& store;
+        ~TCloser() { store.Close(); }
+    };
+    const fs::path file = folder_.Add("accepting");
+    store_.LoadPlugin(VRL_L("accepting"));
+    try {
+        const TCloser closer{store_};
+        throw 1;
+    } catch (int) {
+    }
+    EXPECT_EQ(Reports(), (TTexts{"init accepting", "close accepting"}));
+    EXPECT_TRUE(IsInProcess(file));
+}
+
 TEST_F(PluginStore, DestructionClosesNothing) {
     const fs::path file = folder_.Add("accepting");
     {

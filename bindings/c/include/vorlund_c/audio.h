@@ -3,6 +3,22 @@
  * Playing and recording. The devices of the system need the plug-in audio; outputs into nothing and into a
  * file, and an input that hears silence, need neither that nor hardware. Any number of threads may use an
  * output or an input at once.
+ *
+ * \code{.c}
+ * vorlund_output output;
+ * vorlund_stream sound;
+ * vorlund_audio_format format = {sizeof format, VORLUND_SAMPLE_16BIT, 2, 22050};
+ * uint64_t heard = 0;
+ * if (vorlund_output_create_file("played.wav", &output) != VORLUND_OK) return;
+ * if (vorlund_output_open(output, &format, 0) == VORLUND_OK &&
+ *     vorlund_decode_file("strings.wav", NULL, NULL, NULL, &sound) == VORLUND_OK &&
+ *     vorlund_output_play(output, sound) == VORLUND_OK && // takes the stream over
+ *     vorlund_output_drain(output, NULL) == VORLUND_OK) {
+ *     vorlund_output_position(output, &heard);
+ *     printf("%d frames\n", (int)heard); // prints 101430 frames
+ * }
+ * vorlund_release(output);
+ * \endcode
  */
 #ifndef VORLUND_C_AUDIO_H
 #define VORLUND_C_AUDIO_H

@@ -28,6 +28,16 @@
  *
  * On 32-bit Windows functions and callbacks are __stdcall; names are exported without decoration.
  *
+ * \code{.c}
+ * vorlund_stream file;
+ * vorlund_error error = {sizeof error};
+ * if (vorlund_stream_open_file("missing.wav", &file) != VORLUND_OK) {
+ *     vorlund_last_error(&error);
+ *     printf("%s: %s\n", error.type, error.cause);
+ * }
+ * // prints CFileAccessException: there is no such file
+ * \endcode
+ *
  * Since version 0.1 unless a declaration says otherwise.
  */
 #ifndef VORLUND_C_BASE_H

@@ -2,6 +2,17 @@
  * \file
  * Classes by name and identifier, filters of any class, the lists of decoders and encoders, and decoders of
  * the program.
+ *
+ * \code{.c}
+ * vorlund_object object;
+ * uint32_t id[4];
+ * if (vorlund_class_find("vorlund::CRandomGenerator", id) != VORLUND_OK) return;
+ * if (vorlund_object_create(id, &object) == VORLUND_OK) {
+ *     vorlund_stream bytes;
+ *     if (vorlund_object_get_stream(object, &bytes) == VORLUND_OK) printf("a stream\n"); // prints a stream
+ *     vorlund_release(object);
+ * }
+ * \endcode
  */
 #ifndef VORLUND_C_CLASSES_H
 #define VORLUND_C_CLASSES_H
@@ -92,9 +103,10 @@ typedef struct vorlund_decoder_callbacks {
  * Registers a decoder from raw bytes to PCM, until the library is closed. Every search tries it behind those
  * that are registered before.
  *
- * \param class_id  four words that nobody else uses
- * \param name      the name of the class, "mine::Decoder"
- * \param user      what `connect` is called with
+ * \param class_id   four words that nobody else uses
+ * \param name       the name of the class, "mine::Decoder"
+ * \param callbacks  the decoder's functions; the record is copied
+ * \param user       what `connect` is called with
  */
 VORLUND_C_API int32_t VORLUND_CALL vorlund_decoder_register(const uint32_t* class_id, const char* name,
                                                             const vorlund_decoder_callbacks* callbacks,

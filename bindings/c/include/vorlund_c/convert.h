@@ -1,6 +1,20 @@
 /**
  * \file
  * Sound in another form: sample formats, numbers of channels, rates; of streams and of plain buffers.
+ *
+ * \code{.c}
+ * vorlund_stream sound, mono;
+ * vorlund_conversion wish = {sizeof wish};
+ * int64_t length = 0;
+ * wish.sample_format = VORLUND_SAMPLE_16BIT;
+ * wish.channels = 1;
+ * if (vorlund_decode_file("strings.wav", NULL, NULL, NULL, &sound) != VORLUND_OK) return;
+ * if (vorlund_convert_stream(sound, &wish, &mono) != VORLUND_OK) return; // vorlund_close frees
+ * vorlund_stream_length(mono, &length);
+ * printf("%d bytes\n", (int)length); // prints 202860 bytes
+ * vorlund_release(mono);
+ * vorlund_release(sound);
+ * \endcode
  */
 #ifndef VORLUND_C_CONVERT_H
 #define VORLUND_C_CONVERT_H
@@ -47,8 +61,12 @@ VORLUND_C_API int32_t VORLUND_CALL vorlund_convert_stream(vorlund_stream source,
 /**
  * Converts frames of a buffer. The two buffers must not overlap.
  *
- * \param to, from  one of VORLUND_SAMPLE_
- * \param clipped   gets the number of samples that were beyond the range; may be null
+ * \param destination  room for the converted frames
+ * \param source       the frames, channels interleaved
+ * \param to, from     one of VORLUND_SAMPLE_
+ * \param channels     samples of a frame
+ * \param frames       how many frames
+ * \param clipped      gets the number of samples that were beyond the range; may be null
  */
 VORLUND_C_API int32_t VORLUND_CALL vorlund_convert_samples(void* destination, uint32_t to, const void* source,
                                                            uint32_t from, uint32_t channels, uint32_t frames,

@@ -1,6 +1,17 @@
 /**
  * \file
  * Decoding: from a file or a stream to sound, pictures or video, and why it went as it did.
+ *
+ * \code{.c}
+ * vorlund_stream sound;
+ * uint64_t frames = 0;
+ * vorlund_audio_format format = {sizeof format};
+ * if (vorlund_decode_file("strings.wav", NULL, NULL, NULL, &sound) != VORLUND_OK) return;
+ * vorlund_stream_audio_format(sound, &format);
+ * vorlund_stream_frames(sound, &frames);
+ * printf("%.1f s\n", (double)frames / format.rate); // prints 4.6 s
+ * vorlund_release(sound);
+ * \endcode
  */
 #ifndef VORLUND_C_DECODE_H
 #define VORLUND_C_DECODE_H
@@ -48,11 +59,13 @@ typedef struct vorlund_decode_options {
 /**
  * Decodes a file.
  *
+ * \param path     the file
  * \param wanted   the identifier of the format that is wanted; null for PCM; four zeros for whatever the
  *                 decoders make of it
  * \param options  may be null
  * \param report   gets a report, also when nothing decodes the file; may be null. Null after a
  *                 failure that comes before the search, for example that there is no file.
+ * \param stream   gets the stream of what was decoded
  *
  * VORLUND_ERROR_DATA_FORMAT when no decoder takes it; the report says why.
  */

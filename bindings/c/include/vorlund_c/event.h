@@ -2,6 +2,17 @@
  * \file
  * Events, which threads wait for, and timers, which are events that are set periodically. Any number of
  * threads may use one at once.
+ *
+ * \code{.c}
+ * vorlund_event timer, event;
+ * if (vorlund_timer_create(5, &timer) != VORLUND_OK || vorlund_event_create(&event) != VORLUND_OK) return;
+ * vorlund_timer_start(timer);
+ * printf("%d\n", (int)vorlund_event_wait(timer, 10000)); // prints 0
+ * printf("%d\n", (int)vorlund_event_wait(event, 1));     // prints 16
+ * vorlund_timer_stop(timer);
+ * vorlund_release(timer);
+ * vorlund_release(event);
+ * \endcode
  */
 #ifndef VORLUND_C_EVENT_H
 #define VORLUND_C_EVENT_H

@@ -2,6 +2,18 @@
  * \file
  * Plug-ins: where they are looked for, which are loaded, and why others are not. On the thread that opens the
  * library. Folders may be set while the library is closed, and count from the next vorlund_open on.
+ *
+ * \code{.c}
+ * uint32_t count = 0, i;
+ * vorlund_plugin_report report = {sizeof report};
+ * char text[256];
+ * vorlund_plugin_report_count(&count);
+ * for (i = 0; i < count; ++i) {
+ *     vorlund_plugin_get_report(i, &report);
+ *     vorlund_plugin_report_text(i, VORLUND_PLUGIN_TEXT_EXPLANATION, text, sizeof text, NULL);
+ *     if (report.outcome != VORLUND_PLUGIN_LOADED) printf("%s\n", text);
+ * }
+ * \endcode
  */
 #ifndef VORLUND_C_PLUGIN_H
 #define VORLUND_C_PLUGIN_H

@@ -1,6 +1,24 @@
 /**
  * \file
  * Resources, which are bytes in memory that streams read and write, and typed values in streams.
+ *
+ * \code{.c}
+ * vorlund_sink sink;
+ * vorlund_resource resource;
+ * vorlund_stream stream;
+ * int32_t number = 0;
+ * if (vorlund_resource_create(&resource) != VORLUND_OK) return;
+ * if (vorlund_resource_get_sink(resource, &sink) == VORLUND_OK) {
+ *     vorlund_write_int32(sink, 7);
+ *     vorlund_release(sink);
+ * }
+ * if (vorlund_resource_get_stream(resource, &stream) == VORLUND_OK) {
+ *     vorlund_read_int32(stream, &number);
+ *     vorlund_release(stream);
+ * }
+ * printf("%d\n", (int)number); // prints 7
+ * vorlund_release(resource);
+ * \endcode
  */
 #ifndef VORLUND_C_RESOURCE_H
 #define VORLUND_C_RESOURCE_H

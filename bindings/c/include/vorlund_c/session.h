@@ -1,6 +1,12 @@
 /**
  * \file
  * The life of the library, and its diagnostic output.
+ *
+ * \code{.c}
+ * if (vorlund_open(VORLUND_OPEN_INSTALLED_PLUGINS) != VORLUND_OK) return;
+ * // Everything else.
+ * vorlund_close();
+ * \endcode
  */
 #ifndef VORLUND_C_SESSION_H
 #define VORLUND_C_SESSION_H

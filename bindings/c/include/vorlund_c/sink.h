@@ -1,6 +1,17 @@
 /**
  * \file
  * Streams that are written: files, memory, and the program's own.
+ *
+ * \code{.c}
+ * vorlund_sink sink;
+ * const void* bytes = NULL;
+ * uint64_t count = 0;
+ * if (vorlund_sink_open_memory(&sink) != VORLUND_OK) return;
+ * vorlund_sink_write(sink, "hello", 5);
+ * vorlund_sink_get_memory(sink, &bytes, &count);
+ * printf("%.*s\n", (int)count, (const char*)bytes); // prints hello
+ * vorlund_release(sink);
+ * \endcode
  */
 #ifndef VORLUND_C_SINK_H
 #define VORLUND_C_SINK_H

@@ -1,6 +1,16 @@
 /**
  * \file
  * Streams that are read: files, memory, the program's own, and what decoders and converters make of them.
+ *
+ * \code{.c}
+ * vorlund_stream file;
+ * char magic[4];
+ * uint32_t count;
+ * if (vorlund_stream_open_file("strings.wav", &file) != VORLUND_OK) return;
+ * if (vorlund_stream_read(file, magic, sizeof magic, &count) == VORLUND_OK)
+ *     printf("%.*s\n", (int)count, magic); // prints RIFF
+ * vorlund_release(file);
+ * \endcode
  */
 #ifndef VORLUND_C_STREAM_H
 #define VORLUND_C_STREAM_H
@@ -128,7 +138,10 @@ typedef struct vorlund_stream_callbacks {
 /**
  * A stream of the program. The record is copied.
  *
- * \param format  what the bytes are; null for raw bytes, which a decoder is sought for
+ * \param callbacks  its functions
+ * \param user       what they are called with
+ * \param format     what the bytes are; null for raw bytes, which a decoder is sought for
+ * \param stream     gets the stream
  */
 VORLUND_C_API int32_t VORLUND_CALL vorlund_stream_create(const vorlund_stream_callbacks* callbacks,
                                                          void* user, const vorlund_audio_format* format,

@@ -2,6 +2,18 @@
  * \file
  * Pictures and video: streams of pixels that vorlund_decode_file and its relatives give for
  * VORLUND_FORMAT_IMAGE_RGB and VORLUND_FORMAT_VIDEO_RGB. Pictures need the plug-in image, videos y4m.
+ *
+ * \code{.c}
+ * const uint32_t wanted[4] = VORLUND_FORMAT_IMAGE_RGB;
+ * vorlund_stream picture;
+ * vorlund_video_format format = {sizeof format};
+ * static unsigned char pixels[240 * 90 * 3];
+ * if (vorlund_decode_file("plasma-0001.png", wanted, NULL, NULL, &picture) != VORLUND_OK) return;
+ * vorlund_stream_video_format(picture, &format);
+ * printf("%u x %u\n", (unsigned)format.width, (unsigned)format.height); // prints 240 x 90
+ * vorlund_stream_read_picture(picture, VORLUND_PIXELS_RGB, pixels, 240 * 3, NULL);
+ * vorlund_release(picture);
+ * \endcode
  */
 #ifndef VORLUND_C_VIDEO_H
 #define VORLUND_C_VIDEO_H
@@ -45,8 +57,11 @@ enum {
 /**
  * Reads the next picture of a stream, in pixels of one kind.
  *
- * \param pitch  bytes from a row to the next, at least those of a row; negative for rows from bottom to top,
- *               `pixels` being the first byte of the top row then too
+ * \param stream   one of pictures or video
+ * \param kind     one of VORLUND_PIXELS_
+ * \param pixels   room for the picture
+ * \param pitch    bytes from a row to the next, at least those of a row; negative for rows from bottom to
+ *                 top, `pixels` being the first byte of the top row then too
  * \param is_read  gets 1, and 0 when there is no other picture; may be null
  */
 VORLUND_C_API int32_t VORLUND_CALL vorlund_stream_read_picture(vorlund_stream stream, uint32_t kind,

@@ -1,6 +1,18 @@
 /**
  * \file
  * Writing sound files: WAV by the library itself, other kinds by the encoders of plug-ins.
+ *
+ * \code{.c}
+ * vorlund_writer writer;
+ * vorlund_audio_format format = {sizeof format, VORLUND_SAMPLE_16BIT, 1, 8000};
+ * int16_t samples[8000] = {0};
+ * if (vorlund_writer_create("wav", &writer) != VORLUND_OK) return;
+ * if (vorlund_writer_open_file(writer, "silence.wav", &format) == VORLUND_OK &&
+ *     vorlund_writer_write(writer, samples, sizeof samples) == VORLUND_OK &&
+ *     vorlund_writer_finish(writer) == VORLUND_OK)
+ *     printf("written\n"); // prints written
+ * vorlund_release(writer);
+ * \endcode
  */
 #ifndef VORLUND_C_WRITE_H
 #define VORLUND_C_WRITE_H
@@ -19,8 +31,11 @@ extern "C" {
 typedef struct vorlund_writer_object* vorlund_writer;
 
 /**
- * \param kind  "wav", "aiff", "flac", "mp3", "ogg" (Vorbis) or "opus". All but the first need a plug-in,
- *              sndfile for example: VORLUND_ERROR_CLASS_NOT_FOUND without it.
+ * A writer for one kind of file.
+ *
+ * \param kind    "wav", "aiff", "flac", "mp3", "ogg" (Vorbis) or "opus". All but the first need a plug-in,
+ *                sndfile for example: VORLUND_ERROR_CLASS_NOT_FOUND without it.
+ * \param writer  gets the handle
  */
 VORLUND_C_API int32_t VORLUND_CALL vorlund_writer_create(const char* kind, vorlund_writer* writer);
 VORLUND_C_API int32_t VORLUND_CALL vorlund_writer_create16(const uint16_t* kind, vorlund_writer* writer);

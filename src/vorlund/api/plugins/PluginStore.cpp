@@ -34,6 +34,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <memory>
 #include <new>
 #include <optional>
@@ -354,7 +355,8 @@ void CPluginStore::Close() {
         // Objects of its table that are still there do not call it any more.
         if (const auto& table = data_->plugins[i].table) table->isOpen = false;
         data_->plugins[i].close();
-        pluginmodule::Unload(module);
+        // An exception that is on its way out of the session may be a plug-in's, and points to texts there.
+        if (std::uncaught_exceptions() == 0) pluginmodule::Unload(module);
     }
 }
 
