@@ -360,6 +360,7 @@ test_target() {
         step site scripts/site.sh
         step "test names" tests/check_names.py
         step "benchmarks' table" tests/bench/check_bench.py
+        step plots tests/docs/check_plots.py
         step abi scripts/abi.sh --check "$folder"
         step format scripts/format.sh
         step tidy scripts/tidy.sh "$folder"
