@@ -47,11 +47,11 @@ def sum_of(figures):
     return hashlib.sha256(json.dumps(figures, sort_keys=True).encode() + script).hexdigest()
 
 
-def new_axes(rows, margins=1.0):
+def new_axes(rows):
     """Axes for that many rows from top to bottom."""
-    height = rows * ROW + margins
+    height = rows * ROW + 0.75
     figure, axes = plt.subplots(figsize=(WIDTH, height))
-    figure.subplots_adjust(left=0.36, right=0.97, top=1 - 0.45 * margins / height, bottom=0.5 * margins / height)
+    figure.subplots_adjust(left=0.36, right=0.97, top=1 - 0.25 / height, bottom=0.5 / height)
     axes.set_ylim(rows - 0.3, -0.7)
     axes.tick_params(length=0)
     for side in ("top", "right", "left"):
@@ -107,7 +107,7 @@ def draw_ratios(shown):
         label.set_fontweight("normal" if row else "bold")
     ratio_axis(axes, shown)
     if any(row.wine for row in shown):
-        axes.set_title("dots: Linux; hollow: under Wine", loc="right", fontsize=7)
+        axes.set_title("full: Linux; hollow: under Wine", loc="right", fontsize=7)
     return figure
 
 
@@ -182,7 +182,7 @@ def draw_soak(runs):
 
 
 def draw_mutation(areas):
-    figure, axes = new_axes(len(areas), 1.2)
+    figure, axes = new_axes(len(areas))
     kinds = (("noticed by a test", FASTER), ("hung, and so noticed", "#7fb3c4"), ("nobody can notice", GREY), ("not noticed", SLOWER))
     for place, counts in enumerate(areas.values()):
         begin = 0

@@ -5,7 +5,7 @@ usage: tests/examples/check.py BUILD-FOLDER [NAME...] [-- LAUNCHER...]
        tests/examples/check.py --folders
 
 Without a name, all that the build has. A launcher comes before each program: "wine", say. --folders looks at the folders
-instead: they are numbered without a gap, each has a README.md and an expected.txt, and examples/README.md names it.
+instead: they are numbered without a gap, each has an expected.txt and a README.md that links to the source, and examples/README.md names it.
 """
 import pathlib
 import subprocess
@@ -27,6 +27,9 @@ def look_at_folders():
         if not folder.name.startswith(f"{number:02}-"):
             faults.append(f"{folder.name} comes where number {number:02} should")
         faults += [f"{folder.name} has no {name}" for name in ("README.md", "expected.txt") if not (folder / name).exists()]
+        page = folder / "README.md"
+        if page.exists() and "](main.c" not in page.read_text():
+            faults.append(f"{folder.name}/README.md does not link to its source")
         if f"({folder.name}/README.md)" not in index:
             faults.append(f"examples/README.md does not name {folder.name}")
     return faults
