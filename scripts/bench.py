@@ -93,6 +93,8 @@ class Target:
         self.figures = {}
         self.units = {}
         self.faults = []
+        # Programs that were not measured now, by the version of which their results are.
+        self.kept = {}
 
     def programs(self):
         suffix = ".exe" if self.name.startswith("win") else ""
@@ -129,6 +131,16 @@ class Target:
 
     def measure(self, program, short_name, names, pinned):
         out = self.options.work / f"{self.name}-{short_name}-{'one' if pinned else 'all'}.json"
+        if self.options.again and not self.options.again.search(short_name) and out.exists():
+            results = json.loads(out.read_text())
+            self.kept.setdefault(results.get("vorlund", "unknown"), set()).add(short_name)
+        else:
+            results = self.measure_now(program, names, pinned)
+            results["vorlund"] = self.options.version
+            out.write_text(json.dumps(results, indent=1))
+        self.note(short_name, results["benchmarks"])
+
+    def measure_now(self, program, names, pinned):
         arguments = [
             "--benchmark_filter=^(" + "|".join(re.sub(r"[.[\\()*+?{|^$]", r"\\\g<0>", name) for name in names) + ")$",
             "--benchmark_format=json",
@@ -138,13 +150,15 @@ class Target:
         ]
         done = self.call(program, arguments, pinned)
         # What a program prints besides comes before the results.
-        text = done.stdout[done.stdout.find("{"):] if "{" in done.stdout else ""
-        out.write_text(text)
         try:
-            runs = json.loads(text)["benchmarks"]
+            results = json.loads(done.stdout[done.stdout.find("{"):] if "{" in done.stdout else "")
+            results["benchmarks"]
         except (ValueError, KeyError) as error:
             raise Fault(f"{self.name}: {program.name} ends with {done.returncode} and no results: "
                         f"{(done.stderr or done.stdout).strip()[-300:]}") from error
+        return results
+
+    def note(self, short_name, runs):
         for run in runs:
             if run.get("run_type") == "aggregate":
                 continue
@@ -279,7 +293,7 @@ def versions():
     return ", ".join(rows)
 
 
-def about(options, began, load):
+def about(options, targets, began, load):
     processor = read_first(r"model name\s*:\s*(.*)", pathlib.Path("/proc/cpuinfo").read_text())
     sets = [name for name in ("avx2", "avx512f") if re.search(rf"\b{name}\b", pathlib.Path("/proc/cpuinfo").read_text())]
     return [
@@ -288,6 +302,8 @@ def about(options, began, load):
         f"Machine: {processor} ({', '.join(sets) or 'without AVX2'}), {os.cpu_count()} processors, "
         f"{platform.system()} {platform.release()}, load of others when it began {load:.1f}.",
         f"Versions: Vorlund {options.version}; {versions()}.",
+        *(f"Kept from the run of version {version}: {target.name}, {', '.join(sorted(programs))}."
+          for target in targets for version, programs in target.kept.items()),
         f"Each figure is the median of {options.repetitions} repetitions of at least {options.seconds} s, all rows of a program "
         "mixed at random, on one processor where a row has one thread; \"least\" is the shortest. Processor time, and elapsed "
         "time for several threads and under Wine. A ratio above 1 is ours; \"at best\" is what the machine gives for the same "
@@ -307,6 +323,8 @@ def parse(arguments):
     parser = argparse.ArgumentParser(prog="./run --bench", description="every benchmark with its peers, as one table")
     parser.add_argument("--short", action="store_true", help="a pass of some minutes that proves that all rows run; writes nothing")
     parser.add_argument("--filter", default="", metavar="REGEX", help="the rows PROGRAM/NAME that match; writes nothing")
+    parser.add_argument("--again", default="", metavar="REGEX", help="only the programs whose names match are measured anew; "
+                        "the others keep the results of the last run, and the page is written")
     parser.add_argument("--no-wine", action="store_true", help="without the Windows programs")
     parser.add_argument("--linux", default="build/bench-linux", help=argparse.SUPPRESS)
     parser.add_argument("--win32", default="", help=argparse.SUPPRESS)
@@ -317,13 +335,17 @@ def parse(arguments):
     parser.add_argument("--version", default="unknown", help=argparse.SUPPRESS)
     options = parser.parse_args(arguments)
     options.command = " ".join(["./run --bench", *(["--short"] if options.short else []),
-                                *(["--filter", options.filter] if options.filter else [])])
+                                *(["--filter", options.filter] if options.filter else []),
+                                *(["--again", options.again] if options.again else [])])
     options.repetitions, options.seconds, options.limit = (1, 0.001, 120) if options.short else (5, 0.05, 5400)
     options.is_whole = not options.short and not options.filter and not options.no_wine
+    if not options.is_whole:
+        options.work /= "parts"
     try:
         options.filter = re.compile(options.filter)
+        options.again = re.compile(options.again) if options.again else None
     except re.error as error:
-        parser.error(f"--filter: {error}")
+        parser.error(f"REGEX: {error}")
     return options
 
 
@@ -358,7 +380,7 @@ def main(arguments):
     lines = [*table(linux, windows), ""]
     if grown:
         lines += [*growth_table(grown), ""]
-    lines += [part for line in about(options, began, load) for part in (line, "")][:-1]
+    lines += [part for line in about(options, targets, began, load) for part in (line, "")][:-1]
     print("\n".join(lines))
     if options.is_whole:
         write_page(options.page, lines)

@@ -19,7 +19,7 @@ packages_target() {
     step "same contents" tests/packages/check_contents.py same $out/vorlund-*-win32.zip $out/vorlund-*-win64.zip
     step "sources inside" sources_inside
     step "fresh clone" tests/packages/check_clone.sh
-    for kind in deb win32; do step "twice $kind" tests/packages/check_twice.sh "$kind" "$out"; done
+    for kind in deb win32 win64; do step "twice $kind" tests/packages/check_twice.sh "$kind" "$out"; done
     row "made and tested in $((SECONDS - start)) s"
 }
 

@@ -102,10 +102,10 @@ public:
     static constexpr CId InterfaceId{0x073F714C, 0xD5A53317, 0x083B96CF, 0xEDA16CC5};
 
     /// A new list, owned by the caller, of one `IFile` per entry that is not a directory, in the order of the
-    /// file system; empty when not initialised. An entry that vanishes meanwhile, or that cannot be reached,
-    /// is left out. A folder that is gone or may not be searched has no entries; one that the system cannot
-    /// search for lack of descriptors or memory, or cannot read, raises `CFileAccessException` "Cannot search
-    /// '...'".
+    /// file system; empty when not initialised. An entry that cannot be reached is left out; one that
+    /// vanishes meanwhile may be, or is found missing when it is used. A folder that is gone or may not be
+    /// searched has no entries; one that the system cannot search for lack of descriptors or memory, or
+    /// cannot read, raises `CFileAccessException` "Cannot search '...'".
     virtual IObjectList* EnumerateFiles() = 0;
     /// The same with one `IFolder` per directory, "." and ".." included.
     virtual IObjectList* EnumerateFolders() = 0;

@@ -131,7 +131,7 @@ def check_table(folder):
 def check_short(folder):
     make_tree(folder / "linux", {"one": ROWS})
     done, page = run(folder, "--short")
-    runs = (folder / "work/linux-one-one.json").read_text()
+    runs = (folder / "work/parts/linux-one-one.json").read_text()
     expect(f"the short pass succeeds: {done.stderr}", done.returncode == 0 and row(done.stdout, "read 64")[2] == "100 ns")
     expect("it is short", '"repetitions": "1"' in runs and '"seconds": "0.001"' in runs and '"short": "1"' in runs)
     expect("it leaves the page", page == PAGE)
@@ -141,6 +141,17 @@ def check_short(folder):
     expect("a filter that takes none fails", done.returncode == 1 and "no row matches" in done.stderr)
     done, _ = run(folder, "--filter", "(")
     expect("a filter that is none fails", done.returncode == 2)
+
+
+def check_again(folder):
+    make_tree(folder / "linux", {"one": {"read/vorlund": {"cpu_time": 10.0}}, "two": {"open/vorlund": {"cpu_time": 20.0}}})
+    run(folder, "--version", "first")
+    make_tree(folder / "later/linux", {"one": {"read/vorlund": {"cpu_time": 30.0}}, "two": {"open/vorlund": {"cpu_time": 40.0}}})
+    run(folder, "--short", "--linux", folder / "later/linux")
+    done, page = run(folder, "--again", "^two$", "--version", "second", "--linux", folder / "later/linux")
+    expect(f"measured again: {done.stderr}", done.returncode == 0 and row(page, "open")[1] == "40.0 ns")
+    expect("kept from the run before, a short pass is none", row(page, "read")[1] == "10.0 ns")
+    expect("what was kept is told", "Versions: Vorlund second" in page and "Kept from the run of version first: linux, one." in page)
 
 
 def check_faults(folder):
@@ -159,7 +170,7 @@ def check_faults(folder):
 
 
 def main():
-    for check in (check_table, check_short, check_faults):
+    for check in (check_table, check_short, check_again, check_faults):
         with tempfile.TemporaryDirectory() as folder:
             check(pathlib.Path(folder))
     page = (ROOT / "docs/performance.md").read_text()

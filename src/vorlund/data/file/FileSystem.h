@@ -43,6 +43,9 @@ public:
     /// Name and kind (`File` or `Directory`) of the entry; the name is valid until the next `Next`.
     const wchar* GetName() const;
     TEntryKind GetKind() const;
+    /// True when the listing and the folder's rights tell already that the entry can be reached and is of its
+    /// kind.
+    bool IsSure() const;
     /// What the entry, whose whole path is `path`, names by now.
     TEntryKind LookAgain(const wchar* path) const;
 

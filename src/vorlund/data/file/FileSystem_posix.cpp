@@ -96,6 +96,8 @@ struct CFolderSearch::TState {
     ~TState() { closedir(folder); }
 
     DIR* const folder;
+    /// Who may list a folder need not be allowed to use what is in it.
+    const bool isOpenToUse = faccessat(dirfd(folder), ".", X_OK, AT_EACCESS) == 0;
     const dirent* entry = nullptr;
     wstring name;
     TEntryKind kind = TEntryKind::Missing;
@@ -145,6 +147,11 @@ const wchar* CFolderSearch::GetName() const {
 
 TEntryKind CFolderSearch::GetKind() const {
     return state_->kind;
+}
+
+bool CFolderSearch::IsSure() const {
+    const auto type = state_->entry->d_type;
+    return state_->isOpenToUse && type != DT_UNKNOWN && type != DT_LNK;
 }
 
 TEntryKind CFolderSearch::LookAgain(const wchar*) const {

@@ -127,6 +127,11 @@ TEntryKind CFolderSearch::GetKind() const {
     return KindOf(state_->entry.dwFileAttributes);
 }
 
+bool CFolderSearch::IsSure() const {
+    // Paths that are too long and names that end in dots are listed, and cannot be used.
+    return false;
+}
+
 TEntryKind CFolderSearch::LookAgain(const wchar* path) const {
     return filesystem::GetKind(path);
 }

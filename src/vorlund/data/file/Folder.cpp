@@ -38,13 +38,13 @@ struct TSelection {
     const TFailure& cannotSearch;
 };
 
-/// A new object initialised with `path`; empty when the entry has vanished since the search saw it, or cannot
-/// be reached. `TOwn` is the library's own class, which needs not ask the system again.
+/// A new object initialised with `path`; empty when the entry is known to have vanished since the search saw
+/// it, or cannot be reached. `TOwn` is the library's own class, which needs not ask the system again.
 template <class TEntry, class TOwn>
 CRefPtr<TEntry> MakeEntry(const filesystem::CFolderSearch& search, const TSelection& selection,
                           const wchar* path) {
     // Asked before the object is made: nothing is made of an entry that is left out.
-    if (search.LookAgain(path) != selection.kind) return {};
+    if (!search.IsSure() && search.LookAgain(path) != selection.kind) return {};
     auto entry = CreateOrRaise<TEntry>(selection.classId, selection.noEntry);
     if (auto* const own = dynamic_cast<TOwn*>(entry.Get()))
         own->InitializeSeen(path);
