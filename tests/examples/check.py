@@ -5,7 +5,8 @@ usage: tests/examples/check.py BUILD-FOLDER [NAME...] [-- LAUNCHER...]
        tests/examples/check.py --folders
 
 Without a name, all that the build has. A launcher comes before each program: "wine", say. --folders looks at the folders
-instead: they are numbered without a gap, each has an expected.txt and a README.md that links to the source, and examples/README.md names it.
+instead: they are numbered without a gap, each has an expected.txt and a README.md that links to its source, and
+examples/README.md names it.
 """
 import pathlib
 import subprocess
