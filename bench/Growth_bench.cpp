@@ -31,7 +31,7 @@ using namespace vorlund;
 namespace {
 
 /// The sizes of a row, without the largest ones in a short pass.
-void Sizes(benchmark::internal::Benchmark* row, std::initializer_list<std::int64_t> sizes) {
+void Sizes(benchmark::internal::Benchmark* row, const std::vector<std::int64_t>& sizes) {
     std::size_t left = bench::IsShort() ? 2 : sizes.size();
     for (const std::int64_t size : sizes)
         if (left > 0) {
@@ -210,8 +210,12 @@ void RegisterAll() {
     Sizes(add("growth/read 4 KiB through layers/limit copy", NoLayer), {1, 4, 16, 64});
     Sizes(add("growth/start and stop timers/vorlund", StartAndStopTimers), {1, 10, 100, 1000, 10000});
     Sizes(add("growth/running timers of 10 ms/vorlund", RunTimers)->Iterations(1), {1, 10, 100, 1000, 10000});
-    Sizes(add("growth/MiB appended to a resource/vorlund", AppendMebibytes), {1, 16, 128, 1024});
-    Sizes(add("growth/MiB appended to a resource/std::vector", AppendToVector), {1, 16, 128, 1024});
+    // What an address space of 32 bits has room for, while it grows.
+    const std::vector<std::int64_t> mebibytes = sizeof(void*) > 4
+                                                    ? std::vector<std::int64_t>{1, 16, 128, 1024}
+                                                    : std::vector<std::int64_t>{1, 16, 128};
+    Sizes(add("growth/MiB appended to a resource/vorlund", AppendMebibytes), mebibytes);
+    Sizes(add("growth/MiB appended to a resource/std::vector", AppendToVector), mebibytes);
     RegisterEvents<bench::TVorlundEvents>("vorlund");
     RegisterEvents<bench::TConditionEvents>("condition");
 }

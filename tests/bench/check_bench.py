@@ -61,6 +61,11 @@ ROWS = {
     "memory of an object [a+b] (c-d)/vorlund": {"figure bytes": 48},
     "growth/texts/vorlund/100": {"cpu_time": 100.0},
     "growth/texts/vorlund/10000": {"cpu_time": 10000.0},
+    # Beyond the caches everything is slower.
+    "growth/bytes/vorlund/1": {"cpu_time": 10.0},
+    "growth/bytes/vorlund/10": {"cpu_time": 300.0},
+    "growth/bytes/std::vector/1": {"cpu_time": 10.0},
+    "growth/bytes/std::vector/10": {"cpu_time": 290.0},
     "growth by a square rule/sorts/vorlund/100": {"cpu_time": 100.0},
     "growth by a square rule/sorts/vorlund/1000": {"cpu_time": 10000.0},
 }
@@ -116,6 +121,7 @@ def check_table(folder):
     expect("Wine beside it, by elapsed time",
            row(done.stdout, "open") == ["open", "1.00 µs", "1.00 µs", "stdio -", "-", "3.00 µs", "stdio 6.00 µs (2.00)"])
     expect("growth as the work", row(done.stdout, "one: texts")[3:] == ["1.00", "as its work"])
+    expect("growth as the peers", "| one: bytes | 1 to 10 | vorlund | 1.48 | as the peers |" in done.stdout)
     expect("growth by a rule", row(done.stdout, "one: sorts")[3:] == ["2.00", "square, by its rule"])
     expect("one table, and one of growth", done.stdout.count("\n|---") + done.stdout.startswith("|---") == 2)
     expect("the page has what was printed, between its marks",

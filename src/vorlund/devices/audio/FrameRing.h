@@ -61,7 +61,8 @@ private:
     std::atomic<std::uint64_t> written_{0};
     std::atomic<std::uint64_t> read_{0};
     // Clang's answer for 32 bits does not know that the class is aligned.
-    static_assert(std::atomic<std::uint64_t>::is_always_lock_free || alignof(std::atomic<std::uint64_t>) == 8);
+    static_assert(std::atomic<std::uint64_t>::is_always_lock_free ||
+                  alignof(std::atomic<std::uint64_t>) == 8);
 };
 
 } // namespace vorlund
