@@ -18,10 +18,12 @@ import plot_tables
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 PICTURES = ROOT / "docs/pictures"
 PREFIX = "plot-"
-FASTER, SLOWER, OTHER, GREY = "#1f6f8b", "#c8641b", "#8a8f94", "#d0d4d8"
+BETTER, WORSE, OTHER, GREY = "#1f6f8b", "#c8641b", "#8a8f94", "#d0d4d8"
 WIDTH = 9.2
 ROW = 0.165
-PEER_COLOURS = (SLOWER, "#5a7d2a", "#7a4f9a", OTHER)
+# A ratio beyond this, either way, would make all others hard to tell from each other.
+EDGE = 100
+PEER_COLOURS = (WORSE, "#5a7d2a", "#7a4f9a", OTHER)
 
 
 def tables():
@@ -51,7 +53,7 @@ def new_axes(rows):
     """Axes for that many rows from top to bottom."""
     height = rows * ROW + 0.75
     figure, axes = plt.subplots(figsize=(WIDTH, height))
-    figure.subplots_adjust(left=0.36, right=0.97, top=1 - 0.25 / height, bottom=0.5 / height)
+    figure.subplots_adjust(left=0.4, right=0.97, top=1 - 0.25 / height, bottom=0.5 / height)
     axes.set_ylim(rows - 0.3, -0.7)
     axes.tick_params(length=0)
     for side in ("top", "right", "left"):
@@ -59,29 +61,44 @@ def new_axes(rows):
     return figure, axes
 
 
+def place_of(ratio):
+    """Where a ratio is shown: what is too far out is at the edge."""
+    return min(max(ratio, 1 / EDGE), EDGE)
+
+
+def mark_of(ratio, full):
+    """The marker of a ratio, an arrow at the edge."""
+    return "<" if ratio < 1 / EDGE else ">" if ratio > EDGE else full
+
+
+def colour_of(ratio):
+    return BETTER if ratio >= 1 else WORSE
+
+
 def ratio_axis(axes, shown):
     """A row that we lose is as far from the line as one that we win by as much."""
     from matplotlib.ticker import FuncFormatter
 
-    least = min(0.3, *(row.ratio for row in shown), *(row.wine for row in shown if row.wine))
-    most = max(3, *(row.ratio for row in shown), *(row.wine for row in shown if row.wine))
+    values = [1 / 3, 3, *(place_of(row.ratio) for row in shown), *(place_of(row.wine) for row in shown if row.wine)]
     axes.set_xscale("log")
-    axes.set_xlim(least / 1.6, most * 4)
+    # Room for the names of peers.
+    axes.set_xlim(min(values) / 1.3, max(values) * 7)
     axes.axvline(1, color="black", linewidth=0.8)
     axes.grid(axis="x", color=GREY, linewidth=0.5)
     axes.set_axisbelow(True)
     axes.xaxis.set_major_formatter(FuncFormatter(lambda value, _: f"{value:g}"))
-    axes.set_xlabel("time of the strongest peer by ours: ours is faster to the right of 1, slower to the left")
+    axes.set_xlabel("the strongest peer's time or memory by ours: ours is better to the right of 1, worse to the left")
 
 
 def draw_overview(shown):
     programs = list(dict.fromkeys(row.program for row in shown))
     figure, axes = new_axes(len(programs))
     labels = []
-    for place, program in enumerate(programs):
+    for line, program in enumerate(programs):
         part = [row.ratio for row in shown if row.program == program]
-        axes.scatter(part, [place] * len(part), s=16, alpha=0.6, linewidths=0, color=[FASTER if ratio >= 1 else SLOWER for ratio in part])
-        labels.append(f"{program}: {sum(ratio >= 1 for ratio in part)} of {len(part)} faster")
+        for ratio in part:
+            axes.plot([place_of(ratio)], [line], mark_of(ratio, "o"), color=colour_of(ratio), markersize=4, alpha=0.6, markeredgewidth=0)
+        labels.append(f"{program}: {sum(ratio >= 1 for ratio in part)} of {len(part)} better")
     axes.set_yticks(range(len(programs)), labels)
     ratio_axis(axes, shown)
     return figure
@@ -94,15 +111,19 @@ def draw_ratios(shown):
             lines.append((row.program, None))
         lines.append((row.program, row))
     figure, axes = new_axes(len(lines))
-    for place, (_, row) in enumerate(lines):
-        if row:
-            colour = FASTER if row.ratio >= 1 else SLOWER
-            axes.plot([1, row.ratio], [place, place], color=colour, linewidth=1.2)
-            axes.plot([row.ratio], [place], "o", color=colour, markersize=3.5)
-            if row.wine:
-                axes.plot([row.wine], [place], "D", color=colour, markersize=3.5, fillstyle="none")
-            axes.text(max(row.ratio, row.wine or 0, 1) * 1.15, place, row.peer, va="center", color=OTHER, fontsize=6.5)
-    axes.set_yticks(range(len(lines)), [row.what if row else program for program, row in lines])
+    for line, (_, row) in enumerate(lines):
+        if not row:
+            continue
+        ends = [1, place_of(row.ratio)]
+        axes.plot(ends, [line, line], color=colour_of(row.ratio), linewidth=1.2)
+        axes.plot(ends[1:], [line], mark_of(row.ratio, "o"), color=colour_of(row.ratio), markersize=3.5)
+        if row.wine:
+            ends.append(place_of(row.wine))
+            axes.plot(ends[2:], [line], mark_of(row.wine, "D"), color=colour_of(row.wine), markersize=3.5, fillstyle="none")
+        name = row.peer if mark_of(row.ratio, "o") == "o" else f"{row.peer} ({row.ratio:.3g})"
+        axes.annotate(name, (max(ends), line), xytext=(6, 0), textcoords="offset points", va="center", color=OTHER, fontsize=6.5)
+    axes.set_yticks(range(len(lines)), [row.what.replace(" processors:all", "") if row else program for program, row in lines],
+                    fontsize=7)
     for label, (_, row) in zip(axes.get_yticklabels(), lines):
         label.set_fontweight("normal" if row else "bold")
     ratio_axis(axes, shown)
@@ -113,7 +134,7 @@ def draw_ratios(shown):
 
 def decades(values):
     least, most = (math.log10(value) for value in (min(values), max(values)))
-    return 10 ** math.floor(least - 0.1), 10 ** math.ceil(most + 0.1)
+    return 10 ** math.floor(least + 0.01), 10 ** math.ceil(most - 0.01)
 
 
 def draw_growth(curves):
@@ -127,7 +148,7 @@ def draw_growth(curves):
         colours = iter(PEER_COLOURS)
         for name, points in curve.items():
             is_ours = name == plot_tables.OURS
-            colour = FASTER if is_ours else next(colours, OTHER)
+            colour = BETTER if is_ours else next(colours, OTHER)
             axes.plot(*zip(*points), "o-", color=colour, markersize=3, linewidth=1.5 if is_ours else 1, label=name)
         # Whole decades, so that each axis has numbers.
         axes.set_xlim(decades([size for points in curve.values() for size, _ in points]))
@@ -138,19 +159,19 @@ def draw_growth(curves):
         axes.set_title(what, fontsize=7)
         axes.set_ylabel("seconds" if unit == "s" else unit, fontsize=6)
         axes.grid(color=GREY, linewidth=0.5)
-        axes.legend(fontsize=6, frameon=False)
+        axes.legend(fontsize=6, frameon=False, loc="upper left")
     return figure
 
 
 def draw_fuzz(targets):
     figure, axes = new_axes(len(targets) * 2)
     for place, (inputs32, inputs64, failed) in enumerate(targets.values()):
-        for offset, count, colour in ((0.1, inputs64, FASTER), (0.9, inputs32, OTHER)):
+        for offset, count, colour in ((0.1, inputs64, BETTER), (0.9, inputs32, OTHER)):
             if count:
                 axes.barh(2 * place + offset, count, height=0.7, color=colour)
         if failed:
             runs = "one run has" if failed == 1 else f"{failed} runs have"
-            axes.text(max(inputs32, inputs64) * 1.3, 2 * place + 0.5, f"{runs} found a fault", va="center", color=SLOWER)
+            axes.text(max(inputs32, inputs64) * 1.3, 2 * place + 0.5, f"{runs} found a fault", va="center", color=WORSE)
     axes.set_yticks([2 * place + 0.5 for place in range(len(targets))], targets)
     axes.set_xscale("log")
     axes.set_xlim(left=1000)
@@ -166,12 +187,12 @@ def draw_soak(runs):
     for place, (target, date, seconds, first, last, outcome) in enumerate(runs):
         labels.append(f"{target}, {date}" + (f", {seconds:,} s" if seconds else ""))
         if seconds:
-            axes.plot([first, last], [place, place], color=FASTER, linewidth=1.2)
-            axes.plot([first], [place], "o", color=FASTER, markersize=4, fillstyle="none")
-            axes.plot([last], [place], "o", color=FASTER, markersize=4)
+            axes.plot([first, last], [place, place], color=BETTER, linewidth=1.2)
+            axes.plot([first], [place], "o", color=BETTER, markersize=4, fillstyle="none")
+            axes.plot([last], [place], "o", color=BETTER, markersize=4)
             axes.text(last * 1.15, place, f"{first:,} to {last:,}, {outcome}", va="center", color=OTHER, fontsize=6.5)
         else:
-            axes.text(1100, place, outcome, va="center", color=SLOWER, fontsize=6.5)
+            axes.text(1100, place, outcome, va="center", color=WORSE, fontsize=6.5)
     axes.set_yticks(range(len(runs)), labels)
     axes.set_xscale("log")
     axes.set_xlim(1000, 400000)
@@ -183,13 +204,13 @@ def draw_soak(runs):
 
 def draw_mutation(areas):
     figure, axes = new_axes(len(areas))
-    kinds = (("noticed by a test", FASTER), ("hung, and so noticed", "#7fb3c4"), ("nobody can notice", GREY), ("not noticed", SLOWER))
+    kinds = (("noticed by a test", BETTER), ("hung, and so noticed", "#7fb3c4"), ("nobody can notice", GREY), ("not noticed", WORSE))
     for place, counts in enumerate(areas.values()):
         begin = 0
         for (name, colour), count in zip(kinds, counts):
             axes.barh(place, count, left=begin, height=0.75, color=colour, label=name if place == 0 else None)
             begin += count
-        axes.text(begin + 1, place, str(counts[3]) if counts[3] else "", va="center", color=SLOWER)
+        axes.text(begin + 1, place, str(counts[3]) if counts[3] else "", va="center", color=WORSE)
     axes.set_yticks(range(len(areas)), areas)
     axes.legend(loc="lower right", fontsize=7, frameon=False)
     axes.set_xlabel("changes of the code, by folder of src/vorlund; the number behind a bar: not noticed")
