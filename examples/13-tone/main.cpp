@@ -38,7 +38,8 @@ private:
     std::uint64_t GetRest() { return static_cast<std::uint64_t>(GetLength() - position_); }
     /// Readers may ask for half a sample.
     static std::uint8_t ComputeByte(std::int64_t position) {
-        const double time = static_cast<double>(position / 2) / kRate;
+        const std::int64_t frame = position / 2;
+        const double time = static_cast<double>(frame) / kRate;
         const long sample = std::lround(16384 * std::sin(2 * std::numbers::pi * kFrequency * time));
         return static_cast<std::uint8_t>(position % 2 == 0 ? sample : sample >> 8);
     }
