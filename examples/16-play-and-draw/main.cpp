@@ -23,7 +23,7 @@ CRefPtr<IInputStream> OpenSound(const std::string& path) {
 CRefPtr<IAudioOutput> OpenOutput(const TDataFormat_AudioPcm& format, bool isSilent) {
     try {
         if (!isSilent) {
-            const auto output = CRefPtr<IAudioOutput>::Adopt(
+            auto output = CRefPtr<IAudioOutput>::Adopt(
                 CreateAs<IAudioSystem>(kAudioSystemClassId)->CreateOutput(nullptr));
             output->OpenOutput(format, kDefaultAudioLatency);
             return output;
@@ -31,7 +31,7 @@ CRefPtr<IAudioOutput> OpenOutput(const TDataFormat_AudioPcm& format, bool isSile
     } catch (const CException& error) {
         error.PrintMessage(DEBUG_MESSAGE_STDERR);
     }
-    const auto output = CRefPtr<IAudioOutput>::Adopt(CreateNullAudioOutput());
+    auto output = CRefPtr<IAudioOutput>::Adopt(CreateNullAudioOutput());
     output->OpenOutput(format, kDefaultAudioLatency);
     return output;
 }
