@@ -2,7 +2,8 @@
 # source file, becomes plain text.
 set(pages_dir ${PROJECT_BINARY_DIR}/pages)
 file(GLOB pages RELATIVE ${PROJECT_SOURCE_DIR}
-    ${PROJECT_SOURCE_DIR}/*.md ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/examples/*/*.md)
+    ${PROJECT_SOURCE_DIR}/*.md ${PROJECT_SOURCE_DIR}/docs/*.md ${PROJECT_SOURCE_DIR}/examples/*.md
+    ${PROJECT_SOURCE_DIR}/examples/*/*.md)
 string(JOIN "|" gone src include tests tools plugins bindings cmake scripts fuzz bench packaging "\\.github" windows-reports
     "CMakeLists\\.txt" "CMakePresets\\.json" run test package)
 file(REMOVE_RECURSE ${pages_dir})

@@ -56,5 +56,7 @@ vorlund_bench() {
     (cd "$root" && scripts/bench.py --linux build/bench-linux "${found[@]}" \
         --version "$(git describe --tags --always --dirty 2>/dev/null || echo unknown)" "$@")
     status=$?
+    # The page may have new figures.
+    (cd "$root" && scripts/plots.py) || status=1
     return "$status"
 }

@@ -33,6 +33,8 @@ vorlund_packages() {
     local readers="fish man-db mandoc zsh"
     # The site, and what looks at it.
     local site="doxygen doxygen-awesome-css python3" browser="chromium chromium-driver fonts-dejavu-core python3-selenium"
+    # What draws the plots of the pages.
+    local plots="python3-matplotlib"
     # What ./run --bench compares with.
     local peers="libcereal-dev libeigen3-dev libglib2.0-dev libglm-dev libprotobuf-dev libsamplerate0-dev libsdl2-dev"
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
@@ -56,7 +58,7 @@ vorlund_packages() {
     run-win32-codecs) echo "$codecs" ;;
     run-linux-pictures) echo "$pictures libxcb1-dev" ;;
     run-win32-pictures) echo "$codecs" ;;
-    bench-linux) echo "$build libbenchmark-dev pkgconf python3 util-linux xvfb" ;;
+    bench-linux) echo "$build libbenchmark-dev pkgconf python3 $plots util-linux xvfb" ;;
     bench-peers) echo "$peers" ;;
     bench-win32) echo "$build $codecs g++-mingw-w64-i686-posix wine wine32:i386 python3 util-linux" ;;
     run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;

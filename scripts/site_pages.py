@@ -42,8 +42,8 @@ class Site:
         self.html = html_folder
         self.files = {file for _, files in folders_and_files() for file in files}
         self.pages = {file for file in self.files if file.endswith(".md") and not file.startswith(".")}
-        # Pages that are in the tree of the navigation already.
-        self.placed = {"README.md", INDEX}
+        # Pages that are in the tree of the navigation already, in the order in which they came there.
+        self.placed = dict.fromkeys(("README.md", INDEX))
         self.sources = set()
 
     def make(self):
@@ -53,7 +53,7 @@ class Site:
         for page in queue:
             if page not in texts:
                 texts[page] = self.convert(page)
-            queue += sorted(self.placed - set(queue))
+            queue += [placed for placed in self.placed if placed not in queue]
         for page in sorted(self.pages - set(queue)):
             print(f"site: no page links to {page}", file=sys.stderr)
             return 1
@@ -114,7 +114,7 @@ class Site:
             return f"![{text.replace('`', '')}]({pathlib.PurePath(path).name})"
         if path in self.pages:
             if path not in self.placed and not anchor:
-                self.placed.add(path)
+                self.placed[path] = None
                 return f'@subpage {label(path)} "{text}"'
             return f"[{text}](@ref {label(path, anchor)})"
         if header := INCLUDED.match(path):

@@ -57,10 +57,9 @@ complain() {
     tail -n 15 "$2" | sed 's/^/    | /'
 }
 
-# on_target COMMAND...: runs a program of the target, in the way that the target needs.
-on_target() {
-    local -a launcher
-    local limit=$program_limit
+# find_launcher: what comes before a program of the target, and how long it may take: launcher and limit, of the caller.
+find_launcher() {
+    limit=$program_limit
     case $target in
     win*) target_launcher wine "$folder" ;;
     *asan | *tsan | *fuzz) target_launcher sanitized "$folder" ;;
@@ -70,6 +69,13 @@ on_target() {
         ;;
     *) target_launcher native "$folder" ;;
     esac
+}
+
+# on_target COMMAND...: runs a program of the target, in the way that the target needs.
+on_target() {
+    local -a launcher
+    local limit
+    find_launcher
     timeout -k 10 "$limit" "${launcher[@]}" "$@"
 }
 
@@ -185,12 +191,12 @@ real_files() {
 
 replay_corpus() { on_target "$folder/bin/fuzz_$1$exe" "fuzz/corpus/$1"; }
 
-# Runs an example in the folder of its data, and compares what it prints with what it should, where that is kept.
+# Runs an example and compares what it prints with what it should.
 example() {
-    local folder=$PWD/$folder printed
-    printed=$(cd examples/data && on_target "$folder/bin/example_$1$exe" </dev/null) || return
-    echo "$printed"
-    [[ ! -e examples/$1/expected.txt ]] || diff "examples/$1/expected.txt" <(tr -d '\r' <<<"$printed")
+    local -a launcher
+    local limit
+    find_launcher
+    tests/examples/check.py "$folder" "$1" -- timeout -k 10 "$limit" "${launcher[@]}"
 }
 
 # ctest has an entry for every case of the test programs and more, and its entries work.
@@ -350,12 +356,14 @@ test_target() {
         step pages tests/docs/check_pages.py
         step readme tests/docs/check_readme.py "$folder"
         step python tests/bindings/python/check.sh "$folder"
+        step "folders of examples" tests/examples/check.py --folders
         step comfort tests/comfort/check_examples.py "$folder"
         step "program pages" tests/cli/check_program_pages.py "$folder"
         step "code in pages" tests/docs/check_blocks.py "$folder"
         step site scripts/site.sh
         step "test names" tests/check_names.py
         step "benchmarks' table" tests/bench/check_bench.py
+        step plots tests/docs/check_plots.py
         step abi scripts/abi.sh --check "$folder"
         step format scripts/format.sh
         step tidy scripts/tidy.sh "$folder"
