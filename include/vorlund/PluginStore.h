@@ -36,9 +36,13 @@ public:
     /// Calls the close entry of every loaded plug-in, in the order of loading, and unloads each after its
     /// own. For the other operations the plug-ins still count as loaded. A plug-in whose close entry raises
     /// stays in the process, because the exception may need it; it is not closed again, and another `Close`
-    /// goes on with the next one. So do all of them when a destructor closes the store while an exception is
-    /// passing: it may be of one of them.
+    /// goes on with the next one.
     void Close();
+
+    /// Whether `Close` leaves the plug-ins that it closes in the process from now on; at first false.
+    /// `v.Abandon()` lets it while an exception is passing, which may be a plug-in's and have its text and
+    /// its class there. Since version 0.1.
+    void KeepInProcess(bool keeps) noexcept;
 
     /// Appends a folder, with or without a separator at its end.
     void AddPluginPath(const wchar* path);

@@ -44,7 +44,9 @@ public:
     /// Closes whatever is open, in the order of `Close`: what a completed `Init` has opened, and what one has
     /// opened that raised. What a step raises is dropped, and the next one follows. Afterwards the library is
     /// as it was before `Init`, and ends without a complaint. For every way out of a program, whatever
-    /// happened before: may be called in any state and again. Never raises.
+    /// happened before: may be called in any state and again. Never raises. Called by a destructor while an
+    /// exception is passing, it leaves the plug-ins in the process, because the exception may be of one of
+    /// them.
     ///
     /// The warning of `Close` about objects that still exist holds here too.
     /// Since version 0.1.

@@ -8,6 +8,8 @@
 #include <vorlund/Exception.h>
 #include <vorlund/Vorlund.h>
 
+#include <exception>
+
 namespace vorlund {
 namespace {
 
@@ -64,9 +66,12 @@ void CVorlund::Close() {
 void CVorlund::Abandon() noexcept {
     initialized_ = false;
     Try([this] { objectCounter_.Close(); });
+    // What is passing on while a destructor calls this may be a plug-in's.
+    pluginStore_.KeepInProcess(std::uncaught_exceptions() > 0);
     // Each call gives up one plug-in more, be it that its close entry raises.
     while (!Try([this] { pluginStore_.Close(); })) {
     }
+    pluginStore_.KeepInProcess(false);
     Try([this] { deviceClassStore_.Close(); });
     Try([this] { codecClassStore_.Close(); });
     Try([this] { classStore_.Close(); });

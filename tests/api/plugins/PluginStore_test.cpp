@@ -246,20 +246,37 @@ TEST_F(PluginStore, PluginsAreClosedOnce) {
     EXPECT_EQ(Loaded(), (TTexts{"accepting", "accepting"}));
 }
 
-TEST_F(PluginStore, ClosedByADestructorWhileAnExceptionPassesTheyStayInTheProcess) {
-    struct TCloser {
-        CPluginStore& store;
-        ~TCloser() { store.Close(); }
-    };
+TEST_F(PluginStore, PluginsThatAreKeptAreClosedAndStayInTheProcess) {
     const fs::path file = folder_.Add("accepting");
     store_.LoadPlugin(VRL_L("accepting"));
+    store_.KeepInProcess(true);
+    store_.Close();
+    store_.KeepInProcess(false);
+    EXPECT_EQ(Reports(), (TTexts{"init accepting", "close accepting"}));
+    EXPECT_TRUE(IsInProcess(file));
+}
+
+TEST_F(PluginStore, AbandonedWhileAnExceptionPassesTheyStayInTheProcess) {
+    struct TLeaver {
+        CVorlund& library;
+        ~TLeaver() { library.Abandon(); }
+    };
+    const fs::path file = folder_.Add("accepting");
+    const auto load = [&](CVorlund& library) {
+        EXPECT_EQ(library.GetPluginStore().LoadPluginFile(ToVorlund(file).c_str()), PLUGIN_LOADED);
+    };
+    CVorlund library;
+    load(library);
+    library.Abandon();
+    EXPECT_FALSE(IsInProcess(file));
     try {
-        const TCloser closer{store_};
+        const TLeaver leaver{library};
+        load(library);
         throw 1;
     } catch (int) {
     }
-    EXPECT_EQ(Reports(), (TTexts{"init accepting", "close accepting"}));
     EXPECT_TRUE(IsInProcess(file));
+    EXPECT_EQ(Reports(), (TTexts{"init accepting", "close accepting", "init accepting", "close accepting"}));
 }
 
 TEST_F(PluginStore, DestructionClosesNothing) {

@@ -34,7 +34,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <exception>
 #include <memory>
 #include <new>
 #include <optional>
@@ -112,6 +111,7 @@ struct CPluginStore::TData {
     /// Empty for the one at its usual places.
     CString scanHelper;
     TPluginFailureMode failureMode = PLUGIN_FAILURE_PASSES_ON;
+    bool keepsModules = false;
 
     /// With the extension and the folders that every store begins with.
     TData() {
@@ -355,8 +355,7 @@ void CPluginStore::Close() {
         // Objects of its table that are still there do not call it any more.
         if (const auto& table = data_->plugins[i].table) table->isOpen = false;
         data_->plugins[i].close();
-        // An exception that is on its way out of the session may be a plug-in's, and points to texts there.
-        if (std::uncaught_exceptions() == 0) pluginmodule::Unload(module);
+        if (!data_->keepsModules) pluginmodule::Unload(module);
     }
 }
 
@@ -383,6 +382,10 @@ void CPluginStore::ClearPluginPaths() {
 void CPluginStore::SetScanMode(TPluginScanMode mode, const wchar* helper) {
     TData::Of(data_).scanHelper = CString(helper);
     TData::Of(data_).scanMode = mode;
+}
+
+void CPluginStore::KeepInProcess(bool keeps) noexcept {
+    if (data_) data_->keepsModules = keeps;
 }
 
 void CPluginStore::SetFailureMode(TPluginFailureMode mode) {
