@@ -14,6 +14,7 @@ from pages import FENCE, HEADING, ROOT, folders_and_files, is_external, read, re
 
 # Inline code, which may go on in the next line.
 CODE = re.compile(r"(`[^`\n]+(?:\n[^`\n]+)?`)")
+BOLD = re.compile(r"\*\*([^*]+)\*\*")
 LINK = re.compile(r"(!?)\[([^\]]*)\]\(([^)\s]+)\)")
 INDEX = "docs/README.md"
 HEADERS = "include/vorlund"
@@ -96,8 +97,10 @@ class Site:
         # Code with a quotation mark takes two backticks on each side.
         pieces[1::2] = [piece.replace("\n", " ") for piece in pieces[1::2]]
         pieces[1::2] = [f"`{piece}`" if "'" in piece else piece for piece in pieces[1::2]]
+        # Doxygen knows no bold text with code in it.
+        text = BOLD.sub(lambda match: f"<b>{match[1]}</b>" if "`" in match[1] else match[0], "".join(pieces))
         # A percent sign before a word would go.
-        text = re.sub(r"%(?=\w)", "%%", "".join(pieces))
+        text = re.sub(r"%(?=\w)", "%%", text)
         text = LINK.sub(lambda match: self.convert_link(page, *match.groups()), text)
         return HEADING.sub(lambda match: self.convert_heading(page, *match.groups()), text)
 

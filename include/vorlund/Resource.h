@@ -31,8 +31,10 @@ class IInputStreamFilter;
 /// sound->SetFormat(&pcm); // so that the file is decoded, not loaded as it is
 /// sound->LoadDecoded(CInputStreamSelector(VRL_L("strings.wav")));
 /// const auto* const samples = static_cast<const std::int16_t*>(sound->Lock(LOCK_MODE_READ));
-/// std::printf("%d bytes, %d\n", static_cast<int>(sound->GetSize()), samples[0]); // prints 405720 bytes,
-/// 3142 sound->Unlock(); \endcode
+/// std::printf("%d bytes, %d\n", static_cast<int>(sound->GetSize()), samples[0]);
+/// // prints 405720 bytes, 3142
+/// sound->Unlock();
+/// \endcode
 class IResource : public IObject {
 public:
     using TBase = IObject;

@@ -22,6 +22,9 @@ REFERENCE = (
     "namespacemembers.html",
     "classvorlund_1_1CFrameReader.html",
     "RefPtr_8h.html",
+    "classvorlund_1_1CEvent.html",
+    "stream_8h.html",
+    "decode_8h.html",
     "tree/CMakeLists.txt.html",
 )
 LIMIT = 60
