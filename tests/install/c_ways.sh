@@ -44,7 +44,8 @@ if [[ -n $machine ]]; then
     plugin_line=$(line_of plugins-in-c.md i686-w64-mingw32-gcc)
     line=${line/i686-w64-mingw32-gcc/$c_compiler} plugin_line=${plugin_line/i686-w64-mingw32-gcc/$c_compiler}
 else
-    line=$(line_of c.md 'cc host.c')
+    line=$(line_of c.md 'cc examples.11-c-host')
+    line=${line/examples\/11-c-host\/main.c/host.c}
     # It goes on in a second line.
     plugin_line=$(sed -n '/^gcc .*tone\.c/{N;s/\\\n//;p}' "$sources/docs/plugins-in-c.md")
 fi
