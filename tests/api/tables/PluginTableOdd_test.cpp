@@ -290,10 +290,10 @@ TEST_F(PluginTableOdd, StreamMayDisconnectTheDecoderThatGoesToAPlace) {
 }
 
 /// A decoder that only goes forward, over bytes of its own format.
-class PluginTableForward : public PluginTableOdd {
+class PluginTableOddForward : public PluginTableOdd {
 protected:
-    ~PluginTableForward() noexcept override = default;
-    PluginTableForward() {
+    ~PluginTableOddForward() noexcept override = default;
+    PluginTableOddForward() {
         Load(0);
         filter_ = Create(kTableForward);
     }
@@ -307,7 +307,7 @@ protected:
     CRefPtr<IInputStreamFilter> filter_;
 };
 
-TEST_F(PluginTableForward, SkippingEndsAtTheEnd) {
+TEST_F(PluginTableOddForward, SkippingEndsAtTheEnd) {
     Connect("Tg");
     filter_->Skip(5000);
     EXPECT_EQ(filter_->Tell(), 1000);
@@ -318,7 +318,7 @@ TEST_F(PluginTableForward, SkippingEndsAtTheEnd) {
     EXPECT_TRUE(filter_->Eof());
 }
 
-TEST_F(PluginTableForward, AFailedReadIsTheLast) {
+TEST_F(PluginTableOddForward, AFailedReadIsTheLast) {
     Connect("Tf");
     std::uint8_t byte = 0;
     for (const char* const reason : {"Frame 3 is broken", "Decoder failed", "Decoder failed"}) {
@@ -331,7 +331,7 @@ TEST_F(PluginTableForward, AFailedReadIsTheLast) {
     }
 }
 
-TEST_F(PluginTableForward, StreamMayDisconnectTheDecoderThatSkips) {
+TEST_F(PluginTableOddForward, StreamMayDisconnectTheDecoderThatSkips) {
     class CDisconnecting : public CMemoryInputStream {
     public:
         std::function<void()> act;
