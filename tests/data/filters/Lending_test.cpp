@@ -155,6 +155,14 @@ TEST_F(Lending, AStreamThatDoesNotLendIsRead) {
     EXPECT_EQ(TBytes(buffer, buffer + 8), kTwoWords);
 }
 
+TEST_F(Lending, FramesLongerThanAStepAreNoSounds) {
+    const auto source = PcmSource({SAMPLE_FORMAT_32BIT, 4096, 8000}, TBytes(40000));
+    converter_->SetSampleFormat(SAMPLE_FORMAT_8BIT);
+    converter_->Connect(source.Get());
+    TBytes buffer(20000);
+    EXPECT_EQ(ReadFrames(*converter_, buffer.data(), buffer.size()), 0u);
+}
+
 TEST_F(Lending, AWavDecoderOverAnotherClassIsRead) {
     const TClassInfo wav = *v.GetClassStore().GetClassInfo(classid::CWavDecoder);
     v.GetClassStore().Clear();

@@ -74,6 +74,24 @@ TEST_F(WavWriterOdd, MetadataThatCannotBeReplacedChangeNothing) {
     EXPECT_EQ(stream->bytes, WriteWav(format_, {}));
 }
 
+TEST_F(WavWriterOdd, MetadataOfAnySizeInTheRoomForThem) {
+    CLibraryScope library;
+    for (std::uint32_t room = 32; room < 64; ++room) {
+        TWavWriterOptions options;
+        options.metadataRoom = room;
+        const auto stream = Make<CMemoryOutputStream>();
+        CWavWriter writer(stream.Get(), format_, options);
+        writer.Write(Ramp(4).data(), 4);
+        writer.SetMetadata(Titled("title"));
+        writer.Close();
+        // In its room where a whole free chunk is left, or nothing; behind the sound otherwise.
+        const auto source = Make<CMemoryInputStream>();
+        source->bytes = stream->bytes;
+        EXPECT_EQ(ReadWavMetadata(source.Get()), Titled("title")) << room;
+        EXPECT_EQ(Body(stream->bytes, "data"), Ramp(4)) << room;
+    }
+}
+
 TEST_F(WavWriterOdd, WithoutAWayBackAFailedWriteIsFollowedByTheNext) {
     const auto stream = Make<CMemoryOutputStream>();
     stream->capabilities = STREAM_CAPABILITY_WRITE;
