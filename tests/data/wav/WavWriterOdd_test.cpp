@@ -3,6 +3,7 @@
 #include "data/wav/WavFile.h"
 #include "support/Failures.h"
 #include "support/LibraryScope.h"
+#include "support/Probes.h"
 
 namespace vorlund::test {
 namespace {
@@ -60,6 +61,23 @@ TEST_F(WavWriterOdd, TheFirstFailureIsTheOneToTell) {
     stream->maximumSize = ~std::size_t{0};
     CWavWriter writer(stream.Get(), format_);
     ExpectRaises<CIOException>(kNoClose, [&] { writer.Close(); });
+}
+
+TEST_F(WavWriterOdd, AStreamThatRaisesAtItsEndHasItsFileWhole) {
+    TBytes written;
+    CTestListener listener([&written](IObject* stream) {
+        written = static_cast<CMemoryOutputStream*>(stream)->bytes;
+        Raise<CIOException>(streamfailures::kCannotWrite);
+    });
+    {
+        auto stream = Make<CMemoryOutputStream>();
+        stream->AddListener(&listener);
+        CWavWriter writer(stream.Get(), format_);
+        stream.Reset();
+        writer.Write(Ramp(4).data(), 4);
+    }
+    EXPECT_EQ(listener.GetCalls(), 1);
+    EXPECT_EQ(written, WriteWav(format_, Ramp(4)));
 }
 
 TEST_F(WavWriterOdd, MetadataThatCannotBeReplacedChangeNothing) {
