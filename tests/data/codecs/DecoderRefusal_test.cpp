@@ -176,10 +176,13 @@ public:
 };
 
 TEST_F(DecoderRefusal, IsNotOwedByTheClassesOfOthers) {
-    const TClassInfo wav = *v.GetClassStore().GetClassInfo(classid::CWavDecoder);
+    // The decoder, and what a search makes use of.
+    std::vector<TClassInfo> kept;
+    for (const CId& id : {classid::CWavDecoder, classid::CPushObjectEnumerator, classid::CPtrObject})
+        kept.push_back(*v.GetClassStore().GetClassInfo(id));
     for (IObject* (*const factory)() : {&NewObject<CRaisingChunks>, &NewObject<CEmptyChunks>}) {
         v.GetClassStore().Clear();
-        v.GetClassStore().RegisterClassVrl(wav);
+        for (const TClassInfo& info : kept) v.GetClassStore().RegisterClassVrl(info);
         v.GetClassStore().RegisterClassVrl({classid::CWavChunkDecoder, VRL_L("test::CChunks"), factory});
         CCodecClassStore store;
         store.Init();
