@@ -102,6 +102,8 @@ TEST_F(WindowEventsLayout, SymbolsAndModifiers) {
         {latin, kSecondGroup | XCB_MOD_MASK_SHIFT, 0x0419},
         {latin, XCB_MOD_MASK_5, '@'},
         {latin, XCB_MOD_MASK_5 | XCB_MOD_MASK_SHIFT, 0x03A9},
+        // Without a symbol for AltGr.
+        {{'q', 'Q'}, XCB_MOD_MASK_5, 'q'},
         // One of a pair stands for a letter's other half; of the second group, for both.
         {{'x'}, XCB_MOD_MASK_SHIFT, 'X'},
         {{'x'}, kSecondGroup, 'x'},

@@ -61,6 +61,14 @@ TEST_F(WindowEvents, EachNewSizeOnce) {
     EXPECT_EQ(recorder_.GetEvents(WINDOW_EVENT_RESIZED).size(), 2u);
 }
 
+TEST_F(WindowEvents, AHeightOfItsOwn) {
+    window_->SetClientSize(320, 240);
+    window_->Open();
+    ASSERT_TRUE(WaitUntil([&] { return recorder_.HasSize(320, 240); }));
+    window_->SetClientSize(320, 200);
+    EXPECT_TRUE(WaitUntil([&] { return recorder_.HasSize(320, 200); }));
+}
+
 TEST_F(WindowEvents, WhatMustBeDrawn) {
     window_->Open();
     EXPECT_TRUE(WaitUntil([&] { return recorder_.Has(WINDOW_EVENT_EXPOSED); }));
@@ -132,6 +140,22 @@ TEST_F(WindowEvents, AKeyThatIsHeldIsRepeated) {
     EXPECT_EQ(presses[1].isRepeated, 1u);
     EXPECT_EQ(presses[2].isRepeated, 1u);
     EXPECT_EQ(presses[3].isRepeated, 0u);
+}
+
+TEST_F(WindowEvents, OfMoreKeysThanHandsHoldNoReleaseIsTold) {
+    window_->Open();
+    constexpr std::uint32_t kHeld = 16;
+    std::vector<std::uint32_t> told;
+    for (std::uint32_t i = 0; i < kHeld + 2; ++i) {
+        PressKey(window_->GetHandle(), 'a' + i);
+        told.push_back('a' + i);
+    }
+    for (std::uint32_t i = kHeld + 2; i-- > 0;) {
+        ReleaseKey(window_->GetHandle(), 'a' + i);
+        if (i < kHeld) told.push_back(('a' + i) | kReleased);
+    }
+    WaitUntil([&] { return recorder_.GetKeys().size() == told.size(); });
+    EXPECT_EQ(recorder_.GetKeys(), told);
 }
 
 TEST_F(WindowEvents, TheUserClosesIt) {
@@ -277,8 +301,16 @@ public:
     void SetTitle(const wchar*) override {}
 };
 
+/// The same under an identifier of its own.
+class COtherWindow : public CForeignWindow {
+public:
+    static constexpr CId ClassId{0x7E57D0C5, 0x11D4A3B6, 0x90C2E7F1, 3};
+};
+
 TEST(WindowEventsForeign, KnowsNothingOfOtherClasses) {
     const CLibraryScope library;
+    const auto other = CRefPtr<IObject>::Adopt(NewObject<COtherWindow>()).Query<IVideoWindow>();
+    EXPECT_FALSE(SetWindowHandler(*other.Get(), nullptr));
     const auto window = CRefPtr<IObject>::Adopt(NewObject<CForeignWindow>()).Query<IVideoWindow>();
     CEventRecorder recorder;
     EXPECT_FALSE(SetWindowHandler(*window.Get(), &CEventRecorder::OnEvent, &recorder));

@@ -85,6 +85,7 @@ void RunAudioFile(CResult& result);
 void RunAudioInput(CResult& result);
 void RunEvents(CResult& result);
 void RunAsyncWaits(CResult& result);
+void RunWaitSet(CResult& result);
 void RunTimers(CResult& result);
 void RunLocks(CResult& result);
 void RunWindow(CResult& result);
@@ -131,6 +132,7 @@ inline const std::vector<TScenario>& GetScenarios() {
         {"audio-input", &RunAudioInput},
         {"events", &RunEvents},
         {"async-waits", &RunAsyncWaits},
+        {"wait-set", &RunWaitSet},
         {"timers", &RunTimers},
         {"locks", &RunLocks},
         {"program-decode", &RunProgramDecode, true, kProgramSuccess},

@@ -7,6 +7,7 @@
 #include <vorlund/Exception.h>
 #include <vorlund/ReadWriteLock.h>
 #include <vorlund/Timer.h>
+#include <vorlund/WaitSet.h>
 
 #include <atomic>
 #include <exception>
@@ -73,6 +74,25 @@ void OnSet(CEvent::TAsyncCbData& data) {
     }
 }
 
+void OnSetInSet(CWaitSet::TCbData& data) {
+    CEvent::TAsyncCbData same{};
+    same.event = data.event;
+    same.userData = data.userData;
+    OnSet(same);
+}
+
+/// An event that tells of callbacks, which may come late: it is never destroyed.
+CEvent& GetDone() {
+    static CEvent* const done = [] {
+        const CPause pause;
+        return new CEvent;
+    }();
+    called.count = 0;
+    called.done = done;
+    done->SetState(false);
+    return *done;
+}
+
 } // namespace
 
 void RunEvents(CResult& result) {
@@ -100,13 +120,7 @@ void RunEvents(CResult& result) {
 void RunAsyncWaits(CResult& result) {
     CEvent first;
     CEvent second;
-    static CEvent* const done = [] {
-        const CPause pause;
-        return new CEvent;
-    }();
-    called.count = 0;
-    called.done = done;
-    done->SetState(false);
+    CEvent* const done = &GetDone();
     {
         const CStop one(first.WaitAsync(&OnSet, &called));
         first.SetState(true);
@@ -126,6 +140,24 @@ void RunAsyncWaits(CResult& result) {
         CEvent::StopAsync(&OnSet);
     }
     result.Add("%d calls", called.count.load());
+}
+
+void RunWaitSet(CResult& result) {
+    CEvent first;
+    CEvent second;
+    CEvent& done = GetDone();
+    CWaitSet set(2);
+    const unsigned int number = set.Add(first, &OnSetInSet, &called);
+    first.SetState(true);
+    done.Wait(GetWaitLimit());
+    done.SetState(false);
+    // Where the system refused the threads, they are tried again.
+    set.AddOnce(second, &OnSetInSet, &called);
+    second.SetState(true);
+    done.Wait(GetWaitLimit());
+    set.Remove(number);
+    set.Stop();
+    result.Add("%u, %d calls", number, called.count.load());
 }
 
 void RunTimers(CResult& result) {

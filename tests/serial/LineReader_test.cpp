@@ -164,6 +164,21 @@ TEST_F(LineReader, AVeryLongLine) {
     EXPECT_FALSE(reader.ReadLine(line));
 }
 
+// A read that fails behind the first window loses nothing of the line.
+TEST_F(LineReader, ALineOfWhichTheBeginningIsReadIsNoEnd) {
+    const auto stream = Source(TBytes(CLineReader::kWindow, 'x'));
+    stream->failAt = static_cast<std::int64_t>(CLineReader::kWindow);
+    CLineReader reader(stream.Get(), CHAR_FORMAT_8BIT);
+    wstring line;
+    EXPECT_EQ(Outcome([&] { reader.ReadLine(line); }), kReadFailed);
+    EXPECT_TRUE(stream->Eof());
+    EXPECT_FALSE(reader.Eof());
+    stream->failAt.reset();
+    ASSERT_TRUE(reader.ReadLine(line));
+    EXPECT_EQ(line.size(), CLineReader::kWindow);
+    EXPECT_TRUE(reader.Eof());
+}
+
 TEST_F(LineReader, SeekGoesToAnotherLine) {
     const auto stream = Source(Bytes("one\ntwo\nthree"));
     CLineReader reader(stream.Get(), CHAR_FORMAT_8BIT);

@@ -87,6 +87,29 @@ TEST_F(IsolatedDecoderOdd, EntriesAreMadeSafe) {
     EXPECT_EQ(entry.bytesRead, 1u);
 }
 
+TEST_F(IsolatedDecoderOdd, NumbersThatNameNothingAreReplaced) {
+    ExpectRaises<CDataFormatException>(kNotDecoded, [&] { Talk("odd-numbers"); });
+    const struct {
+        TDecodeOutcome outcome;
+        TExceptionType type;
+    } rows[] = {{DECODE_RAISED, EXCEPTION_TYPE_GENERIC},
+                {static_cast<TDecodeOutcome>(0), static_cast<TExceptionType>(0)},
+                {static_cast<TDecodeOutcome>(1), static_cast<TExceptionType>(1)},
+                {DECODE_RAISED, EXCEPTION_TYPE_GENERIC}};
+    ASSERT_EQ(report_.GetEntries().size(), std::size(rows));
+    for (std::size_t i = 0; i < std::size(rows); ++i) {
+        EXPECT_EQ(report_.GetEntries()[i].outcome, rows[i].outcome) << i;
+        EXPECT_EQ(report_.GetEntries()[i].exceptionType, rows[i].type) << i;
+    }
+}
+
+TEST_F(IsolatedDecoderOdd, FormatsOfOtherSizesAndKindsAreRefused) {
+    for (const char* const how : {"other-good-format", "long-format", "other-size"}) {
+        ExpectRaises<CDataFormatException>(kNotDecoded, [&] { Talk(how); });
+        EXPECT_EQ(LastReason(), "its process gave no proper answer") << how;
+    }
+}
+
 TEST_F(IsolatedDecoderOdd, ChainWithoutLengthAndPositions) {
     const auto stream = Talk("odd-chain");
     EXPECT_EQ(stream->GetCapabilities(), STREAM_CAPABILITY_READ);
@@ -132,6 +155,12 @@ TEST_F(IsolatedDecoderOdd, SourcesOfEveryKind) {
         // The decoder may want to know it.
         EXPECT_FALSE(report_.GetEntries().empty());
     }
+    // One without positions, which is only read.
+    const auto forward = Make<CFaultyInputStream>();
+    forward->bytes = plain->bytes;
+    forward->capabilities = STREAM_CAPABILITY_READ;
+    ExpectRaises<CDataFormatException>(
+        kNotDecoded, [&] { DecodeIsolated(forward.Get(), TDataFormat_AudioPcm::FormatId); });
     // One that says it has read more than it was asked for.
     const auto boasting = Make<CFaultyInputStream>();
     boasting->bytes = plain->bytes;

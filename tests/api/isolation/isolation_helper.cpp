@@ -82,6 +82,16 @@ void TalkOddly(const CTalk& talk, const std::string& how) {
         talk.Say(entry.Put(std::uint64_t{1}).Put(0.5));
         talk.SayHeader({kMark, TKind::NotFound, 0});
     }
+    if (how == "odd-numbers") {
+        // An outcome and a type on each side of those that there are.
+        for (const std::int32_t number : {-1, 0, 1, 1000}) {
+            CMessage entry(TKind::Entry);
+            entry.Put(CId::Null()).PutText(VRL_L("test::CFake")).Put(0).Put(number).Put(number);
+            for (int i = 0; i < 5; ++i) entry.PutText(VRL_L(""));
+            talk.Say(entry.Put(std::uint64_t{1}).Put(0.5));
+        }
+        talk.SayHeader({kMark, TKind::NotFound, 0});
+    }
     if (how == "odd-chain") {
         const TDataFormat_AudioPcm pcm;
         talk.SayFound(pcm, sizeof(pcm), -1, STREAM_CAPABILITY_READ);
@@ -134,6 +144,18 @@ void Talk(const CTalk& talk, const std::string& how) {
         talk.SayBytes(4);
     }
     if (how == "other-format") talk.SayFound(TDataFormat_ImageRgb(), sizeof(TDataFormat_ImageRgb));
+    if (how == "other-good-format") TalkOfImages(talk, "image-good");
+    if (how == "long-format") {
+        CMessage message(TKind::Found);
+        const std::string bytes(5000, 'x');
+        message.Put(std::uint32_t{7}).Put(std::int64_t{10}).PutText(VRL_L("test::CFake"));
+        talk.Say(message.PutBytes(bytes.data(), bytes.size()));
+    }
+    if (how == "other-size") {
+        // As long as the record says, which is not how long those of its kind are.
+        pcm.size = sizeof(pcm) - 4;
+        talk.SayFound(pcm, pcm.size);
+    }
     if (how == "cut-format") talk.SayFound(pcm, sizeof(TDataFormat));
     if (how == "no-format") talk.SayFound(pcm, 0);
     if (how == "channels") {

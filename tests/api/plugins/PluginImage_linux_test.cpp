@@ -103,6 +103,18 @@ constexpr TWord kHighest = ~TWord{0};
 
 const TRow kRows[] = {
     {"Unchanged", [](TImage&) {}, true},
+    {"TableAlone",
+     [](TImage& image) {
+         image.names.replace(1, 18, std::string("vorlund_plugin_v1", 18));
+         image.names[19] = 'x';
+     },
+     false},
+    {"FunctionOfATableAlone",
+     [](TImage& image) {
+         image.names.replace(1, 22, std::string("vorlund_get_plugin_v1", 22));
+         image.names[23] = 'x';
+     },
+     false},
     {"TypeOfAProgram", [](TImage& image) { image.header.e_type = ET_EXEC; }, false},
     {"OtherMachine", [](TImage& image) { ++image.header.e_machine; }, false},
     {"OtherVersion", [](TImage& image) { ++image.header.e_version; }, false},

@@ -250,6 +250,20 @@ TEST_F(PluginReports, GuardedPluginsDoNotKeepOthersOut) {
     EXPECT_EQ(GetReport("hasty").items.size(), 1U);
 }
 
+TEST_F(PluginReports, ExceptionsOfWhichLittleIsKnown) {
+    folder_.Add("raising_silent");
+    folder_.Add("raising_named");
+    store_.SetFailureMode(PLUGIN_FAILURE_REPORTED);
+    LoadAll();
+    EXPECT_EQ(Explain("raising_silent"), "an entry raised an exception");
+    EXPECT_EQ(Explain("raising_named"), "an entry raised an exception: CException");
+    // What is not a class of the plug-in's own has its identifier for a name.
+    const TPluginReport report = GetReport("raising_named");
+    ASSERT_EQ(report.items.size(), 2U);
+    EXPECT_EQ(Narrow(report.items[0].name), "test::COdd");
+    EXPECT_EQ(Narrow(report.items[1].name), Narrow(report.items[1].classId.ToString().c_str()));
+}
+
 TEST_F(PluginReports, GuardedPluginThatRegistersAndDeclinesStays) {
     const fs::path file = folder_.Add("hasty");
     store_.SetFailureMode(PLUGIN_FAILURE_REPORTED);

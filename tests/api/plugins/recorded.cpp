@@ -26,6 +26,7 @@ bool VrlInitPlugin() {
     test::Report("init", "recorded");
     NotePluginLibrary(VRL_L("libone 1.0"));
     NotePluginLibrary(nullptr);
+    NotePluginLibrary(VRL_L(""));
     NotePluginLibrary(VRL_L("libtwo 2.0"));
     const CId& id = CRecorded::ClassId;
     v.GetClassStore().RegisterClassVrl({id, VRL_L("test::CRecorded"), &NewObject<CRecorded>});

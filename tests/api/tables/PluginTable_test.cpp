@@ -2,10 +2,7 @@
 // badly.
 #include <vorlund/PluginTable.h>
 
-#include "api/plugins/TestPlugins.h"
-#include "support/DebugRecorder.h"
-#include "support/LibraryScope.h"
-#include "support/Streams.h"
+#include "api/tables/TablePluginTest.h"
 
 #include <vorlund/AudioInput.h>
 #include <vorlund/AudioOutput.h>
@@ -30,12 +27,6 @@ namespace {
 
 static_assert(sizeof(vorlund_plugin_info) == sizeof(TPluginInfoRecord) &&
               offsetof(vorlund_plugin_info, name) == offsetof(TPluginInfoRecord, name));
-
-constexpr CId kDecoder{0x7AB1E001, 1, 2, 3};
-constexpr CId kForward{0x7AB1E002, 1, 2, 3};
-constexpr CId kForwardSource{0x7AB1EF00, 1, 2, 3};
-constexpr CId kOutput{0x7AB1E003, 1, 2, 3};
-constexpr CId kInput{0x7AB1E004, 1, 2, 3};
 
 /// Raises in its reads, once there were `calls` others.
 class CTableRaisingStream : public CMemoryInputStream {
@@ -68,39 +59,7 @@ public:
     }
 };
 
-class PluginTable : public testing::Test {
-protected:
-    ~PluginTable() noexcept override { store_.Close(); }
-
-    /// Loads the plug-in with that number of a case.
-    TPluginReport Load(int number, const std::string& name = "table") {
-        std::string bytes = ReadFile(PluginFile("table_plugin"));
-        const std::size_t at = bytes.find("TABLE CASE ");
-        EXPECT_NE(at, std::string::npos);
-        bytes[at + 11] = static_cast<char>('0' + number / 10);
-        bytes[at + 12] = static_cast<char>('0' + number % 10);
-        const fs::path path = folder_.PathOf(name);
-        WriteFile(path, bytes);
-        store_.LoadPluginFile(ToVorlund(path).c_str());
-        return store_.GetReport(store_.GetReportCount() - 1);
-    }
-    static CRefPtr<CMemoryInputStream> Bytes(const std::string& text) {
-        auto stream = Make<CMemoryInputStream>();
-        stream->bytes.assign(text.begin(), text.end());
-        return stream;
-    }
-    CRefPtr<IInputStream> Decode(IInputStream* stream) {
-        return CRefPtr<IInputStream>::Adopt(v.GetCodecClassStore().DecodeStream(
-            stream, TDataFormat_AudioPcm::FormatId, {.report = &report_}));
-    }
-    CRefPtr<IInputStream> Decode(const std::string& text) { return Decode(Bytes(text).Get()); }
-
-    CPluginFolder folder_;
-    CLibraryScope library_;
-    CDebugRecorder recorder_;
-    CPluginStore store_;
-    CDecodeReport report_;
-};
+using PluginTable = CTablePluginTest;
 
 TEST_F(PluginTable, GoodOneRegistersItsClassesAndTellsWhatItIs) {
     const TPluginReport report = Load(0);
@@ -114,10 +73,13 @@ TEST_F(PluginTable, GoodOneRegistersItsClassesAndTellsWhatItIs) {
         CId id;
         const char* name;
     } rows[] = {
-        {PLUGIN_ITEM_CLASS, kDecoder, "table::CDecoder"}, {PLUGIN_ITEM_DECODER, kDecoder, "table::CDecoder"},
-        {PLUGIN_ITEM_CLASS, kForward, "table::CForward"}, {PLUGIN_ITEM_DECODER, kForward, "table::CForward"},
-        {PLUGIN_ITEM_CLASS, kOutput, "table::COutput"},   {PLUGIN_ITEM_DEVICE, kOutput, "table::COutput"},
-        {PLUGIN_ITEM_CLASS, kInput, "table::CInput"},
+        {PLUGIN_ITEM_CLASS, kTableDecoder, "table::CDecoder"},
+        {PLUGIN_ITEM_DECODER, kTableDecoder, "table::CDecoder"},
+        {PLUGIN_ITEM_CLASS, kTableForward, "table::CForward"},
+        {PLUGIN_ITEM_DECODER, kTableForward, "table::CForward"},
+        {PLUGIN_ITEM_CLASS, kTableOutput, "table::COutput"},
+        {PLUGIN_ITEM_DEVICE, kTableOutput, "table::COutput"},
+        {PLUGIN_ITEM_CLASS, kTableInput, "table::CInput"},
     };
     ASSERT_EQ(report.items.size(), std::size(rows));
     for (std::size_t i = 0; i < std::size(rows); ++i) {
@@ -126,7 +88,7 @@ TEST_F(PluginTable, GoodOneRegistersItsClassesAndTellsWhatItIs) {
         EXPECT_EQ(Narrow(report.items[i].name), rows[i].name);
     }
     const auto object = CRefPtr<IObject>::Adopt(v.GetClassStore().CreateObject(VRL_L("table::CDecoder")));
-    EXPECT_TRUE(object->GetClassId() == kDecoder);
+    EXPECT_TRUE(object->GetClassId() == kTableDecoder);
     EXPECT_TRUE(object.Query<IInputStreamFilter>());
 }
 
@@ -165,6 +127,8 @@ TEST_F(PluginTable, BadOnesAreRefusedWithTheReason) {
         {25, "device 0: it has no function 'close'"},
         {26, "device 1: its size is 0, and not " + device},
         {27, "device 1: its class has the identifier of another one"},
+        {35, "device 1: there is no record"},
+        {36, "device 1: its class has no identifier"},
     };
     for (const auto& row : rows) {
         const TPluginReport report = Load(row.number, "bad" + std::to_string(row.number));
@@ -173,7 +137,7 @@ TEST_F(PluginTable, BadOnesAreRefusedWithTheReason) {
         EXPECT_TRUE(report.items.empty());
         EXPECT_FALSE(IsInProcess(folder_.PathOf("bad" + std::to_string(row.number))));
     }
-    EXPECT_THROW(v.GetClassStore().CreateObject(kDecoder), CClassNotFoundException);
+    EXPECT_THROW(v.GetClassStore().CreateObject(kTableDecoder), CClassNotFoundException);
 }
 
 TEST_F(PluginTable, TableWithoutTheEntriesIsRefused) {
@@ -197,7 +161,7 @@ TEST_F(PluginTable, DecoderReadsAndSeeks) {
     Load(0);
     const auto decoded = Decode("Tg");
     ASSERT_TRUE(decoded);
-    EXPECT_TRUE(decoded->GetClassId() == kDecoder);
+    EXPECT_TRUE(decoded->GetClassId() == kTableDecoder);
     EXPECT_EQ(decoded->GetCapabilities(), 7U);
     EXPECT_EQ(decoded->GetLength(), 1000);
     const auto& format = static_cast<const TDataFormat_AudioPcm&>(decoded->GetFormat());
@@ -241,8 +205,9 @@ TEST_F(PluginTable, RefusalsHaveTheReasonOfThePlugin) {
     for (const auto& row : rows) {
         EXPECT_THROW(Decode(row.bytes), CDataFormatException) << row.bytes;
         const auto& entries = report_.GetEntries();
-        const auto found = std::find_if(entries.begin(), entries.end(),
-                                        [](const TDecodeEntry& entry) { return entry.classId == kDecoder; });
+        const auto found = std::find_if(entries.begin(), entries.end(), [](const TDecodeEntry& entry) {
+            return entry.classId == kTableDecoder;
+        });
         ASSERT_NE(found, entries.end()) << row.bytes;
         EXPECT_EQ(Narrow(found->reason), row.reason);
         EXPECT_EQ(found->outcome, row.outcome) << row.bytes;
@@ -283,7 +248,7 @@ TEST_F(PluginTable, WhatTheStreamRaisesGoesOnBehindThePlugin) {
     EXPECT_EQ(byte, 1);
     stream->calls = 0;
     const auto filter = CRefPtr<IInputStreamFilter>::Adopt(
-        static_cast<IInputStreamFilter*>(v.GetClassStore().CreateObject(kDecoder)));
+        static_cast<IInputStreamFilter*>(v.GetClassStore().CreateObject(kTableDecoder)));
     EXPECT_THROW(filter->Connect(stream.Get()), CTimeoutException);
     EXPECT_FALSE(CRefPtr<IInputStream>::Adopt(filter->GetInputStream()));
 }
@@ -292,7 +257,7 @@ TEST_F(PluginTable, StreamMayUseTheDecoderInsideOfItsCalls) {
     Load(0);
     const auto make = [] {
         return CRefPtr<IInputStreamFilter>::Adopt(
-            static_cast<IInputStreamFilter*>(v.GetClassStore().CreateObject(kDecoder)));
+            static_cast<IInputStreamFilter*>(v.GetClassStore().CreateObject(kTableDecoder)));
     };
     const auto stream = Make<CTableActingStream>();
     stream->bytes = {'T', 's', 1, 2, 3};
@@ -336,9 +301,9 @@ TEST_F(PluginTable, StreamMayUseTheDecoderInsideOfItsCalls) {
 TEST_F(PluginTable, StreamWithoutPositionsGoesForward) {
     Load(0);
     const auto stream = Bytes("Tl");
-    stream->format.Set(HeadOnly(kForwardSource));
+    stream->format.Set(HeadOnly(kTableForwardSource));
     const auto filter = CRefPtr<IInputStreamFilter>::Adopt(
-        static_cast<IInputStreamFilter*>(v.GetClassStore().CreateObject(kForward)));
+        static_cast<IInputStreamFilter*>(v.GetClassStore().CreateObject(kTableForward)));
     EXPECT_THROW(filter->GetLength(), COperationNotSupportedException);
     filter->Connect(stream.Get());
     EXPECT_EQ(filter->GetCapabilities(), 6U);
@@ -361,13 +326,13 @@ TEST_F(PluginTable, ObjectsThatOutliveThePluginDoNotCallIt) {
     Load(0);
     const auto decoded = Decode("Tg");
     const auto unused = CRefPtr<IInputStreamFilter>::Adopt(
-        static_cast<IInputStreamFilter*>(v.GetClassStore().CreateObject(kDecoder)));
+        static_cast<IInputStreamFilter*>(v.GetClassStore().CreateObject(kTableDecoder)));
     store_.Close();
     std::uint8_t byte = 0;
     EXPECT_THROW(decoded->Read(&byte, 1), CInvalidStateException);
     EXPECT_THROW(unused->Connect(Bytes("Tg").Get()), CDataFormatException);
     // The class store still has the class, and no plug-in behind it.
-    EXPECT_EQ(v.GetClassStore().CreateObject(kDecoder), nullptr);
+    EXPECT_EQ(v.GetClassStore().CreateObject(kTableDecoder), nullptr);
     // Loaded once more, it is the same class again; the old object stays without a plug-in.
     CPluginStore other;
     other.LoadPluginFile(ToVorlund(folder_.PathOf("table")).c_str());
@@ -394,7 +359,7 @@ TEST_F(PluginTable, DevicesAreOutputsAndInputs) {
     EXPECT_THROW(output->OpenOutput({SAMPLE_FORMAT_16BIT, 2, 1235}, 0.1), CFailedException);
     output->OpenOutput({SAMPLE_FORMAT_16BIT, 2, 1236}, 0.1);
     output->Close();
-    const auto input = CreateAs<IAudioInput>(kInput);
+    const auto input = CreateAs<IAudioInput>(kTableInput);
     ASSERT_TRUE(input);
     input->OpenInput({SAMPLE_FORMAT_16BIT, 1, 8000}, 0.1);
     input->Close();

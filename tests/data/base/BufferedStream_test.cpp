@@ -8,14 +8,17 @@
 #include <vorlund/BufferedStream.h>
 #include <vorlund/ClassIds.h>
 #include <vorlund/File.h>
+#include <vorlund/MemoryStream.h>
 #include <vorlund/StreamErrors.h>
 #include <vorlund/VarReader.h>
 #include <vorlund/VarWriter.h>
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 #include <string>
+#include <utility>
 
 namespace vorlund::test {
 namespace {
@@ -232,6 +235,81 @@ TEST_F(BufferedStream, ARefusedBlockIsToldByTheClosing) {
     Write(Ramp(30));
     EXPECT_EQ(Outcome([&] { output_.Reset(); }), "nothing");
     EXPECT_EQ(ReferencesOf(target_.Get()), 1);
+}
+
+TEST_F(BufferedStream, NullIsRefusedWhateverIsCollected) {
+    EXPECT_EQ(Read(2), Ramp(2));
+    EXPECT_THROW(input_->Read(nullptr, 2), CNullPtrException);
+    EXPECT_EQ(Read(2), Ramp(2, 2));
+    // What was collected goes first, then the stream is asked, which refuses.
+    const auto memory = CRefPtr<IMemoryOutputStream>::Adopt(CreateMemoryOutput());
+    output_->Connect(memory.Get());
+    for (const std::size_t size : {2, 40}) {
+        Write(Ramp(3));
+        EXPECT_THROW(output_->Write(nullptr, size), CNullPtrException);
+    }
+    EXPECT_EQ(memory->GetLength(), 6);
+}
+
+TEST_F(BufferedStream, AStreamThatRaisesAtOnceIsHeard) {
+    source_->failAt = 0;
+    for (const std::size_t size : {2, 80}) EXPECT_EQ(Outcome([&] { Read(size); }), kCannotRead);
+}
+
+TEST_F(BufferedStream, AStreamThatDisconnectsAndRaisesIsForgotten) {
+    source_->failAt = 40;
+    source_->fail = [this] {
+        input_->Disconnect();
+        Raise<CIOException>(streamfailures::kCannotRead);
+    };
+    EXPECT_EQ(Read(80), Ramp(40));
+    EXPECT_TRUE(input_->Eof());
+    source_->failAt.reset();
+    input_->Connect(source_.Get());
+    EXPECT_EQ(Read(2), Ramp(2, 40));
+}
+
+/// Calls `act` in its next write, and refuses that.
+class CActingOutputStream : public CMemoryOutputStream {
+public:
+    std::function<void()> act;
+
+    void Write(const void* buffer, std::uint64_t size) override {
+        if (const auto once = std::exchange(act, nullptr)) {
+            once();
+            Raise<CIOException>(streamfailures::kCannotWrite);
+        }
+        CMemoryOutputStream::Write(buffer, size);
+    }
+};
+
+TEST_F(BufferedStream, AStreamThatChangesItsFilterAndRefusesIsHeard) {
+    const auto stream = Make<CActingOutputStream>();
+    output_->Connect(stream.Get());
+    Write(Ramp(30));
+    stream->act = [this] { output_->Disconnect(); };
+    EXPECT_EQ(Outcome([&] { Write(Ramp(4)); }), kCannotWrite);
+    EXPECT_FALSE(CRefPtr<IOutputStream>::Adopt(output_->GetOutputStream()));
+    // It is destroyed while it is disconnected.
+    output_->Connect(stream.Get());
+    Write(Ramp(30));
+    IOutputStreamFilter* const dying = output_.Detach();
+    stream->act = [dying] { EXPECT_EQ(dying->Release(), 0); };
+    EXPECT_EQ(Outcome([&] { dying->Disconnect(); }), kCannotWrite);
+    EXPECT_EQ(ReferencesOf(stream.Get()), 1);
+}
+
+TEST_F(BufferedStream, LargeWritesWithNothingCollected) {
+    for (const std::size_t size : {31, 32, 33, 80}) {
+        Write(Ramp(size));
+        output_->Flush();
+    }
+    EXPECT_EQ(target_->bytes.size(), 176u);
+    // As large as a block, and behind something.
+    Write(Ramp(1));
+    Write(Ramp(32));
+    output_->Flush();
+    EXPECT_EQ(target_->bytes.size(), 209u);
 }
 
 TEST_F(BufferedStream, AFullDeviceIsTold) {

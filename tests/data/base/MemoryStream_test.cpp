@@ -106,6 +106,7 @@ TEST_F(MemoryStream, ReadsItsCallersBytes) {
     const TBytes bytes = Ramp(10);
     const auto input = CRefPtr<IMemoryInputStream>::Adopt(CreateMemoryInput(bytes.data(), bytes.size()));
     EXPECT_EQ(input->GetLength(), 10);
+    EXPECT_EQ(input->GetCapabilities(), 7u);
     EXPECT_EQ(Read(*input, 4), Ramp(4));
     EXPECT_EQ(input->Tell(), 4);
     input->Skip(2);

@@ -160,6 +160,16 @@ TEST_F(DecodeReport, ClassWithoutObjects) {
     EXPECT_EQ(Text(report_.GetEntries()[0].className), "test::CNothing");
 }
 
+TEST_F(DecodeReport, AReasonOfBlanksIsNone) {
+    constexpr TFailure kBlank{VRL_L("test::Connect"), VRL_L("tests"), 1, VRL_L("  ")};
+    Register(0, {.accepts = TestFormat(1), .produces = TestFormat(2), .onConnect = [&](IInputStream*) {
+                     NoteContainer(VRL_L("Box"));
+                     Raise<CDataFormatException>(kBlank);
+                 }});
+    ExpectNoChain(TestFormat(2));
+    EXPECT_EQ(Text(report_.Explain()), "Box: ");
+}
+
 TEST_F(DecodeReport, AsTextForPeople) {
     constexpr TFailure kUnreadable{VRL_L("test::Read"), VRL_L("tests"), 1, VRL_L("Not readable  ")};
     constexpr TFailure kSilent{VRL_L("test::Connect"), VRL_L("tests"), 1, VRL_L("")};

@@ -129,6 +129,72 @@ TEST_F(DecoderRefusal, IsRaisedToADecoderThatUsesAnother) {
     EXPECT_EQ(CRefusing::wereAwaited, (std::vector<bool>{true, false}));
 }
 
+/// A decoder that knows nothing of refusals without an exception, and asks another one.
+class CAskingDecoder : public CInputFilterImpl<IInputStreamFilter> {
+public:
+    static constexpr CId ClassId{0x7E57DEC0, 0x11D4A3B6, 0x90C2E7F1, 2};
+    static inline bool wasRaised;
+
+    void Connect(IInputStream* stream) override {
+        const auto inner = Make<CRefusing>();
+        try {
+            inner->Connect(stream);
+        } catch (const CDataFormatException&) {
+            wasRaised = true;
+            throw;
+        }
+    }
+};
+
+TEST_F(DecoderRefusal, IsRaisedToADecoderThatKnowsNothingOfIt) {
+    v.GetClassStore().RegisterClassVrl(
+        {CAskingDecoder::ClassId, VRL_L("test::CAskingDecoder"), &NewObject<CAskingDecoder>});
+    store_.RegisterDecoder({CAskingDecoder::ClassId, CId::Null(), TDataFormat_AudioPcm::FormatId});
+    CRefusing::refuse = [](const CRefusal& refusal) { refusal.Raise<CDataFormatException>(kRefused); };
+    CAskingDecoder::wasRaised = false;
+    Search();
+    EXPECT_TRUE(CAskingDecoder::wasRaised);
+}
+
+/// A chunk decoder of an application, which refuses every stream by an exception.
+class CRaisingChunks : public CInputFilterImpl<IWavChunkDecoder> {
+public:
+    static constexpr CId ClassId = classid::CWavChunkDecoder;
+
+    void Connect(IInputStream*) override { Raise<CDataFormatException>(kRefused); }
+    IObjectList* EnumerateChunks() override { return nullptr; }
+    std::uint64_t GetChunkSize() override { return 0; }
+    std::int64_t GetChunkOffset() override { return -1; }
+    void SelectChunk(const wchar*) override {}
+};
+
+/// The same, which takes every stream and finds no chunk.
+class CEmptyChunks : public CRaisingChunks {
+public:
+    void Connect(IInputStream*) override {}
+    void SelectChunk(const wchar*) override { Raise<CObjectNotFoundException>(kRefused); }
+};
+
+TEST_F(DecoderRefusal, IsNotOwedByTheClassesOfOthers) {
+    // The decoder, and what a search makes use of.
+    std::vector<TClassInfo> kept;
+    for (const CId& id : {classid::CWavDecoder, classid::CPushObjectEnumerator, classid::CPtrObject})
+        kept.push_back(*v.GetClassStore().GetClassInfo(id));
+    for (IObject* (*const factory)() : {&NewObject<CRaisingChunks>, &NewObject<CEmptyChunks>}) {
+        v.GetClassStore().Clear();
+        for (const TClassInfo& info : kept) v.GetClassStore().RegisterClassVrl(info);
+        v.GetClassStore().RegisterClassVrl({classid::CWavChunkDecoder, VRL_L("test::CChunks"), factory});
+        CCodecClassStore store;
+        store.Init();
+        store.RegisterDecoder({classid::CWavDecoder, CId::Null(), TDataFormat_AudioPcm::FormatId});
+        EXPECT_THROW(store.DecodeStream(source_.Get(), TDataFormat_AudioPcm::FormatId), CDataFormatException);
+        // Nobody's refusal is waited for afterwards.
+        const auto decoder = CreateAs<IWavDecoder>(classid::CWavDecoder);
+        EXPECT_THROW(decoder->Connect(source_.Get()), CDataFormatException);
+        store.Close();
+    }
+}
+
 TEST_F(DecoderRefusal, IsRaisedAfterASearch) {
     CRefusing::refuse = [](const CRefusal& refusal) { refusal.Raise<CDataFormatException>(kRefused); };
     CRefPtr<CRefusing> kept;

@@ -8,6 +8,7 @@
 
 #include <vorlund/AudioPcmConverters.h>
 #include <vorlund/ClassIds.h>
+#include <vorlund/DecodeReport.h>
 #include <vorlund/File.h>
 #include <vorlund/MediaSample.h>
 #include <vorlund/RefPtr.h>
@@ -312,6 +313,22 @@ TEST_F(StreamErrorsWrite, SampleThatIsWrittenRaises) {
     output_->Open(ToVorlund(At("good")).c_str(), false);
     sample->WriteTo(output_.Get());
     EXPECT_EQ(ReadFile(At("good")), std::string(100, 'x'));
+}
+
+/// Nobody but a test connects streams to a ring. Whoever looks for its end gives up.
+TEST_F(StreamErrors, ARingOfStreamsHasNoFile) {
+    const auto input = Make<CForeignFilter>();
+    input->Connect(input.Get());
+    EXPECT_EQ(GetReadError(*input), 0u);
+    EXPECT_EQ(ListChain(*input).size(), 1000u);
+    input->Disconnect();
+    const auto output = Make<CForeignEncoder>();
+    output->Connect(output.Get());
+    FlushOutput(*output);
+    EXPECT_EQ(GetWriteError(*output), 0u);
+    output->Disconnect();
+    EXPECT_EQ(ReferencesOf(input.Get()), 1);
+    EXPECT_EQ(ReferencesOf(output.Get()), 1);
 }
 
 } // namespace

@@ -248,5 +248,39 @@ TEST_F(AudioConverter, ASourceMayUseItWhileItIsRead) {
     EXPECT_EQ(CLiveObject::GetCount(), 0);
 }
 
+/// Disconnects its filter when it is asked for its length, or moved.
+class CUnpluggingStream : public CFaultyInputStream {
+public:
+    IInputStreamFilter* atLength = nullptr;
+    IInputStreamFilter* atSeek = nullptr;
+
+    std::int64_t GetLength() override {
+        if (auto* const filter = std::exchange(atLength, nullptr)) filter->Disconnect();
+        return CFaultyInputStream::GetLength();
+    }
+    void Seek(std::int64_t newPosition) override {
+        if (auto* const filter = std::exchange(atSeek, nullptr)) filter->Disconnect();
+        CFaultyInputStream::Seek(newPosition);
+    }
+};
+
+TEST_F(AudioConverter, AStreamMayDisconnectItWhileItIsMoved) {
+    for (IInputStreamFilter* CUnpluggingStream::*const when :
+         {&CUnpluggingStream::atLength, &CUnpluggingStream::atSeek}) {
+        const auto source = Make<CUnpluggingStream>();
+        source->bytes = MakeSound(100, 6);
+        source->format = TDataFormat_AudioPcm(SAMPLE_FORMAT_FLOAT, 6, 48000);
+        const auto filter = Create(MakeTarget());
+        filter->Connect(source.Get());
+        source.Get()->*when = filter.Get();
+        filter->Seek(200);
+        EXPECT_TRUE(filter->Eof());
+        EXPECT_FALSE(CRefPtr<IInputStream>::Adopt(filter->GetInputStream()));
+        filter->Connect(source.Get());
+        filter->Seek(200);
+        EXPECT_EQ(filter->Tell(), 200);
+    }
+}
+
 } // namespace
 } // namespace vorlund::test

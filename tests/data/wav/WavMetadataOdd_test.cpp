@@ -250,6 +250,10 @@ TEST_F(WavMetadataOddFiles, FilesWithoutAPlaceStay) {
     TBytes tailed = good;
     tailed.insert(tailed.end(), 20, 'x');
     ExpectRefused(tailed, FullMetadata());
+    // More than an edit that ended early can have left there.
+    tailed = good;
+    tailed.resize(good.size() + kMaxWavMetadataChunk + 100);
+    ExpectRefused(tailed, FullMetadata());
     // The last byte of the sound and its padding are missing.
     TBytes cut = PlainWav({.bits = 8}, Ramp(5));
     cut.pop_back();

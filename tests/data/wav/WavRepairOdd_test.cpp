@@ -120,6 +120,22 @@ TEST_F(WavRepairOdd, RoomThatIsTooShortIsNone) {
               "RF64 becomes RIFF; RIFF size 4294967295 becomes 110; data size 4294967295 becomes 40");
 }
 
+TEST_F(WavRepairOdd, AnRf64WithoutItsSizesGetsThem) {
+    const auto make = [](const char* id, const TBytes& room) {
+        return CWavBuilder()
+            .Header("RF64", "WAVE")
+            .Chunk(id, room)
+            .Format({.channels = 2})
+            .Chunk("data", Ramp(40))
+            .Build();
+    };
+    const TBytes bytes = make("JUNK", TBytes(28));
+    EXPECT_EQ(Repair(bytes), "JUNK becomes ds64");
+    TBytes good = make("ds64", Sizes64(112, 40, 10));
+    good[4] = good[5] = good[6] = good[7] = 0xFF;
+    EXPECT_EQ(Load(), good);
+}
+
 TEST_F(WavRepairOdd, NumbersOfFramesAreThoseOfPlainSound) {
     const auto make = [](const TWavFormat& format, std::size_t size, const TBytes& fact, std::uint32_t data) {
         return CWavBuilder().Format(format, size).Chunk("fact", fact).Declare("data", data, Ramp(40)).Build();
@@ -142,6 +158,9 @@ TEST_F(WavRepairOdd, NumbersOfFramesAreThoseOfPlainSound) {
     EXPECT_EQ(Repair(make({.channels = 2}, 16, Fact(9), 40)), "");
     EXPECT_EQ(Repair(make({.channels = 2}, 16, Fact(9), 0)),
               "data size 0 becomes 40; number of frames 9 becomes 10");
+    // Nothing is elsewhere in a RIFF.
+    EXPECT_EQ(Repair(make({.channels = 2}, 16, Fact(kElsewhere), 0)),
+              "data size 0 becomes 40; number of frames 4294967295 becomes 10");
     // Half a field, a format without a GUID or of another kind, and blocks of no size have no such number.
     EXPECT_EQ(Repair(make({.channels = 2}, 16, Ramp(2), 40)), "");
     EXPECT_EQ(Repair(make(extensible, 18, Fact(0), 40)), "");
@@ -177,6 +196,9 @@ TEST_F(WavRepairOdd, ChunksOfOthersBehindTheSound) {
     EXPECT_EQ(Repair(CWavBuilder(builder).Chunk("abcd", Ramp(4)).Raw(Ramp(6)).Build()),
               "data size 40 becomes 58");
     EXPECT_EQ(Repair(CWavBuilder(builder).Declare("abcd", 100, Ramp(20)).Build()), "data size 40 becomes 68");
+    // The characters on both sides of the printable ones are in no id.
+    for (const char* const id : {"abc\x1F", "abc\x7F"})
+        EXPECT_EQ(Repair(CWavBuilder(builder).Chunk(id, Ramp(4)).Build()), "data size 40 becomes 52");
 }
 
 TEST_F(WavRepairOdd, VeryManyChunks) {
@@ -196,6 +218,10 @@ TEST_F(WavRepairOdd, VeryManyChunks) {
     ExpectRefused(kNoFmtChunk, CWavBuilder().Raw(chunks).Format({}).Chunk("data", Ramp(40)).Build());
     EXPECT_EQ(Repair(CWavBuilder().Format({}).Chunk("data", Ramp(40)).Raw(chunks).Build()),
               "data size 40 becomes 800048");
+    // Those behind the limit are no part of the file.
+    fill("LIST", 100001);
+    EXPECT_EQ(Repair(CWavBuilder().Format({}).Chunk("data", Ramp(40)).Raw(chunks).Build()),
+              "RIFF size 800084 becomes 800076");
 }
 
 TEST_F(WavRepairOdd, MoreThan4GibNeedRoom) {

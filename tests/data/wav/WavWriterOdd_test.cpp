@@ -3,6 +3,7 @@
 #include "data/wav/WavFile.h"
 #include "support/Failures.h"
 #include "support/LibraryScope.h"
+#include "support/Probes.h"
 
 namespace vorlund::test {
 namespace {
@@ -62,6 +63,23 @@ TEST_F(WavWriterOdd, TheFirstFailureIsTheOneToTell) {
     ExpectRaises<CIOException>(kNoClose, [&] { writer.Close(); });
 }
 
+TEST_F(WavWriterOdd, AStreamThatRaisesAtItsEndHasItsFileWhole) {
+    TBytes written;
+    CTestListener listener([&written](IObject* stream) {
+        written = static_cast<CMemoryOutputStream*>(stream)->bytes;
+        Raise<CIOException>(streamfailures::kCannotWrite);
+    });
+    {
+        auto stream = Make<CMemoryOutputStream>();
+        stream->AddListener(&listener);
+        CWavWriter writer(stream.Get(), format_);
+        stream.Reset();
+        writer.Write(Ramp(4).data(), 4);
+    }
+    EXPECT_EQ(listener.GetCalls(), 1);
+    EXPECT_EQ(written, WriteWav(format_, Ramp(4)));
+}
+
 TEST_F(WavWriterOdd, MetadataThatCannotBeReplacedChangeNothing) {
     const auto stream = Make<CMemoryOutputStream>();
     CWavWriter writer(stream.Get(), format_);
@@ -72,6 +90,24 @@ TEST_F(WavWriterOdd, MetadataThatCannotBeReplacedChangeNothing) {
         kLongMetadata, [&] { writer.SetMetadata(Titled(std::string(kMaxWavMetadataChunk, 'x'))); });
     writer.Close();
     EXPECT_EQ(stream->bytes, WriteWav(format_, {}));
+}
+
+TEST_F(WavWriterOdd, MetadataOfAnySizeInTheRoomForThem) {
+    CLibraryScope library;
+    for (std::uint32_t room = 32; room < 64; ++room) {
+        TWavWriterOptions options;
+        options.metadataRoom = room;
+        const auto stream = Make<CMemoryOutputStream>();
+        CWavWriter writer(stream.Get(), format_, options);
+        writer.Write(Ramp(4).data(), 4);
+        writer.SetMetadata(Titled("title"));
+        writer.Close();
+        // In its room where a whole free chunk is left, or nothing; behind the sound otherwise.
+        const auto source = Make<CMemoryInputStream>();
+        source->bytes = stream->bytes;
+        EXPECT_EQ(ReadWavMetadata(source.Get()), Titled("title")) << room;
+        EXPECT_EQ(Body(stream->bytes, "data"), Ramp(4)) << room;
+    }
 }
 
 TEST_F(WavWriterOdd, WithoutAWayBackAFailedWriteIsFollowedByTheNext) {

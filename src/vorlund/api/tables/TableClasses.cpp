@@ -52,7 +52,7 @@ CPlaces places;
 
 template <std::size_t kPlace> IObject* New() {
     const TClassPtr tableClass = places.Get(kPlace);
-    if (!tableClass || !tableClass->life->isOpen) return nullptr;
+    if (!tableClass->life->isOpen) return nullptr;
     return tableClass->decoderRecord ? NewDecoder(tableClass) : NewDevice(tableClass);
 }
 

@@ -46,7 +46,7 @@ TBytes ReadBody(CUpdateFile& file, const TChunk& chunk, std::uint64_t limit) {
 }
 
 bool CanHold(const TFileHead& head, const TSizes& sizes) {
-    return sizes.is64 ? head.hasRoom64 : sizes.riff < kSizeElsewhere && sizes.data < kSizeElsewhere;
+    return !sizes.is64 || head.hasRoom64;
 }
 
 void WriteFileHead(CUpdateFile& file, const TFileHead& head, const TSizes& sizes) {

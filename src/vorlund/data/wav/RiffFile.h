@@ -62,7 +62,7 @@ struct TSizes {
     std::uint64_t riff = 0;
     std::uint64_t data = 0;
     std::uint64_t frames = 0;
-    /// Whether the file is an RF64 or BW64 then.
+    /// Whether the file is an RF64 or BW64 then, as it must be when `riff` is no number of 32 bits.
     bool is64 = false;
 };
 

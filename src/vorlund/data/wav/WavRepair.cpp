@@ -167,6 +167,7 @@ private:
         const bool isSoundChanged = sound != data_.size;
         if (isSoundChanged) Change("data size", data_.size, sound);
         const bool isNewDs64 = sizes.is64 && !head_.hasDs64;
+        if (isNewDs64 && id == head_.id) result_.changes.push_back(VRL_L("JUNK becomes ds64"));
         const bool needsPadding = end > file_.GetLength() && !isUncounted;
         if (needsPadding) Change("file size", file_.GetLength(), end);
         if (newFact) {
@@ -178,7 +179,7 @@ private:
         if (isHeadChanged && !isTrial_) riff::WriteFileHead(file_, head_, sizes);
         const std::uint64_t field =
             isLong || (sizes.is64 && data_.declared == riff::kSizeElsewhere) ? riff::kSizeElsewhere : sound;
-        if (field != data_.declared && (isSoundChanged || isLong)) WriteNumber(data_.begin + 4, field, 4);
+        if (field != data_.declared) WriteNumber(data_.begin + 4, field, 4);
         if (needsPadding && !isTrial_) file_.Write(file_.GetLength(), "", 1);
     }
 
