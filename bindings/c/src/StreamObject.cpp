@@ -20,8 +20,8 @@ namespace {
 constexpr TFailure kNoPcm{VRL_L("vorlund_stream_audio_format"), VRL_L("bindings/c"), 0,
                           VRL_L("The stream is no PCM")};
 constexpr std::size_t kFormatRecord = 16;
-/// Bytes of frames that are converted piece by piece: they stay in the second-level cache, and a request to the
-/// system for so many costs little beside them.
+/// Bytes of frames that are converted piece by piece: they stay in the second-level cache, and a request to
+/// the system for so many costs little beside them.
 constexpr std::size_t kPiece = std::size_t{128} * 1024;
 
 } // namespace

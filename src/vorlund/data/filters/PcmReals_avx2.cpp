@@ -1,5 +1,5 @@
-// Real numbers for AVX2. The whole file is compiled for these processors, so it shares no inline function with
-// other files: the linker could take this copy for all of them.
+// Real numbers for AVX2. The whole file is compiled for these processors, so it shares no inline function
+// with other files: the linker could take this copy for all of them.
 #include "vorlund/data/filters/PcmReals.h"
 
 #include <immintrin.h>
