@@ -36,6 +36,7 @@ vorlund_packages() {
     # What ./run --bench compares with.
     local peers="libcereal-dev libeigen3-dev libglib2.0-dev libglm-dev libprotobuf-dev libsamplerate0-dev libsdl2-dev"
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
+    peers+=" python3-cffi python3-dev python3-numpy python3-pip python3-scipy python3-setuptools python3-soundfile python3-wheel"
     # A display for the tests of windows, and what windows on Linux are built with.
     local windows="openbox xvfb libxcb1-dev libxcb-xtest0-dev"
     # What is in every package, and the compiler of each zip.
