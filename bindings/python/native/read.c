@@ -57,14 +57,12 @@ static int32_t fill_mixed(vorlund_stream stream, uint32_t sample_format, uint32_
     return code;
 }
 
-int32_t engine_fill(vorlund_stream stream, uint32_t sample_format, uint32_t channels, void* samples,
-                    uint64_t frames, uint64_t* count) {
-    vorlund_audio_format format = {sizeof format, 0, 0, 0};
+int32_t engine_fill(vorlund_stream stream, uint32_t sample_format, uint32_t native_channels, uint32_t channels,
+                    void* samples, uint64_t frames, uint64_t* count) {
     *count = 0;
     if (frames == 0) return VORLUND_OK;
-    ENGINE_TRY(vorlund_stream_audio_format(stream, &format));
-    if (format.channels != channels)
-        return fill_mixed(stream, sample_format, format.channels, channels, samples, frames, count);
+    if (native_channels != channels)
+        return fill_mixed(stream, sample_format, native_channels, channels, samples, frames, count);
     const uint64_t frame = sample_size(sample_format) * channels;
     char* to = samples;
     while (*count < frames) {
@@ -133,7 +131,7 @@ static int32_t read_all(const engine_sound* sound, uint32_t sample_format, uint6
         char* const larger = allocate(array->samples, (size_t)(room * frame));
         if (!larger) return VORLUND_ERROR_OUT_OF_MEMORY;
         array->samples = larger;
-        ENGINE_TRY(engine_fill(sound->stream, sample_format, sound->channels, larger + array->frames * frame,
+        ENGINE_TRY(engine_fill(sound->stream, sample_format, sound->native_channels, sound->channels, larger + array->frames * frame,
                                room - array->frames, &got));
         array->frames += got;
         if (array->frames < room || room == frames) break;
@@ -227,7 +225,7 @@ static int32_t find_peaks(const engine_sound* sound, uint32_t count, float* peak
         int is_first = 1;
         while (at < end) {
             uint64_t got = 0;
-            ENGINE_TRY(engine_fill(sound->stream, VORLUND_SAMPLE_FLOAT, channels, piece,
+            ENGINE_TRY(engine_fill(sound->stream, VORLUND_SAMPLE_FLOAT, sound->native_channels, channels, piece,
                                    least(DOUBLES / channels, end - at), &got));
             if (got == 0) return VORLUND_OK;
             for (uint64_t frame = 0; frame < got; ++frame, is_first = 0) {
