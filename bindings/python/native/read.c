@@ -267,6 +267,15 @@ int32_t engine_peaks(const engine_source* source, uint32_t channels, uint32_t co
     return code;
 }
 
+int32_t engine_measure(const engine_source* source, vorlund_levels* levels, vorlund_report* report) {
+    const engine_wanted wanted = {0, UINT64_MAX, VORLUND_SAMPLE_KEEP, 0, 0, VORLUND_QUALITY_HIGH};
+    engine_sound sound;
+    ENGINE_TRY(engine_open(source, &wanted, &sound, report));
+    const int32_t code = vorlund_measure_stream(sound.stream, levels);
+    vorlund_release(sound.stream);
+    return code;
+}
+
 void engine_free(void* samples) {
     free(samples);
 }
