@@ -26,7 +26,7 @@ vorlund_packages() {
     # Clients and plug-ins in Pascal and C#, and those of compilers with the binary interface of Microsoft's.
     local others="fp-compiler mono-mcs mono-runtime" microsoft="clang lld llvm"
     # The package for Python, and what reads and compares in its tests.
-    local python="python3-cffi python3-dev python3-numpy python3-pip python3-pytest python3-setuptools python3-soundfile python3-wheel"
+    local python="python3-cffi python3-dev python3-distributed python3-numpy python3-pip python3-pytest python3-setuptools python3-soundfile python3-wheel"
     # Checks of form and of the binary interface, and the other compiler of the C interface.
     local checks="clang clang-format clang-tidy abigail-tools xz-utils git"
     # What reads the manual pages and the completions of the program.

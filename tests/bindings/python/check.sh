@@ -7,8 +7,8 @@ build=$(realpath "$1")
 shift
 folder=$build/python
 mkdir -p "$folder"
-python=$(scripts/python-site.sh "$build" "$folder/site" pytest soundfile)
+python=$(scripts/python-site.sh "$build" "$folder/site" distributed pytest soundfile)
 export PYTHONDONTWRITEBYTECODE=1
 # What is installed is tested, and nothing of the sources.
-PYTHONPATH=$folder/site timeout -k 10 150 "$python" -X dev -W "ignore::DeprecationWarning" -m pytest -q -p no:cacheprovider -o faulthandler_timeout=60 \
+PYTHONPATH=$folder/site timeout -k 10 240 "$python" -X dev -W "ignore::DeprecationWarning" -m pytest -q -p no:cacheprovider -o faulthandler_timeout=60 \
     --basetemp "$folder/pytest" tests/bindings/python "$@"
