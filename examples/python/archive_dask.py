@@ -13,14 +13,27 @@ from archive import failed, find_files, measure_file, write_table
 from distributed import Client
 
 
-def scan(client, files):
+def measure_files(files):
+    return [measure_file(file) for file in files]
+
+
+def scan(client, files, at_once=25):
     """The rows of the files, in their order. What a worker has not done when it dies, another one does."""
     # Workers elsewhere have no such file.
     client.upload_file(archive.__file__)
-    futures = client.map(measure_file, files, pure=False)
+    parts = [files[i : i + at_once] for i in range(0, len(files), at_once)]
+    futures = client.map(measure_files, parts, pure=False)
     client.gather(futures, errors="skip")
-    # A file on which one worker after the other dies is a row as well.
-    return [failed(file, future.exception()) if future.status == "error" else future.result() for file, future in zip(files, futures)]
+    rows = []
+    for part, future in zip(parts, futures):
+        if future.status == "finished":
+            rows += future.result()
+        elif len(part) > 1:
+            # One worker after the other has died of it: file by file, to find out of which.
+            rows += scan(client, part, 1)
+        else:
+            rows.append(failed(part[0], future.exception()))
+    return rows
 
 
 def main(folder, target, pattern="*"):
