@@ -199,7 +199,8 @@ ffi.set_source(
     '#include "engine.h"',
     sources=[f"native/{name}.c" for name in ("source", "read", "write")],
     depends=["native/declarations.h", "native/engine.h"],
-    libraries=["vorlund-c"],
+    # A library of Python itself is for Windows, where scripts/wheel.sh names it.
+    libraries=["vorlund-c", *filter(None, [os.environ.get("VORLUND_PYTHON_LIBRARY")])],
     extra_compile_args=["-std=c99", "-fvisibility=hidden"],
     extra_link_args=[f"-Wl,-rpath,{runtime}"] if runtime else [],
     **{**found, "include_dirs": [str(HERE / "native"), *found["include_dirs"]]},
