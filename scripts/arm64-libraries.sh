@@ -1,7 +1,8 @@
 #!/bin/bash
-# Unpacks the libraries of the plug-ins for 64-bit ARM Linux, from Debian's packages, into a folder of their own: the
-# system stays as it is, and nobody need be root. What was unpacked once is kept.
-#   scripts/arm64-libraries.sh     prints the folder with include and lib; a log goes to standard error
+# Unpacks what 64-bit ARM Linux needs, from Debian's packages, into a folder of its own: the system stays as it is, and nobody need
+# be root. What was unpacked once is kept. A log goes to standard error.
+#   scripts/arm64-libraries.sh            the libraries of the plug-ins; prints the folder with include and lib
+#   scripts/arm64-libraries.sh python     Python with numpy, and its headers; prints the folder with usr
 # Everything is kept in VORLUND_CACHE, by default ~/.cache/vorlund.
 set -euo pipefail
 script=$(realpath "${BASH_SOURCE[0]}")
@@ -15,8 +16,12 @@ packages=(
     # What the plug-in audio is built with; the system brings it at run time.
     libsdl2-dev libsdl2-2.0-0 libpulse-dev libpulse0
 )
+if [[ ${1-} == python ]]; then
+    packages=(libpython3.11-dev libpython3.11-stdlib libpython3.11-minimal python3.11-minimal python3-numpy python3-cffi-backend
+        libblas3 liblapack3 libgfortran5 libexpat1 zlib1g libffi8)
+fi
 cache=${VORLUND_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/vorlund}
-result=$cache/libraries-arm64-$(sha256sum <"$script" | cut -c1-12)
+result=$cache/${1-libraries}-arm64-$(sha256sum <"$script" | cut -c1-12)
 
 fetch_all() {
     local key=/usr/share/keyrings/debian-archive-keyring.gpg row
@@ -31,6 +36,10 @@ fetch_all() {
     apt-get "${options[@]}" update
     (cd "$work/files" && apt-get "${options[@]}" download "${packages[@]}")
     for row in "$work"/files/*.deb; do dpkg-deb -x "$row" "$work/tree"; done
+    if [[ $result == */python-* ]]; then
+        mv "$work/tree/usr" "$work/result/"
+        return
+    fi
     # In one folder for each, without the further one of this kind of machine.
     cp -r "$work/tree/usr/include" "$work/result/"
     if [[ -d $work/result/include/aarch64-linux-gnu ]]; then

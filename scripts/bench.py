@@ -289,7 +289,7 @@ def read_first(pattern, text, default="unknown"):
 def versions():
     packages = ["g++", "libbenchmark-dev", "libsndfile1-dev", "libsdl2-dev", "libswresample-dev", "libglib2.0-dev", "qt6-base-dev",
                 "libprotobuf-dev", "libcereal-dev", "libglm-dev", "libeigen3-dev", "libsamplerate0-dev", "libsoxr-dev", "sox",
-                "libc6", "wine"]
+                "python3", "python3-numpy", "python3-soundfile", "python3-scipy", "libc6", "wine"]
     rows = []
     for package in packages:
         try:

@@ -26,7 +26,7 @@ vorlund_packages() {
     # Clients and plug-ins in Pascal and C#, and those of compilers with the binary interface of Microsoft's.
     local others="fp-compiler mono-mcs mono-runtime" microsoft="clang lld llvm"
     # The package for Python, and what reads and compares in its tests.
-    local python="python3-cffi python3-dev python3-numpy python3-pip python3-pytest python3-setuptools python3-soundfile python3-wheel"
+    local python="python3-cffi python3-dev python3-distributed python3-numpy python3-pip python3-pytest python3-setuptools python3-soundfile python3-wheel"
     # Checks of form and of the binary interface, and the other compiler of the C interface.
     local checks="clang clang-format clang-tidy abigail-tools xz-utils git"
     # What reads the manual pages and the completions of the program.
@@ -38,6 +38,7 @@ vorlund_packages() {
     # What ./run --bench compares with.
     local peers="libcereal-dev libeigen3-dev libglib2.0-dev libglm-dev libprotobuf-dev libsamplerate0-dev libsdl2-dev"
     peers+=" libsndfile1-dev libsoxr-dev libswresample-dev libavutil-dev libxcb1-dev qt6-base-dev sox"
+    peers+=" python3-cffi python3-dev python3-numpy python3-pip python3-scipy python3-setuptools python3-soundfile python3-wheel"
     # A display for the tests of windows, and what windows on Linux are built with.
     local windows="openbox xvfb libxcb1-dev libxcb-xtest0-dev"
     # What is in every package, and the compiler of each zip.

@@ -58,6 +58,22 @@ typedef struct vorlund_report_entry {
     uint64_t bytes_read;
     double seconds;
 } vorlund_report_entry;
+typedef struct vorlund_levels {
+    uint32_t size;
+    uint32_t reserved;
+    uint64_t frames;
+    double peak;
+    uint64_t peak_frame;
+    double true_peak;
+    double rms;
+    double integrated;
+    double range;
+    double momentary_max;
+    double short_term_max;
+    uint64_t clipped_samples;
+    uint64_t silent_frames;
+    uint64_t not_finite;
+} vorlund_levels;
 typedef struct vorlund_device_info {
     uint32_t size;
     int32_t kind;
@@ -84,6 +100,9 @@ int32_t vorlund_report_get_entry(vorlund_report report, uint32_t index, vorlund_
 int32_t vorlund_report_entry_text(vorlund_report report, uint32_t index, int32_t field, char* text, uint32_t room,
                                   uint32_t* length);
 int32_t vorlund_report_text(vorlund_report report, int32_t field, char* text, uint32_t room, uint32_t* length);
+
+int32_t vorlund_measure_samples(const float* samples, uint32_t frames, uint32_t channels, uint32_t rate,
+                                vorlund_levels* levels);
 
 int32_t vorlund_device_list_create(int32_t kind, vorlund_device_list* list);
 int32_t vorlund_device_list_count(vorlund_device_list list, uint32_t* count);
@@ -180,7 +199,8 @@ ffi.set_source(
     '#include "engine.h"',
     sources=[f"native/{name}.c" for name in ("source", "read", "write")],
     depends=["native/declarations.h", "native/engine.h"],
-    libraries=["vorlund-c"],
+    # A library of Python itself is for Windows, where scripts/wheel.sh names it.
+    libraries=["vorlund-c", *filter(None, [os.environ.get("VORLUND_PYTHON_LIBRARY")])],
     extra_compile_args=["-std=c99", "-fvisibility=hidden"],
     extra_link_args=[f"-Wl,-rpath,{runtime}"] if runtime else [],
     **{**found, "include_dirs": [str(HERE / "native"), *found["include_dirs"]]},

@@ -55,6 +55,17 @@ VRL_API std::uint32_t GetBufferSampleSize(std::uint32_t format) noexcept;
 VRL_API void ConvertSamples(void* destination, std::uint32_t to, const void* source, std::uint32_t from,
                             std::size_t count);
 
+/// Converts samples to double precision with full scale at 1, which loses nothing: (s - 128) / 128 for 8
+/// bits, s / 2^15, s / 2^23, s / 2^31, and floats as they are.
+///
+/// \param destination, source  room for `count` samples each; null only with a count of 0
+/// \param from  a `TBufferFormat`
+/// \param count  samples, of all channels together
+///
+/// Raises `CNullPtrException` "buffer is NULL", `CInvalidParameterException` "Unknown sample format". Any
+/// thread. Since version 0.1.
+VRL_API void ConvertToDoubles(double* destination, const void* source, std::uint32_t from, std::size_t count);
+
 /// Mixes frames as `IAudioPcmChannelNumberConverter` does, with the same routines, 24 bits as 32; equal
 /// numbers of channels are copied.
 ///

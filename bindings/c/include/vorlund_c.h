@@ -13,6 +13,7 @@
 #include "vorlund_c/convert.h"
 #include "vorlund_c/decode.h"
 #include "vorlund_c/event.h"
+#include "vorlund_c/measure.h"
 #include "vorlund_c/plugin.h"
 #include "vorlund_c/resource.h"
 #include "vorlund_c/session.h"

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <type_traits>
 
 namespace vorlund::capi {
 
@@ -19,8 +20,9 @@ namespace {
 constexpr TFailure kNoPcm{VRL_L("vorlund_stream_audio_format"), VRL_L("bindings/c"), 0,
                           VRL_L("The stream is no PCM")};
 constexpr std::size_t kFormatRecord = 16;
-/// Bytes of a frame that is converted piece by piece.
-constexpr std::size_t kPiece = 65536;
+/// Bytes of frames that are converted piece by piece: they stay in the second-level cache, and a request to
+/// the system for so many costs little beside them.
+constexpr std::size_t kPiece = std::size_t{128} * 1024;
 
 } // namespace
 
@@ -48,16 +50,22 @@ void CStreamObject::Read(void* buffer, std::size_t size, std::uint32_t* count) {
     if (const std::uint32_t error = GetReadError(*stream_)) throw CReadFailure(error);
 }
 
-void CStreamObject::ReadFrames(std::uint32_t sampleFormat, void* samples, std::uint32_t frames,
-                               std::uint32_t* count) {
-    const TDataFormat_AudioPcm format = GetPcm();
+void CStreamObject::MakeRoom(std::size_t size) {
+    if (size <= room_) return;
+    // Not zeroed: only what was read is converted.
+    bytes_ = std::make_unique_for_overwrite<std::byte[]>(size);
+    room_ = size;
+}
+
+template <class TConvert>
+void CStreamObject::ReadPieces(const TDataFormat_AudioPcm& format, void* samples, std::size_t size,
+                               std::uint32_t frames, std::uint32_t* count, const TConvert& convert) {
+    constexpr bool isSame = std::is_null_pointer_v<TConvert>;
     const std::size_t from = format.GetBlockSize();
-    const std::size_t to = std::size_t{GetBufferSampleSize(sampleFormat)} * format.channels;
     *count = 0;
-    const bool isSame = sampleFormat == format.sampleFormat;
     if (isSame) Require(frames <= UINT32_MAX / from, "There are too many frames");
     const std::size_t piece = isSame ? frames : std::max<std::size_t>(1, kPiece / from);
-    if (!isSame) bytes_.resize(std::min<std::size_t>(piece, frames) * from);
+    if (!isSame) MakeRoom(std::min<std::size_t>(piece, frames) * from);
     std::byte* next = static_cast<std::byte*>(samples);
     bool isMore = true;
     while (isMore && *count < frames) {
@@ -65,20 +73,40 @@ void CStreamObject::ReadFrames(std::uint32_t sampleFormat, void* samples, std::u
         std::uint32_t read = 0;
         std::exception_ptr failure;
         try {
-            Read(isSame ? next : bytes_.data(), wanted * from, &read);
+            Read(isSame ? next : bytes_.get(), wanted * from, &read);
         } catch (...) {
             // What came before is delivered.
             failure = std::current_exception();
         }
         const std::size_t got = read / from;
-        if (!isSame)
-            ConvertAudio(next, bytes_.data(), got,
-                         {.from = format.sampleFormat, .to = sampleFormat, .channels = format.channels});
-        next += got * to;
+        if constexpr (!isSame) convert(next, bytes_.get(), got);
+        next += got * size;
         *count += static_cast<std::uint32_t>(got);
         if (failure) std::rethrow_exception(failure);
         isMore = got == wanted;
     }
+}
+
+void CStreamObject::ReadFrames(std::uint32_t sampleFormat, void* samples, std::uint32_t frames,
+                               std::uint32_t* count) {
+    const TDataFormat_AudioPcm format = GetPcm();
+    const std::size_t size = std::size_t{GetBufferSampleSize(sampleFormat)} * format.channels;
+    if (sampleFormat == format.sampleFormat) return ReadPieces(format, samples, size, frames, count, nullptr);
+    const TAudioConversion conversion{
+        .from = format.sampleFormat, .to = sampleFormat, .channels = format.channels};
+    ReadPieces(format, samples, size, frames, count,
+               [&](std::byte* to, const std::byte* from, std::size_t got) {
+                   ConvertAudio(to, from, got, conversion);
+               });
+}
+
+void CStreamObject::ReadDoubles(double* samples, std::uint32_t frames, std::uint32_t* count) {
+    const TDataFormat_AudioPcm format = GetPcm();
+    ReadPieces(format, samples, sizeof(double) * format.channels, frames, count,
+               [&](std::byte* to, const std::byte* from, std::size_t got) {
+                   ConvertToDoubles(reinterpret_cast<double*>(to), from, format.sampleFormat,
+                                    got * format.channels);
+               });
 }
 
 TDataFormat_AudioPcm TakeFormat(const vorlund_audio_format* format) {

@@ -44,13 +44,22 @@ public:
     void Read(void* buffer, std::size_t size, std::uint32_t* count);
     /// The same for frames.
     void ReadFrames(std::uint32_t sampleFormat, void* samples, std::uint32_t frames, std::uint32_t* count);
+    void ReadDoubles(double* samples, std::uint32_t frames, std::uint32_t* count);
 
 private:
+    void MakeRoom(std::size_t size);
+    /// Frames of `size` bytes each, which `convert(to, from, frames)` makes of the stream's; null leaves them
+    /// as they are.
+    template <class TConvert>
+    void ReadPieces(const TDataFormat_AudioPcm& format, void* samples, std::size_t size, std::uint32_t frames,
+                    std::uint32_t* count, const TConvert& convert);
+
     /// Outlives the stream: the library counts the parent's references.
     std::shared_ptr<CHandleObject> parent_;
     CSafeRefPtr<IInputStream> stream_;
     /// Of frames that are converted.
-    std::vector<std::byte> bytes_;
+    std::unique_ptr<std::byte[]> bytes_;
+    std::size_t room_ = 0;
 };
 
 /// The format that a record describes. Raises `CFailure` for an unknown sample format, and no channels.

@@ -194,3 +194,12 @@ int32_t VORLUND_CALL vorlund_stream_read_float(vorlund_stream stream, float* sam
                                                uint32_t* count) {
     return ReadFrames(__func__, stream, VORLUND_SAMPLE_FLOAT, samples, frames, count);
 }
+
+int32_t VORLUND_CALL vorlund_stream_read_double(vorlund_stream stream, double* samples, uint32_t frames,
+                                                uint32_t* count) {
+    return On<CStreamObject>(__func__, stream, [&](CStreamObject& object) {
+        RequirePointer(count);
+        RequireBuffer(samples, frames);
+        object.ReadDoubles(samples, frames, count);
+    });
+}

@@ -77,9 +77,9 @@ enum { ENGINE_DOUBLE = 64, ENGINE_CHANNELS = 1024 };
  * told are those that are wanted, into which engine_fill mixes. */
 int32_t engine_open(const engine_source* source, const engine_wanted* wanted, engine_sound* sound,
                     vorlund_report* report);
-/* Reads frames of `channels`, which are mixed when the stream has others. */
-int32_t engine_fill(vorlund_stream stream, uint32_t sample_format, uint32_t channels, void* samples,
-                    uint64_t frames, uint64_t* count);
+/* Reads frames of `channels`, mixed out of the `native_channels` that the stream has. */
+int32_t engine_fill(vorlund_stream stream, uint32_t sample_format, uint32_t native_channels,
+                    uint32_t channels, void* samples, uint64_t frames, uint64_t* count);
 /* Goes to a frame, by reading where the stream has no positions. */
 int32_t engine_go_to(vorlund_stream stream, uint64_t frame);
 
@@ -90,6 +90,8 @@ int32_t engine_read(const engine_source* source, const engine_wanted* wanted, en
  */
 int32_t engine_peaks(const engine_source* source, uint32_t channels, uint32_t count, engine_array* array,
                      vorlund_report* report);
+/* How loud a whole sound is. */
+int32_t engine_measure(const engine_source* source, vorlund_levels* levels, vorlund_report* report);
 /* Floats at another rate. */
 int32_t engine_resample(const float* samples, uint64_t frames, uint32_t channels, uint32_t from_rate,
                         uint32_t to_rate, uint32_t quality, engine_array* array);

@@ -1,13 +1,20 @@
 /* Frames of sound in memory. */
+#define _DEFAULT_SOURCE
 #include "engine.h"
 
+#include <stdint.h>
 #include <stdlib.h>
-#include <string.h>
+
+#ifdef __linux__
+#include <sys/mman.h>
+#endif
 
 /* Bytes that are read at a time, and the first room for a sound whose length a file only claims. */
 #define PIECE ((uint64_t)1 << 28)
 #define FIRST_ROOM ((uint64_t)1 << 26)
 #define DOUBLES 8192
+/* Bytes from which large pages pay. */
+#define LARGE ((size_t)1 << 22)
 
 static uint64_t least(uint64_t a, uint64_t b) {
     return a < b ? a : b;
@@ -24,33 +31,6 @@ static uint64_t sample_size(uint32_t format) {
     default:
         return 4;
     }
-}
-
-/* Doubles, of integers of 32 bits where the stream has such, which floats would round, else of floats. */
-static int32_t fill_doubles(vorlund_stream stream, uint32_t channels, double* to, uint64_t frames,
-                            uint64_t* count) {
-    union {
-        float floats[DOUBLES];
-        int32_t integers[DOUBLES];
-    } piece;
-    vorlund_audio_format format = {sizeof format, 0, 0, 0};
-    ENGINE_TRY(vorlund_stream_audio_format(stream, &format));
-    const int is_integer = format.sample_format == VORLUND_SAMPLE_32BIT;
-    const uint32_t room = DOUBLES / channels;
-    uint32_t got = 0;
-    int32_t code = VORLUND_OK;
-    do {
-        const uint32_t wanted = (uint32_t)least(room, frames - *count);
-        got = 0;
-        code = is_integer ? vorlund_stream_read_int32(stream, piece.integers, wanted, &got)
-                          : vorlund_stream_read_float(stream, piece.floats, wanted, &got);
-        const uint32_t samples = got * channels;
-        for (uint32_t i = 0; i < samples; ++i)
-            to[i] = is_integer ? piece.integers[i] / 2147483648.0 : (double)piece.floats[i];
-        to += samples;
-        *count += got;
-    } while (code == VORLUND_OK && got > 0 && *count < frames);
-    return code;
 }
 
 /* Frames that are mixed into another number of channels, such that nothing gets louder than full scale. */
@@ -77,21 +57,20 @@ static int32_t fill_mixed(vorlund_stream stream, uint32_t sample_format, uint32_
     return code;
 }
 
-int32_t engine_fill(vorlund_stream stream, uint32_t sample_format, uint32_t channels, void* samples,
-                    uint64_t frames, uint64_t* count) {
-    vorlund_audio_format format = {sizeof format, 0, 0, 0};
+int32_t engine_fill(vorlund_stream stream, uint32_t sample_format, uint32_t native_channels, uint32_t channels,
+                    void* samples, uint64_t frames, uint64_t* count) {
     *count = 0;
     if (frames == 0) return VORLUND_OK;
-    ENGINE_TRY(vorlund_stream_audio_format(stream, &format));
-    if (format.channels != channels)
-        return fill_mixed(stream, sample_format, format.channels, channels, samples, frames, count);
-    if (sample_format == ENGINE_DOUBLE) return fill_doubles(stream, channels, samples, frames, count);
+    if (native_channels != channels)
+        return fill_mixed(stream, sample_format, native_channels, channels, samples, frames, count);
     const uint64_t frame = sample_size(sample_format) * channels;
     char* to = samples;
     while (*count < frames) {
         uint32_t got = 0;
         const uint32_t wanted = (uint32_t)least(frames - *count, PIECE / frame);
-        const int32_t code = vorlund_stream_read_frames(stream, sample_format, to, wanted, &got);
+        const int32_t code = sample_format == ENGINE_DOUBLE
+                                 ? vorlund_stream_read_double(stream, (double*)to, wanted, &got)
+                                 : vorlund_stream_read_frames(stream, sample_format, to, wanted, &got);
         *count += got;
         to += got * frame;
         if (code != VORLUND_OK) return code;
@@ -121,6 +100,20 @@ int32_t engine_go_to(vorlund_stream stream, uint64_t frame) {
     return VORLUND_OK;
 }
 
+/* Memory for samples, or a larger piece of it. The system gives large pages for much of it, if it can: a fault for
+ * each small one would cost more than the samples. */
+static char* allocate(void* before, size_t size) {
+    char* const memory = realloc(before, size > 0 ? size : 1);
+#ifdef MADV_HUGEPAGE
+    if (memory && size >= LARGE) {
+        const size_t page = 4096;
+        const size_t skipped = page - (uintptr_t)memory % page;
+        (void)madvise(memory + skipped, (size - skipped) & ~(page - 1), MADV_HUGEPAGE);
+    }
+#endif
+    return memory;
+}
+
 /* Reads up to `frames`, into room that grows with what there is. */
 static int32_t read_all(const engine_sound* sound, uint32_t sample_format, uint64_t frames,
                         engine_array* array) {
@@ -135,10 +128,10 @@ static int32_t read_all(const engine_sound* sound, uint32_t sample_format, uint6
         uint64_t got = 0;
         if (room > frames) room = frames;
         if (room > SIZE_MAX / frame) return VORLUND_ERROR_OUT_OF_MEMORY;
-        char* const larger = realloc(array->samples, room > 0 ? (size_t)(room * frame) : 1);
+        char* const larger = allocate(array->samples, (size_t)(room * frame));
         if (!larger) return VORLUND_ERROR_OUT_OF_MEMORY;
         array->samples = larger;
-        ENGINE_TRY(engine_fill(sound->stream, sample_format, sound->channels, larger + array->frames * frame,
+        ENGINE_TRY(engine_fill(sound->stream, sample_format, sound->native_channels, sound->channels, larger + array->frames * frame,
                                room - array->frames, &got));
         array->frames += got;
         if (array->frames < room || room == frames) break;
@@ -156,7 +149,7 @@ static int32_t change_samples(uint32_t sample_format, engine_array* array) {
     const uint64_t count = array->frames * array->channels;
     if (sample_format == array->sample_format) return VORLUND_OK;
     const uint64_t size = sample_size(sample_format);
-    char* const changed = count <= SIZE_MAX / size ? malloc(count > 0 ? (size_t)(count * size) : 1) : NULL;
+    char* const changed = count <= SIZE_MAX / size ? allocate(NULL, (size_t)(count * size)) : NULL;
     if (!changed) return VORLUND_ERROR_OUT_OF_MEMORY;
     const float* const from = array->samples;
     int32_t code = VORLUND_OK;
@@ -180,7 +173,7 @@ int32_t engine_resample(const float* samples, uint64_t frames, uint32_t channels
     const uint64_t frame = sizeof(float) * channels;
     if (frames > UINT32_MAX || count > UINT32_MAX || count > SIZE_MAX / frame)
         return VORLUND_ERROR_OUT_OF_MEMORY;
-    array->samples = malloc(count > 0 ? (size_t)(count * frame) : 1);
+    array->samples = allocate(NULL, (size_t)(count * frame));
     if (!array->samples) return VORLUND_ERROR_OUT_OF_MEMORY;
     array->frames = count;
     array->channels = channels;
@@ -232,7 +225,7 @@ static int32_t find_peaks(const engine_sound* sound, uint32_t count, float* peak
         int is_first = 1;
         while (at < end) {
             uint64_t got = 0;
-            ENGINE_TRY(engine_fill(sound->stream, VORLUND_SAMPLE_FLOAT, channels, piece,
+            ENGINE_TRY(engine_fill(sound->stream, VORLUND_SAMPLE_FLOAT, sound->native_channels, channels, piece,
                                    least(DOUBLES / channels, end - at), &got));
             if (got == 0) return VORLUND_OK;
             for (uint64_t frame = 0; frame < got; ++frame, is_first = 0) {
@@ -271,6 +264,15 @@ int32_t engine_peaks(const engine_source* source, uint32_t channels, uint32_t co
         free(array->samples);
         array->samples = NULL;
     }
+    return code;
+}
+
+int32_t engine_measure(const engine_source* source, vorlund_levels* levels, vorlund_report* report) {
+    const engine_wanted wanted = {0, UINT64_MAX, VORLUND_SAMPLE_KEEP, 0, 0, VORLUND_QUALITY_HIGH};
+    engine_sound sound;
+    ENGINE_TRY(engine_open(source, &wanted, &sound, report));
+    const int32_t code = vorlund_measure_stream(sound.stream, levels);
+    vorlund_release(sound.stream);
     return code;
 }
 

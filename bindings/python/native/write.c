@@ -81,14 +81,12 @@ int32_t engine_write(const engine_target* target, const engine_plan* plan, uint3
 /* Whatever is left of a sound, mixed where that is wanted. */
 static int32_t copy_sound(const engine_sound* sound, const engine_writer* writer, uint64_t* frames) {
     float piece[DOUBLES];
-    vorlund_audio_format format = {sizeof format, 0, 0, 0};
     uint64_t got = 0;
-    ENGINE_TRY(vorlund_stream_audio_format(sound->stream, &format));
-    if (format.channels == sound->channels)
+    if (sound->native_channels == sound->channels)
         return vorlund_writer_write_stream(writer->writer, sound->stream, frames);
     *frames = 0;
     do {
-        ENGINE_TRY(engine_fill(sound->stream, VORLUND_SAMPLE_FLOAT, sound->channels, piece,
+        ENGINE_TRY(engine_fill(sound->stream, VORLUND_SAMPLE_FLOAT, sound->native_channels, sound->channels, piece,
                                DOUBLES / sound->channels, &got));
         ENGINE_TRY(engine_writer_write(writer, VORLUND_SAMPLE_FLOAT, sound->channels, piece, got));
         *frames += got;

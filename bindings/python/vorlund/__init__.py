@@ -22,6 +22,7 @@ from ._errors import (
     ReportEntry,
     UnsupportedError,
 )
+from ._measuring import Levels, measure
 from ._native import ffi as _ffi
 from ._native import lib as _lib
 from ._reading import Info, Sound, Stream, blocks, info, open, peaks, read
@@ -56,6 +57,7 @@ __all__ = [
     "FormatError",
     "Info",
     "KINDS",
+    "Levels",
     "NULL_DEVICE",
     "OutOfMemoryError",
     "Playback",
@@ -73,6 +75,7 @@ __all__ = [
     "handle_count",
     "info",
     "library_version",
+    "measure",
     "open",
     "peaks",
     "play",

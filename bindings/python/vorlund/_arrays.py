@@ -1,6 +1,8 @@
 """Sample types, arrays over memory of the native part, and arrays that are given to it."""
 from __future__ import annotations
 
+import functools
+import operator
 from typing import Any, Optional, Tuple
 
 import numpy as np
@@ -16,6 +18,7 @@ _FORMATS = {
     "float64": lib.ENGINE_DOUBLE,
 }
 _NAMES = {value: name for name, value in _FORMATS.items()}
+_DTYPES = {value: np.dtype(name) for name, value in _FORMATS.items()}
 QUALITIES = ("quick", "low", "medium", "high", "best")
 
 
@@ -25,6 +28,14 @@ def name_of(sample_format: int) -> str:
 
 def format_of(dtype: Any) -> int:
     """The sample format of a dtype; None keeps that of the sound."""
+    try:
+        return _known_format_of(dtype)
+    except TypeError:
+        # One that cannot be looked up, or none at all.
+        return _format_of(dtype)
+
+
+def _format_of(dtype: Any) -> int:
     if dtype is None:
         return lib.VORLUND_SAMPLE_KEEP
     kind = np.dtype(dtype)
@@ -33,10 +44,11 @@ def format_of(dtype: Any) -> int:
     return _FORMATS[kind.name]
 
 
+_known_format_of = functools.lru_cache(maxsize=64)(_format_of)
+
+
 def count_of(value: Any, name: str, least: int, most: int) -> int:
     """A whole number in its range."""
-    import operator
-
     number = operator.index(value)
     if not least <= number <= most:
         raise ValueError(f"{name} must be {least} to {most}, not {number}")
@@ -52,11 +64,14 @@ def quality_of(quality: str) -> int:
 def wanted(start: int = 0, frames: Optional[int] = None, rate: Optional[int] = None, channels: Optional[int] = None,
            dtype: Any = None, quality: str = "high") -> Any:
     """What is wanted of a sound, for the native part."""
+    # What is left out stays 0.
     record = ffi.new("engine_wanted*")
     record.start = count_of(start, "start", 0, 2**62)
     record.frames = 2**64 - 1 if frames is None or frames == -1 else count_of(frames, "frames", 0, 2**62)
-    record.rate = 0 if rate is None else count_of(rate, "rate", 1, 2**31 - 1)
-    record.channels = 0 if channels is None else count_of(channels, "channels", 1, 8)
+    if rate is not None:
+        record.rate = count_of(rate, "rate", 1, 2**31 - 1)
+    if channels is not None:
+        record.channels = count_of(channels, "channels", 1, 8)
     record.sample_format = format_of(dtype)
     record.quality = quality_of(quality)
     return record
@@ -70,14 +85,14 @@ def channels_wanted(mono: bool, channels: Optional[int]) -> Optional[int]:
 
 def over(array: Any, columns: int, flat: bool) -> NDArray[Any]:
     """An array over the samples that the native part has made, which it owns from now on."""
-    dtype = np.dtype(name_of(array.sample_format))
+    dtype = _DTYPES[array.sample_format]
     rows = array.frames
     shape = (rows,) if flat else (rows, columns)
     size = rows * columns * dtype.itemsize
     memory = ffi.gc(array.samples, lib.engine_free, size=size)
     if size == 0:
         return np.empty(shape, dtype)
-    return np.frombuffer(ffi.buffer(memory, size), dtype).reshape(shape)
+    return np.ndarray(shape, dtype, ffi.buffer(memory, size))
 
 
 def taken(samples: Any) -> Tuple[NDArray[Any], int, int, int]:

@@ -233,7 +233,7 @@ def rec(seconds: Optional[float] = None, *, frames: Optional[int] = None, rate: 
         at = 0
         while at < count:
             part = made[at : at + max(1, rate * _SLICE_MS // 1000)]
-            check(lib.engine_fill(stream[0], sample_format, channels, _arrays.pointer(part), len(part), got))
+            check(lib.engine_fill(stream[0], sample_format, channels, channels, _arrays.pointer(part), len(part), got))
             at += got[0]
             if got[0] < len(part):
                 raise DeviceError(f"the device was lost after {at} of {count} frames")

@@ -57,13 +57,14 @@ def read(source: Source, *, start: int = 0, frames: Optional[int] = None, rate: 
     settings = _arrays.wanted(start, frames, rate, _arrays.channels_wanted(mono, channels), dtype, quality)
     array = ffi.new("engine_array*")
     report = ffi.new("vorlund_report*")
-    with SourcePlace(source) as place:
-        code = lib.engine_read(place.record, settings, array, report)
-        try:
-            place.check(code, report)
-        except BaseException:
-            lib.engine_free(array.samples)
-            raise
+    place = SourcePlace(source)
+    try:
+        place.check(lib.engine_read(place.record, settings, array, report), report)
+    except BaseException:
+        lib.engine_free(array.samples)
+        raise
+    finally:
+        place.forget()
     return Sound(_arrays.over(array, array.channels, mono), array.rate)
 
 
@@ -225,7 +226,7 @@ class Stream:
     def _fill(self, out: NDArray[Any], frames: int) -> int:
         count = ffi.new("uint64_t*")
         memory = _arrays.pointer(out)
-        self._do(lambda: lib.engine_fill(self._stream, self._format, self.channels, memory, frames, count))
+        self._do(lambda: lib.engine_fill(self._stream, self._format, self._native_channels, self.channels, memory, frames, count))
         return count[0]
 
     def _read_rest(self) -> NDArray[Any]:

@@ -136,7 +136,7 @@ def python_release(handle: Any) -> None:
 
 
 def _is_path(value: Any) -> bool:
-    return isinstance(value, (str, os.PathLike))
+    return isinstance(value, str) or isinstance(value, os.PathLike)
 
 
 def _can_seek(file: Any) -> bool:
@@ -148,10 +148,8 @@ class _Place:
     """What sources and targets share: a record for the native part and what must live as long as that."""
 
     record: Any
-
-    def __init__(self) -> None:
-        self.object: Optional[_Object] = None
-        self.kept: Any = None
+    object: Optional[_Object] = None
+    kept: Any = None
 
     @property
     def failed(self) -> bool:
@@ -189,8 +187,8 @@ class SourcePlace(_Place):
     """A source for the native part."""
 
     def __init__(self, source: Source) -> None:
-        super().__init__()
-        ensure_open()
+        if not _is_open:
+            ensure_open()
         self.record = ffi.new("engine_source*")
         if _is_path(source):
             self.kept = ffi.new("char[]", os.fsencode(source))  # type: ignore[arg-type]
@@ -215,8 +213,8 @@ class TargetPlace(_Place):
     """A target for the native part."""
 
     def __init__(self, target: Target) -> None:
-        super().__init__()
-        ensure_open()
+        if not _is_open:
+            ensure_open()
         self.record = ffi.new("engine_target*")
         if _is_path(target):
             self.kept = ffi.new("char[]", os.fsencode(target))  # type: ignore[arg-type]

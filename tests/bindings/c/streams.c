@@ -91,6 +91,7 @@ static void frames_of_a_recording(void) {
     int16_t shorts[8] = {0};
     int32_t longs[8] = {0};
     float floats[8] = {0};
+    double doubles[8] = {0};
     unsigned char packed[24];
     char bytes[16];
     int i;
@@ -113,6 +114,11 @@ static void frames_of_a_recording(void) {
     C_OK(vorlund_stream_seek_frame(stream, 5000));
     C_OK(vorlund_stream_read_float(stream, floats, 4, &count));
     C_OK(vorlund_stream_seek_frame(stream, 5000));
+    C_OK(vorlund_stream_read_double(stream, doubles, 4, &count));
+    C_CHECK(count == 4);
+    C_OK(vorlund_stream_tell_frame(stream, &at));
+    C_CHECK(at == 5004);
+    C_OK(vorlund_stream_seek_frame(stream, 5000));
     C_OK(vorlund_stream_read_frames(stream, VORLUND_SAMPLE_24BIT, packed, 4, &count));
     C_OK(vorlund_stream_seek(stream, 20000));
     C_OK(vorlund_stream_read(stream, bytes, 16, &count));
@@ -120,6 +126,7 @@ static void frames_of_a_recording(void) {
     for (i = 0; i < 8; ++i) {
         C_CHECK(longs[i] == shorts[i] * 65536);
         C_CHECK(floats[i] == (float)shorts[i] / 32768.0f);
+        C_CHECK(doubles[i] == shorts[i] / 32768.0);
         C_CHECK((int16_t)(packed[3 * i + 1] | packed[3 * i + 2] << 8) == shorts[i] && packed[3 * i] == 0);
     }
     /* The end. */
@@ -130,6 +137,8 @@ static void frames_of_a_recording(void) {
     C_CHECK(count == 0);
     C_CODE(VORLUND_ERROR_ARGUMENT, vorlund_stream_read_frames(stream, 5, bytes, 1, &count));
     C_CODE(VORLUND_ERROR_ARGUMENT, vorlund_stream_read_float(stream, NULL, 1, &count));
+    C_CODE(VORLUND_ERROR_ARGUMENT, vorlund_stream_read_double(stream, NULL, 1, &count));
+    C_CODE(VORLUND_ERROR_ARGUMENT, vorlund_stream_read_double(stream, doubles, 1, NULL));
     C_CODE(VORLUND_ERROR_ARGUMENT, vorlund_stream_read_int16(stream, shorts, 1, NULL));
     C_CODE(VORLUND_ERROR_ARGUMENT, vorlund_stream_seek_frame(stream, (uint64_t)1 << 62));
     C_OK(vorlund_release(stream));

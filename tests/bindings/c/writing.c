@@ -427,6 +427,38 @@ static void plugins_write_and_resample(void) {
     C_OK(vorlund_release(source));
 }
 
+static void sound_is_measured(void) {
+    vorlund_stream stream = NULL;
+    vorlund_levels levels = {sizeof(levels), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    vorlund_levels small = {8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    static float plain[2 * 8000];
+    int32_t code;
+    int i;
+    C_OK(vorlund_open(VORLUND_OPEN_INSTALLED_PLUGINS | VORLUND_OPEN_WITHOUT_BOXES));
+    for (i = 0; i < 2 * 8000; ++i) plain[i] = i % 2 == 0 ? 0.25f : -0.5f;
+    C_CODE(VORLUND_ERROR_ARGUMENT, vorlund_measure_samples(NULL, 1, 2, 8000, &levels));
+    C_CODE(VORLUND_ERROR_ARGUMENT, vorlund_measure_samples(plain, 1, 2, 8000, NULL));
+    C_CODE(VORLUND_ERROR_HANDLE, vorlund_measure_stream(NULL, &levels));
+    code = vorlund_measure_samples(plain, 8000, 2, 8000, &levels);
+    C_CHECK(code == VORLUND_OK || code == VORLUND_ERROR_CLASS_NOT_FOUND);
+    if (code == VORLUND_OK) {
+        C_CHECK(levels.frames == 8000 && levels.peak == 0.5 && levels.peak_frame == 0);
+        C_CHECK(fabs(levels.rms - sqrt((0.0625 + 0.25) / 2)) < 1e-6);
+        C_CHECK(levels.clipped_samples == 0 && levels.silent_frames == 0 && levels.not_finite == 0);
+        C_CODE(VORLUND_ERROR_RECORD, vorlund_measure_samples(plain, 1, 2, 8000, &small));
+        C_CODE(VORLUND_ERROR_INVALID_PARAMETER, vorlund_measure_samples(plain, 1, 65, 8000, &levels));
+        C_OK(vorlund_decode_file(C_RECORDING, NULL, NULL, NULL, &stream));
+        C_OK(vorlund_stream_seek_frame(stream, 100));
+        C_OK(vorlund_measure_stream(stream, &levels));
+        C_CHECK(levels.frames == C_RECORDING_FRAMES - 100);
+        C_CHECK(levels.integrated > -60 && levels.integrated < 0 && levels.true_peak >= levels.rms);
+        C_OK(vorlund_release(stream));
+    }
+    C_OK(vorlund_stream_open_memory("abcd", 4, &stream));
+    C_CODE(VORLUND_ERROR_DATA_FORMAT, vorlund_measure_stream(stream, &levels));
+    C_OK(vorlund_release(stream));
+}
+
 static const struct c_case cases[] = {
     {"AFileIsWritten", a_file_is_written},
     {"MemoryIsWritten", memory_is_written},
@@ -438,6 +470,7 @@ static const struct c_case cases[] = {
     {"BuffersAreConverted", buffers_are_converted},
     {"TrapsOfTheProgramStay", traps_of_the_program_stay},
     {"PluginsWriteAndResample", plugins_write_and_resample},
+    {"SoundIsMeasured", sound_is_measured},
 };
 
 C_SUITE(CWriting, cases);

@@ -138,6 +138,7 @@ def test_nothing_grows(strings, wav_bytes):
             vorlund.read(strings, dtype="float64")
             vorlund.read(io.BytesIO(wav_bytes), rate=16000)
             vorlund.peaks(strings, 50)
+            vorlund.measure(strings)
             vorlund.write(io.BytesIO(), np.zeros(10000), 8000, kind="wav")
             with pytest.raises(vorlund.FormatError):
                 vorlund.read(b"no sound")

@@ -1,9 +1,14 @@
-"""The page docs/python.md does what it says: its blocks run one after the other, and print what stands below them."""
+"""The pages do what they say. The blocks of docs/python.md run one after the other, and print what stands below them; the commands
+of docs/start-python.md are given by the rules of tests/docs/run_page.py."""
 import contextlib
 import io
+import os
 import re
+import sys
+from pathlib import Path
 
 import soundfile
+import vorlund
 from conftest import ROOT, STRINGS
 
 BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$", re.M | re.S)
@@ -31,6 +36,18 @@ def test_the_page_runs(tmp_path, monkeypatch):
 
 def test_it_is_installed_as_the_page_says():
     page = (ROOT / "docs/python.md").read_text()
-    check = (ROOT / "tests/bindings/python/check.sh").read_text()
+    check = (ROOT / "scripts/python-site.sh").read_text()
     assert "pip install --no-build-isolation ." in page
-    assert re.search(r"pip install --no-build-isolation .* \.$", check, re.M)
+    assert re.search(r"pip install --no-build-isolation .* \.\)$", check, re.M)
+
+
+def test_the_first_steps_are_as_the_page_says(monkeypatch, capsys):
+    monkeypatch.syspath_prepend(str(ROOT / "tests/docs"))
+    import run_page
+
+    monkeypatch.setattr(run_page, "DONE_HERE", ("python",))
+    # The interpreter of the tests is that of the commands.
+    monkeypatch.setenv("PATH", f"{Path(sys.executable).parent}{os.pathsep}{os.environ['PATH']}")
+    build = Path(vorlund.__file__).resolve().parents[3]
+    commands, faults = run_page.play_page("docs/start-python.md", build)
+    assert (commands, faults) == (3, 0), capsys.readouterr().out

@@ -104,6 +104,39 @@ def test_two_threads_on_one_stream(wav_bytes):
         assert reading.result(LIMIT).shape == (3000, 1)
 
 
+class SlowTarget(io.BytesIO):
+    """A file that stops in the first write after `stops` is set."""
+
+    def __init__(self):
+        super().__init__()
+        self.stops = False
+        self.has_stopped = threading.Event()
+        self.goes_on = threading.Event()
+
+    def write(self, data):
+        if self.stops:
+            self.has_stopped.set()
+            assert self.goes_on.wait(LIMIT)
+        return super().write(data)
+
+
+def test_two_threads_on_one_writer():
+    file = SlowTarget()
+    samples = np.full((200000, 1), 0.25, np.float32)
+    with vorlund.create(file, 8000, 1, kind="wav") as writer, ThreadPoolExecutor(1) as pool:
+        file.stops = True
+        writing = pool.submit(writer.write, samples)
+        assert file.has_stopped.wait(LIMIT)
+        try:
+            for operation in (lambda: writer.write(samples), writer.close):
+                with pytest.raises(vorlund.BusyError):
+                    operation()
+        finally:
+            file.goes_on.set()
+        writing.result(LIMIT)
+    assert np.array_equal(vorlund.read(file.getvalue()).samples, samples)
+
+
 def test_a_stream_used_by_its_own_source(wav_bytes):
     class Nested(io.BytesIO):
         stream = None

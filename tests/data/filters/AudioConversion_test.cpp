@@ -370,6 +370,14 @@ TEST_F(AudioConversion, Raises) {
     ExpectRaises<CNullPtrException>(row(samples, 2, null), [&] { ConvertSamples(bytes, 0, nullptr, 1, 1); });
     ConvertSamples(nullptr, 0, nullptr, 1, 0);
 
+    const wchar* const doubles = VRL_L("vorlund::ConvertToDoubles");
+    double real = 0;
+    ExpectRaises<CInvalidParameterException>(row(doubles, 10, unknown),
+                                             [&] { ConvertToDoubles(&real, bytes, 5, 1); });
+    ExpectRaises<CNullPtrException>(row(doubles, 11, null), [&] { ConvertToDoubles(nullptr, bytes, 1, 1); });
+    ExpectRaises<CNullPtrException>(row(doubles, 11, null), [&] { ConvertToDoubles(&real, nullptr, 1, 1); });
+    ConvertToDoubles(nullptr, nullptr, 1, 0);
+
     const wchar* const number = VRL_L("Channel amount must be 1, 2 or 6");
     ExpectRaises<CInvalidParameterException>(row(channels, 3, unknown),
                                              [&] { MixChannels(bytes, 1, bytes, 2, 5, 1); });

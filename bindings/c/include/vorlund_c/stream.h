@@ -92,7 +92,7 @@ VORLUND_C_API int32_t VORLUND_CALL vorlund_stream_tell_frame(vorlund_stream stre
 /**
  * Reads `frames` whole frames, channels interleaved, as samples of one type, at true scale and clipped where
  * they are integers. `count` tells how many frames were read, less only at the end. `sample_format` is one of
- * VORLUND_SAMPLE_; the three others have theirs in the name. Failures as with vorlund_stream_read.
+ * VORLUND_SAMPLE_; the others have theirs in the name. Failures as with vorlund_stream_read.
  */
 VORLUND_C_API int32_t VORLUND_CALL vorlund_stream_read_frames(vorlund_stream stream, uint32_t sample_format,
                                                               void* samples, uint32_t frames,
@@ -103,6 +103,9 @@ VORLUND_C_API int32_t VORLUND_CALL vorlund_stream_read_int32(vorlund_stream stre
                                                              uint32_t frames, uint32_t* count);
 VORLUND_C_API int32_t VORLUND_CALL vorlund_stream_read_float(vorlund_stream stream, float* samples,
                                                              uint32_t frames, uint32_t* count);
+/** The same in double precision with full scale at 1.0, which loses nothing. */
+VORLUND_C_API int32_t VORLUND_CALL vorlund_stream_read_double(vorlund_stream stream, double* samples,
+                                                              uint32_t frames, uint32_t* count);
 
 /**
  * \name Streams of the program

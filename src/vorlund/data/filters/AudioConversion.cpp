@@ -21,6 +21,7 @@ constexpr const wchar* kFile = VRL_L("src/vorlund/data/filters/AudioConversion")
 constexpr const wchar* kConvertSamples = VRL_L("vorlund::ConvertSamples");
 constexpr const wchar* kMixChannels = VRL_L("vorlund::MixChannels");
 constexpr const wchar* kConvertAudio = VRL_L("vorlund::ConvertAudio");
+constexpr const wchar* kConvertToDoubles = VRL_L("vorlund::ConvertToDoubles");
 constexpr const wchar* kUnknownFormat = VRL_L("Unknown sample format");
 constexpr const wchar* kBufferIsNull = VRL_L("buffer is NULL");
 
@@ -34,6 +35,8 @@ constexpr TFailure kAudioChannels{kConvertAudio, kFile, 7, VRL_L("There are no c
 constexpr TFailure kAudioMatrix{kConvertAudio, kFile, 8,
                                 VRL_L("The matrix must have 1 to 8 channels and finite weights")};
 constexpr TFailure kAudioBuffer{kConvertAudio, kFile, 9, kBufferIsNull};
+constexpr TFailure kDoublesFormat{kConvertToDoubles, kFile, 10, kUnknownFormat};
+constexpr TFailure kDoublesBuffer{kConvertToDoubles, kFile, 11, kBufferIsNull};
 
 /// Samples of 32 bits between others and those of 24.
 constexpr std::size_t kBlock = 768;
@@ -96,6 +99,15 @@ bool IsGoodMatrix(const TMixMatrix& mix) {
 
 namespace {
 
+/// Whether the converters' own routines give the same: where no sample loses anything, and from integers to
+/// floats, which both round once.
+bool IsPlain(const TAudioConversion& conversion) {
+    if (conversion.mix) return false;
+    if (conversion.to == BUFFER_FORMAT_FLOAT)
+        return conversion.from != BUFFER_FORMAT_FLOAT || !conversion.clipsFloats;
+    return GetPrecision(conversion.from) <= GetPrecision(conversion.to);
+}
+
 /// Whether every output is one input as it is, or silent.
 bool IsExact(const TMixMatrix& mix) {
     for (std::size_t to = 0; to < mix.outputs; ++to) {
@@ -129,6 +141,13 @@ void ConvertSamples(void* destination, std::uint32_t to, const void* source, std
         from == BUFFER_FORMAT_24BIT, count, kBlock);
 }
 
+void ConvertToDoubles(double* destination, const void* source, std::uint32_t from, std::size_t count) {
+    if (GetBufferSampleSize(from) == 0) Raise<CInvalidParameterException>(kDoublesFormat);
+    if (count == 0) return;
+    if (!destination || !source) Raise<CNullPtrException>(kDoublesBuffer);
+    pcm::LoadReals(destination, static_cast<const std::byte*>(source), from, count);
+}
+
 void MixChannels(void* destination, std::uint32_t to, const void* source, std::uint32_t from,
                  std::uint32_t format, std::size_t frames) {
     const std::size_t sampleSize = GetBufferSampleSize(format);
@@ -157,9 +176,8 @@ std::uint64_t ConvertAudio(void* destination, const void* source, std::size_t fr
     if (frames == 0) return 0;
     if (!destination || !source) Raise<CNullPtrException>(kAudioBuffer);
 
-    const bool isFloat = conversion.to == BUFFER_FORMAT_FLOAT;
-    if (!mix && conversion.to == conversion.from && !(isFloat && conversion.clipsFloats)) {
-        std::memcpy(destination, source, frames * conversion.channels * toSize);
+    if (IsPlain(conversion)) {
+        ConvertSamples(destination, conversion.to, source, conversion.from, frames * conversion.channels);
         return 0;
     }
     const bool isLossy =

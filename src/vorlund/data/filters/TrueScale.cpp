@@ -2,21 +2,13 @@
 #include "vorlund/data/filters/TrueScale.h"
 
 #include "vorlund/data/filters/Packed24.h"
+#include "vorlund/data/filters/PcmReals.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace vorlund::pcm {
 namespace {
-
-template <class TSample>
-void Load(double* reals, const std::byte* source, std::size_t count, double zero, double scale) {
-    for (std::size_t i = 0; i < count; ++i) {
-        TSample sample;
-        std::memcpy(&sample, source + i * sizeof sample, sizeof sample);
-        reals[i] = (static_cast<double>(sample) - zero) * scale;
-    }
-}
 
 void Load24(double* reals, const std::byte* source, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i, source += 3) reals[i] = LoadPacked24(source) * 0x1p-31;
@@ -91,18 +83,8 @@ void StoreFloats(std::byte* destination, const double* reals, bool clips, std::s
 } // namespace
 
 void LoadReals(double* reals, const std::byte* source, std::uint32_t from, std::size_t count) {
-    switch (from) {
-    case BUFFER_FORMAT_8BIT:
-        return Load<std::uint8_t>(reals, source, count, 128, 0x1p-7);
-    case BUFFER_FORMAT_16BIT:
-        return Load<std::int16_t>(reals, source, count, 0, 0x1p-15);
-    case BUFFER_FORMAT_32BIT:
-        return Load<std::int32_t>(reals, source, count, 0, 0x1p-31);
-    case BUFFER_FORMAT_24BIT:
-        return Load24(reals, source, count);
-    default:
-        return Load<float>(reals, source, count, 0, 1);
-    }
+    if (from == BUFFER_FORMAT_24BIT) return Load24(reals, source, count);
+    FindReals(from)(reals, source, count);
 }
 
 void MixReals(double* output, const double* input, const TMixMatrix& mix, std::size_t frames) {

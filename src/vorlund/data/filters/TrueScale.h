@@ -10,9 +10,11 @@
 
 namespace vorlund::pcm {
 
-/// The most samples that one call takes.
+/// The most samples that one call of `StoreReals` takes.
 inline constexpr std::size_t kMaxReals = 512;
 
+/// Of any number of samples.
+///
 /// \param from  a known `TBufferFormat`
 void LoadReals(double* reals, const std::byte* source, std::uint32_t from, std::size_t count);
 
