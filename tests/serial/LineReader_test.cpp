@@ -164,6 +164,21 @@ TEST_F(LineReader, AVeryLongLine) {
     EXPECT_FALSE(reader.ReadLine(line));
 }
 
+TEST_F(LineReader, LongWideLines) {
+    for (const std::size_t length : {255, 256, 257, 511, 1000, 7000}) {
+        wstring text(length, VRL_L('x'));
+        text[length / 2] = VRL_L('\r');
+        const auto stream = Source(WideBytes(text + VRL_L('\n') + text + VRL_L('\n') + text));
+        CLineReader reader(stream.Get(), CHAR_FORMAT_UTF16);
+        wstring line;
+        for (int i = 0; i < 3; ++i) {
+            ASSERT_TRUE(reader.ReadLine(line)) << length;
+            EXPECT_EQ(line, wstring(length - 1, VRL_L('x'))) << length;
+        }
+        EXPECT_FALSE(reader.ReadLine(line));
+    }
+}
+
 // A read that fails behind the first window loses nothing of the line.
 TEST_F(LineReader, ALineOfWhichTheBeginningIsReadIsNoEnd) {
     const auto stream = Source(TBytes(CLineReader::kWindow, 'x'));
