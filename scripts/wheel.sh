@@ -36,7 +36,7 @@ bundle_linux() {
 bundle_windows() {
     # Windows looks beside the extension.
     cp "$work"/installed/bin/*.dll "$package/"
-    cp -r "$work/installed/bin/vorlund-plugins" "$package/"
+    cp -r "$work/installed/lib/vorlund/plugins" "$package/vorlund-plugins"
 }
 
 # Headers of Python for Windows, and what the extension is linked with: the functions of the stable interface that it may use.
@@ -61,6 +61,8 @@ win64)
     bundle_windows
     python_for_windows
     export CC=x86_64-w64-mingw32-gcc LDSHARED="x86_64-w64-mingw32-gcc -shared" CPPFLAGS=-I$work/include
+    # Its functions would be in one more library.
+    export CFLAGS=-fno-stack-protector
     export LDFLAGS="-L$work -static-libgcc" VORLUND_PYTHON_LIBRARY=python3 _PYTHON_HOST_PLATFORM=win-amd64
     ;;
 *)
@@ -71,7 +73,7 @@ esac
 cp LICENSE "$work/source/"
 mkdir -p "$wheels"
 (cd "$work/source" && "$python" -m pip wheel --no-build-isolation --no-deps --no-index --quiet --wheel-dir "$work/made" .)
-unset CC LDSHARED CPPFLAGS LDFLAGS _PYTHON_HOST_PLATFORM
+unset CC LDSHARED CFLAGS CPPFLAGS LDFLAGS _PYTHON_HOST_PLATFORM
 if [[ $target == win64 ]]; then
     # The ending by which Windows knows extensions.
     (cd "$work" && "$python" -m wheel unpack --dest unpacked made/*.whl >/dev/null && rm made/*.whl)

@@ -156,7 +156,12 @@ def from_build(folder):
     folder = Path(folder).resolve()
     sources = re.search(r"^CMAKE_HOME_DIRECTORY:INTERNAL=(.*)$", (folder / "CMakeCache.txt").read_text(), re.M)[1]
     libraries = str(folder / "bin")
-    return {"include_dirs": [f"{sources}/bindings/c/include"], "library_dirs": [libraries], "runtime": libraries}
+    return {
+        "include_dirs": [f"{sources}/bindings/c/include"],
+        # Import libraries for Windows are beside it.
+        "library_dirs": [libraries, str(folder / "lib")],
+        "runtime": libraries,
+    }
 
 
 def from_package():

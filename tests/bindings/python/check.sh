@@ -13,7 +13,7 @@ export PYTHONDONTWRITEBYTECODE=1
 # takes minutes with them.
 export PYTHONPATH=$folder/site
 tests() {
-    timeout -k 10 200 "$python" "${mode[@]}" -m pytest -q -p no:cacheprovider -o faulthandler_timeout=60 --basetemp "$folder/pytest" "$@"
+    timeout -k 10 400 "$python" "${mode[@]}" -m pytest -q -p no:cacheprovider -o faulthandler_timeout=60 --basetemp "$folder/pytest" "$@"
 }
 mode=(-X dev -W "ignore::DeprecationWarning")
 tests tests/bindings/python --ignore tests/bindings/python/test_examples.py "$@"
