@@ -23,7 +23,7 @@ def use(folder, sound):
     file = io.BytesIO()
     # As far as there are plug-ins in it.
     plugins = {path.stem for path in pathlib.Path(folder).glob("vorlund/lib/vorlund-plugins/*.so")}
-    vorlund.write(file, samples, rate, kind="flac" if "sndfile" in plugins else "wav")
+    vorlund.write(file, samples, rate, kind="flac" if "sndfile" in plugins else "wav", sample="int16")
     assert vorlund.read(file.getvalue(), dtype="float32").samples.shape == samples.shape
     assert "resample" not in plugins or vorlund.resample(samples, rate, 44100).shape == (202860, 2)
     with open("/proc/self/maps", encoding="utf-8") as maps:
