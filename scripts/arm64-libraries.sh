@@ -38,6 +38,8 @@ fetch_all() {
     for row in "$work"/files/*.deb; do dpkg-deb -x "$row" "$work/tree"; done
     if [[ $result == */python-* ]]; then
         mv "$work/tree/usr" "$work/result/"
+        # Some packages still have their libraries in /lib.
+        cp -r "$work/tree/lib/." "$work/result/usr/lib/"
         return
     fi
     # In one folder for each, without the further one of this kind of machine.

@@ -88,7 +88,7 @@ case $target in
 "") (cd / && PYTHONPATH=$work/tried "$python" "$OLDPWD/scripts/try_wheel.py" "${tried[@]}") ;;
 linux-arm64)
     libraries=$emulated/usr/lib/aarch64-linux-gnu
-    others=$(sed -n 's/^VORLUND_CODECS_DIR:PATH=//p' "$build/CMakeCache.txt")
+    others=$(sed -n 's/^VORLUND_CODECS_DIR:[A-Z]*=//p' "$build/CMakeCache.txt")
     (cd / && QEMU_LD_PREFIX=/usr/aarch64-linux-gnu qemu-aarch64-static -E PYTHONHOME="$emulated/usr" \
         -E PYTHONPATH="$work/tried:$emulated/usr/lib/python3/dist-packages" \
         -E LD_LIBRARY_PATH="$libraries:$libraries/blas:$libraries/lapack:$others/lib" \
