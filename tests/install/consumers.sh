@@ -99,10 +99,12 @@ make --silent -C "$work/make" CXX="$compiler" EXTENSION="$so"
 host_finds "$work/make/my_plugin.$so" >/dev/null
 way "a plug-in by a Makefile"
 
-# The commands of the guide, as they are there.
+# The commands of the guide, as they are there. Those for Linux are in the block for an installation.
+place=$system
+[[ $system != linux ]] || place=installed
 mkdir "$work/hand"
 cp "$here/plugin.cpp" "$work/hand/Plugin.cpp"
-lines=$(sed -n "/^### By hand/,/^##/{/^\`\`\`console $system/,/^\`\`\`/s/^\\$ //p}" "$sources/docs/writing-a-plugin.md")
+lines=$(sed -n "/^### By hand/,/^##/{/^\`\`\`console $place/,/^\`\`\`/s/^\\$ //p}" "$sources/docs/writing-a-plugin.md")
 [[ -n $lines ]]
 (cd "$work/hand" && PREFIX=$prefix bash -euo pipefail -c "${lines//g++/$compiler}")
 host_finds "$work/hand/my_plugin.$so" >/dev/null
