@@ -4,6 +4,7 @@
 #include "BenchSupport.h"
 #include "EventPlaces.h"
 
+#include <vorlund/PeriodicClock.h>
 #include <vorlund/Timer.h>
 
 #include <benchmark/benchmark.h>
@@ -12,6 +13,7 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <string>
 #include <thread>
 #include <vector>
@@ -51,16 +53,18 @@ struct TSignals {
     double length = 0;
 };
 
-/// Calls `wait` for each signal, for as long as a row lasts.
+/// Calls `wait`, which returns how many signals came, for as long as a row lasts.
 template <class TWait> TSignals Count(TWait wait) {
     const double length = IsShort() ? 100 : 10000;
     TSignals signals;
     wait();
     const auto start = TClock::now();
     for (auto last = start; signals.length < length;) {
-        wait();
+        const std::uint64_t count = wait();
         const auto now = TClock::now();
         signals.distances.push_back(TMilliseconds(now - last).count());
+        // Those that came together.
+        signals.distances.insert(signals.distances.end(), count - 1, 0);
         signals.length = TMilliseconds(now - start).count();
         last = now;
     }
@@ -74,7 +78,13 @@ TSignals CountTimer() {
     return Count([&] {
         timer.Wait();
         timer.SetState(false);
+        return 1U;
     });
+}
+
+TSignals CountClock() {
+    CPeriodicClock clock(kPeriod / 1000);
+    return Count([&] { return clock.Wait(); });
 }
 
 TSignals CountSleeps() {
@@ -82,6 +92,7 @@ TSignals CountSleeps() {
     return Count([&] {
         next += std::chrono::milliseconds(10);
         std::this_thread::sleep_until(next);
+        return 1U;
     });
 }
 
@@ -119,6 +130,7 @@ void RegisterFor(const std::string& where, unsigned int load) {
     for (const auto& [what, figure] :
          {std::pair{"late", TFigure::Late}, {"longest", TFigure::Longest}, {"lost", TFigure::Lost}}) {
         add(what, "vorlund", figure, CountTimer);
+        add(what, "vorlund CPeriodicClock", figure, CountClock);
         add(what, "sleep_until", figure, CountSleeps);
     }
 }

@@ -190,7 +190,7 @@ TEST_F(LineReader, ALineOfWhichTheBeginningIsReadIsNoEnd) {
     EXPECT_FALSE(reader.Eof());
     stream->failAt.reset();
     ASSERT_TRUE(reader.ReadLine(line));
-    EXPECT_EQ(line.size(), CLineReader::kWindow);
+    EXPECT_EQ(line.size(), std::size_t{CLineReader::kWindow});
     EXPECT_TRUE(reader.Eof());
 }
 
