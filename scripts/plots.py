@@ -61,6 +61,14 @@ def new_axes(rows):
     return figure, axes
 
 
+def new_log_axes(rows):
+    figure, axes = new_axes(rows)
+    axes.set_xscale("log")
+    axes.grid(axis="x", color=GREY, linewidth=0.5)
+    axes.set_axisbelow(True)
+    return figure, axes
+
+
 def place_of(ratio):
     """Where a ratio is shown: what is too far out is at the edge."""
     return min(max(ratio, 1 / EDGE), EDGE)
@@ -80,19 +88,16 @@ def ratio_axis(axes, shown):
     from matplotlib.ticker import FuncFormatter
 
     values = [1 / 3, 3, *(place_of(row.ratio) for row in shown), *(place_of(row.wine) for row in shown if row.wine)]
-    axes.set_xscale("log")
     # Room for the names of peers.
     axes.set_xlim(min(values) / 1.3, max(values) * 7)
     axes.axvline(1, color="black", linewidth=0.8)
-    axes.grid(axis="x", color=GREY, linewidth=0.5)
-    axes.set_axisbelow(True)
     axes.xaxis.set_major_formatter(FuncFormatter(lambda value, _: f"{value:g}"))
     axes.set_xlabel("the strongest peer's time or memory by ours: ours is better to the right of 1, worse to the left")
 
 
 def draw_overview(shown):
     programs = list(dict.fromkeys(row.program for row in shown))
-    figure, axes = new_axes(len(programs))
+    figure, axes = new_log_axes(len(programs))
     labels = []
     for line, program in enumerate(programs):
         part = [row.ratio for row in shown if row.program == program]
@@ -110,7 +115,7 @@ def draw_ratios(shown):
         if not lines or lines[-1][0] != row.program:
             lines.append((row.program, None))
         lines.append((row.program, row))
-    figure, axes = new_axes(len(lines))
+    figure, axes = new_log_axes(len(lines))
     for line, (_, row) in enumerate(lines):
         if not row:
             continue
@@ -164,7 +169,7 @@ def draw_growth(curves):
 
 
 def draw_fuzz(targets):
-    figure, axes = new_axes(len(targets) * 2)
+    figure, axes = new_log_axes(len(targets) * 2)
     for place, (inputs32, inputs64, failed) in enumerate(targets.values()):
         for offset, count, colour in ((0.1, inputs64, BETTER), (0.9, inputs32, OTHER)):
             if count:
@@ -173,16 +178,13 @@ def draw_fuzz(targets):
             runs = "one run has" if failed == 1 else f"{failed} runs have"
             axes.text(max(inputs32, inputs64) * 1.3, 2 * place + 0.5, f"{runs} found a fault", va="center", color=WORSE)
     axes.set_yticks([2 * place + 0.5 for place in range(len(targets))], targets)
-    axes.set_xscale("log")
     axes.set_xlim(left=1000)
-    axes.grid(axis="x", color=GREY, linewidth=0.5)
-    axes.set_axisbelow(True)
     axes.set_xlabel("inputs, all runs of the account together: 64 bits above, 32 bits below")
     return figure
 
 
 def draw_soak(runs):
-    figure, axes = new_axes(len(runs))
+    figure, axes = new_log_axes(len(runs))
     labels = []
     for place, (target, date, seconds, first, last, outcome) in enumerate(runs):
         labels.append(f"{target}, {date}" + (f", {seconds:,} s" if seconds else ""))
@@ -194,10 +196,7 @@ def draw_soak(runs):
         else:
             axes.text(1100, place, outcome, va="center", color=WORSE, fontsize=6.5)
     axes.set_yticks(range(len(runs)), labels)
-    axes.set_xscale("log")
     axes.set_xlim(1000, 400000)
-    axes.grid(axis="x", color=GREY, linewidth=0.5)
-    axes.set_axisbelow(True)
     axes.set_xlabel("KiB of memory: hollow at the beginning, full at the end")
     return figure
 
