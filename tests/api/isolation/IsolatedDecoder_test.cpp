@@ -113,6 +113,15 @@ CRefPtr<IInputStream> DecodeHere(IInputStream& source, CDecodeReport& report) {
         v.GetCodecClassStore().DecodeStream(&source, TDataFormat_AudioPcm::FormatId, {.report = &report}));
 }
 
+TEST_F(IsolatedDecoder, ASourceWithoutPositionsIsReadOnly) {
+    // It raises when it is asked for a position.
+    const auto source = Make<CFaultyInputStream>();
+    source->bytes = Command("nothing")->bytes;
+    source->capabilities = STREAM_CAPABILITY_READ;
+    EXPECT_EQ(ReadAll(*Decode(*source), 100).size(), 7u);
+    EXPECT_EQ(source->position, static_cast<std::int64_t>(source->bytes.size()));
+}
+
 TEST_F(IsolatedDecoder, GivesWhatTheStoreGives) {
     const auto source = MakeWav(100000);
     CDecodeReport hereReport;

@@ -64,6 +64,17 @@ TEST_F(PluginDependency, BesideThePluginIsTaken) {
     EXPECT_EQ(LoadInHostileFolder(), std::vector<std::string>{"init with the library of honest"});
 }
 
+TEST_F(PluginDependency, TheTableOfALibraryIsNotThePlugins) {
+    const fs::path plugin = folder_.Add("depending");
+    const fs::path file = DependencyFile("honest");
+    fs::copy_file(file, folder_.At(file.filename()));
+    CPluginStore store;
+    // With that table it would be refused.
+    EXPECT_EQ(store.LoadPluginFile(ToVorlund(plugin).c_str()), PLUGIN_LOADED);
+    EXPECT_TRUE(store.GetReport(store.GetReportCount() - 1).items.empty());
+    store.Close();
+}
+
 TEST_F(PluginDependency, OfTheWorkingFolderIsNotTaken) {
     folder_.Add("depending");
     EXPECT_EQ(LoadInHostileFolder(), std::vector<std::string>());

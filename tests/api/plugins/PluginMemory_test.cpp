@@ -5,6 +5,7 @@
 #include "support/Allocations.h"
 #include "support/LibraryScope.h"
 #include "support/NothingLeft.h"
+#include "support/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -55,6 +56,38 @@ TEST(PluginMemory, PluginThatCannotBeRecordedIsClosedAndUnloaded) {
     // The last allocation is the record's. A plug-in that was refused memory in its own entry stays.
     EXPECT_FALSE(isInProcess);
     EXPECT_EQ(output, "close silent\n");
+}
+
+TEST(PluginMemory, WhatAPluginRaisesIsReportedWithoutMemoryToo) {
+    const CLibraryScope library;
+    CPluginFolder folder;
+    const wstring path = ToVorlund(folder.Add("raising_alone"));
+    CPluginStore store;
+    store.SetFailureMode(PLUGIN_FAILURE_REPORTED);
+    bool wasWithoutReason = false;
+    for (std::size_t successes = 0;; ++successes) {
+        TPluginOutcome outcome = PLUGIN_BEGUN;
+        bool isRefused = false;
+        {
+            const CAllocationFailure failure(successes);
+            try {
+                outcome = store.LoadPluginFile(path.c_str());
+            } catch (const std::bad_alloc&) {
+                isRefused = true;
+            }
+            isRefused = isRefused || failure.HasFailed();
+        }
+        if (outcome == PLUGIN_BEGUN) continue;
+        ASSERT_EQ(outcome, PLUGIN_RAISED) << successes;
+        const TPluginReport report = store.GetReport(0);
+        EXPECT_EQ(report.outcome, PLUGIN_RAISED) << successes;
+        if (!isRefused) {
+            EXPECT_EQ(Narrow(report.detail), "no sound card, and a text too long to be kept in place");
+            break;
+        }
+        wasWithoutReason = wasWithoutReason || report.detail.Length() == 0;
+    }
+    EXPECT_TRUE(wasWithoutReason);
 }
 
 } // namespace

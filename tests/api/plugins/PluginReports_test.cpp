@@ -276,6 +276,17 @@ TEST_F(PluginReports, GuardedPluginThatRegistersAndDeclinesStays) {
     EXPECT_EQ(std::count(texts.begin(), texts.end(), "close hasty"), 0);
 }
 
+TEST_F(PluginReports, GuardedPluginThatRegistersBesideABadTableStays) {
+    const fs::path file = folder_.Add("bad_table");
+    store_.SetFailureMode(PLUGIN_FAILURE_REPORTED);
+    LoadAll();
+    EXPECT_EQ(GetReport("bad_table").outcome, PLUGIN_BAD_TABLE);
+    EXPECT_EQ(GetReport("bad_table").items.size(), 1U);
+    EXPECT_FALSE(store_.IsPluginLoaded(VRL_L("bad_table")));
+    EXPECT_TRUE(IsInProcess(file));
+    EXPECT_TRUE(CRefPtr<IObject>::Adopt(v.GetClassStore().CreateObject(VRL_L("test::CTabled"))));
+}
+
 TEST(PluginReportsOfALibrary, InitGoesOnWhenFailuresAreReported) {
     const CLibraryScope library;
     const CDebugRecorder recorder;

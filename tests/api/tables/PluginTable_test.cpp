@@ -140,6 +140,12 @@ TEST_F(PluginTable, BadOnesAreRefusedWithTheReason) {
     EXPECT_THROW(v.GetClassStore().CreateObject(kTableDecoder), CClassNotFoundException);
 }
 
+TEST_F(PluginTable, WithABadTableNothingOfItStays) {
+    store_.SetFailureMode(PLUGIN_FAILURE_REPORTED);
+    EXPECT_EQ(Load(3).outcome, PLUGIN_BAD_TABLE);
+    EXPECT_FALSE(IsInProcess(folder_.PathOf("table")));
+}
+
 TEST_F(PluginTable, TableWithoutTheEntriesIsRefused) {
     std::string bytes = ReadFile(PluginFile("table_plugin"));
     for (std::size_t at = 0; (at = bytes.find("?Vrl", at)) != std::string::npos;) bytes[at + 1] = 'X';

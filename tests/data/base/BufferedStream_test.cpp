@@ -217,6 +217,9 @@ TEST_F(BufferedStream, WhatIsRefusedIsToldAndTriedAgain) {
     EXPECT_EQ(output_->Tell(), 30);
     EXPECT_EQ(Outcome([&] { output_->Flush(); }), kCannotWrite);
     EXPECT_EQ(Outcome([&] { FlushOutput(*output_); }), kCannotWrite);
+    // More than a block, of which nothing is taken.
+    EXPECT_EQ(Outcome([&] { Write(Ramp(80)); }), kCannotWrite);
+    EXPECT_EQ(output_->Tell(), 30);
     target_->maximumSize = 1000;
     Write(Ramp(4, 30));
     output_->Flush();
@@ -296,6 +299,14 @@ TEST_F(BufferedStream, AStreamThatChangesItsFilterAndRefusesIsHeard) {
     IOutputStreamFilter* const dying = output_.Detach();
     stream->act = [dying] { EXPECT_EQ(dying->Release(), 0); };
     EXPECT_EQ(Outcome([&] { dying->Disconnect(); }), kCannotWrite);
+    EXPECT_EQ(ReferencesOf(stream.Get()), 1);
+    // Or closed.
+    IOutputStreamFilter* const closing = CreateBufferedOutput(kBlock);
+    closing->Connect(stream.Get());
+    closing->Write("abc", 3);
+    stream->act = [closing] { EXPECT_EQ(closing->Release(), 0); };
+    EXPECT_EQ(Outcome([&] { closing->Close(); }), kCannotWrite);
+    EXPECT_EQ(stream->closed, 1);
     EXPECT_EQ(ReferencesOf(stream.Get()), 1);
 }
 

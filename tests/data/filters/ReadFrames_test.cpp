@@ -259,6 +259,18 @@ TEST_F(ReadFramesFrom, FailuresAreThoseOfRead) {
     EXPECT_EQ(ReadFrames(*memory, buffer.data(), buffer.size()), 0u);
 }
 
+TEST_F(ReadFramesFrom, SoundsWithoutFrames) {
+    // No channels, and so many that no step holds a frame.
+    for (const std::uint32_t channels : {0u, 4000u}) {
+        const TSound sound{SAMPLE_FORMAT_8BIT, channels, SAMPLE_FORMAT_16BIT, channels};
+        const auto source = PcmSource(sound.GetFormat(), Ramp(10000));
+        const auto stream = Convert(sound, CRefPtr<IInputStream>::Share(source.Get()));
+        TBytes buffer(20000, kUnwritten);
+        EXPECT_EQ(ReadFrames(*stream, buffer.data(), buffer.size()), channels == 0 ? 0u : 16000u);
+        EXPECT_EQ(source->position, channels == 0 ? 0 : 8000) << channels;
+    }
+}
+
 TEST_F(ReadFramesFrom, AnyStream) {
     const auto source = Make<CFaultyInputStream>();
     source->bytes = Ramp(1'000);

@@ -94,7 +94,7 @@ TEST_F(WavWriterOdd, MetadataThatCannotBeReplacedChangeNothing) {
 
 TEST_F(WavWriterOdd, MetadataOfAnySizeInTheRoomForThem) {
     CLibraryScope library;
-    for (std::uint32_t room = 32; room < 64; ++room) {
+    for (std::uint32_t room = 8; room < 64; ++room) {
         TWavWriterOptions options;
         options.metadataRoom = room;
         const auto stream = Make<CMemoryOutputStream>();
@@ -102,7 +102,7 @@ TEST_F(WavWriterOdd, MetadataOfAnySizeInTheRoomForThem) {
         writer.Write(Ramp(4).data(), 4);
         writer.SetMetadata(Titled("title"));
         writer.Close();
-        // In its room where a whole free chunk is left, or nothing; behind the sound otherwise.
+        // In its room where it fills that, or a whole free chunk is left; behind the sound otherwise.
         const auto source = Make<CMemoryInputStream>();
         source->bytes = stream->bytes;
         EXPECT_EQ(ReadWavMetadata(source.Get()), Titled("title")) << room;

@@ -150,6 +150,26 @@ TEST_F(AudioInput, ALossIsToldFromAnEnd) {
     EXPECT_EQ(GetReadError(*stream), static_cast<std::uint32_t>(ENODEV));
 }
 
+TEST_F(AudioInput, AStopWhileThereIsNoDeviceIsTheEnd) {
+    const auto input = CreateInput();
+    const TBytes sound = MakeSound(kSixteenBits, 1000);
+    SetInput(sound);
+    input->OpenInput(kSixteenBits, kDefaultAudioLatency);
+    const auto stream = GetStream(input);
+    audio_.Step(100);
+    audio_.LoseAt(0, VRL_L("b"));
+    audio_.LoseAt(0, VRL_L("a"));
+    EXPECT_EQ(input->GetState(), AUDIO_STATE_LOST);
+    input->Stop();
+    audio_.Step(100);
+    // Nobody opens it again.
+    audio_.ReturnAt(0, VRL_L("a"));
+    audio_.Step(100);
+    EXPECT_EQ(input->GetPosition(), 100u);
+    EXPECT_EQ(Read(stream, 1 << 20), Part(sound, 0, 400));
+    EXPECT_TRUE(stream->Eof());
+}
+
 TEST_F(AudioInput, InputsFollowTheDefault) {
     const auto input = CreateInput();
     const TBytes sound = MakeSound(kSixteenBits, 1000);

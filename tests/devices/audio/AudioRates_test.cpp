@@ -122,6 +122,24 @@ TEST_F(AudioRates, FewFramesAreHeardWithoutMore) {
     EXPECT_NE(std::search(later.begin(), later.end(), both.begin(), both.end()), later.end());
 }
 
+TEST_F(AudioRates, APauseIsNotTheEndOfWhatWasWritten) {
+    output_->OpenOutput(kSlow, kDefaultAudioLatency);
+    output_->SetPaused(true);
+    const TBytes sound = MakeSound(kSlow, 882);
+    output_->Write(sound.data(), sound.size() / 2);
+    audio_.Step(2000);
+    EXPECT_EQ(output_->GetPosition(), 0u);
+    EXPECT_EQ(output_->GetDelay(), 441u);
+    // The rest belongs to the same sound, however late it comes.
+    output_->Write(sound.data() + sound.size() / 2, sound.size() / 2);
+    output_->SetPaused(false);
+    audio_.Step(4000);
+    EXPECT_EQ(output_->GetPosition(), 882u);
+    const TBytes played = GetPlayed();
+    const TBytes expected = Convert(kSlow, sound);
+    EXPECT_NE(std::search(played.begin(), played.end(), expected.begin(), expected.end()), played.end());
+}
+
 TEST_F(AudioRates, FlushDropsWhatTheResamplerHas) {
     output_->OpenOutput(kSlow, kDefaultAudioLatency);
     const TBytes sound = MakeSound(kSlow, 8192);

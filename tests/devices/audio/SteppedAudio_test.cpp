@@ -255,6 +255,25 @@ TEST_F(SteppedAudio, AnotherDefaultMayHaveAnotherFormat) {
     EXPECT_EQ(Part(GetPlayed(kA), 8000, 8400), written);
 }
 
+TEST_F(SteppedAudio, WithNothingQueuedOnlyTheFormatChanges) {
+    const auto output = CreateOutput();
+    const TDataFormat_AudioPcm wide(SAMPLE_FORMAT_32BIT, 2, 48000);
+    audio_.SetDeviceFormat(kB, wide);
+    output->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    audio_.SetDefaultAt(0, kB);
+    EXPECT_EQ(output->GetDeviceFormat().sampleFormat, SAMPLE_FORMAT_32BIT);
+    EXPECT_EQ(output->GetDelay(), 0u);
+    const TBytes sound = MakeSound(kSixteenBits, 100);
+    output->Write(sound.data(), sound.size());
+    audio_.Step(100);
+    EXPECT_EQ(output->GetPosition(), 100u);
+    TBytes expected;
+    for (std::size_t i = 0; i < sound.size(); i += 2)
+        expected.insert(expected.end(), {0, 0, sound[i], sound[i + 1]});
+    EXPECT_EQ(GetPlayed(kB), expected);
+    EXPECT_EQ(GetPlayed(kA), TBytes());
+}
+
 TEST_F(SteppedAudio, TheExampleOfItsPage) {
     // docs/audio-devices.md
     CSteppedAudio audio;
@@ -305,6 +324,23 @@ TEST_F(SteppedAudio, ADevicePlaysOneOutputAtATime) {
     one->Close();
     other->Open();
     EXPECT_EQ(other->GetState(), AUDIO_STATE_RUNNING);
+}
+
+TEST_F(SteppedAudio, WhoHasLostADeviceLeavesItToOthers) {
+    const auto one = CreateOutput(kA);
+    const auto other = CreateOutput(kA);
+    one->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    audio_.LoseAt(0, kA);
+    audio_.ReturnAt(0, kA);
+    EXPECT_EQ(one->GetState(), AUDIO_STATE_LOST);
+    other->OpenOutput(kSixteenBits, kDefaultAudioLatency);
+    const TBytes sound = MakeSound(kSixteenBits, 100);
+    other->Write(sound.data(), sound.size());
+    one->Close();
+    audio_.Step(100);
+    EXPECT_EQ(other->GetPosition(), 100u);
+    EXPECT_EQ(GetPlayed(), sound);
+    ExpectRaises<CFailedException>(kInUse, [&] { one->Open(); });
 }
 
 TEST_F(SteppedAudio, OutputsOutliveIt) {

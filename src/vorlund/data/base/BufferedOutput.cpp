@@ -65,7 +65,7 @@ void CBufferedOutput::Close() {
     try {
         if (call.IsAlive()) WriteOut();
     } catch (...) {
-        if (call.IsAlive() && block_) Restart(0);
+        if (call.IsAlive()) Restart(0);
         stream->Close();
         throw;
     }
@@ -168,7 +168,7 @@ void CBufferedOutput::WriteMore(const std::uint8_t* bytes, std::uint64_t size) {
         WriteOut();
     } catch (...) {
         // The caller knows that these are not taken.
-        if (fills && call.IsUnchanged() && block_) next_ -= first;
+        if (fills && call.IsUnchanged()) next_ -= first;
         throw;
     }
     if (!call.IsAlive()) return;
