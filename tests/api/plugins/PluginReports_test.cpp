@@ -276,6 +276,15 @@ TEST_F(PluginReports, GuardedPluginThatRegistersAndDeclinesStays) {
     EXPECT_EQ(std::count(texts.begin(), texts.end(), "close hasty"), 0);
 }
 
+TEST_F(PluginReports, GuardedPluginThatOnlyDeclinesGoes) {
+    const fs::path file = folder_.Add("refusing");
+    store_.SetFailureMode(PLUGIN_FAILURE_REPORTED);
+    LoadAll();
+    EXPECT_EQ(GetReport("refusing").outcome, PLUGIN_DECLINED);
+    EXPECT_TRUE(GetReport("refusing").items.empty());
+    EXPECT_FALSE(IsInProcess(file));
+}
+
 TEST_F(PluginReports, GuardedPluginThatRegistersBesideABadTableStays) {
     const fs::path file = folder_.Add("bad_table");
     store_.SetFailureMode(PLUGIN_FAILURE_REPORTED);

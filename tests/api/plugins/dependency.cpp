@@ -1,5 +1,5 @@
-// The library that a plug-in of the tests needs: once as its author wrote it, once as somebody else did. It has a
-// table as plug-ins have, which is not that of whoever needs it.
+// The library that a plug-in of the tests needs: once as its author wrote it, once as somebody else did. It
+// has a table as plug-ins have, which is not that of whoever needs it.
 #include <vorlund/Platform.h>
 #include <vorlund/PluginTable.h>
 

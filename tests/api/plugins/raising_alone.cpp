@@ -1,5 +1,5 @@
-// The plug-in that raises and uses nothing of the library, so that programs without the shared library can load
-// it.
+// The plug-in that raises and uses nothing of the library, so that programs without the shared library can
+// load it.
 #include <vorlund/Plugin.h>
 
 #include <stdexcept>

@@ -13,10 +13,8 @@ namespace {
 constexpr const wchar* kLong = VRL_L("a text too long to be kept in place");
 
 TEST(DecodeNotesMemory, WhatHasNoRoomIsLeftOut) {
-    const std::function<void()> acts[] = {[] { NoteContainer(kLong); },
-                                          [] { NoteValue(kLong, 7); },
-                                          [] { NoteValue(VRL_L("name"), kLong); },
-                                          [] { NoteRemark(kLong); }};
+    const std::function<void()> acts[] = {[] { NoteContainer(kLong); }, [] { NoteValue(kLong, 7); },
+                                          [] { NoteValue(VRL_L("name"), kLong); }, [] { NoteRemark(kLong); }};
     for (const auto& act : acts) {
         notes::TNotes taken;
         const std::size_t refusals = RefuseEachAllocation(

@@ -260,14 +260,16 @@ TEST_F(ReadFramesFrom, FailuresAreThoseOfRead) {
 }
 
 TEST_F(ReadFramesFrom, SoundsWithoutFrames) {
-    // No channels, and so many that no step holds a frame.
-    for (const std::uint32_t channels : {0u, 4000u}) {
-        const TSound sound{SAMPLE_FORMAT_8BIT, channels, SAMPLE_FORMAT_16BIT, channels};
-        const auto source = PcmSource(sound.GetFormat(), Ramp(10000));
+    // No channels, and so many that no step holds a frame of the output, or of the input.
+    for (const TSound& sound : {TSound{SAMPLE_FORMAT_8BIT, 0, SAMPLE_FORMAT_16BIT, 0},
+                                {SAMPLE_FORMAT_8BIT, 5000, SAMPLE_FORMAT_16BIT, 5000},
+                                {SAMPLE_FORMAT_32BIT, 3000, SAMPLE_FORMAT_8BIT, 3000}}) {
+        const auto source = PcmSource(sound.GetFormat(), Ramp(50000));
         const auto stream = Convert(sound, CRefPtr<IInputStream>::Share(source.Get()));
         TBytes buffer(20000, kUnwritten);
-        EXPECT_EQ(ReadFrames(*stream, buffer.data(), buffer.size()), channels == 0 ? 0u : 16000u);
-        EXPECT_EQ(source->position, channels == 0 ? 0 : 8000) << channels;
+        EXPECT_EQ(ReadFrames(*stream, buffer.data(), buffer.size()), 0u) << sound.ToString();
+        EXPECT_EQ(source->position, 0) << sound.ToString();
+        EXPECT_EQ(buffer, TBytes(20000, kUnwritten)) << sound.ToString();
     }
 }
 
