@@ -214,6 +214,12 @@ int32_t engine_read(const engine_source* source, const engine_wanted* wanted, en
     return code;
 }
 
+int32_t engine_read_file(const char* path, const engine_wanted* wanted, engine_array* array,
+                         vorlund_report* report) {
+    const engine_source source = {path, NULL, 0, NULL};
+    return engine_read(&source, wanted, array, report);
+}
+
 static int32_t find_peaks(const engine_sound* sound, uint32_t count, float* peaks) {
     float piece[DOUBLES];
     const uint32_t channels = sound->channels;
