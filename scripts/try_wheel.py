@@ -100,6 +100,9 @@ def look(folder, *needed):
     package = pathlib.Path(folder) / "vorlund"
     parts = [package / "_native.pyd", *package.glob("*.dll"), *package.glob("vorlund-plugins/*.dll")]
     plugins = check_plugins(package.glob("vorlund-plugins/*.dll"), needed)
+    for plugin in plugins & {"audio", "image", "measure", "resample", "sndfile"}:
+        texts = [path.name for path in package.glob(f"licences/{plugin}/*.txt")]
+        assert any(re.search("COPYING|LICEN[CS]E", name) for name in texts), f"no licence of the libraries of {plugin}: {texts}"
     known = {part.name.lower(): tables(part) for part in parts}
     stable = set(re.findall(r"^    (\w+)", STABLE.read_text(encoding="utf-8"), re.M))
     links = 0

@@ -22,9 +22,9 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cp -r bindings/python "$work/source"
 
-# What is installed finds its parts by where they are.
+# What is installed finds its parts by where they are. Without what debuggers read, which some builds have.
 for component in runtime c program; do
-    cmake --install "$build" --component "$component" --prefix "$work/installed" >/dev/null
+    cmake --install "$build" --strip --component "$component" --prefix "$work/installed" >/dev/null
 done
 package=$work/source/vorlund
 
@@ -45,6 +45,14 @@ bundle_windows() {
     cp -r "$work/installed/lib/vorlund/plugins" "$package/vorlund-plugins"
 }
 
+# licences_of PACKAGE...: the texts about libraries inside: those that come with the plug-ins, and those of Debian's packages.
+licences_of() {
+    local name
+    mkdir -p "$package/licences"
+    if [[ -d $work/installed/share/doc/Vorlund ]]; then cp -r "$work/installed/share/doc/Vorlund/." "$package/licences/"; fi
+    for name in "$@"; do cp "/usr/share/doc/$name/copyright" "$package/licences/$name.txt"; done
+}
+
 # Headers of Python for Windows, and what the extension is linked with: the functions of the stable interface that it may use.
 python_for_windows() {
     local version
@@ -54,6 +62,8 @@ python_for_windows() {
     x86_64-w64-mingw32-dlltool -d scripts/python-windows/python3.def -l "$work/libpython3.a"
 }
 
+# What is compiled into the plug-in visual.
+others=(libeigen3-dev libstb-dev)
 export PIP_DISABLE_PIP_VERSION_CHECK=1 PIP_ROOT_USER_ACTION=ignore VORLUND_BUNDLE=1 VORLUND_BUILD_DIR=$build
 case $target in
 "")
@@ -70,6 +80,7 @@ linux-arm64)
 win64)
     platform=win_amd64
     bundle_windows
+    others+=(gcc-mingw-w64-base mingw-w64-common)
     python_for_windows
     export CC=x86_64-w64-mingw32-gcc LDSHARED="x86_64-w64-mingw32-gcc -shared" CPPFLAGS=-I$work/include
     # Its functions would be in one more library.
@@ -81,6 +92,7 @@ win64)
     exit 2
     ;;
 esac
+licences_of "${others[@]}"
 cp LICENSE "$work/source/"
 mkdir -p "$wheels"
 (cd "$work/source" && "$python" -m pip wheel --no-build-isolation --no-deps --no-index --quiet --wheel-dir "$work/made" .)
@@ -112,10 +124,10 @@ case $target in
 linux-arm64)
     "$python" -m zipfile -e "$wheel" "$work/tried"
     libraries=$emulated/usr/lib/aarch64-linux-gnu
-    others=$(sed -n 's/^VORLUND_CODECS_DIR:[A-Z]*=//p' "$build/CMakeCache.txt")
+    sounds=$(sed -n 's/^VORLUND_CODECS_DIR:[A-Z]*=//p' "$build/CMakeCache.txt")
     (cd / && QEMU_LD_PREFIX=/usr/aarch64-linux-gnu qemu-aarch64-static -E PYTHONHOME="$emulated/usr" \
         -E PYTHONPATH="$work/tried:$emulated/usr/lib/python3/dist-packages" \
-        -E LD_LIBRARY_PATH="$libraries:$libraries/blas:$libraries/lapack${others:+:$others/lib}" \
+        -E LD_LIBRARY_PATH="$libraries:$libraries/blas:$libraries/lapack${sounds:+:$sounds/lib}" \
         "$emulated/usr/bin/python3.11" "$script" use "$work/tried" "$sound" "${needed[@]}")
     ;;
 win64)
