@@ -92,7 +92,7 @@ def tables(part):
             library = asked.setdefault(found[1].lower(), set())
         elif library is not None and (found := re.match(r"\s+[0-9a-f]+\s+\d+\s+([A-Za-z_?@]\S*)$", line)):
             library.add(found[1])
-    given = set(re.findall(r"^\s+\[\s*\d+\](?:\s+\+base\[\s*\d+\])?(?:\s+[0-9a-f]+)?\s+(\S+)$", text.partition("[Ordinal/Name Pointer] Table")[2], re.M))
+    given = set(re.findall(r"^\s+\[\s*\d+\].*?(\S+)$", text.partition("[Ordinal/Name Pointer] Table")[2], re.M))
     return asked, given
 
 
