@@ -16,7 +16,7 @@ void CountCall(CWaitSet::TCbData& data) {
 }
 
 TEST(WaitSetMemory, WithoutAThreadNobodyIsCalledAndNothingIsLeft) {
-    // A watch takes memory that is kept for the next one, and so does the first set of a process.
+    // The first set of a process may keep some memory.
     bool wasWithoutThread = false;
     for (int round = 0; round < 2; ++round) {
         std::atomic<int> calls = 0;
@@ -26,7 +26,7 @@ TEST(WaitSetMemory, WithoutAThreadNobodyIsCalledAndNothingIsLeft) {
             CWaitSet set(1);
             unsigned int number = kNoWaitNumber;
             {
-                // The first memory that an entry takes of this kind is its thread's.
+                // The first memory of C++ that the first entry takes is that of the set's thread.
                 const CAllocationFailure failure(0);
                 number = set.Add(event, &CountCall, &calls);
                 wasWithoutThread = failure.HasFailed();
