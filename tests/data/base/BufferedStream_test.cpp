@@ -226,6 +226,17 @@ TEST_F(BufferedStream, WhatIsRefusedIsToldAndTriedAgain) {
     EXPECT_EQ(target_->bytes, Ramp(34));
 }
 
+TEST_F(BufferedStream, WritesOfNothingAddNothing) {
+    output_->Write("", 0);
+    EXPECT_EQ(output_->Tell(), 0);
+    Write(Ramp(3));
+    output_->Write("", 0);
+    EXPECT_EQ(output_->Tell(), 3);
+    Write(Ramp(4, 3));
+    output_->Flush();
+    EXPECT_EQ(target_->bytes, Ramp(7));
+}
+
 TEST_F(BufferedStream, ARefusedBlockIsToldByTheClosing) {
     target_->maximumSize = 0;
     Write(Ramp(30));
