@@ -293,10 +293,12 @@ def versions():
     rows = []
     for package in packages:
         try:
-            done = subprocess.run(["dpkg-query", "-W", "-f", "${Version}", package], capture_output=True, text=True, check=False)
+            done = subprocess.run(["dpkg-query", "-W", "-f", "${Version}\\n", package], capture_output=True, text=True, check=False)
         except OSError:
             return "unknown"
-        rows.append(f"{package} {done.stdout if done.returncode == 0 and done.stdout else MISSING}")
+        # One line for each architecture of a package.
+        found = done.stdout.split() if done.returncode == 0 else []
+        rows.append(f"{package} {found[0] if found else MISSING}")
     return ", ".join(rows)
 
 

@@ -1,0 +1,37 @@
+#!/usr/bin/env python3
+"""Mends what Doxygen 1.9.4 has written. usage: scripts/site_finish.py HTML-FOLDER
+
+It links to lists of private classes, which it leaves out; the first page has its name twice; and names in tables could
+not be broken, so that their last columns were out of sight.
+"""
+import pathlib
+import re
+import sys
+
+CELL = re.compile(r'<td class="markdownTable.*?</td>', re.DOTALL)
+CODE = re.compile(r"<code>.*?</code>", re.DOTALL)
+# Text between tags, and where a name in it may be broken: behind "::", "/" and "_".
+TEXT = re.compile(r">[^<]+")
+BREAK = re.compile(r"(::|[/_])(?=\w)")
+
+
+def break_names(html):
+    return CELL.sub(lambda cell: CODE.sub(lambda code: TEXT.sub(lambda text: BREAK.sub(r"\1<wbr/>", text[0]), code[0]), cell[0]), html)
+
+
+def finish(name, html):
+    if 'name="nested-classes"' not in html:
+        html = re.sub(r'<a href="#nested-classes">[^<]*</a>( &#124;)?', "", html)
+    if name == "index.html":
+        html = html.replace("<title>Vorlund: Vorlund</title>", "<title>Vorlund</title>")
+    return break_names(html)
+
+
+def main():
+    for file in sorted(pathlib.Path(sys.argv[1]).glob("*.html")):
+        html = file.read_text()
+        if (finished := finish(file.name, html)) != html:
+            file.write_text(finished)
+
+
+main()
