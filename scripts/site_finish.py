@@ -9,14 +9,13 @@ import re
 import sys
 
 CELL = re.compile(r'<td class="markdownTable.*?</td>', re.DOTALL)
-CODE = re.compile(r"<code>.*?</code>", re.DOTALL)
 # Text between tags, and where a name in it may be broken: behind "::", "/" and "_".
 TEXT = re.compile(r">[^<]+")
-BREAK = re.compile(r"(::|[/_])(?=\w)")
+BREAK = re.compile(r"(::|/|(?<=[A-Za-z0-9])_)(?=\w)")
 
 
 def break_names(html):
-    return CELL.sub(lambda cell: CODE.sub(lambda code: TEXT.sub(lambda text: BREAK.sub(r"\1<wbr/>", text[0]), code[0]), cell[0]), html)
+    return CELL.sub(lambda cell: TEXT.sub(lambda text: BREAK.sub(r"\1<wbr/>", text[0]), cell[0]), html)
 
 
 def finish(name, html):
