@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Mends what Doxygen 1.9.4 has written. usage: scripts/site_finish.py HTML-FOLDER
 
-It links to lists of private classes, which it leaves out; the first page has its name twice; and names in tables could
-not be broken, so that their last columns were out of sight.
+It links to lists of private classes, which it leaves out; the first page has its name twice; names in tables could not
+be broken, so that their last columns were out of sight; and options were broken behind their hyphens.
 """
 import pathlib
 import re
@@ -12,6 +12,13 @@ CELL = re.compile(r'<td class="markdownTable.*?</td>', re.DOTALL)
 # Text between tags, and where a name in it may be broken: behind "::", "/" and "_".
 TEXT = re.compile(r">[^<]+")
 BREAK = re.compile(r"(::|/|(?<=[A-Za-z0-9])_)(?=\w)")
+# Where an option begins, or a name that begins as those of plug-in entries.
+CODE = re.compile(r"<code>[^<]*")
+OPTION = re.compile(r"(?<![^\s>])(?:--?|\?)\w")
+
+
+def keep_options(html):
+    return CODE.sub(lambda code: OPTION.sub(r'<span class="whole">\g<0></span>', code[0]), html)
 
 
 def break_names(html):
@@ -23,7 +30,7 @@ def finish(name, html):
         html = re.sub(r'<a href="#nested-classes">[^<]*</a>( &#124;)?', "", html)
     if name == "index.html":
         html = html.replace("<title>Vorlund: Vorlund</title>", "<title>Vorlund</title>")
-    return break_names(html)
+    return break_names(keep_options(html))
 
 
 def main():

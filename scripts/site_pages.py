@@ -122,6 +122,7 @@ class Site:
         if is_external(target):
             return f"[{text}]({target})"
         path, anchor = resolve(page, target)
+        text = text.replace("\n", " ")
         if mark or path in self.pages or INCLUDED.match(path):
             # A reference shows its text as it is, and so does what is below a picture.
             text = text.replace("`", "")
