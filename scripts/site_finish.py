@@ -8,10 +8,15 @@ import pathlib
 import re
 import sys
 
-CELL = re.compile(r'<td class="markdownTable.*?</td>', re.DOTALL)
-# Text between tags, and where a name in it may be broken: behind "::", "/" and "_".
+CELL = re.compile(r'<td class="(?:markdownTable|fieldname).*?</td>', re.DOTALL)
+# Text between tags, and where a name in it may be broken: behind "::", "/" and "_", and before a capital letter, which
+# is for narrow windows unless the name is very long.
 TEXT = re.compile(r">[^<]+")
-BREAK = re.compile(r"(::|/|(?<=[A-Za-z0-9])_)(?=\w)")
+BETWEEN = re.compile(r"(::|/)(?=\w)")
+NAME = re.compile(r"\w+")
+LINE = re.compile(r"(?<=[A-Za-z0-9])_(?=\w)")
+HUMP = re.compile(r"(?<=[a-z])(?=[A-Z])")
+LONG = 24
 # Where an option begins, or a name that begins as those of plug-in entries.
 CODE = re.compile(r"<code>[^<]*")
 OPTION = re.compile(r"(?<![^\s>])(?:--?|\?)\w")
@@ -21,8 +26,17 @@ def keep_options(html):
     return CODE.sub(lambda code: OPTION.sub(r'<span class="whole">\g<0></span>', code[0]), html)
 
 
+def break_name(name):
+    humps = HUMP.sub("<wbr/>" if len(name[0]) > LONG else '<wbr class="narrow"/>', name[0])
+    return LINE.sub("_<wbr/>", humps)
+
+
+def break_text(text):
+    return BETWEEN.sub(r"\1<wbr/>", NAME.sub(break_name, text[0]))
+
+
 def break_names(html):
-    return CELL.sub(lambda cell: TEXT.sub(lambda text: BREAK.sub(r"\1<wbr/>", text[0]), cell[0]), html)
+    return CELL.sub(lambda cell: TEXT.sub(break_text, cell[0]), html)
 
 
 def finish(name, html):
