@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
 """Mends what Doxygen 1.9.4 has written. usage: scripts/site_finish.py HTML-FOLDER
 
-It links to lists of private classes, which it leaves out; the first page has its name twice; names in tables could not
-be broken, so that their last columns were out of sight; and options were broken behind their hyphens.
+It links to lists of private classes, which it leaves out; the first page has its name twice; names in tables and titles
+could not be broken, so that last columns were out of sight; and options were broken behind their hyphens.
 """
 import pathlib
 import re
 import sys
 
-CELL = re.compile(r'<td class="(?:markdownTable|fieldname).*?</td>', re.DOTALL)
+CELL = re.compile(r'<td class="(?:markdownTable|fieldname).*?</td>|<div class="title">.*?</div>', re.DOTALL)
 # Text between tags, and where a name in it may be broken: behind "::", "/" and "_", and before a capital letter, which
 # is for narrow windows unless the name is very long.
 TEXT = re.compile(r">[^<]+")

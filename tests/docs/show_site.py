@@ -67,6 +67,8 @@ def open_page(browser, file):
 def take(browser, width, picture):
     """Pictures of a page from its beginning to its end."""
     set_size(browser, width, min(browser.execute_script(f"return {BOX}.scrollHeight") + FRAME, HIGHEST))
+    # Until the scripts of the page have followed.
+    browser.execute_async_script("requestAnimationFrame(() => requestAnimationFrame(arguments[0]))")
     end = 0
     number = 0
     while True:
