@@ -69,7 +69,8 @@ def figure_of(run, has_real_time):
 
 def show(figure, unit):
     if unit != "ns":
-        return f"{figure:.4g} {unit}"
+        # Large ones as whole numbers, not by powers of ten.
+        return f"{figure:.0f} {unit}" if abs(figure) >= 1e4 else f"{figure:.4g} {unit}"
     for limit, size, name in ((0.1, 1e-3, "ps"), (1e3, 1, "ns"), (1e6, 1e3, "µs"), (1e9, 1e6, "ms"), (math.inf, 1e9, "s")):
         if figure < limit:
             break
