@@ -2,7 +2,8 @@
 """Mends what Doxygen 1.9.4 has written. usage: scripts/site_finish.py HTML-FOLDER
 
 It links to lists of private classes, which it leaves out; the first page has its name twice; names in tables and titles
-could not be broken, so that last columns were out of sight; and options were broken behind their hyphens.
+could not be broken, so that last columns were out of sight; options were broken behind their hyphens; and what the
+search finds showed the names that pages have inside.
 """
 import pathlib
 import re
@@ -20,6 +21,8 @@ LONG = 24
 # Where an option begins, or a name that begins as those of plug-in entries.
 CODE = re.compile(r"<code>[^<]*")
 OPTION = re.compile(r"(?<![^\s>])(?:--?|\?)\w")
+# Behind the place of what the search finds, and whether it is in this site.
+INSIDE = re.compile(r"(',[01],')(?:chapter|page)_[\w-]*'")
 
 
 def keep_options(html):
@@ -47,11 +50,18 @@ def finish(name, html):
     return break_names(keep_options(html))
 
 
+def rewrite(file, change):
+    before = file.read_text()
+    if (after := change(before)) != before:
+        file.write_text(after)
+
+
 def main():
-    for file in sorted(pathlib.Path(sys.argv[1]).glob("*.html")):
-        html = file.read_text()
-        if (finished := finish(file.name, html)) != html:
-            file.write_text(finished)
+    site = pathlib.Path(sys.argv[1])
+    for file in sorted(site.glob("*.html")):
+        rewrite(file, lambda html: finish(file.name, html))
+    for file in sorted(site.glob("search/*.js")):
+        rewrite(file, lambda script: INSIDE.sub(r"\1'", script))
 
 
 main()
