@@ -42,12 +42,10 @@ fetch_all() {
         cp -r "$work/tree/lib/." "$work/result/usr/lib/"
         return
     fi
-    # In one folder for each, without the further one of this kind of machine.
+    # In one folder for each, without the further one of this kind of machine, whose links lead to the other.
     cp -r "$work/tree/usr/include" "$work/result/"
-    if [[ -d $work/result/include/aarch64-linux-gnu ]]; then
-        cp -r "$work/result/include/aarch64-linux-gnu/." "$work/result/include/"
-        rm -r "$work/result/include/aarch64-linux-gnu"
-    fi
+    rm -rf "$work/result/include/aarch64-linux-gnu"
+    cp -rL "$work/tree/usr/include/aarch64-linux-gnu/." "$work/result/include/"
     find "$work/tree" -path '*/aarch64-linux-gnu/*.so*' -exec cp -P {} "$work/result/lib/" \;
 }
 

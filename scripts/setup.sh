@@ -25,8 +25,9 @@ vorlund_packages() {
     local codecs="bzip2 make patch pkgconf xz-utils"
     # Clients and plug-ins in Pascal and C#, and those of compilers with the binary interface of Microsoft's.
     local others="fp-compiler mono-mcs mono-runtime" microsoft="clang lld llvm"
-    # The package for Python, and what reads and compares in its tests.
-    local python="python3-cffi python3-dev python3-distributed python3-numpy python3-pip python3-pytest python3-setuptools python3-soundfile python3-wheel"
+    # Wheels of the package for Python, and what reads and compares in its tests.
+    local wheel="python3-cffi python3-dev python3-numpy python3-pip python3-setuptools python3-wheel"
+    local python="$wheel python3-distributed python3-pytest python3-soundfile"
     # Checks of form and of the binary interface, and the other compiler of the C interface.
     local checks="clang clang-format clang-tidy abigail-tools xz-utils git"
     # What reads the manual pages and the completions of the program.
@@ -65,9 +66,9 @@ vorlund_packages() {
     run-win32) echo "$build g++-mingw-w64-i686-posix wine wine32:i386" ;;
     # wine64 as well: the tests' Wine prefix serves both word sizes.
     win32) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 $microsoft g++-mingw-w64-i686-posix wine wine32:i386 wine64 xvfb" ;;
-    win64) echo "$tests $recordings $sound_tools $picture_tools $codecs libsndfile1 $microsoft g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
+    win64) echo "$tests $wheel $recordings $sound_tools $picture_tools $codecs libsndfile1 $microsoft g++-mingw-w64-x86-64-posix wine wine32:i386 wine64 xvfb" ;;
     # The static emulator, for what scripts/target.sh says.
-    linux-arm64) echo "$tests $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
+    linux-arm64) echo "$tests $wheel $recordings $sound_tools $picture_tools libsndfile1 g++-aarch64-linux-gnu qemu-user-static" ;;
     linux) echo "$tests $others $python $recordings $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools $checks $readers $site" ;;
     linux-asan | linux-tsan) echo "$tests $windows $rates $sounds $sound_tools $sound_output $sound_server $pictures $levels $picture_tools" ;;
     linux32-asan) echo "$tests $video_tools libc6-dev-i386 lib32stdc++-12-dev lib32asan8 lib32ubsan1" ;;

@@ -343,6 +343,9 @@ test_target() {
     if ! is_sanitized "$target"; then
         step install tests/install/check.sh "$target" "$folder"
     fi
+    if [[ $target == linux || $target == linux-arm64 || $target == win64 ]]; then
+        step wheel tests/bindings/python/check_wheel.sh "$target" "$folder"
+    fi
     if [[ $target == win* ]]; then step kit tests/kit/check.sh "$target" "$folder"; fi
     # The same headers in both word sizes, and the table of imports is that of the product.
     if [[ $target == linux || $target == win32 ]]; then step headers scripts/headers.sh "$target" "$folder" ${all:+each}; fi

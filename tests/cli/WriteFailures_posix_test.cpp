@@ -1,32 +1,9 @@
 // The program when a device or a disk is full.
 #include "cli/DecodeCommand.h"
-
-#include <csignal>
-
-#include <sys/resource.h>
+#include "support/FileSizeLimit_posix.h"
 
 namespace vorlund::test {
 namespace {
-
-/// Files of this process and its children may not become larger than this.
-class CFileSizeLimit {
-public:
-    explicit CFileSizeLimit(rlim_t size) : formerAction_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &former_);
-        const rlimit limit{size, former_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    CFileSizeLimit(const CFileSizeLimit&) = delete;
-    CFileSizeLimit& operator=(const CFileSizeLimit&) = delete;
-    ~CFileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &former_);
-        std::signal(SIGXFSZ, formerAction_);
-    }
-
-private:
-    void (*const formerAction_)(int);
-    rlimit former_;
-};
 
 class WriteFailuresPosix : public DecodeCommand {
 protected:

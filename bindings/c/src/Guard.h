@@ -3,49 +3,13 @@
 #pragma once
 
 #include "Failure.h"
+#include "FloatState.h"
 #include "Handles.h"
 
-#include <cfenv>
 #include <cstdint>
 #include <utility>
 
-#ifdef __SSE__
-#include <xmmintrin.h>
-#endif
-
 namespace vorlund::capi {
-
-/// The state of the thread's float arithmetic when this was made. The functions of 64-bit MinGW leave out the
-/// vector unit, which has it all there.
-class CFloatState {
-public:
-    CFloatState() noexcept {
-        std::fegetenv(&state_);
-#ifdef __SSE__
-        vectors_ = _mm_getcsr();
-#endif
-    }
-    void Restore() const noexcept {
-        std::fesetenv(&state_);
-#ifdef __SSE__
-        _mm_setcsr(vectors_);
-#endif
-    }
-    /// From now on no operation traps.
-    static void MaskTraps() noexcept {
-        std::fenv_t before;
-        std::feholdexcept(&before);
-#ifdef __SSE__
-        _mm_setcsr((_mm_getcsr() | _MM_MASK_MASK) & ~static_cast<unsigned int>(_MM_EXCEPT_MASK));
-#endif
-    }
-
-private:
-    std::fenv_t state_;
-#ifdef __SSE__
-    unsigned int vectors_;
-#endif
-};
 
 /// The arithmetic of the library: no float operation traps. Programs of some languages unmask traps, and get
 /// theirs back at the end.

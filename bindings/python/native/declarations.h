@@ -86,6 +86,9 @@ int32_t engine_go_to(vorlund_stream stream, uint64_t frame);
 /* A whole sound, or a part of one. */
 int32_t engine_read(const engine_source* source, const engine_wanted* wanted, engine_array* array,
                     vorlund_report* report);
+/* The same of a file, without a record of it. */
+int32_t engine_read_file(const char* path, const engine_wanted* wanted, engine_array* array,
+                         vorlund_report* report);
 /* The least and the greatest sample of each of `count` parts and each channel, as floats, after each other.
  */
 int32_t engine_peaks(const engine_source* source, uint32_t channels, uint32_t count, engine_array* array,

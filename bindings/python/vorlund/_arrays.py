@@ -63,7 +63,20 @@ def quality_of(quality: str) -> int:
 
 def wanted(start: int = 0, frames: Optional[int] = None, rate: Optional[int] = None, channels: Optional[int] = None,
            dtype: Any = None, quality: str = "high") -> Any:
-    """What is wanted of a sound, for the native part."""
+    """What is wanted of a sound, for the native part. Calls with the same values share a record, which nobody changes."""
+    try:
+        # As plain numbers, because others may change their value.
+        return _known_wanted(_plain(start), _plain(frames), _plain(rate), _plain(channels), dtype, quality)
+    except TypeError:
+        # A dtype that cannot be looked up, or a number that is none.
+        return _wanted(start, frames, rate, channels, dtype, quality)
+
+
+def _plain(value: Optional[int]) -> Optional[int]:
+    return None if value is None else operator.index(value)
+
+
+def _wanted(start: int, frames: Optional[int], rate: Optional[int], channels: Optional[int], dtype: Any, quality: str) -> Any:
     # What is left out stays 0.
     record = ffi.new("engine_wanted*")
     record.start = count_of(start, "start", 0, 2**62)
@@ -75,6 +88,9 @@ def wanted(start: int = 0, frames: Optional[int] = None, rate: Optional[int] = N
     record.sample_format = format_of(dtype)
     record.quality = quality_of(quality)
     return record
+
+
+_known_wanted = functools.lru_cache(maxsize=64)(_wanted)
 
 
 def channels_wanted(mono: bool, channels: Optional[int]) -> Optional[int]:
@@ -89,7 +105,7 @@ def over(array: Any, columns: int, flat: bool) -> NDArray[Any]:
     rows = array.frames
     shape = (rows,) if flat else (rows, columns)
     size = rows * columns * dtype.itemsize
-    memory = ffi.gc(array.samples, lib.engine_free, size=size)
+    memory = ffi.gc(array.samples, lib.engine_free, size)
     if size == 0:
         return np.empty(shape, dtype)
     return np.ndarray(shape, dtype, ffi.buffer(memory, size))

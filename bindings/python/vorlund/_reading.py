@@ -1,6 +1,7 @@
 """Whole sounds, what is known of them, and streams."""
 from __future__ import annotations
 
+import os
 import threading
 from dataclasses import dataclass
 from typing import Any, Iterator, NamedTuple, Optional, Tuple
@@ -11,7 +12,11 @@ from numpy.typing import NDArray
 from . import _arrays
 from ._errors import BusyError, ClosedError, Report, check, take_report, text_of
 from ._native import ffi, lib
-from ._sources import Source, SourcePlace
+from ._sources import Source, SourcePlace, ensure_open, is_path
+
+# Looked up once, because a short sound takes little longer than that.
+_ARRAY = ffi.typeof("engine_array*")
+_REPORT = ffi.typeof("vorlund_report*")
 
 
 class Sound(NamedTuple):
@@ -55,16 +60,18 @@ def read(source: Source, *, start: int = 0, frames: Optional[int] = None, rate: 
     Raises FormatError with the report when nothing decodes the source, FileError when it cannot be read.
     """
     settings = _arrays.wanted(start, frames, rate, _arrays.channels_wanted(mono, channels), dtype, quality)
-    array = ffi.new("engine_array*")
-    report = ffi.new("vorlund_report*")
-    place = SourcePlace(source)
+    array = ffi.new(_ARRAY)
+    report = ffi.new(_REPORT)
     try:
-        place.check(lib.engine_read(place.record, settings, array, report), report)
+        if is_path(source):
+            ensure_open()
+            check(lib.engine_read_file(os.fsencode(source), settings, array, report), report)
+        else:
+            with SourcePlace(source) as place:
+                place.check(lib.engine_read(place.record, settings, array, report), report)
     except BaseException:
         lib.engine_free(array.samples)
         raise
-    finally:
-        place.forget()
     return Sound(_arrays.over(array, array.channels, mono), array.rate)
 
 

@@ -135,7 +135,7 @@ def python_release(handle: Any) -> None:
     _used.discard(handle)
 
 
-def _is_path(value: Any) -> bool:
+def is_path(value: Any) -> bool:
     return isinstance(value, str) or isinstance(value, os.PathLike)
 
 
@@ -190,7 +190,7 @@ class SourcePlace(_Place):
         if not _is_open:
             ensure_open()
         self.record = ffi.new("engine_source*")
-        if _is_path(source):
+        if is_path(source):
             self.kept = ffi.new("char[]", os.fsencode(source))  # type: ignore[arg-type]
             self.record.path = self.kept
             return
@@ -216,7 +216,7 @@ class TargetPlace(_Place):
         if not _is_open:
             ensure_open()
         self.record = ffi.new("engine_target*")
-        if _is_path(target):
+        if is_path(target):
             self.kept = ffi.new("char[]", os.fsencode(target))  # type: ignore[arg-type]
             self.record.path = self.kept
         elif hasattr(target, "write"):

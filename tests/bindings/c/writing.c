@@ -1,6 +1,7 @@
 /* Sinks, writers and conversions. */
 #include "Suite.h"
 
+#include <fenv.h>
 #include <math.h>
 #include <stdlib.h>
 #include <string.h>
@@ -376,6 +377,54 @@ static void traps_of_the_program_stay(void) {
 #endif
 }
 
+/* Rounding, flags and the traps of the older unit too: each is after a call what it was before. */
+static void float_state_stays(void) {
+    static const int roundings[2] = {FE_TONEAREST, FE_UPWARD};
+    int16_t shorts[2] = {1, 1};
+    const float floats[2] = {0.1f, (float)HUGE_VAL};
+    uint32_t i;
+    open_library();
+    for (i = 0; i < 4; ++i) {
+        const int raised = i < 2 ? 0 : FE_OVERFLOW;
+        int32_t code;
+        int rounding;
+        int flags;
+        feclearexcept(FE_ALL_EXCEPT);
+        if (raised) feraiseexcept(raised);
+        fesetround(roundings[i % 2]);
+        code = vorlund_convert_samples(shorts, VORLUND_SAMPLE_16BIT, floats, VORLUND_SAMPLE_FLOAT, 1, 2, NULL);
+        rounding = fegetround();
+        flags = fetestexcept(FE_ALL_EXCEPT);
+        fesetround(FE_TONEAREST);
+        feclearexcept(FE_ALL_EXCEPT);
+        C_CHECK(code == VORLUND_OK && shorts[1] == 32767);
+        C_CHECK(rounding == roundings[i % 2]);
+        C_CHECK((flags & ~raised) == 0 && (flags & raised) == raised);
+    }
+#if defined(__GNUC__) && (defined(__i386__) || defined(__x86_64__))
+    {
+        /* Everything traps, as nobody has it; then this unit alone has flags. */
+        static const uint16_t all_trap = 0x340;
+        uint16_t before = 0;
+        uint16_t control = 0;
+        uint16_t status = 0;
+        int32_t code;
+        __asm__ volatile("fnstcw %0" : "=m"(before));
+        __asm__ volatile("fldcw %0" : : "m"(all_trap));
+        code = vorlund_convert_samples(shorts, VORLUND_SAMPLE_16BIT, floats, VORLUND_SAMPLE_FLOAT, 1, 2, NULL);
+        __asm__ volatile("fnstcw %0" : "=m"(control));
+        __asm__ volatile("fnstsw %0" : "=m"(status));
+        __asm__ volatile("fldcw %0" : : "m"(before));
+        C_CHECK(code == VORLUND_OK && control == all_trap && (status & 0xFF) == 0);
+        __asm__ volatile("fld1; fldz; fdivrp; fstp %%st(0)" ::: "cc");
+        code = vorlund_convert_samples(shorts, VORLUND_SAMPLE_16BIT, floats, VORLUND_SAMPLE_FLOAT, 1, 2, NULL);
+        __asm__ volatile("fnstsw %0" : "=m"(status));
+        __asm__ volatile("fnclex");
+        C_CHECK(code == VORLUND_OK && (status & 0x3F) == 0x04);
+    }
+#endif
+}
+
 /* With the plug-ins of the build, as far as there are such. */
 static void plugins_write_and_resample(void) {
     vorlund_writer writer = NULL;
@@ -469,6 +518,7 @@ static const struct c_case cases[] = {
     {"StreamsAreConverted", streams_are_converted},
     {"BuffersAreConverted", buffers_are_converted},
     {"TrapsOfTheProgramStay", traps_of_the_program_stay},
+    {"FloatStateStays", float_state_stays},
     {"PluginsWriteAndResample", plugins_write_and_resample},
     {"SoundIsMeasured", sound_is_measured},
 };

@@ -184,6 +184,29 @@ def test_wrong_arguments(strings, wrong):
         vorlund.read(strings, **wrong)
 
 
+def test_settings_are_those_of_the_call(strings):
+    class Counter:
+        """A number that changes, and stays the same object."""
+
+        at = 0
+
+        def __index__(self):
+            return self.at
+
+    whole = vorlund.read(strings, dtype="int16").samples
+    counter = Counter()
+    for counter.at in (5, 6):
+        np.testing.assert_array_equal(vorlund.read(strings, dtype="int16", start=counter, frames=2).samples, whole[counter.at :][:2])
+    # What equals a number is none yet.
+    assert vorlund.read(strings, start=1, frames=True).samples.shape == (1, 2)
+    for wrong in ({"start": 1.0}, {"frames": 1.0}, {"rate": 22050.0}, {"channels": "2"}):
+        with pytest.raises(TypeError):
+            vorlund.read(strings, **wrong)
+    # One that cannot be looked up.
+    with pytest.raises(ValueError, match="dtype must be one of"):
+        vorlund.read(strings, dtype=[("a", "i2")])
+
+
 def test_a_source_of_another_type():
     for source in (None, 5, ["a.wav"]):
         with pytest.raises(TypeError, match="a path, a buffer of bytes or a file"):

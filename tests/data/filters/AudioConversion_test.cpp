@@ -340,6 +340,16 @@ TEST_F(AudioConversion, DitherKeepsTheMeanAndHasTheNoiseOfATriangle) {
     }
 }
 
+TEST_F(AudioConversion, WhatLosesNothingIsNotDithered) {
+    const TMixMatrix same = MakeMixMatrix(CHANNEL_LAYOUT_STEREO, CHANNEL_LAYOUT_STEREO, MIX_LEVEL_SAFE);
+    const std::vector<std::int16_t> source{1, -2, 32767, -32768, 0, 5};
+    std::vector<std::int16_t> result(source.size());
+    ConvertAudio(
+        result.data(), source.data(), 3,
+        {.from = BUFFER_FORMAT_16BIT, .to = BUFFER_FORMAT_16BIT, .mix = &same, .dither = DITHER_TRIANGULAR});
+    EXPECT_EQ(result, source);
+}
+
 TEST_F(AudioConversion, TheSeedChoosesTheNoise) {
     const std::vector<float> silence(1000);
     const auto dither = [&](std::uint64_t seed) {

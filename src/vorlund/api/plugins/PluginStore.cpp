@@ -273,7 +273,7 @@ private:
         wstring badTable;
         try {
             reports.SetNotes(place, notes);
-            table = OpenTable(module, place, notes, badTable);
+            badTable = OpenTable(module, place, notes, table);
             if (badTable.empty()) plugins.push_back({module, init, close, table, name});
         } catch (...) {
             if (table) table->isOpen = false;
@@ -303,15 +303,17 @@ private:
         }
     }
 
-    /// Registers what the table of an initialised plug-in has, if it has one; why not, in `refusal`.
-    std::shared_ptr<tables::TLife> OpenTable(void* module, std::size_t place, registrations::TNotes notes,
-                                             wstring& refusal) {
+    /// Registers what the table of an initialised plug-in has, if it has one, and gives its life to `table`,
+    /// which the caller ends when this raises. Returns why it is refused, or nothing.
+    wstring OpenTable(void* module, std::size_t place, registrations::TNotes notes,
+                      std::shared_ptr<tables::TLife>& table) {
         const vorlund_plugin_table* const found = pluginmodule::FindTable(module);
-        if (!found) return nullptr;
+        if (!found) return {};
         const registrations::CTaker taker(notes);
-        auto table = tables::Open(*found, refusal);
+        wstring refusal;
+        table = tables::Open(*found, refusal);
         reports.SetNotes(place, notes);
-        return table;
+        return refusal;
     }
 
     TPluginResult Scan(const CString& path) const {
