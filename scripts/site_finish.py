@@ -10,10 +10,11 @@ import re
 import sys
 
 CELL = re.compile(r'<td class="(?:markdownTable|fieldname).*?</td>|<div class="title">.*?</div>', re.DOTALL)
-# Text between tags, and where a name in it may be broken: behind "::", "/" and "_", and before a capital letter, which
-# is for narrow windows unless the name is very long.
+# Text between tags, and where a name in it may be broken: behind "::", ":", "/" and "_", and in code before a capital letter,
+# which is for narrow windows unless the name is very long.
+SPAN = re.compile(r"(<code>.*?</code>)", re.DOTALL)
 TEXT = re.compile(r">[^<]+")
-BETWEEN = re.compile(r"(::|/)(?=\w)")
+BETWEEN = re.compile(r"(::|[/:])(?=[\w*~])")
 NAME = re.compile(r"\w+")
 LINE = re.compile(r"(?<=[A-Za-z0-9])_(?=\w)")
 HUMP = re.compile(r"(?<=[a-z])(?=[A-Z])")
@@ -29,17 +30,22 @@ def keep_options(html):
     return CODE.sub(lambda code: OPTION.sub(r'<span class="whole">\g<0></span>', code[0]), html)
 
 
-def break_name(name):
-    humps = HUMP.sub("<wbr/>" if len(name[0]) > LONG else '<wbr class="narrow"/>', name[0])
-    return LINE.sub("_<wbr/>", humps)
+def break_humps(name):
+    return HUMP.sub("<wbr/>" if len(name[0]) > LONG else '<wbr class="narrow"/>', name[0])
 
 
 def break_text(text):
-    return BETWEEN.sub(r"\1<wbr/>", NAME.sub(break_name, text[0]))
+    return LINE.sub("_<wbr/>", BETWEEN.sub(r"\1<wbr/>", text[0]))
+
+
+def break_cell(cell):
+    parts = SPAN.split(cell[0])
+    parts[1::2] = [TEXT.sub(lambda text: NAME.sub(break_humps, text[0]), code) for code in parts[1::2]]
+    return TEXT.sub(break_text, "".join(parts))
 
 
 def break_names(html):
-    return CELL.sub(lambda cell: TEXT.sub(break_text, cell[0]), html)
+    return CELL.sub(break_cell, html)
 
 
 def finish(name, html):
