@@ -64,7 +64,7 @@ template <class TWait> TSignals Count(TWait wait) {
         const auto now = TClock::now();
         signals.distances.push_back(TMilliseconds(now - last).count());
         // Those that came together.
-        signals.distances.insert(signals.distances.end(), count - 1, 0);
+        signals.distances.insert(signals.distances.end(), static_cast<std::size_t>(count - 1), 0);
         signals.length = TMilliseconds(now - start).count();
         last = now;
     }

@@ -69,7 +69,8 @@ def figure_of(run, has_real_time):
 
 def show(figure, unit):
     if unit != "ns":
-        return f"{figure:.4g} {unit}"
+        # Large ones as whole numbers, not by powers of ten.
+        return f"{figure:.0f} {unit}" if abs(figure) >= 1e4 else f"{figure:.4g} {unit}"
     for limit, size, name in ((0.1, 1e-3, "ps"), (1e3, 1, "ns"), (1e6, 1e3, "µs"), (1e9, 1e6, "ms"), (math.inf, 1e9, "s")):
         if figure < limit:
             break
@@ -293,10 +294,12 @@ def versions():
     rows = []
     for package in packages:
         try:
-            done = subprocess.run(["dpkg-query", "-W", "-f", "${Version}", package], capture_output=True, text=True, check=False)
+            done = subprocess.run(["dpkg-query", "-W", "-f", "${Version}\\n", package], capture_output=True, text=True, check=False)
         except OSError:
             return "unknown"
-        rows.append(f"{package} {done.stdout if done.returncode == 0 and done.stdout else MISSING}")
+        # One line for each architecture of a package.
+        found = done.stdout.split() if done.returncode == 0 else []
+        rows.append(f"{package} {found[0] if found else MISSING}")
     return ", ".join(rows)
 
 

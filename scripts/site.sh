@@ -13,7 +13,8 @@ site=build/site
 rm -rf "$site/pages" "$site/html"
 mkdir -p "$site/html"
 scripts/site_pages.py "$site/pages" "$site/html"
-version=$(sed -nE 's/^ *VERSION ([0-9.]+).*/\1/p' CMakeLists.txt | head -n 1)
+version=$(sed -nE 's/^project\(Vorlund VERSION ([0-9.]+) .*/\1/p' CMakeLists.txt)
+[[ -n $version ]]
 sed "s/@PROJECT_VERSION@/$version/" include/vorlund/Version.h.in >"$site/Version.h"
 {
     cat docs/site/Doxyfile
@@ -24,8 +25,6 @@ sed "s/@PROJECT_VERSION@/$version/" include/vorlund/Version.h.in >"$site/Version
     echo "HTML_EXTRA_STYLESHEET = $theme/doxygen-awesome.css $theme/doxygen-awesome-sidebar-only.css docs/site/site.css"
 } >"$site/Doxyfile"
 doxygen "$site/Doxyfile"
-# Doxygen 1.9.4 links to lists of private classes, which it leaves out.
-grep -LZ 'name="nested-classes"' "$site"/html/*.html |
-    xargs -0 sed -i -E 's,<a href="#nested-classes">[^<]*</a>( &\#124;)?,,'
+scripts/site_finish.py "$site/html"
 tests/docs/check_site.py "$site/html"
 [[ ${1-} != --pictures ]] || tests/docs/show_site.py "$site/html" "$site/pictures"

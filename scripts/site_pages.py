@@ -16,6 +16,8 @@ from pages import FENCE, HEADING, ROOT, folders_and_files, is_external, read, re
 CODE = re.compile(r"(`[^`\n]+(?:\n[^`\n]+)?`)")
 BOLD = re.compile(r"\*\*([^*]+)\*\*")
 LINK = re.compile(r"(!?)\[([^\]]*)\]\(([^)\s]+)\)")
+# Doxygen takes a text in quotation marks as it is.
+QUOTED = re.compile(r'("[^"\n]*")')
 INDEX = "docs/README.md"
 HEADERS = "include/vorlund"
 # What is before the names by which headers are included.
@@ -93,16 +95,23 @@ class Site:
     def convert_text(self, page, text):
         # What is written for people is no command of Doxygen, except in code, which it does not look into.
         pieces = CODE.split(re.sub(r"<!--.*?-->", "", text, flags=re.DOTALL))
-        pieces[::2] = [re.sub(r"([\\@])", r"\\\1", piece) for piece in pieces[::2]]
+        pieces[::2] = [self.escape(piece) for piece in pieces[::2]]
         # Code with a quotation mark takes two backticks on each side.
         pieces[1::2] = [piece.replace("\n", " ") for piece in pieces[1::2]]
         pieces[1::2] = [f"`{piece}`" if "'" in piece else piece for piece in pieces[1::2]]
         # Doxygen knows no bold text with code in it.
         text = BOLD.sub(lambda match: f"<b>{match[1]}</b>" if "`" in match[1] else match[0], "".join(pieces))
-        # A percent sign before a word would go.
+        # A percent sign before a word would go; one before a device of the program keeps it from becoming a link.
         text = re.sub(r"%(?=\w)", "%%", text)
+        text = re.sub(r"\bfile:(?=\w)", "%file:", text)
         text = LINK.sub(lambda match: self.convert_link(page, *match.groups()), text)
         return HEADING.sub(lambda match: self.convert_heading(page, *match.groups()), text)
+
+    @staticmethod
+    def escape(text):
+        pieces = QUOTED.split(text)
+        pieces[::2] = [re.sub(r"([\\@])", r"\\\1", piece) for piece in pieces[::2]]
+        return "".join(pieces)
 
     def convert_heading(self, page, level, title):
         # A heading takes no code.
@@ -113,8 +122,12 @@ class Site:
         if is_external(target):
             return f"[{text}]({target})"
         path, anchor = resolve(page, target)
+        text = text.replace("\n", " ")
+        if mark or path in self.pages or INCLUDED.match(path):
+            # A reference shows its text as it is, and so does what is below a picture.
+            text = text.replace("`", "")
         if mark:
-            return f"![{text.replace('`', '')}]({pathlib.PurePath(path).name})"
+            return f"![{text}]({pathlib.PurePath(path).name})"
         if path in self.pages:
             if path not in self.placed and not anchor:
                 self.placed[path] = None

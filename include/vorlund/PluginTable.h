@@ -133,9 +133,10 @@ typedef union vorlund_plugin_format {
     uint32_t words[64];
 } vorlund_plugin_format;
 
+typedef struct vorlund_plugin_input vorlund_plugin_input;
+
 /// What a decoder reads from. The library makes it; it lives until the decoder's `close` has returned, or
 /// `recognise`, or an `open` that failed. Only inside of calls of the decoder's functions, on their thread.
-typedef struct vorlund_plugin_input vorlund_plugin_input;
 struct vorlund_plugin_input {
     uint32_t size;
     /// Not 0 when `seek` and `tell` work.
@@ -173,8 +174,9 @@ typedef struct vorlund_plugin_opened {
     vorlund_plugin_format format;
 } vorlund_plugin_opened;
 
-/// A decoder class. One thread at a time uses an instance; several instances may be used at a time.
 typedef struct vorlund_plugin_decoder vorlund_plugin_decoder;
+
+/// A decoder class. One thread at a time uses an instance; several instances may be used at a time.
 struct vorlund_plugin_decoder {
     uint32_t size;
     /// Not 0: the library makes an instance of so many bytes, at most 16 MiB, all zero, before `open`, and
@@ -216,9 +218,10 @@ typedef struct vorlund_plugin_port_format {
     uint32_t periods;
 } vorlund_plugin_port_format;
 
+typedef struct vorlund_plugin_client vorlund_plugin_client;
+
 /// Whom a device calls, from a thread of its own, one call at a time. The library makes it; it lives until
 /// `close` has returned.
-typedef struct vorlund_plugin_client vorlund_plugin_client;
 struct vorlund_plugin_client {
     uint32_t size;
     /// 0.
@@ -239,9 +242,10 @@ struct vorlund_plugin_client {
 #define VORLUND_PLUGIN_AUDIO_OUTPUT 1u
 #define VORLUND_PLUGIN_AUDIO_INPUT 2u
 
+typedef struct vorlund_plugin_device vorlund_plugin_device;
+
 /// A class of audio devices. The library converts formats and keeps what is to be played; the plug-in moves
 /// blocks of frames. One thread at a time calls an instance, but for `delay`.
-typedef struct vorlund_plugin_device vorlund_plugin_device;
 struct vorlund_plugin_device {
     uint32_t size;
     /// One of the above.

@@ -2,14 +2,23 @@
 """The links of the site lead somewhere. usage: tests/docs/check_site.py HTML-FOLDER
 
 Every link, picture, style and script inside the site exists, with its anchor; every page of the tree is there and is
-reached from the first one; the search knows the pages and the classes.
+reached from the first one; the search knows the pages and the classes; no page shows Markdown or commands as they are
+written, and the text of no link goes on behind it.
 """
 import html.parser
 import pathlib
+import re
 import sys
 import urllib.parse
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+# Elements whose text is code; divisions of class "fragment" and those in them are, too.
+CODE = ("code", "pre", "script", "style")
+# What readers of the site do not want to see outside of code.
+RAW = re.compile(r"`|\*\*|\]\(|\\@|@(?:ref|subpage)\b|&\w+;|^\s*\||^#+ ", re.MULTILINE)
+# Of links that lead out of the site, and of what its scripts do.
+SCHEMES = ("http", "https", "mailto", "javascript", "data")
+TORN = re.compile(r"</a>\w")
 
 
 class Page(html.parser.HTMLParser):
@@ -17,9 +26,26 @@ class Page(html.parser.HTMLParser):
         super().__init__()
         self.anchors = set()
         self.targets = set()
-        self.feed(file.read_text())
+        # How many elements of code are open.
+        self.is_page = file.name.startswith(("index.", "page_", "chapter_"))
+        self.code = 0
+        self.raw = []
+        source = file.read_text()
+        if self.is_page:
+            self.raw += TORN.findall(source)
+        self.feed(source)
+
+    def handle_data(self, data):
+        if self.is_page and not self.code and (found := RAW.search(data)):
+            self.raw.append(data[max(found.start() - 20, 0) : found.end() + 20].strip())
+
+    def handle_endtag(self, tag):
+        if tag in CODE or (tag == "div" and self.code):
+            self.code -= 1
 
     def handle_starttag(self, tag, attrs):
+        if tag in CODE or (tag == "div" and (self.code or ("class", "fragment") in attrs)):
+            self.code += 1
         for name, value in attrs:
             if name == "id" or (name == "name" and tag == "a"):
                 self.anchors.add(value)
@@ -37,9 +63,12 @@ def main():
     following = {}
     for file, page in pages.items():
         following[file] = set()
+        faults += [f"{file.relative_to(site)}: shows {text!r}" for text in page.raw]
         for target in page.targets:
             parts = urllib.parse.urlsplit(target)
             if parts.scheme or parts.netloc:
+                if parts.scheme not in SCHEMES:
+                    faults.append(f"{file.relative_to(site)}: {target} is no link")
                 continue
             links += 1
             path = (file.parent / urllib.parse.unquote(parts.path)).resolve() if parts.path else file

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Shows every page of the site in Chromium. usage: tests/docs/show_site.py HTML-FOLDER PICTURES-FOLDER
 
-Makes a picture of each page in two widths, dark ones of the first page, and tries the search. It fails for a script or a
+Makes pictures of the whole of each page in two widths, dark ones of some, and tries the search. It fails for a script or a
 file that fails, for a page that is wider than its window, and for a search without a result. Selenium is that of Debian.
 """
 import pathlib
@@ -15,6 +15,10 @@ from selenium.webdriver.support.ui import WebDriverWait
 
 WIDTHS = (1280, 420)
 HEIGHT = 900
+# What is higher is in several pictures: Chromium draws no more at once.
+HIGHEST = 12000
+# What is beside the text above and below it.
+FRAME = 250
 # Beside all pages, what the reference is made of.
 REFERENCE = (
     "annotated.html",
@@ -27,7 +31,11 @@ REFERENCE = (
     "decode_8h.html",
     "tree/CMakeLists.txt.html",
 )
+# Code, tables, pictures and plots, in a window with dark colours.
+DARK = ("index.html", "page_gallery.html", "page_performance.html", "classvorlund_1_1CFrameReader.html")
 LIMIT = 60
+# The box that moves, or the whole window.
+BOX = "(document.getElementById('doc-content') ?? document.documentElement)"
 
 
 def start():
@@ -39,8 +47,8 @@ def start():
     return webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
 
 
-def set_width(browser, width):
-    metrics = {"width": width, "height": HEIGHT, "deviceScaleFactor": 1, "mobile": width < 768}
+def set_size(browser, width, height=HEIGHT):
+    metrics = {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": width < 768}
     browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", metrics)
 
 
@@ -54,6 +62,25 @@ def open_page(browser, file):
         if width > room:
             faults.append(f"{width} pixels wide in {room}")
     return faults
+
+
+def take(browser, width, picture):
+    """Pictures of a page from its beginning to its end."""
+    set_size(browser, width, min(browser.execute_script(f"return {BOX}.scrollHeight") + FRAME, HIGHEST))
+    # Until the scripts of the page have followed.
+    browser.execute_async_script("requestAnimationFrame(() => requestAnimationFrame(arguments[0]))")
+    end = 0
+    number = 0
+    while True:
+        move = f"{BOX}.scrollTop = {end}; return [{BOX}.scrollTop, {BOX}.clientHeight, {BOX}.scrollHeight]"
+        top, room, height = browser.execute_script(move)
+        browser.save_screenshot(str(picture.with_stem(f"{picture.stem}-{number}") if number else picture))
+        # A box that does not move is whole.
+        if top < end or top + room >= height:
+            break
+        end = top + room
+        number += 1
+    set_size(browser, width)
 
 
 def search(browser, site, text):
@@ -72,6 +99,8 @@ def search(browser, site, text):
 def main():
     site, pictures = (pathlib.Path(name).resolve() for name in sys.argv[1:3])
     pictures.mkdir(parents=True, exist_ok=True)
+    for old in pictures.glob("*.png"):
+        old.unlink()
     made = [file.name for kind in ("page", "chapter") for file in site.glob(f"{kind}_*.html")]
     names = sorted(name for name in made if not name.endswith("_8md.html"))
     faults = 0
@@ -79,25 +108,26 @@ def main():
     browser = start()
     try:
         for width in WIDTHS:
-            set_width(browser, width)
+            set_size(browser, width)
             for name in ("index.html", *names, *REFERENCE):
                 for fault in open_page(browser, site / name):
                     print(f"{name} at {width}: {fault}")
                     faults += 1
-                browser.save_screenshot(str(pictures / f"{pathlib.Path(name).stem}-{width}.png"))
+                take(browser, width, pictures / f"{pathlib.Path(name).stem}-{width}.png")
                 taken += 1
             dark = [{"name": "prefers-color-scheme", "value": "dark"}]
             browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": dark})
-            open_page(browser, site / "index.html")
-            browser.save_screenshot(str(pictures / f"index-dark-{width}.png"))
+            for name in DARK:
+                open_page(browser, site / name)
+                take(browser, width, pictures / f"{pathlib.Path(name).stem}-dark-{width}.png")
             browser.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": []})
-        set_width(browser, WIDTHS[0])
+        set_size(browser, WIDTHS[0])
         found = search(browser, site, "CFrameReader")
         browser.save_screenshot(str(pictures / "search.png"))
         print(f"the search finds {found[0]!r}")
     finally:
         browser.quit()
-    print(f"{taken} pictures in {pictures}, {faults} faults")
+    print(f"pictures of {taken} pages in {pictures}, {faults} faults")
     return 1 if faults or not names else 0
 
 

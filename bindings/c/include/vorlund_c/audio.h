@@ -39,6 +39,7 @@ enum {
     VORLUND_DEVICE_LOOPBACK = 2 /**< an input that records what an output plays */
 };
 
+/** A device of a list, as it was when the list was made. */
 typedef struct vorlund_device_info {
     uint32_t size;      /**< of the record, in bytes */
     int32_t kind;       /**< one of VORLUND_DEVICE_ */

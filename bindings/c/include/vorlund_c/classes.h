@@ -83,6 +83,7 @@ VORLUND_C_API int32_t VORLUND_CALL vorlund_encoder_ids(uint32_t index, uint32_t*
 typedef int32_t(VORLUND_CALL* vorlund_connect_callback)(void* user, vorlund_stream source,
                                                         vorlund_audio_format* format, void** decoder);
 
+/** The functions of a decoder of the program. */
 typedef struct vorlund_decoder_callbacks {
     uint32_t size; /**< of the record, in bytes */
     uint32_t reserved;

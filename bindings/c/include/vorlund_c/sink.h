@@ -55,6 +55,7 @@ typedef int32_t(VORLUND_CALL* vorlund_write_callback)(void* user, const void* by
 /** Hands everything on. */
 typedef int32_t(VORLUND_CALL* vorlund_flush_callback)(void* user);
 
+/** The functions of a sink of the program. */
 typedef struct vorlund_sink_callbacks {
     uint32_t size; /**< of the record, in bytes */
     uint32_t reserved;

@@ -126,6 +126,7 @@ typedef int32_t(VORLUND_CALL* vorlund_length_callback)(void* user, int64_t* leng
 /** The stream is gone; no other callback follows. */
 typedef void(VORLUND_CALL* vorlund_release_callback)(void* user);
 
+/** The functions of a stream of the program. */
 typedef struct vorlund_stream_callbacks {
     uint32_t size; /**< of the record, in bytes */
     uint32_t reserved;
