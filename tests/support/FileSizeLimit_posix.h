@@ -29,8 +29,9 @@ private:
     void (*const formerAction_)(int);
     rlimit former_;
     /// A child that counts the lines it runs would cut off the files with everybody's counts. It finds none
-    /// there.
+    /// there, and its complaints go nowhere.
     const CEnvironmentScope noCounts_{"GCOV_PREFIX", "/dev/null"};
+    const CEnvironmentScope noComplaints_{"GCOV_ERROR_FILE", "/dev/null"};
 };
 
 } // namespace vorlund::test
