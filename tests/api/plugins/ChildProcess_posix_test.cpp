@@ -9,14 +9,14 @@
 namespace vorlund::test {
 namespace {
 
-using TClock = CChildProcess::TClock;
+using TChildClock = vorlund::CChildProcess::TClock;
 
-TClock::time_point Later() {
-    return TClock::now() + std::chrono::minutes(1);
+TChildClock::time_point Later() {
+    return TChildClock::now() + std::chrono::minutes(1);
 }
 
 TEST(ChildProcess, WhoHasEndedTakesNothing) {
-    CChildProcess process(VRL_L("/bin/true"), {});
+    vorlund::CChildProcess process(VRL_L("/bin/true"), {});
     ASSERT_TRUE(process.IsStarted());
     while (!process.HasEnded()) process.Wait();
     EXPECT_EQ(process.GetEnd(), 0);
@@ -30,9 +30,9 @@ TEST(ChildProcess, WhoHasEndedTakesNothing) {
 
 TEST(ChildProcess, WhoDoesNotReadIsGivenUp) {
     const std::vector<char> much(16 << 20);
-    CChildProcess process(VRL_L("/bin/sleep"), {VRL_L("3600")});
+    vorlund::CChildProcess process(VRL_L("/bin/sleep"), {VRL_L("3600")});
     ASSERT_TRUE(process.IsStarted());
-    EXPECT_FALSE(process.Write(much.data(), much.size(), TClock::now() + std::chrono::milliseconds(50)));
+    EXPECT_FALSE(process.Write(much.data(), much.size(), TChildClock::now() + std::chrono::milliseconds(50)));
     EXPECT_FALSE(process.HasEnded());
 }
 
