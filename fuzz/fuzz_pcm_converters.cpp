@@ -260,7 +260,7 @@ void CheckFrames(IInputStreamFilter& converter, const TModel& model, const CPcmS
         const std::uint64_t frames = isPossible ? std::min(most, left / inputFrame) : 0;
         if (source.exaggeration == 0) {
             Check(count == frames * frame);
-            CheckSamples(model, buffer.data(), source.data + before, frames);
+            CheckSamples(model, buffer.data(), source.data + std::min(before, source.size), frames);
         } else {
             Check(frame == 0 ? count == 0 : count % frame == 0);
         }

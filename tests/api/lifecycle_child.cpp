@@ -11,7 +11,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
-#include <future>
+#include <memory>
 #include <stdexcept>
 #include <string_view>
 #include <thread>
@@ -70,16 +70,22 @@ CListener& TheListener() {
 /// Tells whether `act` comes to its end on another thread. What is blocked stays blocked, so the process must
 /// be left without its end.
 template <class TAct> void ReportEnd(const char* name, TAct act) {
-    std::promise<void> started, ended;
-    auto end = ended.get_future();
-    std::thread([&] {
-        started.set_value();
+    // The thread's too: it may still be telling when this one has heard it.
+    struct TPlaces {
+        std::atomic<bool> hasStarted, hasEnded;
+    };
+    const auto places = std::make_shared<TPlaces>();
+    std::thread([places, &act] {
+        places->hasStarted = true;
         act();
-        ended.set_value();
+        places->hasEnded = true;
     }).detach();
-    started.get_future().wait();
+    while (!places->hasStarted) std::this_thread::yield();
     // An act that is not blocked has ended long before; one that is blocked never ends.
-    const bool hasEnded = end.wait_for(std::chrono::milliseconds(500)) == std::future_status::ready;
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
+    while (!places->hasEnded && std::chrono::steady_clock::now() < limit)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const bool hasEnded = places->hasEnded;
     WriteLine(name, hasEnded ? "went on" : "is blocked");
     if (!hasEnded) EndProcess(0);
 }

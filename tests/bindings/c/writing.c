@@ -385,12 +385,14 @@ static void float_state_stays(void) {
     uint32_t i;
     open_library();
     for (i = 0; i < 4; ++i) {
-        const int raised = i < 2 ? 0 : FE_OVERFLOW;
         int32_t code;
         int rounding;
+        int before;
         int flags;
         feclearexcept(FE_ALL_EXCEPT);
-        if (raised) feraiseexcept(raised);
+        /* Some processors raise a second one beside it. */
+        if (i >= 2) feraiseexcept(FE_OVERFLOW);
+        before = fetestexcept(FE_ALL_EXCEPT);
         fesetround(roundings[i % 2]);
         code = vorlund_convert_samples(shorts, VORLUND_SAMPLE_16BIT, floats, VORLUND_SAMPLE_FLOAT, 1, 2, NULL);
         rounding = fegetround();
@@ -399,7 +401,7 @@ static void float_state_stays(void) {
         feclearexcept(FE_ALL_EXCEPT);
         C_CHECK(code == VORLUND_OK && shorts[1] == 32767);
         C_CHECK(rounding == roundings[i % 2]);
-        C_CHECK((flags & ~raised) == 0 && (flags & raised) == raised);
+        C_CHECK(flags == before && (i < 2) == (before == 0));
     }
 #if defined(__GNUC__) && (defined(__i386__) || defined(__x86_64__))
     {
