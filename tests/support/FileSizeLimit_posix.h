@@ -2,8 +2,6 @@
 /// A disk that is full.
 #pragma once
 
-#include "support/EnvironmentScope_posix.h"
-
 #include <csignal>
 
 #include <sys/resource.h>
@@ -28,10 +26,6 @@ public:
 private:
     void (*const formerAction_)(int);
     rlimit former_;
-    /// A child that counts the lines it runs would cut off the files with everybody's counts. It finds none
-    /// there, and its complaints go nowhere.
-    const CEnvironmentScope noCounts_{"GCOV_PREFIX", "/dev/null"};
-    const CEnvironmentScope noComplaints_{"GCOV_ERROR_FILE", "/dev/null"};
 };
 
 } // namespace vorlund::test
