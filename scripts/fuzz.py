@@ -138,7 +138,7 @@ def total(options):
 
 
 def merge(options, folder, bits):
-    """A small set of inputs with the features of all, the smallest first, within the limits."""
+    """A small set of inputs with the features of all, as few and small ones as libFuzzer finds, within the limits."""
     is_short = False
     for name in targets(folder, options.names):
         kept = ROOT / "fuzz/corpus" / name
@@ -147,7 +147,7 @@ def merge(options, folder, bits):
                    default=0)
         with tempfile.TemporaryDirectory() as merged:
             sources = [kept, folder / "corpus" / name]
-            output, status, _ = launch(program, "-merge=1", f"-max_len={MAX_FILE_BYTES}", merged,
+            output, status, _ = launch(program, "-set_cover_merge=1", f"-max_len={MAX_FILE_BYTES}", merged,
                                        *[source for source in sources if source.is_dir()])
             if status != 0:
                 print(output[-4000:])
