@@ -274,8 +274,11 @@ TChildEnd CChildProcess::Wait() {
     return end;
 }
 
+// Asked at the beginning, because an emulator that was given a name finds it by the folder of then.
+const std::filesystem::path programFolder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+
 std::filesystem::path BesideProgram(const std::string& name) {
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / name;
+    return programFolder / name;
 }
 
 } // namespace vorlund::test
