@@ -1,9 +1,8 @@
 // A module for programs of another processor, which an emulator runs: what they start is run by the emulator
-// too. The system would do that where it knows the emulator (binfmt_misc), which is for the machine's
-// administrator to say. Loaded in front of the standard library's function by scripts/target.sh, whose
-// variables tell the emulator and this file.
+// too, if it is for that processor and not one of the system's own programs. The system would do that where
+// it knows the emulator (binfmt_misc), which is for the machine's administrator to say. Loaded in front of
+// the standard library's function by scripts/target.sh, whose variables tell the emulator and this file.
 
-#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include <dlfcn.h>
+#include <elf.h>
 #include <fcntl.h>
 #include <spawn.h>
 #include <unistd.h>
@@ -18,17 +18,28 @@
 namespace {
 
 /// What the system says of a file that is to be started: 0, or the error. The emulator loses the system's
-/// answer.
-int CheckProgram(const char* path, bool& isBinary) {
+/// answer. Tells too whether the emulator must run it.
+int CheckProgram(const char* path, bool& isEmulated) {
     if (access(path, X_OK) != 0) return errno;
     const int file = open(path, O_RDONLY | O_CLOEXEC);
     if (file < 0) return errno;
-    std::array<char, 4> start{};
-    const ssize_t count = read(file, start.data(), start.size());
+    Elf64_Ehdr header{};
+    const ssize_t count = read(file, &header, sizeof header);
     close(file);
     if (count < 0) return errno;
-    isBinary = std::memcmp(start.data(), "\177ELF", start.size()) == 0;
-    return isBinary || std::memcmp(start.data(), "#!", 2) == 0 ? 0 : ENOEXEC;
+    const bool isBinary = std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0;
+    isEmulated = isBinary && header.e_machine == EM_AARCH64;
+    return isBinary || std::memcmp(header.e_ident, "#!", 2) == 0 ? 0 : ENOEXEC;
+}
+
+/// The variables for a program that the emulator does not run, which cannot load what is for the others.
+std::vector<char*> SystemVariables(char* const variables[]) {
+    std::vector<char*> kept;
+    for (; *variables; ++variables) {
+        if (std::strncmp(*variables, "LD_", 3) != 0) kept.push_back(*variables);
+    }
+    kept.push_back(nullptr);
+    return kept;
 }
 
 } // namespace
@@ -40,9 +51,11 @@ extern "C" [[gnu::visibility("default")]] int posix_spawn(pid_t* process, const 
                                                           char* const arguments[], char* const variables[]) {
     using TFunction = decltype(&posix_spawn);
     static const auto next = reinterpret_cast<TFunction>(dlsym(RTLD_NEXT, "posix_spawn"));
-    bool isBinary = false;
-    if (const int error = CheckProgram(path, isBinary)) return error;
-    if (!isBinary) return next(process, path, actions, attributes, arguments, variables);
+    bool isEmulated = false;
+    if (const int error = CheckProgram(path, isEmulated)) return error;
+    if (!isEmulated) {
+        return next(process, path, actions, attributes, arguments, SystemVariables(variables).data());
+    }
 
     // A test that lets the child load something else leaves this file out, and the child may start children.
     const char* const loaded = std::getenv("LD_PRELOAD");

@@ -141,9 +141,10 @@ TEST_F(PluginDamage, NoDamagedImageEndsAProcessThatScans) {
     const TTally tally = Try(PluginFile("accepting"), 0, image_.size(), kScanStep, PLUGIN_SCAN_CHILD);
     const auto trials = static_cast<int>((image_.size() + kScanStep - 1) / kScanStep);
     EXPECT_EQ(tally.loaded + tally.refused + tally.ended, trials);
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || defined(__aarch64__)
     // A damaged address may lead to memory of this process that the scan's does not have. Reading that is
-    // harmless, but not for the sanitizer.
+    // harmless, but not for the sanitizer. A damaged instruction of AArch64 is mostly one with another
+    // register, and what the caller left there may be a good address in the scan's process alone.
     EXPECT_LE(tally.ended, trials / 100);
 #else
     EXPECT_EQ(tally.ended, 0);
