@@ -26,6 +26,14 @@ protected:
     void SetInput(const TBytes& bytes, const wchar* device = VRL_L("a")) {
         audio_.SetInput(device, bytes.data(), bytes.size());
     }
+    /// An input that follows the default device, opened, which will hear so many frames.
+    CRefPtr<IAudioInput> OpenInput(std::size_t frames) {
+        const auto input = CreateInput();
+        sound_ = MakeSound(kSixteenBits, frames);
+        SetInput(sound_);
+        input->OpenInput(kSixteenBits, kDefaultAudioLatency);
+        return input;
+    }
     static CRefPtr<IInputStream> GetStream(const CRefPtr<IAudioInput>& input) {
         return CRefPtr<IInputStream>::Adopt(input->GetStream());
     }
@@ -34,6 +42,8 @@ protected:
         bytes.resize(static_cast<std::size_t>(stream->Read(bytes.data(), size)));
         return bytes;
     }
+
+    TBytes sound_;
 };
 
 TEST_F(AudioInput, EachFormatIsReadAsItWasHeard) {
@@ -61,10 +71,7 @@ TEST_F(AudioInput, EachFormatIsReadAsItWasHeard) {
 }
 
 TEST_F(AudioInput, ReadWaitsUntilTheBufferIsFull) {
-    const auto input = CreateInput();
-    const TBytes sound = MakeSound(kSixteenBits, 3000);
-    SetInput(sound);
-    input->OpenInput(kSixteenBits, kDefaultAudioLatency);
+    const auto input = OpenInput(3000);
     const auto stream = GetStream(input);
     EXPECT_EQ(GetStream(input).Get(), stream.Get());
     EXPECT_EQ(stream->GetCapabilities(), STREAM_CAPABILITY_TELL | STREAM_CAPABILITY_READ);
@@ -76,20 +83,17 @@ TEST_F(AudioInput, ReadWaitsUntilTheBufferIsFull) {
     EXPECT_FALSE(stream->Eof());
     audio_.Step(1);
     EXPECT_TRUE(reader.Finishes());
-    EXPECT_EQ(first, Part(sound, 0, 1001));
+    EXPECT_EQ(first, Part(sound_, 0, 1001));
     reader.Start([&] { second = Read(stream, 10000); });
     audio_.Step(49);
     input->Close();
     EXPECT_TRUE(reader.Finishes());
-    EXPECT_EQ(second, Part(sound, 1001, 1200));
+    EXPECT_EQ(second, Part(sound_, 1001, 1200));
     EXPECT_TRUE(Read(stream, 10).empty());
 }
 
 TEST_F(AudioInput, PausedFramesAreDropped) {
-    const auto input = CreateInput();
-    const TBytes sound = MakeSound(kSixteenBits, 3000);
-    SetInput(sound);
-    input->OpenInput(kSixteenBits, kDefaultAudioLatency);
+    const auto input = OpenInput(3000);
     audio_.Step(200);
     input->SetPaused(true);
     EXPECT_EQ(input->GetState(), AUDIO_STATE_PAUSED);
@@ -97,27 +101,24 @@ TEST_F(AudioInput, PausedFramesAreDropped) {
     input->SetPaused(false);
     audio_.Step(100);
     EXPECT_EQ(input->GetPosition(), 300u);
-    EXPECT_EQ(Read(GetStream(input), 1200), Joined(Part(sound, 0, 800), Part(sound, 2000, 2400)));
+    EXPECT_EQ(Read(GetStream(input), 1200), Joined(Part(sound_, 0, 800), Part(sound_, 2000, 2400)));
     EXPECT_EQ(input->GetXruns(), 0u);
 }
 
 TEST_F(AudioInput, AReaderMayBeASecondLate) {
-    const auto input = CreateInput();
-    const TBytes sound = MakeSound(kSixteenBits, 480000);
-    SetInput(sound);
-    input->OpenInput(kSixteenBits, kDefaultAudioLatency);
+    const auto input = OpenInput(480000);
     const auto stream = GetStream(input);
     audio_.Step(48000);
     EXPECT_EQ(input->GetXruns(), 0u);
-    EXPECT_EQ(Read(stream, 48000 * 4), Part(sound, 0, 48000 * 4));
+    EXPECT_EQ(Read(stream, 48000 * 4), Part(sound_, 0, 48000 * 4));
     audio_.Step(200000);
     EXPECT_EQ(input->GetXruns(), 1u);
     const std::uint64_t kept = input->GetReadable();
     EXPECT_GE(kept, 48000u * 4);
     EXPECT_EQ(Read(stream, static_cast<std::size_t>(kept)),
-              Part(sound, 48000 * 4, 48000 * 4 + static_cast<std::size_t>(kept)));
+              Part(sound_, 48000 * 4, 48000 * 4 + static_cast<std::size_t>(kept)));
     audio_.Step(100);
-    EXPECT_EQ(Read(stream, 400), Part(sound, 248000 * 4, 248100 * 4));
+    EXPECT_EQ(Read(stream, 400), Part(sound_, 248000 * 4, 248100 * 4));
     EXPECT_EQ(input->GetXruns(), 1u);
 }
 
@@ -151,10 +152,7 @@ TEST_F(AudioInput, ALossIsToldFromAnEnd) {
 }
 
 TEST_F(AudioInput, AStopWhileThereIsNoDeviceIsTheEnd) {
-    const auto input = CreateInput();
-    const TBytes sound = MakeSound(kSixteenBits, 1000);
-    SetInput(sound);
-    input->OpenInput(kSixteenBits, kDefaultAudioLatency);
+    const auto input = OpenInput(1000);
     const auto stream = GetStream(input);
     audio_.Step(100);
     audio_.LoseAt(0, VRL_L("b"));
@@ -166,7 +164,7 @@ TEST_F(AudioInput, AStopWhileThereIsNoDeviceIsTheEnd) {
     audio_.ReturnAt(0, VRL_L("a"));
     audio_.Step(100);
     EXPECT_EQ(input->GetPosition(), 100u);
-    EXPECT_EQ(Read(stream, 1 << 20), Part(sound, 0, 400));
+    EXPECT_EQ(Read(stream, 1 << 20), Part(sound_, 0, 400));
     EXPECT_TRUE(stream->Eof());
 }
 
