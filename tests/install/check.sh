@@ -121,10 +121,11 @@ linux | linux-arm64)
 
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
     test "$(pkg-config --modversion vorlund)" = "$version"
+    # No LD_LIBRARY_PATH: the launcher of emulated programs has one.
     # shellcheck disable=SC2046
-    $compiler -std=c++20 "$here/consumer.cpp" -o "$work/consumer" $(pkg-config --cflags --libs vorlund)
-    # shellcheck disable=SC2031
-    LD_LIBRARY_PATH=$prefix/lib "${launcher[@]}" "$work/consumer" "$recording"
+    $compiler -std=c++20 "$here/consumer.cpp" -o "$work/consumer" $(pkg-config --cflags --libs vorlund) \
+        -Wl,-rpath,"$prefix/lib"
+    "${launcher[@]}" "$work/consumer" "$recording"
     ;;
 *) exit 2 ;;
 esac
