@@ -45,10 +45,10 @@ private:
     bool isSet_;
 };
 
-bool IsOurs(const SDL_AudioSpec& spec) {
-    return (spec.format == AUDIO_U8 || spec.format == AUDIO_S16SYS || spec.format == AUDIO_S32SYS ||
-            spec.format == AUDIO_F32SYS) &&
-           spec.channels >= 1 && spec.channels <= 8;
+bool IsOurs(const SDL_AudioSpec& sound) {
+    return (sound.format == AUDIO_U8 || sound.format == AUDIO_S16SYS || sound.format == AUDIO_S32SYS ||
+            sound.format == AUDIO_F32SYS) &&
+           sound.channels >= 1 && sound.channels <= 8;
 }
 
 /// Who uses the thread: plain data, so that nothing of it ends before the plug-in is unloaded.
@@ -249,8 +249,8 @@ const char* CSdlThread::GetDriver() const {
 std::string CSdlThread::FindDefault(bool isInput) const {
     if (server_) return server_->GetDefault(isInput);
     char* name = nullptr;
-    SDL_AudioSpec spec{};
-    if (library_.GetDefaultAudioInfo(&name, &spec, isInput) != 0 || !name) return {};
+    SDL_AudioSpec sound{};
+    if (library_.GetDefaultAudioInfo(&name, &sound, isInput) != 0 || !name) return {};
     std::string result = name;
     library_.free(name);
     return result;
@@ -266,10 +266,10 @@ std::vector<TSdlDeviceInfo> CSdlThread::List(bool isInput) {
         const char* const name = library_.GetAudioDeviceName(i, isInput);
         if (!name) continue;
         TSdlDeviceInfo info{name};
-        SDL_AudioSpec spec{};
-        if (library_.GetAudioDeviceSpec(i, isInput, &spec) == 0) {
-            info.channels = spec.channels;
-            info.samplesPerSec = spec.freq;
+        SDL_AudioSpec sound{};
+        if (library_.GetAudioDeviceSpec(i, isInput, &sound) == 0) {
+            info.channels = sound.channels;
+            info.samplesPerSec = sound.freq;
         }
         info.isLoopback = server_ && isInput && server_->IsLoopback(info.name);
         info.isDefault = info.isLoopback ? server_->IsDefaultLoopback(info.name) : info.name == defaultName;
@@ -281,19 +281,19 @@ std::vector<TSdlDeviceInfo> CSdlThread::List(bool isInput) {
     return list;
 }
 
-SDL_AudioDeviceID CSdlThread::OpenAs(const std::string& name, bool isInput, SDL_AudioSpec& spec) const {
+SDL_AudioDeviceID CSdlThread::OpenAs(const std::string& name, bool isInput, SDL_AudioSpec& sound) const {
     const char* const device = name.empty() ? nullptr : name.c_str();
-    const SDL_AudioSpec wish = spec;
+    const SDL_AudioSpec wish = sound;
     SDL_AudioDeviceID id =
-        library_.OpenAudioDevice(device, isInput, &wish, &spec, SDL_AUDIO_ALLOW_ANY_CHANGE);
-    if (id == 0 || IsOurs(spec)) return id;
+        library_.OpenAudioDevice(device, isInput, &wish, &sound, SDL_AUDIO_ALLOW_ANY_CHANGE);
+    if (id == 0 || IsOurs(sound)) return id;
     // What the library has no name for, SDL converts.
     library_.CloseAudioDevice(id);
-    return library_.OpenAudioDevice(device, isInput, &wish, &spec,
+    return library_.OpenAudioDevice(device, isInput, &wish, &sound,
                                     SDL_AUDIO_ALLOW_FREQUENCY_CHANGE | SDL_AUDIO_ALLOW_SAMPLES_CHANGE);
 }
 
-SDL_AudioDeviceID CSdlThread::Open(const std::string& name, bool isInput, SDL_AudioSpec& spec,
+SDL_AudioDeviceID CSdlThread::Open(const std::string& name, bool isInput, SDL_AudioSpec& sound,
                                    ISdlDevice& user) {
     Begin();
     opened_.reserve(opened_.size() + 1);
@@ -305,7 +305,7 @@ SDL_AudioDeviceID CSdlThread::Open(const std::string& name, bool isInput, SDL_Au
             Raise<CFailedException>(kNotListed);
         }
     }
-    const SDL_AudioDeviceID id = OpenAs(name, isInput, spec);
+    const SDL_AudioDeviceID id = OpenAs(name, isInput, sound);
     if (id == 0) {
         isStale_ = true;
         Raise<CFailedException>(kCannotOpen, KeepReason(library_.GetError(), kCannotOpen.reason));

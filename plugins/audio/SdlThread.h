@@ -54,8 +54,8 @@ public:
     const char* GetDriver() const;
     /// Devices in the system's order, inputs that hear outputs among the inputs.
     std::vector<TSdlDeviceInfo> List(bool isInput);
-    /// A paused device. `name` is empty for the default one; `spec` becomes what the device takes.
-    SDL_AudioDeviceID Open(const std::string& name, bool isInput, SDL_AudioSpec& spec, ISdlDevice& user);
+    /// A paused device. `name` is empty for the default one; `sound` becomes what the device takes.
+    SDL_AudioDeviceID Open(const std::string& name, bool isInput, SDL_AudioSpec& sound, ISdlDevice& user);
     /// Nothing happens when the device was lost before.
     void Close(ISdlDevice& user);
     void SetPaused(ISdlDevice& user, bool isPaused);
@@ -90,7 +90,7 @@ private:
     void LookForDefaults();
     void Compare();
     std::string FindDefault(bool isInput) const;
-    SDL_AudioDeviceID OpenAs(const std::string& name, bool isInput, SDL_AudioSpec& spec) const;
+    SDL_AudioDeviceID OpenAs(const std::string& name, bool isInput, SDL_AudioSpec& sound) const;
     std::vector<TOpened>::iterator Find(const ISdlDevice& user);
     static int SDLCALL OnEvent(void* self, SDL_Event* event);
 
